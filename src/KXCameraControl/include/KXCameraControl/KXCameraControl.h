@@ -1,0 +1,345 @@
+/*
+ * KXCameraControl: access to machine-vision cameras that are described by GenICam.
+ *
+ * Plain C, complete in itself. Every function returns a status (KX_OK or one of KX_E_*), never throws and
+ * never aborts. Calls on different handles may run at the same time on different threads; calls on one handle
+ * are serialised by the library. A call blocks at most for the time-outs set with KX_CC_SetTimeout for each
+ * request that it has to send (default: 3 tries of 200 ms each, plus what the camera asks for by PENDING_ACK).
+ *
+ * Texts that come from a camera (model, serial number, string values) are handed out as the camera's bytes.
+ * Node names and string values that go in are the camera's bytes as well; a description is UTF-8.
+ */
+#ifndef KX_CAMERA_CONTROL_H
+#define KX_CAMERA_CONTROL_H
+
+#include <stdbool.h>
+#include <stdint.h>
+
+#if defined(_WIN32)
+#  if defined(KX_BUILD_LIBRARY)
+#    define KX_API __declspec(dllexport)
+#  else
+#    define KX_API __declspec(dllimport)
+#  endif
+#else
+#  define KX_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef uint32_t KX_Status;
+
+/* 0x80000004 and 0x80000100..0x80000106 say "this does not apply to this node now": the camera answered and
+ * refused, or the description rules it out. Every other value says that the line or the program failed. */
+#define KX_OK                  ((KX_Status)0u)
+
+#define KX_E_HANDLE            ((KX_Status)0x80000000u) /* null, destroyed or never opened handle */
+#define KX_E_NOT_SUPPORTED     ((KX_Status)0x80000001u) /* this library or this transport has no such operation */
+#define KX_E_BUFFER_TOO_SMALL  ((KX_Status)0x80000002u) /* nothing was written; the out length says what is needed */
+#define KX_E_CALL_ORDER        ((KX_Status)0x80000003u) /* already open, or not open yet */
+#define KX_E_PARAMETER         ((KX_Status)0x80000004u) /* a null pointer, an empty name, a length out of range */
+#define KX_E_MEMORY            ((KX_Status)0x80000005u) /* out of memory */
+#define KX_E_INTERNAL          ((KX_Status)0x80000006u) /* an unexpected fault inside the library */
+#define KX_E_ABORTED           ((KX_Status)0x80000007u) /* a call observer refused the call */
+
+#define KX_E_GC_GENERIC        ((KX_Status)0x80000100u) /* the node failed in a way that no other class names */
+#define KX_E_GC_ARGUMENT       ((KX_Status)0x80000101u) /* a value that the node cannot take (not a multiple of the increment,
+                                                       not an entry of the enumeration, text too long) */
+#define KX_E_GC_RANGE          ((KX_Status)0x80000102u) /* below the minimum or above the maximum */
+#define KX_E_GC_PROPERTY       ((KX_Status)0x80000103u) /* no node of that name */
+#define KX_E_GC_RUNTIME        ((KX_Status)0x80000104u) /* a formula failed, or the node hangs on a circle or a dangling reference */
+#define KX_E_GC_LOGICAL        ((KX_Status)0x80000105u) /* the node has another type */
+#define KX_E_GC_ACCESS         ((KX_Status)0x80000106u) /* not readable or not writable now; or the camera refused the register */
+
+#define KX_E_NO_ANSWER         ((KX_Status)0x80000200u) /* every try timed out */
+#define KX_E_CONNECTION_LOST   ((KX_Status)0x80000201u) /* the camera went away, or dropped our control */
+#define KX_E_CONTROL_REFUSED   ((KX_Status)0x80000202u) /* another host controls the camera */
+#define KX_E_BUSY              ((KX_Status)0x80000203u) /* the camera stayed busy through every try */
+#define KX_E_NETWORK           ((KX_Status)0x80000204u) /* the operating system refused the socket operation */
+#define KX_E_MALFORMED_ANSWER  ((KX_Status)0x80000205u) /* the camera answered something that the protocol does not allow */
+#define KX_E_DEVICE            ((KX_Status)0x80000206u) /* the camera reported a fault of its own */
+#define KX_E_NO_DEVICE         ((KX_Status)0x80000207u) /* nobody answers under that device information */
+
+#define KX_E_FILE              ((KX_Status)0x80000300u) /* a file cannot be opened, read or written */
+#define KX_E_FILE_FORMAT       ((KX_Status)0x80000301u) /* a file is not what it should be */
+#define KX_E_DESCRIPTION       ((KX_Status)0x80000302u) /* the camera has no usable GenICam description */
+#define KX_E_INCOMPLETE        ((KX_Status)0x80000303u) /* a feature file was loaded, but not every feature took its value */
+
+/* ---- who is there ------------------------------------------------------------------------------------- */
+
+enum
+{
+    KX_TRANSPORT_GIGE = 1,
+    KX_TRANSPORT_USB3 = 4,
+    KX_TRANSPORT_CAMERA_LINK = 8,
+    KX_TRANSPORT_ALL = 1 | 4 | 8
+};
+
+/* All texts below are zero-terminated inside their field; longer ones are cut. */
+
+typedef struct KX_GigEDeviceInfo
+{
+    uint32_t macHigh;            /* upper 16 bits of the MAC address in the low half */
+    uint32_t macLow;             /* lower 32 bits */
+    uint8_t modelName[32];       /* GigE Vision bootstrap register 0x0068 */
+    uint8_t serialNumber[16];    /* 0x00D8 */
+    uint8_t userDefinedName[16]; /* 0x00E8 */
+    uint8_t manufacturerName[32];
+    uint8_t deviceVersion[32];
+    uint32_t ipAddress;          /* host byte order */
+    uint32_t interfaceAddress;   /* the local address that it was seen from, host byte order; 0: unicast */
+} KX_GigEDeviceInfo;
+
+typedef struct KX_Usb3DeviceInfo
+{
+    uint8_t modelName[64];
+    uint8_t serialNumber[64];
+    uint8_t userDefinedName[64];
+    uint8_t manufacturerName[64];
+    uint32_t vendorId;
+    uint32_t productId;
+} KX_Usb3DeviceInfo;
+
+typedef struct KX_CameraLinkDeviceInfo
+{
+    uint8_t portId[64];
+    uint8_t modelName[64];
+    uint8_t serialNumber[64];
+} KX_CameraLinkDeviceInfo;
+
+/* Plain data: may be copied, kept and handed back in any later process. The member that counts is the one that
+ * `transportType` names. */
+typedef struct KX_DeviceInfo
+{
+    uint32_t transportType; /* one KX_TRANSPORT_ value */
+    union
+    {
+        KX_GigEDeviceInfo gige;
+        KX_Usb3DeviceInfo usb3;
+        KX_CameraLinkDeviceInfo cameraLink;
+    } special;
+} KX_DeviceInfo;
+
+enum
+{
+    KX_AVAILABILITY_FREE = 1,
+    KX_AVAILABILITY_IN_USE = 2,     /* another host holds control */
+    KX_AVAILABILITY_UNREACHABLE = 3 /* answers discovery, but not reads (another subnet, a broken device) */
+};
+
+typedef struct KX_DeviceEntry
+{
+    KX_DeviceInfo info;
+    uint32_t availability;  /* one KX_AVAILABILITY_ value, taken without taking control */
+    char interfaceName[64]; /* "eth0", "USB", ...; "unicast" when the camera was asked by address */
+} KX_DeviceEntry;
+
+/* Finds the cameras of the transports in `transportMask` and writes up to `capacity` entries; `*count` is the
+ * number found, which may exceed `capacity`. Order: transport, then serial number, then address. Takes control
+ * of nothing. Blocks for the discovery window (400 ms) when a network is searched.
+ * Environment: KX_CAMERA_INTERFACES names the interfaces (names or addresses, comma-separated) that broadcast
+ * discovery uses; unset: all; "none": no broadcast. KX_CAMERA_ADDRESSES names addresses to ask directly too.
+ * KX_E_PARAMETER: `count` null, or `entries` null with capacity > 0. KX_E_NETWORK: no socket could be opened. */
+KX_API KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uint32_t capacity,
+                                   uint32_t* count);
+
+/* Asks one camera again. `*availability` gets a KX_AVAILABILITY_ value; a camera that does not answer is
+ * KX_AVAILABILITY_UNREACHABLE with KX_OK. KX_E_PARAMETER: a null pointer. KX_E_NOT_SUPPORTED: the transport. */
+KX_API KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availability);
+
+/* Major << 24 | minor << 16 | patch. */
+KX_API uint32_t KX_CC_GetSDKVersion(void);
+
+/* A short English sentence for a status; never null, static storage. Unknown values get a general one. */
+KX_API const char* KX_CC_StatusText(KX_Status status);
+
+/* ---- handles ------------------------------------------------------------------------------------------ */
+
+typedef struct KX_Camera* KX_HANDLE;
+
+enum
+{
+    KX_ACCESS_EXCLUSIVE = 1, /* control, and reads by other hosts refused */
+    KX_ACCESS_CONTROL = 3,   /* control; others may read */
+    KX_ACCESS_MONITOR = 7    /* reads only; takes nothing, works beside another host's control */
+};
+
+/* Sends nothing. `*handle` is written on success only. KX_E_PARAMETER: a null pointer.
+ * KX_E_NOT_SUPPORTED: a transport that this build has no port for. */
+KX_API KX_Status KX_CC_CreateHandle(KX_HANDLE* handle, const KX_DeviceInfo* device);
+
+/* Connects, takes control as `accessMode` says, fetches the description and builds the node map.
+ * `switchOverKey` is the key for a control switch-over (GigE Vision 2.x), 0: none.
+ * KX_E_HANDLE; KX_E_CALL_ORDER: already open; KX_E_PARAMETER: unknown mode; KX_E_CONTROL_REFUSED;
+ * KX_E_NO_ANSWER; KX_E_NO_DEVICE; KX_E_NETWORK; KX_E_DESCRIPTION is never given here: a camera whose description
+ * is unusable opens, its text stays available, its nodes are missing. On failure nothing stays connected. */
+KX_API KX_Status KX_CC_OpenDevice(KX_HANDLE handle, uint32_t accessMode, uint16_t switchOverKey);
+
+/* Gives control back and disconnects. Harmless on a handle that never opened or is closed already (KX_OK).
+ * KX_E_HANDLE: null or destroyed. A camera that does not answer any more is closed all the same (KX_OK). */
+KX_API KX_Status KX_CC_CloseDevice(KX_HANDLE handle);
+
+/* Closes if need be and frees the handle, which must not be used after. KX_E_HANDLE: null or destroyed. */
+KX_API KX_Status KX_CC_DestroyHandle(KX_HANDLE handle);
+
+/* Time that one try of a request may take, in ms (10..60000; default 200), and the number of tries (1..20;
+ * default 3). Before or after opening. KX_E_HANDLE, KX_E_PARAMETER. */
+KX_API KX_Status KX_CC_SetTimeout(KX_HANDLE handle, uint32_t milliseconds, uint32_t tries);
+
+/* What the last failing call on this handle had to say beyond its status, e.g. which features of a feature file
+ * did not take. Written zero-terminated; `*length` is the length without the zero, also when `capacity` was too
+ * small (KX_E_BUFFER_TOO_SMALL). `handle` null: the last failure on the calling thread. */
+KX_API KX_Status KX_CC_GetLastErrorText(KX_HANDLE handle, char* text, uint32_t capacity, uint32_t* length);
+
+/* Told once, on a thread of the library, when an open connection is found lost (`status` says how). Further calls
+ * on the handle give KX_E_CONNECTION_LOST. The handler must return soon and must not call back into the library
+ * with that handle. `handler` null: nobody is told. KX_E_HANDLE. */
+typedef void (*KX_ConnectionLostHandler)(void* user, KX_Status status);
+KX_API KX_Status KX_CC_SetConnectionLostHandler(KX_HANDLE handle, KX_ConnectionLostHandler handler, void* user);
+
+/* ---- call observer ------------------------------------------------------------------------------------ */
+
+typedef enum KX_Operation
+{
+    KX_OP_OPEN = 1,
+    KX_OP_CLOSE = 2,
+    KX_OP_GET_BOOL = 10,
+    KX_OP_GET_ENUM = 11,
+    KX_OP_GET_FLOAT = 12,
+    KX_OP_GET_INT = 13,
+    KX_OP_GET_STRING = 14,
+    KX_OP_SET_BOOL = 20,
+    KX_OP_SET_ENUM = 21,
+    KX_OP_SET_FLOAT = 22,
+    KX_OP_SET_INT = 23,
+    KX_OP_SET_STRING = 24,
+    KX_OP_EXECUTE = 25,
+    KX_OP_READ_MEMORY = 30,
+    KX_OP_WRITE_MEMORY = 31,
+    KX_OP_GET_DESCRIPTION = 40,
+    KX_OP_GET_ACCESS_MODE = 41,
+    KX_OP_FEATURE_SAVE = 50,
+    KX_OP_FEATURE_LOAD = 51
+} KX_Operation;
+
+typedef struct KX_CallEvent
+{
+    KX_HANDLE handle;
+    const KX_DeviceInfo* device; /* of the handle; valid during the call only */
+    uint32_t operation;          /* a KX_Operation */
+    uint32_t finished;           /* 0: about to run (may be refused); 1: over, `status` holds */
+    const char* nodeName;        /* null where the operation has none; a file path for feature save and load */
+    int64_t address;             /* memory operations */
+    int64_t length;
+    KX_Status status;
+    uint64_t requests;           /* requests sent over this connection so far, retries included */
+} KX_CallEvent;
+
+/* Called on the thread of the observed call, before and after it. Non-zero from the call before (`finished` 0)
+ * refuses it: it returns KX_E_ABORTED and the observer is called once more with that status. KX_OP_CLOSE cannot
+ * be refused. The observer must not call the library with the same handle. */
+typedef int (*KX_CallObserver)(void* user, const KX_CallEvent* event);
+
+/* Observes one handle, or with `handle` null every handle that is created from now on. `observer` null ends it.
+ * KX_E_HANDLE: destroyed. */
+KX_API KX_Status KX_CC_SetCallObserver(KX_HANDLE handle, KX_CallObserver observer, void* user);
+
+/* ---- features ----------------------------------------------------------------------------------------- */
+
+typedef struct KX_IntegerValue
+{
+    int64_t current;
+    int64_t maximum;
+    int64_t minimum;
+    int64_t increment; /* at least 1 */
+    uint32_t reserved[16];
+} KX_IntegerValue;
+
+#define KX_ENUM_CAPACITY 64
+
+typedef struct KX_EnumValue
+{
+    uint32_t current;
+    uint32_t supportedCount; /* entries that are implemented and available now; at most KX_ENUM_CAPACITY */
+    uint32_t supported[KX_ENUM_CAPACITY]; /* in the description's order */
+    uint32_t reserved[4];
+} KX_EnumValue;
+
+typedef struct KX_FloatValue
+{
+    float current;
+    float maximum;
+    float minimum;
+    uint32_t reserved[4];
+} KX_FloatValue;
+
+typedef struct KX_StringValue
+{
+    char current[256]; /* zero-terminated; longer texts are cut */
+    int64_t maximumLength;
+    uint32_t reserved[2];
+} KX_StringValue;
+
+/* The getters leave the caller's record untouched on failure. Statuses of all getters: KX_E_HANDLE (null or not
+ * open), KX_E_PARAMETER (null or empty name, null record), KX_E_GC_PROPERTY (no such node), KX_E_GC_LOGICAL (the
+ * node has another interface), KX_E_GC_ACCESS (not implemented, not available or write-only now, or the camera
+ * refused the register), KX_E_GC_RUNTIME (formula), the statuses of a failed line (KX_E_NO_ANSWER to
+ * KX_E_DEVICE), KX_E_ABORTED. */
+KX_API KX_Status KX_CC_GetBoolValue(KX_HANDLE handle, const char* name, bool* value);
+KX_API KX_Status KX_CC_GetEnumValue(KX_HANDLE handle, const char* name, KX_EnumValue* value);
+KX_API KX_Status KX_CC_GetFloatValue(KX_HANDLE handle, const char* name, KX_FloatValue* value);
+KX_API KX_Status KX_CC_GetIntValueEx(KX_HANDLE handle, const char* name, KX_IntegerValue* value);
+KX_API KX_Status KX_CC_GetStringValue(KX_HANDLE handle, const char* name, KX_StringValue* value);
+
+/* The setters check before they send: KX_E_GC_ACCESS (not writable now, or opened for monitoring), KX_E_GC_RANGE,
+ * KX_E_GC_ARGUMENT (increment, unknown entry, text too long); otherwise as the getters. A float written to an
+ * integer behind a converter is rounded to the nearest. */
+KX_API KX_Status KX_CC_SetBoolValue(KX_HANDLE handle, const char* name, bool value);
+KX_API KX_Status KX_CC_SetEnumValue(KX_HANDLE handle, const char* name, unsigned int value);
+KX_API KX_Status KX_CC_SetFloatValue(KX_HANDLE handle, const char* name, float value);
+KX_API KX_Status KX_CC_SetIntValueEx(KX_HANDLE handle, const char* name, int64_t value);
+KX_API KX_Status KX_CC_SetStringValue(KX_HANDLE handle, const char* name, const char* value);
+
+/* Executes a command node; does not wait for it to be done. Statuses as the setters. */
+KX_API KX_Status KX_CC_ExecuteCommand(KX_HANDLE handle, const char* name);
+
+/* Device memory as it stands on the wire. `length` in bytes, 1..0x1000000. On GigE Vision an address that is no
+ * multiple of 4 is refused (KX_E_GC_ACCESS, nothing sent), as are addresses above 32 bits; lengths are rounded up
+ * for the wire and cut for the caller; a write of an odd length reads the last word first. A failed read leaves
+ * the buffer untouched. KX_E_HANDLE, KX_E_PARAMETER (null buffer, length), KX_E_GC_ACCESS (the camera refused the
+ * address, or opened for monitoring), the statuses of a failed line, KX_E_ABORTED. */
+KX_API KX_Status KX_CC_ReadMemory(KX_HANDLE handle, void* buffer, int64_t address, int64_t length);
+KX_API KX_Status KX_CC_WriteMemory(KX_HANDLE handle, const void* buffer, int64_t address, int64_t length);
+
+/* The description as zero-terminated text. `*length` becomes the bytes needed, the terminator included, also when
+ * `size` is too small (KX_E_BUFFER_TOO_SMALL, buffer untouched). It is left untouched by every other failure:
+ * KX_E_HANDLE, KX_E_PARAMETER (null pointers), KX_E_DESCRIPTION (none could be fetched), KX_E_ABORTED. */
+KX_API KX_Status KX_XML_GetGenICamXML(KX_HANDLE handle, void* buffer, uint32_t size, uint32_t* length);
+
+/* The values of GenApi's EAccessMode, in its order. */
+typedef enum KX_XML_AccessMode
+{
+    KX_AM_NOT_IMPLEMENTED = 0,
+    KX_AM_NOT_AVAILABLE = 1,
+    KX_AM_WRITE_ONLY = 2,
+    KX_AM_READ_ONLY = 3,
+    KX_AM_READ_WRITE = 4,
+    KX_AM_UNDEFINED = 5,
+    KX_AM_CYCLE_DETECTED = 6
+} KX_XML_AccessMode;
+
+/* KX_E_HANDLE, KX_E_PARAMETER, KX_E_GC_PROPERTY (no such node), the statuses of a failed line, KX_E_ABORTED.
+ * `*mode` is written on success only. */
+KX_API KX_Status KX_XML_GetNodeAccessMode(KX_HANDLE handle, const char* name, KX_XML_AccessMode* mode);
+
+/* Feature files in the GenApi persistence text. `path` is Latin-1. This build answers KX_E_NOT_SUPPORTED. */
+KX_API KX_Status KX_CC_FeatureSave(KX_HANDLE handle, const char* path);
+KX_API KX_Status KX_CC_FeatureLoad(KX_HANDLE handle, const char* path);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,62 @@
+// The line to one camera. A port knows sockets, USB or a serial line and nothing of GenICam.
+#pragma once
+
+#include <KXCameraControl/KXCameraControl.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kx
+{
+
+struct PortTimeouts
+{
+    std::chrono::milliseconds perTry{200};
+    unsigned tries = 3;
+};
+
+// One caller at a time; the owner holds its lock around every call. Only the connection-lost handler comes from a
+// thread of the port itself. A failure is a status of the public header, `lastError()` says more in English.
+class Port
+{
+public:
+    virtual ~Port() = default;
+
+    // Connects and takes what the mode says (KX_ACCESS_...). On failure nothing stays open.
+    virtual KX_Status open(uint32_t accessMode, uint16_t switchOverKey) = 0;
+    // Gives control back and stops the heartbeat. Idempotent; never blocks longer than one try.
+    virtual void close() = 0;
+    virtual bool isOpen() const = 0;
+
+    // Device memory in wire order. Sizes are free; what the transport cannot address is KX_E_GC_ACCESS without a
+    // request. A refusal by the camera is KX_E_GC_ACCESS.
+    virtual KX_Status readMemory(uint64_t address, void* data, size_t size) = 0;
+    virtual KX_Status writeMemory(uint64_t address, const void* data, size_t size) = 0;
+
+    // One 32-bit register in host order, by the transport's own register commands where it has them.
+    virtual KX_Status readRegister(uint64_t address, uint32_t& value) = 0;
+    virtual KX_Status writeRegister(uint64_t address, uint32_t value) = 0;
+    // Several registers in as few requests as the camera allows. All or nothing: a refusal of one fails the call.
+    virtual KX_Status readRegisters(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values) = 0;
+    // How many addresses one request of readRegisters can hold on this camera; 1 where it knows no batches.
+    virtual size_t registersPerRequest() const = 0;
+
+    // The URL texts that say where the description lies (first and, where there is one, second).
+    virtual KX_Status descriptionUrls(std::vector<std::string>& urls) = 0;
+
+    virtual void setTimeouts(const PortTimeouts& timeouts) = 0;
+    // Called at most once per open connection.
+    virtual void setConnectionLostHandler(std::function<void(KX_Status)> handler) = 0;
+    // Requests sent since construction, retries included.
+    virtual uint64_t requestCount() const = 0;
+    virtual std::string lastError() const = 0;
+};
+
+// Null for a transport that this build has no port for.
+std::unique_ptr<Port> makePort(const KX_DeviceInfo& device);
+
+} // namespace kx

@@ -1,0 +1,81 @@
+// The text of a features file: records to lines, and back. No camera and no file access here.
+#pragma once
+
+#include <QDomElement>
+#include <QList>
+#include <QString>
+#include <QVector>
+
+namespace ie
+{
+
+struct PlainFeature
+{
+    QString name;
+    QString type; // the node's tag name
+    QString value;
+};
+
+struct RegisterValue
+{
+    qint64 address = 0;
+    QString variables;
+    QString content;       // words "1,2,3", or the computed value of a converter
+    bool converted = false;
+    QString to;            // raw word; with `converted` only
+    QString from;          // formula, unescaped; with `converted` only
+};
+
+struct ComplexFeature
+{
+    QString name;
+    qint64 length = 0; // bytes
+    QString reg;
+    QList<RegisterValue> values;
+};
+
+struct FeaturesHeader
+{
+    QString version;
+    QString firmware;
+    QString model;
+    bool hasBoardType = false;
+    QString boardType;
+};
+
+// Writer. Every line ends CR LF but the file's last, which has no end. Texts go in as they are: only `from` is
+// escaped.
+QString fileBegin(const QString& version);
+QString headerLine(const QString& element, const QString& text);
+QString featuresBegin();
+QString plainBlock(const PlainFeature& feature);
+QString complexBegin(const QString& name, qint64 length, const QString& reg);
+QString registerLine(const RegisterValue& value);
+QString complexEnd();
+QString fileEnd();
+
+QString booleanText(bool value);
+QString integerText(qint64 value);
+QString enumerationText(quint32 value);
+QString floatText(double value);
+// Words as unsigned decimals joined by ",".
+QString wordsText(const QVector<quint32>& words);
+
+// Reader: the records of one parsed file, in document order. `document` is any well-formed XML; what is missing is
+// left empty and told by `hasFeatures`.
+struct FeaturesContent
+{
+    FeaturesHeader header;
+    bool hasFeatures = false;
+    // Plain and complex features in document order: `plain` or `complex` by `isComplex`.
+    struct Entry
+    {
+        bool isComplex = false;
+        PlainFeature plain;
+        ComplexFeature complex;
+    };
+    QList<Entry> entries;
+};
+FeaturesContent readFeatures(const QDomElement& root);
+
+} // namespace ie

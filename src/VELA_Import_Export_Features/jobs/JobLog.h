@@ -1,0 +1,22 @@
+// The worker's log lines: critical level, one context file for every source file of the worker, the line, and the
+// full signature of the function.
+#pragma once
+
+#include <QDebug>
+#include <QMessageLogger>
+
+namespace ie
+{
+
+// Not __FILE__ on purpose: log filters of the suite match this text.
+constexpr char kJobLogFile[] = "..\\..\\src\\VELA_Import_Export_Features\\QOperateThread";
+
+// Log texts, kept letter for letter (odd words and double blanks included): other tools search for them.
+constexpr char kLogOperateFeatureFailed[] = "Operate Feature Failed; NodeName : %1;  ErrorCode : %2";
+
+} // namespace ie
+
+// A composed text: a QString, which the debug stream prints in quotes.
+#define IE_JOB_LOG(text) QMessageLogger(ie::kJobLogFile, __LINE__, Q_FUNC_INFO).critical() << QString(text)
+// A fixed text, printed as it is.
+#define IE_JOB_LOG_PLAIN(text) QMessageLogger(ie::kJobLogFile, __LINE__, Q_FUNC_INFO).critical() << text

@@ -1,0 +1,17 @@
+// Where the jobs take their large buffers from: one seam, so that tests can let an allocation fail.
+#pragma once
+
+#include <cstddef>
+
+namespace ie
+{
+
+// A zero-filled block of `bytes`, or null. Released with releaseMemory(), which takes null too.
+void* allocateZeroed(std::size_t bytes);
+void releaseMemory(void* block);
+
+using AllocateHook = void* (*)(std::size_t bytes);
+// Replaces the source of allocateZeroed (its blocks must come from calloc); null puts the real one back.
+void setAllocateHook(AllocateHook hook);
+
+} // namespace ie
