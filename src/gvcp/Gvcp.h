@@ -86,6 +86,7 @@ enum Register : uint32_t
     RegTimestampHigh = 0x093C,
     RegTimestampLow = 0x0940,
     RegDiscoveryAckDelay = 0x0950,
+    RegGvcpConfiguration = 0x0954,
     RegPendingTimeout = 0x0958,
     RegControlSwitchoverKey = 0x095C,
     RegControlPrivilege = 0x0A00,
@@ -110,8 +111,12 @@ constexpr uint32_t kCapabilityConcatenation = 0x00000001;
 constexpr uint32_t kCapabilityWriteMemory = 0x00000002;
 constexpr uint32_t kCapabilityPacketResend = 0x00000004;
 constexpr uint32_t kCapabilityPendingAck = 0x00000020;
+constexpr uint32_t kCapabilityHeartbeatDisable = 0x20000000;
 constexpr uint32_t kCapabilitySerialNumber = 0x40000000;
 constexpr uint32_t kCapabilityUserName = 0x80000000;
+
+// Configuration bits of register 0x0954.
+constexpr uint32_t kConfigurationHeartbeatDisable = 0x00000001;
 
 using Bytes = std::vector<uint8_t>;
 

@@ -1,0 +1,44 @@
+// What makes one emulated camera. The texts land in fixed fields of the bootstrap registers and are cut to
+// them.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <limits>
+#include <string>
+
+namespace emu
+{
+
+struct CameraConfig
+{
+    std::string address; // dotted quad of a local interface; port 3956 of it is taken
+
+    // The GenICam description: the text, or a file that holds it (a text wins); with neither, the emulator's
+    // own, which then also takes the emulator's own seed.
+    std::string description;
+    std::string descriptionFile;
+
+    std::string manufacturer = "Emulated cameras"; // 31 bytes
+    std::string model = "EMU-1";                   // 31
+    std::string firmware = "1.0.0";                // 31, the device version of discovery
+    std::string serial = "EMU0001";                // 15
+    std::string userName;                          // 15
+
+    std::string seed; // JSON as in Seed.h; applied after the built-in one
+
+    bool zipped =
+        false; // first URL names the zipped description, the second the plain one; else the other way
+    // URL texts to serve instead; {name}, {address}, {length} and {schema} are replaced by those of the plain
+    // (zipped: the zipped) description. 511 bytes.
+    std::string firstUrl;
+    std::string secondUrl;
+    size_t descriptionLimit = std::numeric_limits<size_t>::max(); // bytes of the description that are served
+
+    bool concatenation =
+        true;               // several registers per READREG and WRITEREG, and the capability bit that says so
+    bool broadcast = false; // answer broadcast discovery as well
+    std::chrono::milliseconds latency{0}; // from each request to its answer
+};
+
+} // namespace emu

@@ -1,0 +1,49 @@
+// What an emulated camera does wrong, on demand. Set at any time with Camera::setFaults().
+#pragma once
+
+#include "gvcp/Gvcp.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace emu
+{
+
+constexpr unsigned kAlways = ~0u;
+
+// Commands whose bytes touch [address, address + length) are refused with `status`.
+struct Refusal
+{
+    uint32_t address = 0;
+    uint32_t length = 4;
+    uint16_t status = gvcp::InvalidAddress;
+};
+
+// After `after` more register commands nothing is answered any more, not even discovery: for `duration`, or
+// for ever without one.
+struct Silence
+{
+    unsigned after = 0;
+    std::optional<std::chrono::milliseconds> duration;
+};
+
+// "Command" means any of READREG, WRITEREG, READMEM, WRITEMEM; discovery is never refused or counted down.
+struct Faults
+{
+    unsigned loseRequests = 0;          // every n-th packet is lost on its way in; 0: none
+    unsigned loseAnswers = 0;           // every n-th answer is lost on its way out; 0: none
+    std::chrono::milliseconds delay{0}; // before each answer, beside the camera's own latency
+    std::optional<Silence> silence;
+    bool discoveryOnly = false; // nothing but discovery is answered
+    bool refuseConcatenation =
+        false; // READREG and WRITEREG of several registers are refused, though announced
+    std::vector<Refusal> refusals;
+    unsigned busy = 0;    // the next n commands answer BUSY
+    unsigned pending = 0; // the next n commands answer PENDING_ACK first, and come `pendingTime` later
+    std::chrono::milliseconds pendingTime{100};
+    std::optional<unsigned> stealControlAfter; // after n more commands another host takes control
+};
+
+} // namespace emu

@@ -1,0 +1,316 @@
+#include "camera_emulator/Responder.h"
+
+#include <algorithm>
+
+namespace emu
+{
+
+using namespace gvcp;
+
+namespace
+{
+
+constexpr uint64_t kAddressEnd = uint64_t(1) << 32;
+// A host outside of every network that a test or a demonstration uses.
+constexpr Peer kThief{0x7FFFFFFE, 1};
+
+bool isRegisterCommand(uint16_t command)
+{
+    return command == ReadRegCmd || command == WriteRegCmd || command == ReadMemCmd || command == WriteMemCmd;
+}
+
+bool isControl(uint32_t address)
+{
+    return address == RegControlPrivilege || address == RegHeartbeatTimeout;
+}
+
+bool everyNth(unsigned n, unsigned& counter)
+{
+    return n != 0 && ++counter % n == 0;
+}
+
+void countDown(unsigned& left)
+{
+    if (left != kAlways)
+        --left;
+}
+
+} // namespace
+
+std::vector<Reply> Responder::handle(const uint8_t* data, size_t size, Peer peer, Clock::time_point now)
+{
+    expireControl(now);
+    const auto command = decodeCommand(data, size);
+    if (isSwallowed(command && isRegisterCommand(command->command), now)) {
+        ++counters.lost;
+        return {};
+    }
+    if (!command || command->id == 0) {
+        ++counters.malformed;
+        return {};
+    }
+    Answer answer;
+    if (isRegisterCommand(command->command) && faults.busy > 0) {
+        countDown(faults.busy);
+        answer.status = Busy;
+    } else {
+        answer = answerTo(*command, peer);
+    }
+    if (m_holder == peer)
+        m_heartbeat = now; // any command of the holder is a sign of life
+    std::vector<Reply> replies = finish(*command, std::move(answer), now);
+    if (isRegisterCommand(command->command))
+        countDownFaults(now);
+    return replies;
+}
+
+void Responder::setFaults(const Faults& newFaults)
+{
+    faults = newFaults;
+    m_packetsIn = 0;
+    m_answersOut = 0;
+    m_silentUntil.reset();
+}
+
+bool Responder::isSwallowed(bool registerCommand, Clock::time_point now)
+{
+    if (faults.silence && faults.silence->after == 0) {
+        if (!faults.silence->duration)
+            return true;
+        if (!m_silentUntil)
+            m_silentUntil = now + *faults.silence->duration;
+        if (now < *m_silentUntil)
+            return true;
+        faults.silence.reset();
+        m_silentUntil.reset();
+    }
+    if (faults.discoveryOnly && registerCommand)
+        return true;
+    return everyNth(faults.loseRequests, m_packetsIn);
+}
+
+void Responder::countDownFaults(Clock::time_point now)
+{
+    if (faults.silence && faults.silence->after > 0 && --faults.silence->after == 0 &&
+        faults.silence->duration)
+        m_silentUntil = now + *faults.silence->duration;
+    if (faults.stealControlAfter && (*faults.stealControlAfter == 0 || --*faults.stealControlAfter == 0)) {
+        faults.stealControlAfter.reset();
+        stealControl(false);
+    }
+}
+
+std::vector<Reply> Responder::finish(const CommandPacket& command, Answer answer, Clock::time_point now)
+{
+    std::vector<Reply> replies;
+    if (answer.status != Success)
+        ++counters.refused;
+    if ((command.flags & kFlagAckRequired) == 0)
+        return replies;
+
+    Clock::time_point due = now + latency + faults.delay;
+    if (isRegisterCommand(command.command) && faults.pending > 0) {
+        countDown(faults.pending);
+        ++counters.pending;
+        const auto time = static_cast<uint16_t>(faults.pendingTime.count());
+        replies.push_back({encodeAck({Success, PendingAck, command.id, pendingAckPayload(time)}), due});
+        due += faults.pendingTime;
+    }
+    if (everyNth(faults.loseAnswers, m_answersOut)) {
+        ++counters.lost;
+        return replies;
+    }
+    const auto acknowledge = static_cast<uint16_t>(command.command + 1);
+    replies.push_back({encodeAck({answer.status, acknowledge, command.id, std::move(answer.payload)}), due});
+    return replies;
+}
+
+Responder::Answer Responder::answerTo(const CommandPacket& command, Peer peer)
+{
+    switch (command.command) {
+    case DiscoveryCmd:
+        ++counters.discovery;
+        return {Success, memory.read(0, kDiscoverySize)};
+    case ReadRegCmd:
+        ++counters.readReg;
+        return readRegisters(command.payload, peer);
+    case WriteRegCmd:
+        ++counters.writeReg;
+        return writeRegisters(command.payload, peer);
+    case ReadMemCmd:
+        ++counters.readMem;
+        return readMemory(command.payload, peer);
+    case WriteMemCmd:
+        ++counters.writeMem;
+        return writeMemory(command.payload, peer);
+    default:
+        ++counters.unknown;
+        return {NotImplemented, {}};
+    }
+}
+
+// On an error the registers before the failing one are handed out.
+Responder::Answer Responder::readRegisters(const Bytes& payload, Peer peer)
+{
+    const auto addresses = parseReadRegisters(payload);
+    if (!addresses || (addresses->size() > 1 && (!concatenation || faults.refuseConcatenation)))
+        return {InvalidParameter, {}};
+    if (std::all_of(addresses->begin(), addresses->end(), isControl))
+        ++counters.controlRequests;
+    Answer answer;
+    for (uint32_t address : *addresses) {
+        answer.status = checkRead(address, 4, peer);
+        if (answer.status != Success)
+            break;
+        ++counters.registersRead;
+        const Bytes value = memory.read(address, 4);
+        answer.payload.insert(answer.payload.end(), value.begin(), value.end());
+    }
+    return answer;
+}
+
+// The answer names the failing register by its index; those before it are written.
+Responder::Answer Responder::writeRegisters(const Bytes& payload, Peer peer)
+{
+    const auto writes = parseWriteRegisters(payload);
+    if (!writes || (writes->size() > 1 && (!concatenation || faults.refuseConcatenation)))
+        return {InvalidParameter, writeAckPayload(0)};
+    if (std::all_of(writes->begin(), writes->end(),
+                    [](const RegisterWrite& write) { return isControl(write.address); }))
+        ++counters.controlRequests;
+    uint16_t done = 0;
+    for (const RegisterWrite& write : *writes) {
+        const uint16_t status = checkWrite(write.address, 4, peer);
+        if (status != Success)
+            return {status, writeAckPayload(done)};
+        writeWord(write.address, write.value, peer);
+        ++done;
+        ++counters.registersWritten;
+        if (!isControl(write.address))
+            ++counters.settingWrites;
+    }
+    return {Success, writeAckPayload(done)};
+}
+
+Responder::Answer Responder::readMemory(const Bytes& payload, Peer peer)
+{
+    const auto range = parseReadMemory(payload);
+    if (!range || range->count == 0 || range->count > kMaxReadMemory)
+        return {InvalidParameter, {}};
+    if (isControl(range->address) && range->count == 4)
+        ++counters.controlRequests;
+    const uint16_t status = checkRead(range->address, range->count, peer);
+    if (status != Success)
+        return {status, {}};
+    counters.bytesRead += range->count;
+    Bytes data(4);
+    put32(data.data(), range->address);
+    const Bytes content = memory.read(range->address, range->count);
+    data.insert(data.end(), content.begin(), content.end());
+    return {Success, data};
+}
+
+Responder::Answer Responder::writeMemory(const Bytes& payload, Peer peer)
+{
+    const auto write = parseWriteMemory(payload);
+    if (!write)
+        return {InvalidParameter, writeAckPayload(0)};
+    const auto size = static_cast<uint32_t>(write->data.size());
+    const bool control = isControl(write->address) && size == 4;
+    if (control)
+        ++counters.controlRequests;
+    const uint16_t status = checkWrite(write->address, size, peer);
+    if (status != Success)
+        return {status, writeAckPayload(0)};
+    for (uint32_t offset = 0; offset < size; offset += 4)
+        writeWord(write->address + offset, get32(&write->data[offset]), peer);
+    counters.bytesWritten += size;
+    if (!control)
+        ++counters.settingWrites;
+    return {Success, writeAckPayload(static_cast<uint16_t>(size))};
+}
+
+uint16_t Responder::checkAccess(uint32_t address, uint32_t size) const
+{
+    if (address % 4 != 0 || size % 4 != 0)
+        return BadAlignment;
+    if (address + uint64_t(size) > kAddressEnd)
+        return InvalidAddress;
+    for (const Refusal& refusal : faults.refusals) {
+        const bool touches = address < refusal.address + uint64_t(refusal.length) &&
+                             refusal.address < address + uint64_t(size);
+        if (touches)
+            return refusal.status;
+    }
+    return Success;
+}
+
+uint16_t Responder::checkRead(uint32_t address, uint32_t size, Peer peer) const
+{
+    const bool exclusive = (memory.readWord(RegControlPrivilege) & kPrivilegeExclusive) != 0;
+    if (exclusive && m_holder && !(*m_holder == peer))
+        return AccessDenied;
+    return checkAccess(address, size);
+}
+
+// Whoever wants to write has to have control; only control itself may be asked for when nobody has it.
+uint16_t Responder::checkWrite(uint32_t address, uint32_t size, Peer peer) const
+{
+    const bool asksForControl = address == RegControlPrivilege && size == 4;
+    if (m_holder ? !(*m_holder == peer) : !asksForControl)
+        return AccessDenied;
+    const uint16_t status = checkAccess(address, size);
+    if (status != Success)
+        return status;
+    return readOnly.overlaps(address, size) ? WriteProtect : Success;
+}
+
+void Responder::writeWord(uint32_t address, uint32_t value, Peer peer)
+{
+    if (address != RegControlPrivilege) {
+        memory.writeWord(address, value);
+        return;
+    }
+    const uint32_t privilege = value & (kPrivilegeExclusive | kPrivilegeControl);
+    if (privilege == 0)
+        setControl(std::nullopt, 0);
+    else
+        setControl(peer, privilege);
+}
+
+void Responder::setControl(std::optional<Peer> holder, uint32_t privilege)
+{
+    m_holder = holder;
+    m_stolen = false;
+    memory.writeWord(RegControlPrivilege, privilege);
+    memory.writeWord(RegPrimaryPort, holder ? holder->port : 0);
+    memory.writeWord(RegPrimaryAddress, holder ? holder->address : 0);
+}
+
+void Responder::stealControl(bool exclusive)
+{
+    setControl(kThief, exclusive ? kPrivilegeExclusive : kPrivilegeControl);
+    m_stolen = true;
+}
+
+void Responder::releaseControl()
+{
+    setControl(std::nullopt, 0);
+}
+
+bool Responder::heartbeatDisabled() const
+{
+    return (memory.readWord(RegGvcpConfiguration) & kConfigurationHeartbeatDisable) != 0;
+}
+
+void Responder::expireControl(Clock::time_point now)
+{
+    if (!m_holder || m_stolen || heartbeatDisabled())
+        return;
+    if (now - m_heartbeat <= std::chrono::milliseconds(memory.readWord(RegHeartbeatTimeout)))
+        return;
+    ++counters.heartbeatsExpired;
+    setControl(std::nullopt, 0);
+}
+
+} // namespace emu

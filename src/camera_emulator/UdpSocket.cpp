@@ -1,0 +1,89 @@
+#include "camera_emulator/UdpSocket.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace emu
+{
+namespace
+{
+
+constexpr size_t kMaxDatagram = 65536;
+
+sockaddr_in socketAddress(uint32_t address, uint16_t port)
+{
+    sockaddr_in result{};
+    result.sin_family = AF_INET;
+    result.sin_addr.s_addr = htonl(address);
+    result.sin_port = htons(port);
+    return result;
+}
+
+} // namespace
+
+UdpSocket::~UdpSocket()
+{
+    close();
+}
+
+UdpSocket::UdpSocket(UdpSocket&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+
+UdpSocket& UdpSocket::operator=(UdpSocket&& other) noexcept
+{
+    std::swap(m_descriptor, other.m_descriptor);
+    return *this;
+}
+
+std::optional<std::string> UdpSocket::bind(uint32_t address, uint16_t port, bool shared)
+{
+    close();
+    m_descriptor = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    const sockaddr_in name = socketAddress(address, port);
+    const int on = 1;
+    bool good = m_descriptor >= 0;
+    if (good && shared)
+        good = ::setsockopt(m_descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == 0;
+    good = good && ::bind(m_descriptor, reinterpret_cast<const sockaddr*>(&name), sizeof name) == 0;
+    if (good)
+        return std::nullopt;
+    const std::string reason = std::strerror(errno);
+    close();
+    return reason;
+}
+
+void UdpSocket::close()
+{
+    if (m_descriptor >= 0)
+        ::close(std::exchange(m_descriptor, -1));
+}
+
+std::optional<Bytes> UdpSocket::receive(Peer& from)
+{
+    Bytes packet(kMaxDatagram);
+    sockaddr_in name{};
+    socklen_t nameSize = sizeof name;
+    const ssize_t size = ::recvfrom(m_descriptor, packet.data(), packet.size(), 0,
+                                    reinterpret_cast<sockaddr*>(&name), &nameSize);
+    if (size < 0)
+        return std::nullopt;
+    packet.resize(static_cast<size_t>(size));
+    from = {ntohl(name.sin_addr.s_addr), ntohs(name.sin_port)};
+    return packet;
+}
+
+void UdpSocket::send(const Bytes& packet, Peer to)
+{
+    const sockaddr_in name = socketAddress(to.address, to.port);
+    // UDP promises nothing: a packet that cannot be sent is a lost one.
+    (void)::sendto(m_descriptor, packet.data(), packet.size(), 0, reinterpret_cast<const sockaddr*>(&name),
+                   sizeof name);
+}
+
+} // namespace emu
