@@ -20,10 +20,10 @@ struct RegisterValue
 {
     qint64 address = 0;
     QString variables;
-    QString content;       // words "1,2,3", or the computed value of a converter
+    QString content; // words "1,2,3", or the computed value of a converter
     bool converted = false;
-    QString to;            // raw word; with `converted` only
-    QString from;          // formula, unescaped; with `converted` only
+    QString to;   // raw word; with `converted` only
+    QString from; // formula, unescaped; with `converted` only
 };
 
 struct ComplexFeature
@@ -43,8 +43,8 @@ struct FeaturesHeader
     QString boardType;
 };
 
-// Writer. Every line ends CR LF but the file's last, which has no end. Texts go in as they are: only `from` is
-// escaped.
+// Writer. Every line ends CR LF but the file's last, which has no end. Texts go in as they are: only `from`
+// is escaped.
 QString fileBegin(const QString& version);
 QString headerLine(const QString& element, const QString& text);
 QString featuresBegin();
@@ -61,8 +61,8 @@ QString floatText(double value);
 // Words as unsigned decimals joined by ",".
 QString wordsText(const QVector<quint32>& words);
 
-// Reader: the records of one parsed file, in document order. `document` is any well-formed XML; what is missing is
-// left empty and told by `hasFeatures`.
+// Reader: the records of one parsed file, in document order. `document` is any well-formed XML; what is
+// missing is left empty and told by `hasFeatures`.
 struct FeaturesContent
 {
     FeaturesHeader header;

@@ -1,5 +1,6 @@
-// The worker's log lines: critical level, one context file for every source file of the worker, the line, and the
-// full signature of the function.
+// The worker's log lines: critical level, one context file for every source file of the worker, the line, and
+// the full signature of the function. Texts are kept letter for letter, odd words and double blanks included:
+// other tools search for them.
 #pragma once
 
 #include <QDebug>
@@ -10,9 +11,6 @@ namespace ie
 
 // Not __FILE__ on purpose: log filters of the suite match this text.
 constexpr char kJobLogFile[] = "..\\..\\src\\VELA_Import_Export_Features\\QOperateThread";
-
-// Log texts, kept letter for letter (odd words and double blanks included): other tools search for them.
-constexpr char kLogOperateFeatureFailed[] = "Operate Feature Failed; NodeName : %1;  ErrorCode : %2";
 
 } // namespace ie
 

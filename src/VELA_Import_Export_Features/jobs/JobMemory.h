@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 
 namespace ie
 {
@@ -9,6 +10,13 @@ namespace ie
 // A zero-filled block of `bytes`, or null. Released with releaseMemory(), which takes null too.
 void* allocateZeroed(std::size_t bytes);
 void releaseMemory(void* block);
+
+struct MemoryReleaser
+{
+    void operator()(void* block) const { releaseMemory(block); }
+};
+// Owner of a block of allocateZeroed().
+using MemoryBlock = std::unique_ptr<void, MemoryReleaser>;
 
 using AllocateHook = void* (*)(std::size_t bytes);
 // Replaces the source of allocateZeroed (its blocks must come from calloc); null puts the real one back.

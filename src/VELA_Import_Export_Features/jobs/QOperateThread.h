@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Compatibility.h"
+#include "JobMemory.h"
 #include "SelectorPair.h"
 
 #include <KXCameraControl/KXCameraControl.h>
@@ -11,6 +12,7 @@
 #include <QDomElement>
 #include <QList>
 #include <QMap>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QThread>
@@ -34,9 +36,9 @@ enum ImportResult : unsigned int
     IMPORT_ERR_APPLY = 0xE0000005
 };
 
-// Set up while it is idle, then started; every job ends with SigEndThread after its connection is closed, and the
-// worker may be set up and started again. The signals come from the worker's own thread. The destructor neither
-// closes the connection (each job does) nor waits.
+// Set up while it is idle, then started; every job ends with SigEndThread after its connection is closed, and
+// the worker may be set up and started again. The signals come from the worker's own thread. The destructor
+// neither closes the connection (each job does) nor waits.
 class QOperateThread : public QThread
 {
     Q_OBJECT
@@ -67,7 +69,7 @@ private:
     bool OpenDevice();
     void CloseDevice();
     void ReportEnd();
-    QString DeviceFileName() const;
+    QString TargetPath() const;
 
     // Jobs.
     void FeatureBagImport();
@@ -77,33 +79,50 @@ private:
 
     // Node access. A status is stored in *pErrorCode whenever the camera library was called.
     bool GetBooleanNodePropertyValue(const QString& strName, bool* pValue, int* pErrorCode = nullptr);
-    bool GetEnumerationNodePropertyValue(const QString& strName, KX_EnumValue* pValue, int* pErrorCode = nullptr);
+    bool GetEnumerationNodePropertyValue(const QString& strName, KX_EnumValue* pValue,
+                                         int* pErrorCode = nullptr);
     bool GetFloatNodePropertyValue(const QString& strName, KX_FloatValue* pValue, int* pErrorCode = nullptr);
-    bool GetIntegerNodePropertyValue(const QString& strName, KX_IntegerValue* pValue, int* pErrorCode = nullptr);
-    bool GetStringRegNodePropertyValue(const QString& strName, QString& strValue, __int64* pMaxLength = nullptr,
-                                       int* pErrorCode = nullptr);
+    bool GetIntegerNodePropertyValue(const QString& strName, KX_IntegerValue* pValue,
+                                     int* pErrorCode = nullptr);
+    bool GetStringRegNodePropertyValue(const QString& strName, QString& strValue,
+                                       __int64* pMaxLength = nullptr, int* pErrorCode = nullptr);
     KX_XML_AccessMode GetNodeAccessMode(const QString& strName, int* pErrorCode = nullptr);
     bool SetBooleanNodePropertyValue(const QString& strName, bool bValue, int* pErrorCode = nullptr);
-    bool SetEnumerationNodePropertyValue(const QString& strName, unsigned int nValue, int* pErrorCode = nullptr);
+    bool SetEnumerationNodePropertyValue(const QString& strName, unsigned int nValue,
+                                         int* pErrorCode = nullptr);
     bool SetFloatNodePropertyValue(const QString& strName, float fValue, int* pErrorCode = nullptr);
     bool SetIntegerNodePropertyValue(const QString& strName, __int64 nValue, int* pErrorCode = nullptr);
-    bool SetStringRegNodePropertyValue(const QString& strName, const QString& strValue, int* pErrorCode = nullptr);
-    bool ReadRegisterMemory(const __int64& nAddress, void* pBuffer, __int64 nLength, int* pErrorCode = nullptr);
-    bool WriteRegisterMemory(const __int64& nAddress, void* pBuffer, __int64 nLength, int* pErrorCode = nullptr);
+    bool SetStringRegNodePropertyValue(const QString& strName, const QString& strValue,
+                                       int* pErrorCode = nullptr);
+    bool ReadRegisterMemory(const __int64& nAddress, void* pBuffer, __int64 nLength,
+                            int* pErrorCode = nullptr);
+    bool WriteRegisterMemory(const __int64& nAddress, void* pBuffer, __int64 nLength,
+                             int* pErrorCode = nullptr);
 
     // Description.
     void GenerateFeatureXmlMap();
-    void GenerateSelectorMap();
+    QString FetchDescription();
+    void IndexDescription();
     void WalkFeatureNodes(const QDomElement& parent);
+    void TakeListedFeature(const QDomElement& parent, const QString& strFeature);
+    void TakeCategory(const QString& strName);
+    void GenerateSelectorMap();
     bool GetNodeElement(const QString& strName, QDomElement& element) const;
     void GetSelectedFeatures(const QString& strName, QStringList& lstSelected);
     QDomElement FindElementByName(const QString& strName, const QDomNodeList& nodes) const;
-    void CollectNodeReferences(const QString& strName, QStringList* pReferences, QStringList* pVariables) const;
+    void CollectNodeReferences(const QString& strName, QStringList* pReferences,
+                               QStringList* pVariables) const;
 
-    // Export.
+    // Export. Those that append to a text answer false when the export has to stop.
     bool export_xml();
     void LoadStreamableFilter();
+    void ChooseSkipList();
     bool IsSkippedFeature(const QString& strName) const;
+    bool AppendHeader(const QString& strModel, QString& strText);
+    bool AppendFeatures(QString& strText);
+    bool AppendFeature(const QDomElement& element, QString& strText);
+    bool ReadPlainValue(const QString& strTag, const QString& strName, QString& strValue, int* pErrorCode);
+    bool WriteFeaturesFile(const QString& strFileName, const QString& strText);
 
     // Import.
     bool import_feature_xml(const QDomDocument& document);
@@ -123,6 +142,8 @@ private:
     QList<SelectorPair> m_lstSelectorPairs;
     QMap<QString, QStringList> m_mapFeatureFilter;
 
-    QStringList m_lstSkipped;                // skip list of the running job
-    void* m_pDescriptionBuffer = nullptr;    // of the last fetch; released by the next one or at the end
+    // Not part of what a job leaves behind.
+    QSet<QString> m_setSkipped;           // the running job's skip list
+    QSet<QString> m_setCategoryNames;     // m_lstCategoryNames again, for the walk
+    ie::MemoryBlock m_pDescriptionBuffer; // of the last fetch; kept until the next one
 };

@@ -1,0 +1,20 @@
+#include "JobRules.h"
+
+#include <QSet>
+
+namespace ie
+{
+
+bool isNotApplicable(KX_Status status)
+{
+    return status == KX_E_PARAMETER || (status >= KX_E_GC_GENERIC && status <= KX_E_GC_ACCESS);
+}
+
+bool isProtectedFeature(const QString& name)
+{
+    static const QSet<QString> names = {"UserSetDefault", "UserSetSelector", "DeviceSerialNumber",
+                                        "DeviceUserID",   "BoardDeviceType", "DeviceFirmwareVersion"};
+    return names.contains(name);
+}
+
+} // namespace ie

@@ -1,0 +1,66 @@
+#include "QOperateThread.h"
+
+#include "DeviceNames.h"
+
+QOperateThread::QOperateThread(QObject* parent) : QThread(parent) {}
+
+QOperateThread::~QOperateThread() = default;
+
+void QOperateThread::SetXmlImportJob(const StructDeviceInfo& stDevice, const QString& strFile)
+{
+    m_nThreadType = JOB_FEATURE_XML_IMPORT;
+    m_stDevice = stDevice;
+    m_strFilePath = strFile;
+}
+
+void QOperateThread::SetXmlExportJob(const StructDeviceInfo& stDevice, const QString& strFolder)
+{
+    m_nThreadType = JOB_FEATURE_XML_EXPORT;
+    m_stDevice = stDevice;
+    m_strFilePath = strFolder;
+}
+
+void QOperateThread::run()
+{
+    emit SigBeginThread(m_stDevice.nDeviceID, m_nThreadType);
+    switch (m_nThreadType) {
+    case JOB_FEATURE_BAG_IMPORT:
+    case JOB_FEATURE_BAG_EXPORT:
+    case JOB_FEATURE_XML_IMPORT:
+        break; // no job stands behind these types yet
+    case JOB_FEATURE_XML_EXPORT:
+        FeatureXmlExport();
+        break;
+    default:
+        break; // meant: an unknown type begins and never ends
+    }
+}
+
+bool QOperateThread::OpenDevice()
+{
+    return KX_CC_CreateHandle(&m_hDevice, &m_stDevice.stDeviceInfo) == KX_OK &&
+           KX_CC_OpenDevice(m_hDevice, KX_ACCESS_EXCLUSIVE, 0) == KX_OK;
+}
+
+void QOperateThread::CloseDevice()
+{
+    if (m_hDevice) {
+        KX_CC_CloseDevice(m_hDevice);
+        KX_CC_DestroyHandle(m_hDevice);
+        m_hDevice = nullptr;
+    }
+    ReportEnd();
+}
+
+void QOperateThread::ReportEnd()
+{
+    m_bRunning = false;
+    emit SigEndThread(m_stDevice.nDeviceID, m_nThreadType, TargetPath());
+}
+
+QString QOperateThread::TargetPath() const
+{
+    const ie::DeviceNames names = ie::deviceNames(m_stDevice.stDeviceInfo, ie::FieldEnd::AtZero);
+    // Meant for import jobs too, whose path is a file: the window only passes it on.
+    return QString("%1/%2").arg(m_strFilePath, ie::featuresFileName(names));
+}
