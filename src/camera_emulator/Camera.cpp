@@ -2,6 +2,7 @@
 
 #include "camera_emulator/Bootstrap.h"
 #include "camera_emulator/BuiltIn.h"
+#include "camera_emulator/Files.h"
 #include "camera_emulator/Responder.h"
 #include "camera_emulator/Seed.h"
 #include "camera_emulator/UdpSocket.h"
@@ -11,10 +12,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
 #include <map>
 #include <mutex>
-#include <sstream>
 #include <thread>
 
 namespace emu
@@ -81,11 +80,8 @@ Camera::State::State(const CameraConfig& wanted) : config(wanted), address(gvcp:
     } else if (!config.description.empty()) {
         description = config.description;
     } else {
-        std::ifstream file(config.descriptionFile, std::ios::binary);
-        std::ostringstream text;
-        text << file.rdbuf();
-        description = text.str();
-        if (!file || description.empty())
+        description = readFile(config.descriptionFile).value_or("");
+        if (description.empty())
             problem = "The description " + config.descriptionFile + " cannot be read or is empty.";
     }
     if (description.size() > kMaxDescriptionSize)

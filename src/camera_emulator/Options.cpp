@@ -1,0 +1,138 @@
+#include "camera_emulator/Options.h"
+
+#include "camera_emulator/Files.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace emu
+{
+namespace
+{
+
+const char kFaults[] =
+    "A fault, repeatable. N counts packets, AFTER counts register commands, MS is milliseconds:\n"
+    "lose=N lose-answers=N        every n-th packet is lost\n"
+    "delay=MS                     before every answer\n"
+    "silent[=AFTER[:MS]]          no answers at all, for ever or for a time\n"
+    "discovery-only               nothing but discovery is answered\n"
+    "refuse=ADDRESS[:STATUS[:LENGTH]]  error status for an address (0x8003, 4 bytes)\n"
+    "busy=N                       the next n commands answer BUSY\n"
+    "pending=MS[:N]               PENDING_ACK first, the answer MS later\n"
+    "steal=AFTER                  another host takes control\n"
+    "cut-description=BYTES        the description ends early\n"
+    "no-concatenation             one register per packet, and says so\n"
+    "refuse-concatenation         one register per packet, and does not say so";
+
+// What one group of the command line is read into.
+struct Group
+{
+    CameraOptions camera;
+    std::vector<std::string> faults;
+    std::string seedFile;
+    unsigned latency = 0;
+};
+
+void addCommonOptions(CLI::App& app, Options& options)
+{
+    app.add_option("--stats", options.statsFile,
+                   "Where the counters go as JSON at the end (standard output)");
+    app.add_option("--ready-file", options.readyFile, "A file that appears when all cameras listen");
+}
+
+void addCameraOptions(CLI::App& app, Group& group)
+{
+    CameraConfig& config = group.camera.config;
+    app.add_option("--address", config.address, "Local IPv4 address; begins a camera")->required();
+    app.add_option("--description", config.descriptionFile, "GenICam description, XML (the emulator's own)");
+    app.add_option("--serial", config.serial, "Serial number")->capture_default_str();
+    app.add_option("--model", config.model, "Model name")->capture_default_str();
+    app.add_option("--manufacturer", config.manufacturer, "Manufacturer's name")->capture_default_str();
+    app.add_option("--user-name", config.userName, "User-defined name");
+    app.add_option("--firmware", config.firmware, "Device version that discovery tells")
+        ->capture_default_str();
+    app.add_option("--seed", group.seedFile, "First contents of the registers, JSON");
+    app.add_flag("--zipped", config.zipped, "The first URL names the zipped description");
+    app.add_option("--first-url", config.firstUrl, "First URL instead; {name} {address} {length} {schema}");
+    app.add_option("--second-url", config.secondUrl, "Second URL instead");
+    app.add_flag("--broadcast", config.broadcast, "Answer broadcast discovery too");
+    app.add_option("--transport-latency", group.latency, "Milliseconds from each request to its answer");
+    app.add_option("--fault", group.faults, kFaults)->expected(1)->take_all();
+}
+
+bool beginsCamera(const std::string& argument)
+{
+    return argument == "--address" || argument.compare(0, 10, "--address=") == 0;
+}
+
+// CLI11 takes arguments from the back of the list.
+void parse(CLI::App& app, std::vector<std::string> arguments)
+{
+    std::reverse(arguments.begin(), arguments.end());
+    app.parse(arguments);
+}
+
+CameraOptions parseCamera(const std::vector<std::string>& arguments, Options& options)
+{
+    CLI::App app;
+    Group group;
+    addCameraOptions(app, group);
+    addCommonOptions(app, options);
+    parse(app, arguments);
+
+    CameraOptions& camera = group.camera;
+    camera.config.latency = std::chrono::milliseconds(group.latency);
+    if (!group.seedFile.empty()) {
+        const auto seed = readFile(group.seedFile);
+        if (!seed)
+            throw CLI::ValidationError("--seed", "The seed file " + group.seedFile + " cannot be read.");
+        camera.config.seed = *seed;
+    }
+    for (const std::string& fault : group.faults) {
+        const std::string problem = parseFault(fault, camera);
+        if (!problem.empty())
+            throw CLI::ValidationError("--fault", problem);
+    }
+    return camera;
+}
+
+std::string helpText()
+{
+    Options options;
+    Group group;
+    CLI::App app(
+        "Emulates GigE Vision cameras on UDP port 3956 of local addresses, for tests and demonstrations.\n"
+        "Several cameras: repeat the camera's options, each group beginning with --address.",
+        "camera_emulator");
+    addCameraOptions(app, group);
+    addCommonOptions(app, options);
+    return app.help();
+}
+
+} // namespace
+
+ParsedOptions parseOptions(const std::vector<std::string>& arguments)
+{
+    Options options;
+    try {
+        auto begin = std::find_if(arguments.begin(), arguments.end(), beginsCamera);
+        CLI::App common;
+        addCommonOptions(common, options);
+        parse(common, {arguments.begin(), begin});
+        while (begin != arguments.end()) {
+            const auto end = std::find_if(begin + 1, arguments.end(), beginsCamera);
+            options.cameras.push_back(parseCamera({begin, end}, options));
+            begin = end;
+        }
+    } catch (const CLI::CallForHelp&) {
+        return {std::nullopt, helpText(), true};
+    } catch (const CLI::ParseError& error) {
+        return {std::nullopt, std::string(error.what()) + "\n", false};
+    }
+    if (options.cameras.empty())
+        return {std::nullopt, "No camera: give at least one --address.\n", false};
+    return {options, {}, false};
+}
+
+} // namespace emu

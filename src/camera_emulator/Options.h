@@ -1,0 +1,41 @@
+// The command line of camera_emulator: one group of options per camera, each beginning with --address.
+#pragma once
+
+#include "camera_emulator/CameraConfig.h"
+#include "camera_emulator/Faults.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace emu
+{
+
+struct CameraOptions
+{
+    CameraConfig config;
+    Faults faults;
+};
+
+struct Options
+{
+    std::vector<CameraOptions> cameras;
+    std::string statsFile; // empty: standard output
+    std::string readyFile; // empty: none
+};
+
+struct ParsedOptions
+{
+    std::optional<Options> options; // nothing: print `message` and end
+    std::string message;
+    bool isHelp = false; // the message was asked for
+};
+
+// `arguments` without the program's name. Seed files are read here.
+ParsedOptions parseOptions(const std::vector<std::string>& arguments);
+
+// Adds one fault ("busy=3", "refuse=0x1000:0x8006:4", ...); gives what is wrong with the text, or an empty
+// text.
+std::string parseFault(const std::string& text, CameraOptions& camera);
+
+} // namespace emu

@@ -1,0 +1,92 @@
+#include "camera_emulator/Camera.h"
+#include "camera_emulator/Files.h"
+#include "camera_emulator/Options.h"
+
+#include <csignal>
+#include <iostream>
+#include <list>
+
+namespace
+{
+
+enum ExitCode
+{
+    Good = 0,
+    Usage = 2,
+    CannotBind = 6
+};
+
+std::string statistics(const std::list<emu::Camera>& cameras)
+{
+    std::string text;
+    for (const emu::Camera& camera : cameras)
+        text += (text.empty() ? "[{\"address\":\"" : ",\n {\"address\":\"") + camera.config().address +
+                "\",\"counters\":" + toJson(camera.counters()) + "}";
+    return text + "]\n";
+}
+
+// The signals that end the program are blocked before any thread starts, so that sigwait() alone sees them.
+sigset_t blockEndSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+int startAll(const emu::Options& options, std::list<emu::Camera>& cameras)
+{
+    for (const emu::CameraOptions& wanted : options.cameras) {
+        emu::Camera& camera = cameras.emplace_back(wanted.config);
+        for (const std::string& problem : camera.seedProblems())
+            std::cerr << "camera_emulator: " << wanted.config.address << ": not seeded: " << problem
+                      << std::endl;
+        camera.setFaults(wanted.faults);
+        const emu::StartResult result = camera.start();
+        if (result)
+            continue;
+        std::cerr << "camera_emulator: " << result.message << std::endl;
+        return result.code == emu::StartCode::CannotBind ? CannotBind : Usage;
+    }
+    return Good;
+}
+
+int run(const emu::Options& options)
+{
+    const sigset_t signals = blockEndSignals();
+    std::list<emu::Camera> cameras;
+    if (const int code = startAll(options, cameras))
+        return code;
+    if (!options.readyFile.empty() && !emu::writeFile(options.readyFile, "ready\n")) {
+        std::cerr << "camera_emulator: " << options.readyFile << " cannot be written." << std::endl;
+        return Usage;
+    }
+    std::cout << "ready" << std::endl;
+
+    int signal = 0;
+    sigwait(&signals, &signal);
+    for (emu::Camera& camera : cameras)
+        camera.stop();
+    if (options.statsFile.empty())
+        std::cout << statistics(cameras) << std::flush;
+    else if (!emu::writeFile(options.statsFile, statistics(cameras)))
+        std::cerr << "camera_emulator: " << options.statsFile << " cannot be written." << std::endl;
+    return Good;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const emu::ParsedOptions parsed = emu::parseOptions({argv + 1, argv + argc});
+    if (parsed.options)
+        return run(*parsed.options);
+    if (parsed.isHelp) {
+        std::cout << parsed.message;
+        return Good;
+    }
+    std::cerr << "camera_emulator: " << parsed.message << "Try camera_emulator --help." << std::endl;
+    return Usage;
+}
