@@ -101,9 +101,10 @@ void CovertEncodeCharFromQString(const QString& text, char* buffer, int capacity
     const QTextCodec* codec = chosen ? chosen : utf8();
     int written = 0;
     for (int i = 0; i < text.size();) {
-        const int units = text.at(i).isHighSurrogate() && i + 1 < text.size() ? 2 : 1;
-        QTextCodec::ConverterState state(QTextCodec::IgnoreHeader);
-        const QByteArray character = codec->fromUnicode(text.constData() + i, units, &state);
+        const bool isPair =
+            i + 1 < text.size() && text.at(i).isHighSurrogate() && text.at(i + 1).isLowSurrogate();
+        const int units = isPair ? 2 : 1;
+        const QByteArray character = codec->fromUnicode(text.mid(i, units));
         if (character.size() > capacity - written)
             return;
         std::memcpy(buffer + written, character.constData(), static_cast<size_t>(character.size()));
