@@ -55,9 +55,10 @@ SUITETOOLS_API QString curExeVersion();
 SUITETOOLS_API unsigned int toolsSupportNum();
 
 // Folders without a trailing separator; not created here. The environment's VELA_PROGRAM_DATA and
-// VELA_USER_DATA, when not empty, override them. Shared by all programs of the suite. Windows: "VELA" in the
-// data folder of all users; elsewhere no such folder may be written, so "VELA" in the user's data folder
-// (XDG_DATA_HOME).
+// VELA_USER_DATA, when not empty, override them.
+//
+// Shared by all programs of the suite. Windows: "VELA" in the data folder of all users; elsewhere no such
+// folder may be written, so "VELA" in the user's data folder (XDG_DATA_HOME).
 SUITETOOLS_API QString programDataPath();
 // Of this user: "VELA" in the documents folder.
 SUITETOOLS_API QString userDataPath();
@@ -67,25 +68,27 @@ SUITETOOLS_API QString userDataPath();
 SUITETOOLS_API QString language();
 
 // "0x" and hexadecimal digits: base 16; decimal digits only: base 10; other hexadecimal digits without
-// prefix: base
-// 16. Anything else (blanks, signs and "0X" too), and what needs more than 64 bits, is 0. Values from 2^63 on
-// are the same bits as a negative number.
+// prefix: base 16. Anything else (blanks, signs and "0X" too), and what needs more than 64 bits, is 0. Values
+// from 2^63 on are the same bits as a negative number.
 SUITETOOLS_API qint64 string2Int(const QString& text);
 
 // Evaluates a formula of the GenICam SwissKnife grammar. Numbers only: a name is an error. Independent of the
-// locale. Takes time and memory linear in the text, whose parentheses may be nested 10,000 deep. On failure
-// `ok` is false, the result 0 and GetCalculatorErro() tells why; a value that is not finite is a failure. A
-// null pointer counts as an empty text, which is an error.
+// locale. Takes time and memory linear in the text, whose parentheses may be nested 10,000 deep, and next to
+// nothing of the thread's stack. On failure `ok` is false, the result 0 and GetCalculatorErro() tells why; a
+// value that is not finite is a failure. A null pointer counts as an empty text, which is an error.
 //
-// Tightest first; equal ones are taken from the left, ** and ?: from the right:
-//     + - ~ (one operand)    **    * / %    + -    << >>    < <= > >=    = <>    &    ^    |    &&    || ?:
-// so "-2**2" is 4: variables are put in as text, and a negative one must keep its sign.
-// && || ?: evaluate only what they need, but all of the text must be a formula. Anything but 0 is true.
+// Operators, tightest first; equal ones are taken from the left, ** and ?: from the right:
+//     + - ~ (one operand)   **   * / %   + -   << >>   < <= > >=   = <>   &   ^   |   &&   ||   ?:
+// So "-2**2" is 4: variables are put in as text, and a negative one must keep its sign. && || ?: evaluate
+// only what they need, but all of the text must be a formula. Anything but 0 is true.
+//
 // Numbers are double (7/2 is 3.5): 12, .5, 5., 1.2e-3, and 0xFF, whose digits are a 64-bit pattern (with all
 // 64 bits set it is -1). % << >> & | ^ ~ cut their operands to whole numbers of 64 bits; operands outside
 // [-2^63, 2^64), shifts by less than 0 or more than 63 and division by 0 are errors; % has the sign of its
-// left operand. Functions: ABS SGN NEG ATAN COS SIN TAN ASIN ACOS EXP LN LG SQRT TRUNC FLOOR CEIL ROUND(x)
-// ROUND(x,digits) (halves away from 0). Constants: E PI, also written E() PI().
+// left operand.
+//
+// Functions: ABS SGN NEG ATAN COS SIN TAN ASIN ACOS EXP LN LG SQRT TRUNC FLOOR CEIL ROUND(x) ROUND(x,digits),
+// where halves go away from 0. Constants: E PI, also written E() PI().
 SUITETOOLS_API double Compute(const char* expression, bool& ok);
 // What the last failed Compute of the process had to say; another thread's failure may replace it at any
 // time. A success does not clear it. Empty before the first failure.
