@@ -71,9 +71,10 @@ private:
     {
         skipQuotedUpTo(">");
         const bool isEmptyElement = m_pos > 0 && m_pos < m_text.size() && m_text.at(m_pos - 1) == '/';
-        if (!isEmptyElement && ++m_depth > kMaximumXmlDepth)
-            return false;
-        return m_depth + int(isEmptyElement) <= kMaximumXmlDepth;
+        const int depth = m_depth + 1;
+        if (!isEmptyElement)
+            m_depth = depth;
+        return depth <= kMaximumXmlDepth;
     }
 
     // To the next of the characters `ends` that stands outside quotes; to the text's end when there is none.
