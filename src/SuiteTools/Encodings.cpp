@@ -76,6 +76,11 @@ QString decode(const char* text, int length)
     return codec->toUnicode(bytes.begin, bytes.count, &state);
 }
 
+bool isPair(const QString& text, int at)
+{
+    return at + 1 < text.size() && text.at(at).isHighSurrogate() && text.at(at + 1).isLowSurrogate();
+}
+
 } // namespace
 
 void SetEncodingType(_ENCODING_TYPE_ type)
@@ -101,10 +106,9 @@ void CovertEncodeCharFromQString(const QString& text, char* buffer, int capacity
     const QTextCodec* codec = chosen ? chosen : utf8();
     int written = 0;
     for (int i = 0; i < text.size();) {
-        const bool isPair =
-            i + 1 < text.size() && text.at(i).isHighSurrogate() && text.at(i + 1).isLowSurrogate();
-        const int units = isPair ? 2 : 1;
-        const QByteArray character = codec->fromUnicode(text.mid(i, units));
+        const int units = isPair(text, i) ? 2 : 1;
+        const bool isHalf = units == 1 && text.at(i).isSurrogate();
+        const QByteArray character = isHalf ? QByteArrayLiteral("?") : codec->fromUnicode(text.mid(i, units));
         if (character.size() > capacity - written)
             return;
         std::memcpy(buffer + written, character.constData(), static_cast<size_t>(character.size()));
