@@ -1,0 +1,419 @@
+// The feature bag over nodes that a test makes up: what is saved in which order, and how a file is applied.
+#include "KXCameraControl/FeatureBag.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <map>
+#include <sstream>
+
+using namespace kx;
+
+namespace
+{
+
+// Nodes in a table; the value of a selected feature depends on its selectors.
+class FakeNodes : public BagNodes
+{
+public:
+    struct Node
+    {
+        std::string value;
+        KX_XML_AccessMode mode = KX_AM_READ_WRITE;
+    };
+
+    std::vector<std::string> order;
+    std::map<std::string, Node> nodes;
+    std::map<std::string, std::map<std::string, Node>> selectedNodes; // feature -> selector state -> node
+    std::map<std::string, std::vector<std::string>> selects;
+    std::map<std::string, std::vector<std::string>> values;                    // of selectors
+    std::map<std::string, std::function<KX_Status(const std::string&)>> rules; // what a write meets
+    std::vector<std::string> log;
+    KX_Status lineStatus = KX_OK;
+    std::string failsToRead;
+    KX_Status failure = KX_E_GC_ACCESS;
+
+    void addSelector(const std::string& name, std::vector<std::string> all, std::vector<std::string> selected)
+    {
+        order.push_back(name);
+        nodes[name].value = all.front();
+        values[name] = std::move(all);
+        selects[name] = std::move(selected);
+    }
+
+    std::string stateFor(const std::string& feature)
+    {
+        std::string state;
+        for (const auto& [selector, selected] : selects)
+            if (std::count(selected.begin(), selected.end(), feature))
+                state += stateFor(selector) + selector + "=" + at(selector).value + ";";
+        return state;
+    }
+
+    Node& at(const std::string& feature)
+    {
+        const auto selected = selectedNodes.find(feature);
+        return selected == selectedNodes.end() ? nodes.at(feature) : selected->second.at(stateFor(feature));
+    }
+
+    std::vector<std::string> streamableFeatures() override { return order; }
+    std::vector<std::string> selectedFeatures(const std::string& feature) override
+    {
+        const auto found = selects.find(feature);
+        return found == selects.end() ? std::vector<std::string>() : found->second;
+    }
+    std::vector<std::string> selectorValues(const std::string& selector, size_t limit) override
+    {
+        const std::vector<std::string>& all = values[selector];
+        return all.size() > limit ? std::vector<std::string>() : all;
+    }
+    bool exists(const std::string& feature) override
+    {
+        return nodes.count(feature) || selectedNodes.count(feature);
+    }
+    KX_Status accessMode(const std::string& feature, KX_XML_AccessMode& mode) override
+    {
+        if (lineStatus == KX_OK)
+            mode = at(feature).mode;
+        return lineStatus;
+    }
+    KX_Status readText(const std::string& feature, std::string& text) override
+    {
+        if (lineStatus != KX_OK)
+            return lineStatus;
+        if (!exists(feature))
+            return KX_E_GC_PROPERTY;
+        if (feature == failsToRead)
+            return failure;
+        text = at(feature).value;
+        return KX_OK;
+    }
+    KX_Status writeText(const std::string& feature, const std::string& text) override
+    {
+        log.push_back(feature + "=" + text);
+        if (lineStatus != KX_OK)
+            return lineStatus;
+        if (!exists(feature))
+            return KX_E_GC_PROPERTY;
+        const auto rule = rules.find(feature);
+        const KX_Status status = rule == rules.end() ? KX_OK : rule->second(text);
+        if (status == KX_OK)
+            at(feature).value = text;
+        return status;
+    }
+    KX_Status execute(const std::string& command) override
+    {
+        log.push_back(command + "()");
+        return lineStatus;
+    }
+};
+
+FakeNodes channels()
+{
+    FakeNodes fake;
+    fake.order = {"Width"};
+    fake.nodes["Width"].value = "640";
+    fake.addSelector("GainSelector", {"All", "Red", "Blue"}, {"Gain"});
+    fake.order.push_back("Gain");
+    fake.selectedNodes["Gain"] = {{"GainSelector=All;", {"1", KX_AM_READ_WRITE}},
+                                  {"GainSelector=Red;", {"2", KX_AM_READ_WRITE}},
+                                  {"GainSelector=Blue;", {"3", KX_AM_READ_ONLY}}};
+    fake.nodes["GainSelector"].value = "Red";
+    return fake;
+}
+
+std::string saved(FakeNodes& fake)
+{
+    std::vector<BagEntry> entries;
+    std::string remark;
+    EXPECT_EQ(collectBag(fake, entries, remark), KX_OK);
+    EXPECT_EQ(remark, "");
+    std::string out;
+    for (const BagEntry& entry : entries)
+        out += entry.name + "=" + entry.value + " ";
+    return out;
+}
+
+class TemporaryFolder
+{
+public:
+    TemporaryFolder()
+    {
+        char name[] = "/tmp/feature_bag_XXXXXX";
+        m_path = mkdtemp(name);
+    }
+    ~TemporaryFolder() { std::filesystem::remove_all(m_path); }
+    std::string operator/(const std::string& name) const { return m_path + "/" + name; }
+
+private:
+    std::string m_path;
+};
+
+std::string contentOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream out;
+    out << file.rdbuf();
+    return out.str();
+}
+
+} // namespace
+
+TEST(FeatureBagSave, everyCombinationStandsBehindItsSelectorAndTheOriginalComesLast)
+{
+    FakeNodes fake = channels();
+    EXPECT_EQ(saved(fake),
+              "Width=640 GainSelector=All Gain=1 GainSelector=Red Gain=2 GainSelector=Red GainSelector=Red ");
+    EXPECT_EQ(fake.nodes["GainSelector"].value, "Red") << "the camera is left as it was";
+}
+
+TEST(FeatureBagSave, nestedSelectorsAreWrittenFromTheOutside)
+{
+    FakeNodes fake;
+    fake.addSelector("Inner", {"x", "y"}, {"Value"});
+    fake.addSelector("Outer", {"1", "2"}, {"Inner"});
+    fake.selectedNodes["Inner"] = {{"Outer=1;", {"x"}}, {"Outer=2;", {"y"}}};
+    fake.nodes.erase("Inner");
+    fake.order = {"Outer", "Inner", "Value"};
+    for (const char* outer : {"1", "2"})
+        for (const char* inner : {"x", "y"})
+            fake.selectedNodes["Value"][std::string("Outer=") + outer + ";Inner=" + inner + ";"].value =
+                std::string(outer) + inner;
+    EXPECT_EQ(saved(fake), "Outer=1 Inner=x Outer=2 Inner=y Outer=1 "
+                           "Outer=1 Inner=x Value=1x Outer=1 Inner=y Value=1y "
+                           "Outer=2 Inner=x Value=2x Outer=2 Inner=y Value=2y Outer=1 Inner=x Outer=1 ");
+}
+
+TEST(FeatureBagSave, onlyReadableAndWritableFeaturesOfOneLine)
+{
+    FakeNodes fake;
+    fake.order = {"ReadOnly", "WriteOnly", "Locked", "Text", "Plain"};
+    fake.nodes["ReadOnly"] = {"1", KX_AM_READ_ONLY};
+    fake.nodes["WriteOnly"] = {"1", KX_AM_WRITE_ONLY};
+    fake.nodes["Locked"] = {"1", KX_AM_NOT_AVAILABLE};
+    fake.nodes["Text"] = {"two\nlines"};
+    fake.nodes["Plain"] = {"a\tb"};
+    EXPECT_EQ(saved(fake), "Plain=a\tb ");
+}
+
+TEST(FeatureBagSave, aRefusedFeatureIsLeftOutAndAFailedLineEndsIt)
+{
+    FakeNodes fake = channels();
+    fake.failsToRead = "Width";
+    EXPECT_EQ(saved(fake).rfind("GainSelector=All", 0), 0u);
+
+    fake.failure = KX_E_NO_ANSWER;
+    std::vector<BagEntry> entries;
+    std::string remark;
+    EXPECT_EQ(collectBag(fake, entries, remark), KX_E_NO_ANSWER);
+    EXPECT_TRUE(entries.empty());
+}
+
+TEST(FeatureBagSave, aFailureUnderASelectorStillPutsTheSelectorBack)
+{
+    FakeNodes fake = channels();
+    fake.failsToRead = "Gain";
+    fake.failure = KX_E_NO_ANSWER;
+    std::vector<BagEntry> entries;
+    std::string remark;
+    EXPECT_EQ(collectBag(fake, entries, remark), KX_E_NO_ANSWER);
+    EXPECT_EQ(fake.nodes["GainSelector"].value, "Red");
+    EXPECT_EQ(fake.log, (std::vector<std::string>{"GainSelector=All", "GainSelector=Red"}));
+}
+
+TEST(FeatureBagSave, aSelectorThatCannotBeSetBackIsTold)
+{
+    FakeNodes fake = channels();
+    fake.rules["GainSelector"] = [&](const std::string& text) {
+        return text == "Red" && fake.nodes["GainSelector"].value == "Blue" ? KX_E_GC_ACCESS : KX_OK;
+    };
+    std::vector<BagEntry> entries;
+    std::string remark;
+    EXPECT_EQ(collectBag(fake, entries, remark), KX_OK);
+    EXPECT_EQ(remark, "The selector GainSelector could not be set back to Red. ");
+}
+
+TEST(FeatureBagSave, tooManySelectorValuesKeepTheOneThatIsSet)
+{
+    FakeNodes fake = channels();
+    fake.values["GainSelector"].clear();
+    EXPECT_EQ(saved(fake), "Width=640 GainSelector=Red Gain=2 GainSelector=Red GainSelector=Red ");
+    EXPECT_TRUE(fake.log.empty()) << "no selector was touched";
+}
+
+TEST(FeatureBagLoad, unchangedValuesAreNotWritten)
+{
+    FakeNodes fake = channels();
+    BagLoadReport report;
+    EXPECT_EQ(applyBag(fake, {{"Width", {}, "640"}, {"GainSelector", {}, "Red"}, {"Gain", {}, "5"}}, report),
+              KX_OK);
+    EXPECT_EQ(fake.log, std::vector<std::string>{"Gain=5"});
+    EXPECT_EQ(report.text(), "3 of 3 entries took their value in 1 pass.");
+}
+
+TEST(FeatureBagLoad, passesGoOnAsLongAsSomethingSettles)
+{
+    FakeNodes fake;
+    fake.nodes["Width"].value = "640";
+    fake.nodes["OffsetX"].value = "64";
+    fake.rules["Width"] = [&](const std::string& text) {
+        return std::stoi(text) + std::stoi(fake.nodes["OffsetX"].value) > 704 ? KX_E_GC_RANGE : KX_OK;
+    };
+    BagLoadReport report;
+    EXPECT_EQ(applyBag(fake, {{"Width", {}, "704"}, {"OffsetX", {}, "0"}}, report), KX_OK);
+    EXPECT_EQ(report.passes, 2u);
+    EXPECT_EQ(fake.nodes["Width"].value, "704");
+}
+
+TEST(FeatureBagLoad, whatDoesNotTakeIsListedWithItsReason)
+{
+    FakeNodes fake;
+    fake.nodes["Width"].value = "640";
+    fake.rules["Width"] = [](const std::string&) { return KX_E_GC_RANGE; };
+    BagLoadReport report;
+    EXPECT_EQ(applyBag(fake, {{"Width", {}, "9999"}, {"Missing", {}, "1"}}, report), KX_E_INCOMPLETE);
+    EXPECT_EQ(report.passes, 2u) << "a second pass that settles nothing is the last";
+    EXPECT_EQ(report.text(), "0 of 2 entries took their value in 2 passes.\nWidth = 9999: " +
+                                 std::string(KX_CC_StatusText(KX_E_GC_RANGE)) +
+                                 "\nMissing = 1: " + KX_CC_StatusText(KX_E_GC_PROPERTY));
+}
+
+TEST(FeatureBagLoad, nothingIsWrittenUnderASelectorThatDidNotTake)
+{
+    FakeNodes fake = channels();
+    BagLoadReport report;
+    fake.rules["GainSelector"] = [](const std::string& text) {
+        return text == "Green" ? KX_E_GC_ARGUMENT : KX_OK;
+    };
+    const std::vector<BagEntry> entries{
+        {"GainSelector", {}, "Green"}, {"Gain", {}, "9"}, {"GainSelector", {}, "All"}, {"Gain", {}, "7"}};
+    EXPECT_EQ(applyBag(fake, entries, report), KX_E_INCOMPLETE);
+    EXPECT_EQ(fake.selectedNodes["Gain"]["GainSelector=Red;"].value, "2");
+    EXPECT_EQ(fake.selectedNodes["Gain"]["GainSelector=All;"].value, "7");
+    ASSERT_EQ(report.failures.size(), 2u);
+    EXPECT_EQ(report.failures[1].reason, "its selector GainSelector did not take its value");
+}
+
+TEST(FeatureBagLoad, selectorsInBracesAreSetFirst)
+{
+    FakeNodes fake = channels();
+    std::vector<BagEntry> entries;
+    std::string error;
+    ASSERT_TRUE(
+        parseBag("# {05D8C294-F295-4dfb-9D01-096BD04049F4}\nGain\t{GainSelector=All}\t8\n", entries, error));
+    BagLoadReport report;
+    EXPECT_EQ(applyBag(fake, entries, report), KX_OK);
+    EXPECT_EQ(fake.selectedNodes["Gain"]["GainSelector=All;"].value, "8");
+}
+
+TEST(FeatureBagLoad, streamingCommandsEncloseTheWritesAndTheEndIsSentOnEveryWay)
+{
+    FakeNodes fake;
+    fake.nodes["Width"].value = "640";
+    fake.nodes["DeviceRegistersStreamingStart"] = {};
+    fake.nodes["DeviceRegistersStreamingEnd"] = {};
+    fake.nodes["DeviceRegistersValid"].value = "0";
+    BagLoadReport report;
+    EXPECT_EQ(applyBag(fake, {{"Width", {}, "1"}}, report), KX_OK);
+    EXPECT_EQ(fake.log, (std::vector<std::string>{"DeviceRegistersStreamingStart()", "Width=1",
+                                                  "DeviceRegistersStreamingEnd()"}));
+    EXPECT_EQ(report.text(),
+              "1 of 1 entries took their value in 1 pass. The camera says that its registers are not "
+              "valid together.");
+
+    fake.log.clear();
+    fake.rules["Width"] = [&](const std::string&) {
+        fake.lineStatus = KX_E_CONNECTION_LOST;
+        return KX_E_CONNECTION_LOST;
+    };
+    report = {};
+    EXPECT_EQ(applyBag(fake, {{"Width", {}, "2"}, {"Width", {}, "3"}}, report), KX_E_CONNECTION_LOST);
+    EXPECT_EQ(fake.log, (std::vector<std::string>{"DeviceRegistersStreamingStart()", "Width=2",
+                                                  "DeviceRegistersStreamingEnd()"}));
+}
+
+TEST(FeatureBagText, beginsWithTheIdentificationAndTheVersion)
+{
+    EXPECT_EQ(bagText({"Maker", "Model", "1.2"}, {{"Width", {}, "640"}}),
+              "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n# GenApi persistence file (version 3.0.0)\n"
+              "# Device = Maker::Model -- Device version = 1.2\nWidth\t640\n");
+}
+
+TEST(FeatureBagText, parsingTakesOtherLineEndsAndRefusesOtherFiles)
+{
+    std::vector<BagEntry> entries;
+    std::string error;
+    EXPECT_TRUE(
+        parseBag("# {05D8C294-F295-4dfb-9D01-096BD04049F4}\r\n# note\r\n\r\nA\t1\r\nB\t\r\nC\tx\ty\r\n",
+                 entries, error));
+    ASSERT_EQ(entries.size(), 3u);
+    EXPECT_EQ(entries[0].value, "1");
+    EXPECT_EQ(entries[1].value, "");
+    EXPECT_EQ(entries[2].value, "x\ty") << "only {Selector=Value} is taken off";
+    EXPECT_FALSE(parseBag("", entries, error));
+    EXPECT_EQ(error, "it is empty");
+    EXPECT_FALSE(parseBag("<?xml version=\"1.0\"?>\n", entries, error));
+    EXPECT_FALSE(parseBag("# {05D8C294-F295-4dfb-9D01-096BD04049F4}\nno tab\n", entries, error));
+    EXPECT_EQ(error, "line 2 is no \"name<TAB>value\"");
+}
+
+TEST(FeatureBagFiles, saveThenLoadBringsTheCameraBack)
+{
+    TemporaryFolder folder;
+    FakeNodes fake = channels();
+    std::string message;
+    ASSERT_EQ(saveBag(fake, {"M", "C", "1"}, folder / "a.fpk", message), KX_OK);
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.fpk.part"));
+    fake.nodes["Width"].value = "1";
+    fake.selectedNodes["Gain"]["GainSelector=All;"].value = "10";
+    fake.nodes["GainSelector"].value = "Blue";
+    EXPECT_EQ(loadBag(fake, folder / "a.fpk", message), KX_OK) << message;
+    EXPECT_EQ(fake.nodes["Width"].value, "640");
+    EXPECT_EQ(fake.selectedNodes["Gain"]["GainSelector=All;"].value, "1");
+    EXPECT_EQ(fake.nodes["GainSelector"].value, "Red");
+}
+
+TEST(FeatureBagFiles, aFailedSaveLeavesTheOldFile)
+{
+    TemporaryFolder folder;
+    std::ofstream(folder / "a.fpk") << "old";
+    FakeNodes fake = channels();
+    fake.failsToRead = "Width";
+    fake.failure = KX_E_NO_ANSWER;
+    std::string message;
+    EXPECT_EQ(saveBag(fake, {}, folder / "a.fpk", message), KX_E_NO_ANSWER);
+    EXPECT_EQ(contentOf(folder / "a.fpk"), "old");
+}
+
+TEST(FeatureBagFiles, whatCannotBeOpenedSaysSo)
+{
+    TemporaryFolder folder;
+    FakeNodes fake = channels();
+    std::string message;
+    EXPECT_EQ(saveBag(fake, {}, folder / "missing/a.fpk", message), KX_E_FILE);
+    EXPECT_NE(message.find("cannot be written: No such file"), std::string::npos) << message;
+    fake.log.clear();
+    EXPECT_EQ(loadBag(fake, folder / "none.fpk", message), KX_E_FILE);
+    EXPECT_NE(message.find("cannot be opened: No such file"), std::string::npos) << message;
+    EXPECT_EQ(loadBag(fake, folder / "", message), KX_E_FILE);
+    EXPECT_NE(message.find("it is no file"), std::string::npos) << message;
+    EXPECT_EQ(loadBag(fake, "/dev/zero", message), KX_E_FILE) << "a device is not read for ever";
+    std::ofstream(folder / "other.fpk") << "<FeaturesFile/>";
+    EXPECT_EQ(loadBag(fake, folder / "other.fpk", message), KX_E_FILE_FORMAT);
+    EXPECT_TRUE(fake.log.empty()) << "no write to the camera";
+}
+
+TEST(FeatureBagFiles, aFullDiskIsReported)
+{
+    FakeNodes fake = channels();
+    TemporaryFolder folder;
+    std::filesystem::create_symlink("/dev/full", folder / "a.fpk.part");
+    std::string message;
+    EXPECT_EQ(saveBag(fake, {}, folder / "a.fpk", message), KX_E_FILE);
+    EXPECT_NE(message.find("No space left"), std::string::npos) << message;
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.fpk"));
+}
