@@ -8,7 +8,7 @@ build_packages=(
     libcli11-dev nlohmann-json3-dev
 )
 test_packages=(libgtest-dev libgmock-dev qttools5-dev-tools)
-bench_packages=(libbenchmark-dev)
+
 
 say() { printf '\n== %s\n' "$*"; }
 fail() { printf '%s\n' "$*" >&2; exit 1; }

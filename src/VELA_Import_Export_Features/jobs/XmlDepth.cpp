@@ -27,7 +27,9 @@ public:
     }
 
 private:
-    bool at(const char* word) const { return QStringView(m_text).mid(m_pos).startsWith(QLatin1String(word)); }
+    bool at(QLatin1String word) const { return QStringView(m_text).mid(m_pos).startsWith(word); }
+    // The character behind the '<' that the walk stands on.
+    ushort kind() const { return m_pos + 1 < m_text.size() ? m_text.at(m_pos + 1).unicode() : 0; }
 
     // Past the next `end` that starts at or after `from`; to the text's end when there is none.
     void skipPast(const char* end, int from)
@@ -39,10 +41,10 @@ private:
 
     bool skipCommentOrInstruction()
     {
-        if (at("<!--"))
-            skipPast("-->", m_pos + 4);
-        else if (at("<?"))
+        if (kind() == '?')
             skipPast("?>", m_pos + 2);
+        else if (kind() == '!' && at(QLatin1String("<!--")))
+            skipPast("-->", m_pos + 4);
         else
             return false;
         return true;
@@ -50,26 +52,28 @@ private:
 
     bool takeMarkup()
     {
-        if (at("<![CDATA["))
-            skipPast("]]>", m_pos + 9);
-        else if (at("<!"))
-            return takeDocumentType();
-        else if (at("</"))
+        if (kind() == '/') {
             takeEndTag();
-        else
+            return true;
+        }
+        if (kind() != '!')
             return takeStartTag();
+        if (!at(QLatin1String("<![CDATA[")))
+            return takeDocumentType();
+        skipPast("]]>", m_pos + 9);
         return true;
     }
 
     void takeEndTag()
     {
         m_depth = std::max(0, m_depth - 1);
-        skipPast(">", m_pos + 2);
+        const int end = m_text.indexOf('>', m_pos + 2);
+        m_pos = end < 0 ? m_text.size() : end + 1;
     }
 
     bool takeStartTag()
     {
-        skipQuotedUpTo(">");
+        skipQuotedUpTo('>', '>');
         const bool isEmptyElement = m_pos > 0 && m_pos < m_text.size() && m_text.at(m_pos - 1) == '/';
         const int depth = m_depth + 1;
         if (!isEmptyElement)
@@ -77,26 +81,27 @@ private:
         return depth <= kMaximumXmlDepth;
     }
 
-    // To the next of the characters `ends` that stands outside quotes; to the text's end when there is none.
-    void skipQuotedUpTo(const char* ends)
+    // To the next `end` or `otherEnd` that stands outside quotes; to the text's end when there is none.
+    void skipQuotedUpTo(ushort end, ushort otherEnd)
     {
-        const QLatin1String stops(ends);
-        for (++m_pos; m_pos < m_text.size(); ++m_pos) {
-            const QChar c = m_text.at(m_pos);
-            if (stops.contains(c))
+        const ushort* text = m_text.utf16();
+        const int size = m_text.size();
+        for (++m_pos; m_pos < size; ++m_pos) {
+            const ushort c = text[m_pos];
+            if (c == end || c == otherEnd)
                 return;
-            if ((c == '"' || c == '\'') && (m_pos = m_text.indexOf(c, m_pos + 1)) < 0)
-                m_pos = m_text.size();
+            if ((c == '"' || c == '\'') && (m_pos = m_text.indexOf(QChar(c), m_pos + 1)) < 0)
+                m_pos = size;
         }
     }
 
     bool takeDocumentType()
     {
-        skipQuotedUpTo("[>");
+        skipQuotedUpTo('[', '>');
         if (m_pos >= m_text.size() || m_text.at(m_pos) == '>')
             return true;
         while (m_pos < m_text.size()) {
-            skipQuotedUpTo("<]");
+            skipQuotedUpTo('<', ']');
             if (m_pos >= m_text.size() || m_text.at(m_pos) == ']')
                 break;
             if (!skipCommentOrInstruction() && !takeDeclaration())
@@ -110,8 +115,8 @@ private:
     bool takeDeclaration()
     {
         const int begin = m_pos;
-        const bool isEntity = at("<!ENTITY");
-        skipQuotedUpTo(">");
+        const bool isEntity = at(QLatin1String("<!ENTITY"));
+        skipQuotedUpTo('>', '>');
         const QStringView declaration = QStringView(m_text).mid(begin + 1, m_pos - begin - 1);
         if (m_pos < m_text.size())
             ++m_pos;
