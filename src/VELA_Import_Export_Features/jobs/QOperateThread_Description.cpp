@@ -83,25 +83,28 @@ void QOperateThread::IndexDescription()
 
 void QOperateThread::WalkFeatureNodes(const QDomElement& parent)
 {
+    // Made once: this runs for every element of descriptions with tens of thousands of them.
+    static const QString strNameAttribute("Name");
+    static const QLatin1String listed("pFeature"), category("Category"), enumEntry("EnumEntry");
     for (QDomElement element = parent.firstChildElement(); !element.isNull();
          element = element.nextSiblingElement()) {
-        const QString strName = element.attribute("Name");
+        const QString strName = element.attribute(strNameAttribute);
         const QString strTag = element.tagName();
-        if (strTag == "pFeature")
+        if (strTag == listed)
             TakeListedFeature(parent, element.text());
-        else if (strTag == "Category")
+        else if (strTag == category)
             TakeCategory(strName);
-        if (strTag == "EnumEntry")
+        if (strTag == enumEntry)
             continue;
         if (!strName.isEmpty())
-            m_mapNodeElement[strName] = element;
+            m_mapNodeElement.insert(strName, element);
         WalkFeatureNodes(element);
     }
 }
 
 void QOperateThread::TakeListedFeature(const QDomElement& parent, const QString& strFeature)
 {
-    if (parent.tagName() != "Category")
+    if (parent.tagName() != QLatin1String("Category"))
         return;
     const QString strCategory = parent.attribute("Name");
     if (!m_setCategoryNames.contains(strCategory))
