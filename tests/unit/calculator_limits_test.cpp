@@ -5,6 +5,7 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -66,7 +67,7 @@ void runOnStackOf(size_t bytes, Body body)
 double secondsFor(const std::string& formula)
 {
     double best = 1e9;
-    for (int i = 0; i < 5; ++i) {
+    for (int i = 0; i < 3; ++i) {
         const auto start = std::chrono::steady_clock::now();
         EXPECT_TRUE(compute(formula).ok);
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
@@ -127,8 +128,8 @@ TEST(CalculatorLimits, evaluatesAHundredThousandCharacters)
 
 TEST(CalculatorLimits, timeGrowsWithTheLengthNotWithItsSquare)
 {
-    const std::vector<std::string> small = longFormulas(50000);
-    const std::vector<std::string> large = longFormulas(800000);
+    const std::vector<std::string> small = longFormulas(20000);
+    const std::vector<std::string> large = longFormulas(320000);
     for (size_t i = 0; i < small.size(); ++i) // 16 times the text; squares would take 256 times as long
         EXPECT_LT(secondsFor(large[i]), 100 * secondsFor(small[i]) + 0.05) << i;
 }
@@ -138,7 +139,7 @@ TEST(CalculatorLimits, needsNoMoreThanASmallStack)
     runOnStackOf(128 * 1024, [] {
         EXPECT_EQ(compute(nested(10000)).value, 10001);
         EXPECT_FALSE(compute(nested(1000000)).ok);
-        for (const std::string& formula : longFormulas(1000000))
+        for (const std::string& formula : longFormulas(500000))
             EXPECT_TRUE(compute(formula).ok);
     });
 }

@@ -4,9 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
+#include <QFile>
+#include <QRegularExpression>
+
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
 
@@ -15,16 +16,24 @@ using namespace VELAInterface;
 namespace
 {
 
+QString headerText()
+{
+    QFile header(QStringLiteral(CAMERA_HEADER));
+    EXPECT_TRUE(header.open(QIODevice::ReadOnly));
+    return QString::fromUtf8(header.readAll());
+}
+
 // Name and value of every status that the camera library's header defines.
 std::map<std::string, unsigned> definedStatuses()
 {
+    const QRegularExpression define(
+        QStringLiteral("#\\s*define\\s+(KX_OK|KX_E_\\w+)\\s+\\(\\(KX_Status\\)(0x[0-9A-Fa-f]+|0)u\\)"));
     std::map<std::string, unsigned> statuses;
-    const std::regex define(R"(^#\s*define\s+(KX_OK|KX_E_\w+)\s+\(\(KX_Status\)(0x[0-9A-Fa-f]+|0)u\))");
-    std::ifstream header(CAMERA_HEADER);
-    std::smatch match;
-    for (std::string line; std::getline(header, line);)
-        if (std::regex_search(line, match, define))
-            statuses[match[1]] = static_cast<unsigned>(std::stoul(match[2], nullptr, 0));
+    const QString header = headerText();
+    for (auto found = define.globalMatch(header); found.hasNext();) {
+        const QRegularExpressionMatch match = found.next();
+        statuses[match.captured(1).toStdString()] = match.captured(2).toUInt(nullptr, 0);
+    }
     return statuses;
 }
 
@@ -47,13 +56,13 @@ INSTANTIATE_TEST_SUITE_P(Languages, ErrorTexts, testing::Values("ENG", "CH"));
 
 TEST(ErrorHeader, isReadWhole)
 {
-    std::ifstream header(CAMERA_HEADER);
-    const std::string text{std::istreambuf_iterator<char>(header), {}};
-    const std::regex name(R"(#\s*define\s+KX_(OK|E_\w+))");
-    const auto mentioned =
-        std::distance(std::sregex_iterator(text.begin(), text.end(), name), std::sregex_iterator());
+    const QRegularExpression name(QStringLiteral("#\\s*define\\s+KX_(OK|E_\\w+)"));
+    const QString header = headerText();
+    size_t mentioned = 0;
+    for (auto found = name.globalMatch(header); found.hasNext(); found.next())
+        ++mentioned;
     const auto statuses = definedStatuses();
-    EXPECT_EQ(statuses.size(), static_cast<size_t>(mentioned));
+    EXPECT_EQ(statuses.size(), mentioned);
     EXPECT_GE(statuses.size(), 28u);
     EXPECT_EQ(statuses.at("KX_E_CONNECTION_LOST"), KX_E_CONNECTION_LOST);
 }
