@@ -1,0 +1,73 @@
+// Typed access to the features that a description tells of. The NodeMap*.cpp files are the only ones that
+// know the GenICam engine underneath.
+#pragma once
+
+#include <KXCameraControl/KXCameraControl.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace kx
+{
+
+// The registers behind the nodes. Implemented by the owner of the line.
+class RegisterLine
+{
+public:
+    virtual ~RegisterLine() = default;
+    // Statuses of the public header. `size` is at least 1.
+    virtual KX_Status readBlock(uint64_t address, void* data, size_t size) = 0;
+    virtual KX_Status writeBlock(uint64_t address, const void* data, size_t size) = 0;
+    virtual KX_Status readRegister(uint64_t address, uint32_t& value) = 0;
+    virtual KX_Status writeRegister(uint64_t address, uint32_t value) = 0;
+    // How the reads that follow may be answered.
+    enum class Freshness
+    {
+        Keep, // from memory, and kept in memory
+        Call, // kept no longer than the running call
+        Wire  // always from the camera
+    };
+    virtual void setFreshness(Freshness freshness) = 0;
+    virtual std::string lineError() const = 0;
+};
+
+// Not thread-safe; the owner holds its lock around every call. No exception leaves it but std::bad_alloc.
+class NodeMap
+{
+public:
+    // `line` must outlive the map. With `readOnly` nothing is writable.
+    NodeMap(RegisterLine& line, bool readOnly);
+    ~NodeMap();
+
+    // Takes a text that isParsable() let through. False, with a reason, when it is no GenICam description;
+    // the map is then empty: every name is unknown.
+    bool load(const std::string& xml, std::string& problem);
+
+    // Statuses as the C functions of the same names tell them.
+    KX_Status getBool(const char* name, bool& value);
+    KX_Status getEnum(const char* name, KX_EnumValue& value);
+    KX_Status getFloat(const char* name, KX_FloatValue& value);
+    KX_Status getInteger(const char* name, KX_IntegerValue& value);
+    KX_Status getString(const char* name, KX_StringValue& value);
+    KX_Status setBool(const char* name, bool value);
+    KX_Status setEnum(const char* name, uint32_t value);
+    KX_Status setFloat(const char* name, float value);
+    KX_Status setInteger(const char* name, int64_t value);
+    KX_Status setString(const char* name, const char* value);
+    KX_Status execute(const char* name);
+    KX_Status accessMode(const char* name, KX_XML_AccessMode& mode);
+
+    // What the last failing call had to say beyond its status.
+    const std::string& lastError() const { return m_lastError; }
+
+private:
+    class Engine;
+    template <class Body>
+    KX_Status guarded(const char* name, Body body);
+
+    std::unique_ptr<Engine> m_engine;
+    std::string m_lastError;
+};
+
+} // namespace kx

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <KXCameraControl/KXCameraControl.h>
+
+namespace kx
+{
+
+// A short English sentence; never null, static storage.
+const char* statusText(KX_Status status);
+
+} // namespace kx
