@@ -94,6 +94,11 @@ Bytes encodeWriteMemory(uint16_t id, uint32_t address, const uint8_t* data, size
     return packet;
 }
 
+void setId(Bytes& command, uint16_t id)
+{
+    put16(&command[6], id);
+}
+
 std::optional<CommandPacket> decodeCommand(const uint8_t* data, size_t size)
 {
     if (size < kHeaderSize || data[0] != kKey)

@@ -32,6 +32,13 @@ TEST(GvcpCommand, writeMemoryCarriesItsBytesBehindTheAddress)
     EXPECT_EQ(encodeWriteMemory(9, 0x10, data, 4), (Bytes{0x42, 1, 0, 0x86, 0, 8, 0, 9, 0, 0, 0, 0x10, 1, 2, 3, 4}));
 }
 
+TEST(GvcpCommand, anotherIdChangesNothingElse)
+{
+    Bytes packet = encodeReadMemory(9, 0x200, 512);
+    setId(packet, 0xABCD);
+    EXPECT_EQ(packet, encodeReadMemory(0xABCD, 0x200, 512));
+}
+
 TEST(GvcpCommand, decodingTurnsBackWhatWasEncoded)
 {
     const Bytes packet = encodeWriteRegisters(0xFFFF, {{4, 5}, {8, 9}});

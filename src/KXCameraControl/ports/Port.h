@@ -17,10 +17,12 @@ struct PortTimeouts
 {
     std::chrono::milliseconds perTry{200};
     unsigned tries = 3;
+    std::chrono::milliseconds longestPending{20000}; // what a camera may ask for by PENDING_ACK, per request
 };
 
-// One caller at a time; the owner holds its lock around every call. Only the connection-lost handler comes from a
-// thread of the port itself. A failure is a status of the public header, `lastError()` says more in English.
+// One caller at a time; the owner holds its lock around every call. Only the connection-lost handler comes
+// from a thread of the port itself. A failure is a status of the public header, `lastError()` says more in
+// English.
 class Port
 {
 public:
@@ -32,16 +34,18 @@ public:
     virtual void close() = 0;
     virtual bool isOpen() const = 0;
 
-    // Device memory in wire order. Sizes are free; what the transport cannot address is KX_E_GC_ACCESS without a
-    // request. A refusal by the camera is KX_E_GC_ACCESS.
+    // Device memory in wire order. Sizes are free; what the transport cannot address is KX_E_GC_ACCESS
+    // without a request. A refusal by the camera is KX_E_GC_ACCESS.
     virtual KX_Status readMemory(uint64_t address, void* data, size_t size) = 0;
     virtual KX_Status writeMemory(uint64_t address, const void* data, size_t size) = 0;
 
     // One 32-bit register in host order, by the transport's own register commands where it has them.
     virtual KX_Status readRegister(uint64_t address, uint32_t& value) = 0;
     virtual KX_Status writeRegister(uint64_t address, uint32_t value) = 0;
-    // Several registers in as few requests as the camera allows. All or nothing: a refusal of one fails the call.
-    virtual KX_Status readRegisters(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values) = 0;
+    // Several registers in as few requests as the camera allows. All or nothing: a refusal of one fails the
+    // call.
+    virtual KX_Status readRegisters(const std::vector<uint32_t>& addresses,
+                                    std::vector<uint32_t>& values) = 0;
     // How many addresses one request of readRegisters can hold on this camera; 1 where it knows no batches.
     virtual size_t registersPerRequest() const = 0;
 

@@ -1,0 +1,252 @@
+#include "ports/Discovery.h"
+
+#include "ports/Inquiry.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <sstream>
+#include <tuple>
+
+namespace kx
+{
+
+using namespace gvcp;
+using std::chrono::milliseconds;
+
+namespace
+{
+
+// Together the window of 400 ms; the second try is for datagrams that got lost.
+constexpr Patience kSearch{2, milliseconds(200)};
+constexpr Patience kQuery{3, milliseconds(200)};
+constexpr uint16_t kDiscoveryId = 1;
+constexpr uint16_t kQueryId = 2;
+
+// A way out of this host: the socket and how it is called.
+struct Route
+{
+    std::string name;
+    uint32_t localAddress = 0; // 0: unicast, by whatever way the system chooses
+};
+
+struct Search
+{
+    std::vector<Route> routes; // of `sockets`, index by index
+    std::vector<UdpSocket> sockets;
+    std::vector<Question> questions;
+    bool hasFailed = false; // a socket could not be opened
+};
+
+struct Found
+{
+    KX_DeviceEntry entry;
+    size_t socket;
+};
+
+// The non-empty parts of a comma-separated list, without surrounding blanks.
+std::vector<std::string> listFrom(const char* text)
+{
+    std::vector<std::string> parts;
+    std::istringstream stream(text ? text : "");
+    for (std::string part; std::getline(stream, part, ',');) {
+        const size_t begin = part.find_first_not_of(" \t");
+        if (begin != std::string::npos)
+            parts.push_back(part.substr(begin, part.find_last_not_of(" \t") - begin + 1));
+    }
+    return parts;
+}
+
+// Everything but the loopback, unless KX_CAMERA_INTERFACES names what is meant.
+std::vector<NetworkInterface> interfacesToSearch()
+{
+    std::vector<NetworkInterface> interfaces = networkInterfaces();
+    const char* setting = std::getenv("KX_CAMERA_INTERFACES");
+    const std::vector<std::string> names = listFrom(setting);
+    const auto isWanted = [&](const NetworkInterface& interface) {
+        if (!setting)
+            return !interface.isLoopback;
+        return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+            return name != "none" && (name == interface.name || parseAddress(name) == interface.address);
+        });
+    };
+    interfaces.erase(std::remove_if(interfaces.begin(), interfaces.end(), std::not_fn(isWanted)),
+                     interfaces.end());
+    return interfaces;
+}
+
+std::vector<uint32_t> addressesToAsk()
+{
+    std::vector<uint32_t> addresses;
+    for (const std::string& text : listFrom(std::getenv("KX_CAMERA_ADDRESSES")))
+        if (const auto address = parseAddress(text); address && *address != 0)
+            addresses.push_back(*address);
+    std::sort(addresses.begin(), addresses.end());
+    addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
+    return addresses;
+}
+
+void addRoute(Search& search, Route route, const std::vector<uint32_t>& addresses)
+{
+    UdpSocket socket;
+    if (!socket.open(route.localAddress, route.localAddress != 0)) {
+        search.hasFailed = true;
+        return;
+    }
+    for (uint32_t address : addresses)
+        search.questions.push_back({search.sockets.size(), address, encodeDiscovery(kDiscoveryId)});
+    search.routes.push_back(std::move(route));
+    search.sockets.push_back(std::move(socket));
+}
+
+template <size_t Size>
+void putText(uint8_t (&field)[Size], const std::string& text)
+{
+    std::memcpy(field, text.data(), std::min(text.size(), Size - 1));
+}
+
+KX_DeviceEntry entryFrom(const Discovery& answer, uint32_t address, const Route& route)
+{
+    KX_DeviceEntry entry{};
+    entry.info.transportType = KX_TRANSPORT_GIGE;
+    KX_GigEDeviceInfo& gige = entry.info.special.gige;
+    gige = {};
+    gige.macHigh = answer.macHigh;
+    gige.macLow = answer.macLow;
+    putText(gige.modelName, answer.model);
+    putText(gige.serialNumber, answer.serialNumber);
+    putText(gige.userDefinedName, answer.userName);
+    putText(gige.manufacturerName, answer.manufacturer);
+    putText(gige.deviceVersion, answer.deviceVersion);
+    gige.ipAddress = address;
+    gige.interfaceAddress = route.localAddress;
+    entry.availability = KX_AVAILABILITY_UNREACHABLE;
+    std::snprintf(entry.interfaceName, sizeof entry.interfaceName, "%s", route.name.c_str());
+    return entry;
+}
+
+bool isSameCamera(const KX_GigEDeviceInfo& a, const KX_GigEDeviceInfo& b)
+{
+    return a.macHigh == b.macHigh && a.macLow == b.macLow && a.ipAddress == b.ipAddress &&
+           std::memcmp(a.serialNumber, b.serialNumber, sizeof a.serialNumber) == 0;
+}
+
+// A camera may be seen by several ways; one through an interface tells more than one without.
+void addOrMerge(std::vector<Found>& cameras, Found found)
+{
+    const KX_GigEDeviceInfo& gige = found.entry.info.special.gige;
+    for (Found& known : cameras) {
+        const KX_GigEDeviceInfo& other = known.entry.info.special.gige;
+        if (!isSameCamera(gige, other))
+            continue;
+        if (other.interfaceAddress == 0 && gige.interfaceAddress != 0)
+            known = found;
+        return;
+    }
+    cameras.push_back(found);
+}
+
+std::vector<Found> findCameras(Search& search)
+{
+    std::vector<Found> cameras;
+    askAll(search.sockets, search.questions, kSearch,
+           [&](size_t socket, uint32_t address, const AckPacket& ack) {
+               if (ack.id != kDiscoveryId || ack.command != DiscoveryAck || ack.status != Success)
+                   return false;
+               const auto answer = parseDiscovery(ack.payload);
+               if (answer)
+                   addOrMerge(cameras, {entryFrom(*answer, address, search.routes[socket]), socket});
+               return answer.has_value();
+           });
+    return cameras;
+}
+
+// What the answer to a read of the control register says; nothing when it says that the camera wants to be
+// asked again.
+std::optional<uint32_t> availabilityFrom(const AckPacket& ack)
+{
+    if (ack.status == Busy || ack.command == PendingAck)
+        return std::nullopt;
+    // Exclusive control by another host forbids even this.
+    if (ack.status == AccessDenied)
+        return KX_AVAILABILITY_IN_USE;
+    const auto values = parseRegisterValues(ack.payload, 1);
+    if (ack.status != Success || ack.command != ReadRegAck || !values)
+        return KX_AVAILABILITY_UNREACHABLE;
+    const bool isControlled = ((*values)[0] & (kPrivilegeExclusive | kPrivilegeControl)) != 0;
+    return isControlled ? KX_AVAILABILITY_IN_USE : KX_AVAILABILITY_FREE;
+}
+
+void queryAvailability(std::vector<UdpSocket>& sockets, std::vector<Found>& cameras)
+{
+    std::vector<Question> questions;
+    for (const Found& camera : cameras)
+        questions.push_back({camera.socket, camera.entry.info.special.gige.ipAddress,
+                             encodeReadRegisters(kQueryId, {RegControlPrivilege})});
+    askAll(sockets, questions, kQuery, [&](size_t socket, uint32_t address, const AckPacket& ack) {
+        const auto availability = availabilityFrom(ack);
+        if (ack.id != kQueryId || !availability)
+            return false;
+        for (Found& camera : cameras)
+            if (camera.socket == socket && camera.entry.info.special.gige.ipAddress == address)
+                camera.entry.availability = *availability;
+        return true;
+    });
+}
+
+bool comesBefore(const Found& a, const Found& b)
+{
+    const auto key = [](const Found& found) {
+        const KX_GigEDeviceInfo& gige = found.entry.info.special.gige;
+        return std::make_tuple(found.entry.info.transportType,
+                               std::string(reinterpret_cast<const char*>(gige.serialNumber)), gige.ipAddress);
+    };
+    return key(a) < key(b);
+}
+
+} // namespace
+
+KX_Status enumerateDevices(uint32_t transportMask, std::vector<KX_DeviceEntry>& entries)
+{
+    entries.clear();
+    if ((transportMask & KX_TRANSPORT_GIGE) == 0)
+        return KX_OK;
+    Search search;
+    for (const NetworkInterface& interface : interfacesToSearch())
+        addRoute(search, {interface.name, interface.address}, {interface.broadcast});
+    if (const auto addresses = addressesToAsk(); !addresses.empty())
+        addRoute(search, {"unicast", 0}, addresses);
+    if (search.hasFailed && search.sockets.empty())
+        return KX_E_NETWORK;
+
+    std::vector<Found> cameras = findCameras(search);
+    queryAvailability(search.sockets, cameras);
+    std::sort(cameras.begin(), cameras.end(), comesBefore);
+    for (const Found& camera : cameras)
+        entries.push_back(camera.entry);
+    return KX_OK;
+}
+
+KX_Status deviceAvailability(const KX_DeviceInfo& device, uint32_t& availability)
+{
+    if (device.transportType != KX_TRANSPORT_GIGE)
+        return KX_E_NOT_SUPPORTED;
+    const KX_GigEDeviceInfo& gige = device.special.gige;
+    availability = KX_AVAILABILITY_UNREACHABLE;
+    if (gige.ipAddress == 0) // to the system: this host
+        return KX_OK;
+    std::vector<UdpSocket> sockets(1);
+    // The interface may have another address than when the camera was found.
+    if (!sockets[0].open(gige.interfaceAddress) && !sockets[0].open(0))
+        return KX_E_NETWORK;
+    std::vector<Found> cameras(1);
+    cameras[0].entry.info = device;
+    cameras[0].entry.availability = availability;
+    queryAvailability(sockets, cameras);
+    availability = cameras[0].entry.availability;
+    return KX_OK;
+}
+
+} // namespace kx
