@@ -194,6 +194,8 @@ std::variant<RegisterField, std::string> Description::fieldOf(Node node) const
         field.length = static_cast<uint32_t>(*length);
     if (tag == "StringReg") {
         field.kind = RegisterField::Kind::Text;
+        if (field.length == 0)
+            field.lengthNode = childText(reg, "pLength");
         return field;
     }
     if (tag == "FloatReg")

@@ -27,7 +27,8 @@ struct RegisterField
     };
     Kind kind = Kind::Integer;
     uint32_t address = 0;
-    uint32_t length = 0; // bytes; 0: given by a formula or another register (text only)
+    uint32_t length = 0;    // bytes; 0: unknown here (text only)
+    std::string lengthNode; // what gives the length then
     bool bigEndian = false;
     unsigned lowBit = 0; // counted from the value's least significant bit
     unsigned highBit = 0;

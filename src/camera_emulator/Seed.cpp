@@ -53,6 +53,23 @@ std::optional<Bytes> hexBytes(const json& value)
     return bytes;
 }
 
+void applyNodes(const json& entries, const Description& description, Memory& memory,
+                std::vector<std::string>& problems)
+{
+    for (const auto& [name, value] : entries.items()) {
+        const auto given = nodeValue(value);
+        const std::string problem = given ? writeNode(description, name, *given, memory)
+                                          : "Node " + name + " cannot hold a list, an object or nothing.";
+        const auto field = description.field(name);
+        const auto* target = std::get_if<RegisterField>(&field);
+        if (!problem.empty())
+            problems.push_back(problem);
+        else if (target && !target->lengthNode.empty())
+            problems.push_back("Node " + name + " is written, but is as long as " + target->lengthNode +
+                               " says: seed that as well.");
+    }
+}
+
 void applyMemory(const json& entries, Memory& memory, std::vector<std::string>& problems)
 {
     for (const auto& [key, value] : entries.items()) {
@@ -89,16 +106,8 @@ std::vector<std::string> applySeed(const std::string& text, const Description& d
             problems.push_back("The seed's \"" + key +
                                "\" is neither an object \"nodes\" nor an object \"memory\".");
     }
-    if (seed.contains("nodes") && seed["nodes"].is_object()) {
-        for (const auto& [name, value] : seed["nodes"].items()) {
-            const auto number = nodeValue(value);
-            const std::string problem = number
-                                            ? writeNode(description, name, *number, memory)
-                                            : "Node " + name + " cannot hold a list, an object or nothing.";
-            if (!problem.empty())
-                problems.push_back(problem);
-        }
-    }
+    if (seed.contains("nodes") && seed["nodes"].is_object())
+        applyNodes(seed["nodes"], description, memory, problems);
     if (seed.contains("memory") && seed["memory"].is_object())
         applyMemory(seed["memory"], memory, problems);
     return problems;

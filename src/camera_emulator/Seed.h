@@ -14,7 +14,9 @@
 namespace emu
 {
 
-// Problems, a sentence each; what can be written is written. Text that is no such JSON is one problem.
+// Problems, a sentence each; what can be written is written. Text that is no such JSON is one problem. A text
+// whose length another register or a formula gives is written and told all the same: a host reads as much as
+// that says.
 std::vector<std::string> applySeed(const std::string& json, const Description& description, Memory& memory);
 
 // Writes one node's register; gives what stands in the way as a sentence, or an empty text.

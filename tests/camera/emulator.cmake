@@ -1,5 +1,16 @@
-foreach(subject protocol control faults seed)
+pkg_check_modules(LIBXML2 REQUIRED IMPORTED_TARGET libxml-2.0)
+
+foreach(subject protocol control faults seed description genicam real_descriptions)
     ie_add_test(emulator_${subject}_test LABEL camera
         SOURCES emulator_${subject}_test.cpp EmulatorFixture.h GvcpClient.h
         LIBRARIES camera_emulator_core gvcp GTest::gtest_main)
 endforeach()
+target_link_libraries(emulator_description_test PRIVATE PkgConfig::LIBXML2 PkgConfig::ZLIB)
+target_link_libraries(emulator_genicam_test PRIVATE PkgConfig::ARAVIS)
+
+find_package(nlohmann_json REQUIRED)
+ie_add_test(emulator_program_test LABEL camera
+    SOURCES emulator_program_test.cpp EmulatorFixture.h GvcpClient.h
+    LIBRARIES camera_emulator_core gvcp nlohmann_json::nlohmann_json GTest::gmock GTest::gtest_main)
+target_compile_definitions(emulator_program_test PRIVATE CAMERA_EMULATOR="$<TARGET_FILE:camera_emulator>")
+add_dependencies(emulator_program_test camera_emulator)

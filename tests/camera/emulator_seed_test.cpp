@@ -152,6 +152,22 @@ TEST(EmulatorSeed, whatCannotBeSeededIsNamedWithItsReason)
     }
 }
 
+TEST(EmulatorSeed, aTextOfUnknownLengthIsWrittenAndTold)
+{
+    const Description nodes(
+        description(reg("StringReg", "Text", "<Address>0x100</Address><pLength>Words</pLength>") +
+                    reg("StringReg", "Fixed", "<Address>0x200</Address><pLength>Eight</pLength>") +
+                    "<IntSwissKnife Name=\"Words\"><Formula>8</Formula></IntSwissKnife><Integer "
+                    "Name=\"Eight\"><Value>8</Value></Integer>"));
+    Memory memory;
+    EXPECT_EQ(seedNodes("\"Text\": \"abc\"", nodes, memory),
+              "Node Text is written, but is as long as Words says: seed that as well.");
+    EXPECT_EQ(memory.read(0x100, 4), (Bytes{'a', 'b', 'c', 0}));
+    EXPECT_EQ(seedNodes("\"Fixed\": \"12345678\"", nodes, memory), "");
+    EXPECT_EQ(seedNodes("\"Fixed\": \"123456789\"", nodes, memory),
+              "Node Fixed takes 8 bytes, too few for \"123456789\".");
+}
+
 TEST(EmulatorSeed, memoryIsGivenInHexadecimal)
 {
     const Description nodes(description(""));

@@ -1,0 +1,258 @@
+// The program camera_emulator: its command line, its exit codes, its life.
+#include "camera/EmulatorFixture.h"
+#include "camera_emulator/Files.h"
+#include "camera_emulator/Options.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <sys/wait.h>
+
+#include <csignal>
+#include <cstdio>
+#include <thread>
+
+using emu::parseOptions;
+using std::chrono::milliseconds;
+using testing::HasSubstr;
+
+namespace
+{
+
+std::string temporary(const std::string& name)
+{
+    return testing::TempDir() + "/emulator_program_" + std::to_string(getpid()) + "_" + name;
+}
+
+// The program as a process of its own; its output goes to a file.
+class Program
+{
+public:
+    explicit Program(std::vector<std::string> arguments) : m_output(temporary("output"))
+    {
+        arguments.insert(arguments.begin(), CAMERA_EMULATOR);
+        m_process = fork();
+        if (m_process == 0) {
+            std::vector<char*> raw;
+            for (std::string& argument : arguments)
+                raw.push_back(argument.data());
+            raw.push_back(nullptr);
+            if (!std::freopen(m_output.c_str(), "w", stdout) || dup2(1, 2) < 0)
+                _exit(126);
+            execv(CAMERA_EMULATOR, raw.data());
+            _exit(127);
+        }
+    }
+    ~Program()
+    {
+        if (m_process > 0) {
+            kill(m_process, SIGKILL);
+            waitpid(m_process, nullptr, 0);
+        }
+        std::remove(m_output.c_str());
+    }
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    void signal(int number) { kill(m_process, number); }
+    // The exit code; -1 when a signal ended it.
+    int wait()
+    {
+        int status = 0;
+        waitpid(m_process, &status, 0);
+        m_process = 0;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    std::string output() const { return emu::readFile(m_output).value_or(""); }
+
+private:
+    std::string m_output;
+    pid_t m_process = 0;
+};
+
+bool appears(const std::string& path)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (access(path.c_str(), F_OK) != 0) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        std::this_thread::sleep_for(milliseconds(2));
+    }
+    return true;
+}
+
+} // namespace
+
+TEST(EmulatorProgram, runsSeveralCamerasUntilItIsEnded)
+{
+    const std::string first = tests::freshLoopbackAddress();
+    const std::string second = tests::freshLoopbackAddress();
+    const std::string ready = temporary("ready");
+    const std::string stats = temporary("stats");
+    const std::string seed = temporary("seed");
+    ASSERT_TRUE(emu::writeFile(seed, R"({"nodes": {"Width": 128, "Nope": 1}})"));
+    for (int end : {SIGTERM, SIGINT}) {
+        Program program({"--ready-file", ready, "--stats", stats, "--address", first, "--serial", "A1",
+                         "--model", "MA", "--user-name", "Left", "--address=" + second, "--serial=B2",
+                         "--seed", seed, "--fault", "busy=1"});
+        ASSERT_TRUE(appears(ready));
+        GvcpClient firstHost(first);
+        GvcpClient secondHost(second);
+        const auto found = gvcp::parseDiscovery(firstHost.ask(gvcp::encodeDiscovery(1)).payload);
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->serialNumber, "A1");
+        EXPECT_EQ(found->model, "MA");
+        EXPECT_EQ(found->userName, "Left");
+        EXPECT_EQ(secondHost.read({0x11010}).status, gvcp::Busy);
+        EXPECT_EQ(secondHost.read({0x11010}).payload, (gvcp::Bytes{0, 0, 0, 128}));
+        program.signal(end);
+        EXPECT_EQ(program.wait(), 0);
+        EXPECT_EQ(program.output(), "camera_emulator: " + second +
+                                        ": not seeded: Node Nope is no node of the description.\nready\n");
+        const auto json = nlohmann::json::parse(emu::readFile(stats).value_or(""), nullptr, false);
+        ASSERT_TRUE(json.is_array());
+        ASSERT_EQ(json.size(), 2u);
+        EXPECT_EQ(json[0]["address"], first);
+        EXPECT_EQ(json[0]["counters"]["discovery"], 1);
+        EXPECT_EQ(json[1]["address"], second);
+        EXPECT_EQ(json[1]["counters"]["readReg"], 1);
+        EXPECT_EQ(json[1]["counters"]["refused"], 1);
+        std::remove(ready.c_str());
+        std::remove(stats.c_str());
+    }
+    std::remove(seed.c_str());
+}
+
+TEST(EmulatorProgram, withoutAStatsFileTheCountersArePrinted)
+{
+    const std::string ready = temporary("ready");
+    Program program({"--ready-file", ready, "--address", tests::freshLoopbackAddress()});
+    ASSERT_TRUE(appears(ready));
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.wait(), 0);
+    EXPECT_THAT(program.output(), testing::StartsWith("ready\n[{\"address\":\"127."));
+    EXPECT_THAT(program.output(), HasSubstr("\"requests\":0,"));
+    std::remove(ready.c_str());
+}
+
+TEST(EmulatorProgram, exitCodesSayWhatWentWrong)
+{
+    const std::string free = tests::freshLoopbackAddress();
+    emu::Camera occupant(freshConfig());
+    ASSERT_TRUE(occupant.start());
+    struct Case
+    {
+        std::vector<std::string> arguments;
+        int code;
+        std::string output;
+    };
+    const Case cases[] = {
+        {{"--help"}, 0, "--transport-latency"},
+        {{}, 2, "No camera: give at least one --address."},
+        {{"--model", "M"}, 2, "--model"},
+        {{"--address", "here"}, 2, "\"here\" is no IPv4 address."},
+        {{"--address", free, "--what"}, 2, "--what"},
+        {{"--address", free, "--description", "/nowhere.xml"},
+         2,
+         "The description /nowhere.xml cannot be read or is empty."},
+        {{"--address", free, "--description", testing::TempDir()}, 2, "cannot be read or is empty."},
+        {{"--address", free, "--seed", "/nowhere.json"}, 2, "The seed file /nowhere.json cannot be read."},
+        {{"--address", free, "--fault", "rust"}, 2, "There is no fault \"rust\"."},
+        {{"--address", free, "--fault", "busy"}, 2, "Write the fault as busy=N, not \"busy\"."},
+        {{"--address", free, "--ready-file", "/nowhere/ready"}, 2, "/nowhere/ready cannot be written."},
+        {{"--address", occupant.config().address}, 6, "Address already in use"},
+        {{"--address", free, "--address", "10.255.255.1"},
+         6,
+         "UDP port 3956 of 10.255.255.1 cannot be taken"},
+    };
+    for (const Case& each : cases) {
+        Program program(each.arguments);
+        EXPECT_EQ(program.wait(), each.code) << each.output;
+        EXPECT_THAT(program.output(), HasSubstr(each.output));
+    }
+}
+
+TEST(EmulatorOptions, everyGroupIsACameraOfItsOwn)
+{
+    const auto parsed = parseOptions({"--stats",
+                                      "s",
+                                      "--address",
+                                      "127.0.0.1",
+                                      "--serial",
+                                      "A",
+                                      "--transport-latency",
+                                      "7",
+                                      "--zipped",
+                                      "--address",
+                                      "127.0.0.2",
+                                      "--manufacturer",
+                                      "X",
+                                      "--firmware",
+                                      "2",
+                                      "--first-url",
+                                      "U1",
+                                      "--second-url",
+                                      "U2",
+                                      "--broadcast",
+                                      "--ready-file",
+                                      "r"});
+    ASSERT_TRUE(parsed.options) << parsed.message;
+    EXPECT_EQ(parsed.options->statsFile, "s");
+    EXPECT_EQ(parsed.options->readyFile, "r");
+    ASSERT_EQ(parsed.options->cameras.size(), 2u);
+    const emu::CameraConfig& first = parsed.options->cameras[0].config;
+    const emu::CameraConfig& second = parsed.options->cameras[1].config;
+    EXPECT_EQ(first.address, "127.0.0.1");
+    EXPECT_EQ(first.serial, "A");
+    EXPECT_EQ(first.latency, milliseconds(7));
+    EXPECT_TRUE(first.zipped);
+    EXPECT_FALSE(first.broadcast);
+    EXPECT_EQ(second.serial, emu::CameraConfig().serial);
+    EXPECT_EQ(second.manufacturer, "X");
+    EXPECT_EQ(second.firmware, "2");
+    EXPECT_EQ(second.firstUrl, "U1");
+    EXPECT_EQ(second.secondUrl, "U2");
+    EXPECT_FALSE(second.zipped);
+    EXPECT_TRUE(second.broadcast);
+}
+
+TEST(EmulatorOptions, faultsAreReadFromWords)
+{
+    emu::CameraOptions camera;
+    for (const char* fault : {"lose=3", "lose-answers=4", "delay=5", "silent=6:7", "discovery-only",
+                              "refuse-concatenation", "no-concatenation", "refuse=0x1000:0x8006:8",
+                              "refuse=32", "busy=always", "pending=9:10", "steal=11", "cut-description=12"})
+        EXPECT_EQ(emu::parseFault(fault, camera), "") << fault;
+    const emu::Faults& faults = camera.faults;
+    EXPECT_EQ(faults.loseRequests, 3u);
+    EXPECT_EQ(faults.loseAnswers, 4u);
+    EXPECT_EQ(faults.delay, milliseconds(5));
+    ASSERT_TRUE(faults.silence);
+    EXPECT_EQ(faults.silence->after, 6u);
+    EXPECT_EQ(faults.silence->duration, milliseconds(7));
+    EXPECT_TRUE(faults.discoveryOnly);
+    EXPECT_TRUE(faults.refuseConcatenation);
+    EXPECT_FALSE(camera.config.concatenation);
+    ASSERT_EQ(faults.refusals.size(), 2u);
+    EXPECT_EQ(faults.refusals[0].address, 0x1000u);
+    EXPECT_EQ(faults.refusals[0].status, gvcp::AccessDenied);
+    EXPECT_EQ(faults.refusals[0].length, 8u);
+    EXPECT_EQ(faults.refusals[1].address, 32u);
+    EXPECT_EQ(faults.refusals[1].status, gvcp::InvalidAddress);
+    EXPECT_EQ(faults.refusals[1].length, 4u);
+    EXPECT_EQ(faults.busy, emu::kAlways);
+    EXPECT_EQ(faults.pendingTime, milliseconds(9));
+    EXPECT_EQ(faults.pending, 10u);
+    EXPECT_EQ(faults.stealControlAfter, 11u);
+    EXPECT_EQ(camera.config.descriptionLimit, 12u);
+
+    emu::CameraOptions other;
+    EXPECT_EQ(emu::parseFault("silent", other), "");
+    EXPECT_EQ(other.faults.silence->after, 0u);
+    EXPECT_FALSE(other.faults.silence->duration);
+    EXPECT_EQ(emu::parseFault("pending=9", other), "");
+    EXPECT_EQ(other.faults.pending, emu::kAlways);
+    for (const char* wrong : {"", "lose", "lose=", "lose=-1", "lose=1:2", "lose=1:", "discovery-only=1",
+                              "busy=1x", "delay=99999999999", "refuse=0x", "refuse=0xG"})
+        EXPECT_NE(emu::parseFault(wrong, other), "") << wrong;
+}
