@@ -42,8 +42,8 @@ struct Faults
     std::vector<Refusal> refusals;
     unsigned busy = 0;    // the next n commands answer BUSY
     unsigned pending = 0; // the next n commands answer PENDING_ACK first, and come `pendingTime` later
-    std::chrono::milliseconds pendingTime{100};
-    std::optional<unsigned> stealControlAfter; // after n more commands another host takes control
+    std::chrono::milliseconds pendingTime{100}; // the PENDING_ACK announces at most 65535 of them
+    std::optional<unsigned> stealControlAfter;  // after n more commands another host takes control
 };
 
 } // namespace emu

@@ -112,7 +112,7 @@ std::vector<Reply> Responder::finish(const CommandPacket& command, Answer answer
     if (isRegisterCommand(command.command) && faults.pending > 0) {
         countDown(faults.pending);
         ++counters.pending;
-        const auto time = static_cast<uint16_t>(faults.pendingTime.count());
+        const auto time = static_cast<uint16_t>(std::clamp<int64_t>(faults.pendingTime.count(), 0, 0xFFFF));
         replies.push_back({encodeAck({Success, PendingAck, command.id, pendingAckPayload(time)}), due});
         due += faults.pendingTime;
     }

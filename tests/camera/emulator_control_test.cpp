@@ -3,6 +3,8 @@
 #include "camera_emulator/Bootstrap.h"
 #include "camera_emulator/Responder.h"
 
+#include <random>
+
 using namespace gvcp;
 using std::chrono::milliseconds;
 
@@ -86,6 +88,38 @@ TEST_F(EmulatorControl, stolenControlStaysStolen)
     EXPECT_EQ(host.read({RegControlPrivilege}).status, AccessDenied);
     camera.releaseControl();
     EXPECT_TRUE(host.takeControl());
+}
+
+// Well-headed packets of random commands and contents: every answer has the shape of one, and the read-only
+// registers stay as they were.
+TEST(EmulatorNoise, leavesTheCameraWhole)
+{
+    emu::Responder responder;
+    responder.readOnly = emu::readOnlyBootstrap();
+    emu::writeBootstrap({}, 0x7F000001, responder.memory);
+    const Bytes before = responder.memory.read(RegManufacturer, RegUserName - RegManufacturer);
+    std::mt19937 random(20240607);
+    const emu::Clock::time_point now;
+    size_t answered = 0;
+    for (int i = 0; i < 20000; ++i) {
+        Bytes packet(kHeaderSize + random() % 40);
+        for (uint8_t& byte : packet)
+            byte = static_cast<uint8_t>(random() % 3 == 0 ? random() : 0);
+        packet[0] = kKey;
+        packet[1] = kFlagAckRequired;
+        put16(&packet[2], static_cast<uint16_t>(ReadRegCmd + random() % 8));
+        put16(&packet[4], static_cast<uint16_t>(packet.size() - kHeaderSize));
+        put16(&packet[6], 1);
+        for (const emu::Reply& reply : responder.handle(packet.data(), packet.size(), {1, 1}, now)) {
+            const auto ack = decodeAck(reply.bytes.data(), reply.bytes.size());
+            ASSERT_TRUE(ack);
+            EXPECT_EQ(ack->payload.size() + kHeaderSize, reply.bytes.size());
+            EXPECT_EQ(ack->id, 1);
+            ++answered;
+        }
+    }
+    EXPECT_EQ(answered, 20000u);
+    EXPECT_EQ(responder.memory.read(RegManufacturer, RegUserName - RegManufacturer), before);
 }
 
 // The same rules against a clock that the test turns.

@@ -242,6 +242,20 @@ TEST_F(EmulatorProtocol, anAddressIsTakenOnce)
     EXPECT_NE(result.message.find(camera.config().address), std::string::npos) << result.message;
 }
 
+TEST_F(EmulatorProtocol, camerasShareTheBroadcastAddress)
+{
+    emu::CameraConfig config = freshConfig();
+    config.broadcast = true;
+    emu::Camera first(config);
+    config.address = tests::freshLoopbackAddress();
+    emu::Camera second(config);
+    EXPECT_TRUE(first.start());
+    const auto result = second.start();
+    EXPECT_TRUE(result) << result.message;
+    GvcpClient secondHost(config.address);
+    EXPECT_EQ(secondHost.ask(encodeDiscovery(1)).status, Success) << "and still answers when asked directly";
+}
+
 TEST_F(EmulatorProtocol, stoppedCamerasAreSilentAndKeepTheirRegisters)
 {
     ASSERT_TRUE(host.takeControl());

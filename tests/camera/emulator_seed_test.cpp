@@ -270,4 +270,6 @@ TEST(EmulatorMemory, rangesMelt)
     EXPECT_FALSE(ranges.overlaps(0x24, 4));
     ranges.add(0xFFFFFFFC, 4);
     EXPECT_TRUE(ranges.overlaps(0xFFFFFFFF, 1));
+    ranges.add(0x14, 4); // inside what is there
+    EXPECT_TRUE(ranges.overlaps(0x18, 4));
 }
