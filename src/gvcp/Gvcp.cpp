@@ -99,6 +99,11 @@ void setId(Bytes& command, uint16_t id)
     put16(&command[6], id);
 }
 
+uint16_t nextId(uint16_t id)
+{
+    return id == 0xFFFF ? 1 : static_cast<uint16_t>(id + 1);
+}
+
 std::optional<CommandPacket> decodeCommand(const uint8_t* data, size_t size)
 {
     if (size < kHeaderSize || data[0] != kKey)

@@ -143,6 +143,8 @@ Bytes encodeReadMemory(uint16_t id, uint32_t address, uint16_t count);
 Bytes encodeWriteMemory(uint16_t id, uint32_t address, const uint8_t* data, size_t size);
 // Gives an encoded command another id.
 void setId(Bytes& command, uint16_t id);
+// The id that follows; 0 is none.
+uint16_t nextId(uint16_t id);
 
 // Nothing when the bytes are no command: wrong key, short header, or a length that is not the payload's.
 std::optional<CommandPacket> decodeCommand(const uint8_t* data, size_t size);

@@ -1,5 +1,5 @@
-foreach(subject emulator)
-    ie_add_test(gvcp_port_${subject}_test LABEL camera
-        SOURCES gvcp_port_${subject}_test.cpp GvcpClient.h
+foreach(subject discovery gvcp_port_emulator gvcp_port_wire)
+    ie_add_test(${subject}_test LABEL camera
+        SOURCES ${subject}_test.cpp GvcpClient.h ScriptedCamera.h
         LIBRARIES kx_ports camera_emulator_core GTest::gtest_main)
 endforeach()

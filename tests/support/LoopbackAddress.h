@@ -1,22 +1,45 @@
 // A fresh address of 127.0.0.0/8 for every emulated camera of a test, so that all tests run in parallel.
 #pragma once
 
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <stdexcept>
 #include <string>
 
 namespace tests
 {
 
-// Unique within the process, and among processes as long as their ids differ in the lower bits. At most 254
-// per process. 127.0.0.0/16 stays free for people.
+// Whether a camera could take UDP port 3956 of the address now.
+inline bool isFreeForCamera(const std::string& address)
+{
+    const int probe = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_in name{};
+    name.sin_family = AF_INET;
+    name.sin_port = htons(3956);
+    name.sin_addr.s_addr = ::inet_addr(address.c_str());
+    const bool isFree = ::bind(probe, reinterpret_cast<const sockaddr*>(&name), sizeof name) == 0;
+    ::close(probe);
+    return isFree;
+}
+
+// Unique within the process for 254 calls, and among processes as long as their ids differ in the lower bits;
+// an address that has a camera is passed over. 127.0.0.0/16 stays free for people.
 inline std::string freshLoopbackAddress()
 {
     static std::atomic<unsigned> used{0};
     const auto process = static_cast<unsigned>(getpid());
-    return "127." + std::to_string(1 + process / 254 % 254) + "." + std::to_string(1 + process % 254) + "." +
-           std::to_string(1 + used++ % 254);
+    const std::string network =
+        "127." + std::to_string(1 + process / 254 % 254) + "." + std::to_string(1 + process % 254) + ".";
+    for (int attempt = 0; attempt < 254; ++attempt) {
+        const std::string address = network + std::to_string(1 + used++ % 254);
+        if (isFreeForCamera(address))
+            return address;
+    }
+    throw std::runtime_error("no free address in " + network + "0/24");
 }
 
 } // namespace tests

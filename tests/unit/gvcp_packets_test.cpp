@@ -39,6 +39,13 @@ TEST(GvcpCommand, anotherIdChangesNothingElse)
     EXPECT_EQ(packet, encodeReadMemory(0xABCD, 0x200, 512));
 }
 
+TEST(GvcpCommand, idsGoRoundWithoutZero)
+{
+    EXPECT_EQ(nextId(0), 1);
+    EXPECT_EQ(nextId(0xFFFE), 0xFFFF);
+    EXPECT_EQ(nextId(0xFFFF), 1);
+}
+
 TEST(GvcpCommand, decodingTurnsBackWhatWasEncoded)
 {
     const Bytes packet = encodeWriteRegisters(0xFFFF, {{4, 5}, {8, 9}});

@@ -101,12 +101,10 @@ void GvcpChannel::close()
     m_socket.close();
 }
 
-uint16_t GvcpChannel::nextId()
+void GvcpChannel::giveNextId(Bytes& command)
 {
-    // 0 is no id.
-    if (++m_lastId == 0)
-        ++m_lastId;
-    return m_lastId;
+    m_lastId = nextId(m_lastId);
+    setId(command, m_lastId);
 }
 
 GvcpAnswer GvcpChannel::request(Bytes command, const PayloadCheck& isWellFormed, const PortTimeouts& timeouts)
@@ -114,13 +112,13 @@ GvcpAnswer GvcpChannel::request(Bytes command, const PayloadCheck& isWellFormed,
     const std::lock_guard lock(m_mutex);
     Exchange exchange{std::move(command), isWellFormed, timeouts.perTry,
                       Clock::now() + timeouts.longestPending};
-    setId(exchange.command, nextId());
+    giveNextId(exchange.command);
     GvcpAnswer answer;
     for (unsigned left = timeouts.tries; left > 0; --left) {
         answer = tryOnce(exchange);
         if (answer.status == KX_E_BUSY && left > 1) {
             // A camera takes a repeated id for a repeated command and may repeat its answer.
-            setId(exchange.command, nextId());
+            giveNextId(exchange.command);
             if (m_interrupt.waitUntil(Clock::now() + std::min(kBusyPause, timeouts.perTry)))
                 return {KX_E_ABORTED, Success, {}, "interrupted"};
         } else if (answer.status != KX_E_NO_ANSWER) {

@@ -55,7 +55,7 @@ private:
     GvcpAnswer tryOnce(Exchange& exchange);
     std::optional<GvcpAnswer> judge(Exchange& exchange, const gvcp::Bytes& datagram,
                                     Clock::time_point& deadline);
-    uint16_t nextId();
+    void giveNextId(gvcp::Bytes& command);
 
     std::mutex m_mutex;
     UdpSocket m_socket;

@@ -1,0 +1,295 @@
+// Who is there: the cameras that KX_CAMERA_INTERFACES and KX_CAMERA_ADDRESSES lead to.
+#include "camera/GvcpClient.h"
+#include "camera/ScriptedCamera.h"
+#include "camera_emulator/Camera.h"
+#include "ports/Discovery.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+using namespace gvcp;
+
+namespace
+{
+
+emu::CameraConfig configOf(const std::string& serial)
+{
+    emu::CameraConfig config;
+    config.address = tests::freshLoopbackAddress();
+    config.serial = serial;
+    return config;
+}
+
+// One emulated camera, running.
+struct Emulated : emu::Camera
+{
+    explicit Emulated(const std::string& serial) : Emulated(configOf(serial)) {}
+    explicit Emulated(const emu::CameraConfig& cameraConfig) : emu::Camera(cameraConfig)
+    {
+        const auto started = start();
+        EXPECT_TRUE(started) << started.message;
+    }
+    uint32_t address() const { return *parseAddress(config().address); }
+};
+
+std::vector<KX_DeviceEntry> enumerate(const std::string& addresses, const char* interfaces = "none",
+                                      uint32_t mask = KX_TRANSPORT_ALL)
+{
+    setenv("KX_CAMERA_INTERFACES", interfaces, 1);
+    setenv("KX_CAMERA_ADDRESSES", addresses.c_str(), 1);
+    std::vector<KX_DeviceEntry> entries(3); // what was there before does not stay
+    EXPECT_EQ(kx::enumerateDevices(mask, entries), KX_OK);
+    return entries;
+}
+
+const KX_GigEDeviceInfo& gige(const KX_DeviceEntry& entry)
+{
+    return entry.info.special.gige;
+}
+
+std::string text(const uint8_t* field)
+{
+    return reinterpret_cast<const char*>(field);
+}
+
+std::string serials(const std::vector<KX_DeviceEntry>& entries)
+{
+    std::string list;
+    for (const KX_DeviceEntry& entry : entries)
+        list += (list.empty() ? "" : " ") + text(gige(entry).serialNumber);
+    return list;
+}
+
+} // namespace
+
+TEST(Discovery, anEntryHoldsWhatTheCameraSaysOfItself)
+{
+    emu::CameraConfig config = configOf("SN-1");
+    config.manufacturer = "Maker";
+    config.model = "Model-7";
+    config.firmware = "4.5.6";
+    config.userName = "Left";
+    Emulated camera(config);
+    const auto entries = enumerate(config.address);
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0].info.transportType, uint32_t(KX_TRANSPORT_GIGE));
+    EXPECT_EQ(text(gige(entries[0]).manufacturerName), "Maker");
+    EXPECT_EQ(text(gige(entries[0]).modelName), "Model-7");
+    EXPECT_EQ(text(gige(entries[0]).deviceVersion), "4.5.6");
+    EXPECT_EQ(text(gige(entries[0]).serialNumber), "SN-1");
+    EXPECT_EQ(text(gige(entries[0]).userDefinedName), "Left");
+    EXPECT_EQ(gige(entries[0]).macHigh, 0x0200u);
+    EXPECT_EQ(gige(entries[0]).macLow, camera.address());
+    EXPECT_EQ(gige(entries[0]).ipAddress, camera.address());
+    EXPECT_EQ(gige(entries[0]).interfaceAddress, 0u);
+    EXPECT_STREQ(entries[0].interfaceName, "unicast");
+    EXPECT_EQ(entries[0].availability, uint32_t(KX_AVAILABILITY_FREE));
+}
+
+TEST(Discovery, textsThatFillTheirRegisterAreCutForTheTerminatingZero)
+{
+    ScriptedCamera camera;
+    camera.setText(RegManufacturer, std::string(32, 'a'));
+    camera.setText(RegModel, std::string(32, 'b'));
+    camera.setText(RegDeviceVersion, std::string(32, 'c'));
+    camera.setText(RegSerialNumber, std::string(16, 'd'));
+    camera.setText(RegUserName, std::string(16, 'e'));
+    const auto entries = enumerate(camera.address());
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(text(gige(entries[0]).manufacturerName), std::string(31, 'a'));
+    EXPECT_EQ(text(gige(entries[0]).modelName), std::string(31, 'b'));
+    EXPECT_EQ(text(gige(entries[0]).deviceVersion), std::string(31, 'c'));
+    EXPECT_EQ(text(gige(entries[0]).serialNumber), std::string(15, 'd'));
+    EXPECT_EQ(text(gige(entries[0]).userDefinedName), std::string(15, 'e'));
+}
+
+TEST(Discovery, camerasComeBySerialNumberThenAddress)
+{
+    Emulated second("B");
+    Emulated first("A");
+    Emulated third("B");
+    ASSERT_LT(second.address(), third.address());
+    const auto entries =
+        enumerate(third.config().address + "," + second.config().address + "," + first.config().address);
+    EXPECT_EQ(serials(entries), "A B B");
+    EXPECT_EQ(gige(entries[1]).ipAddress, second.address());
+    EXPECT_EQ(gige(entries[2]).ipAddress, third.address());
+}
+
+TEST(Discovery, settingsMayHoldNonsense)
+{
+    Emulated camera("A");
+    const std::string address = camera.config().address;
+    const auto entries = enumerate("nonsense, ,127.0.0,0.0.0.0,999.1.1.1,255.255.255.255,\t" + address +
+                                       " ," + address + ",127.0.0.1x,",
+                                   "none, no such interface,");
+    EXPECT_EQ(serials(entries), "A") << "asked twice, listed once";
+    EXPECT_EQ(enumerate("").size(), 0u);
+    unsetenv("KX_CAMERA_ADDRESSES");
+    std::vector<KX_DeviceEntry> none;
+    EXPECT_EQ(kx::enumerateDevices(KX_TRANSPORT_ALL, none), KX_OK);
+    EXPECT_TRUE(none.empty());
+}
+
+TEST(Discovery, otherTransportsAskNoNetwork)
+{
+    Emulated camera("A");
+    EXPECT_TRUE(
+        enumerate(camera.config().address, "none", KX_TRANSPORT_USB3 | KX_TRANSPORT_CAMERA_LINK).empty());
+    EXPECT_EQ(camera.counters().requests(), 0u);
+}
+
+TEST(Discovery, aCameraInUseIsToldByItsControlRegister)
+{
+    Emulated free("A");
+    Emulated controlled("B");
+    Emulated exclusive("C");
+    Emulated deaf("D");
+    controlled.stealControl();
+    exclusive.stealControl(true);
+    emu::Faults faults;
+    faults.discoveryOnly = true;
+    deaf.setFaults(faults);
+    const auto entries = enumerate(free.config().address + "," + controlled.config().address + "," +
+                                   exclusive.config().address + "," + deaf.config().address);
+    ASSERT_EQ(serials(entries), "A B C D");
+    const uint32_t expected[] = {KX_AVAILABILITY_FREE, KX_AVAILABILITY_IN_USE, KX_AVAILABILITY_IN_USE,
+                                 KX_AVAILABILITY_UNREACHABLE};
+    for (size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(entries[i].availability, expected[i]) << i;
+        uint32_t availability = 0;
+        EXPECT_EQ(kx::deviceAvailability(entries[i].info, availability), KX_OK);
+        EXPECT_EQ(availability, expected[i]) << i;
+    }
+    for (const Emulated* camera : {&free, &controlled, &exclusive, &deaf})
+        EXPECT_EQ(camera->counters().writeReg, 0u) << "control is taken of nothing";
+    EXPECT_FALSE(free.isControlled());
+}
+
+TEST(Discovery, availabilityOfACameraThatIsGone)
+{
+    KX_DeviceInfo device{};
+    uint32_t availability = 0;
+    device.transportType = KX_TRANSPORT_GIGE;
+    EXPECT_EQ(kx::deviceAvailability(device, availability), KX_OK) << "no address";
+    EXPECT_EQ(availability, uint32_t(KX_AVAILABILITY_UNREACHABLE));
+    device.special.gige.ipAddress = *parseAddress(tests::freshLoopbackAddress());
+    availability = 0;
+    EXPECT_EQ(kx::deviceAvailability(device, availability), KX_OK);
+    EXPECT_EQ(availability, uint32_t(KX_AVAILABILITY_UNREACHABLE));
+    device.transportType = KX_TRANSPORT_USB3;
+    EXPECT_EQ(kx::deviceAvailability(device, availability), KX_E_NOT_SUPPORTED);
+}
+
+TEST(Discovery, theAddressThatReachedTheCameraCounts)
+{
+    Emulated camera("A");
+    camera.pokeWord(RegCurrentAddress, 0xC0A80001);
+    const auto entries = enumerate(camera.config().address);
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(gige(entries[0]).ipAddress, camera.address());
+}
+
+TEST(Discovery, eachQuestionIsAskedOnceWhereAnAnswerComes)
+{
+    Emulated camera("A");
+    enumerate(camera.config().address);
+    EXPECT_EQ(camera.counters().discovery, 1u);
+    EXPECT_EQ(camera.counters().readReg, 1u);
+    EXPECT_EQ(camera.counters().requests(), 2u);
+}
+
+TEST(Discovery, lostAndBusyAnswersAreAskedForAgain)
+{
+    ScriptedCamera camera;
+    camera.setText(RegSerialNumber, "S");
+    camera.setScript(
+        [step = 0](const CommandPacket& command) mutable -> std::optional<ScriptedCamera::Replies> {
+            switch (++step) {
+            case 1: // the first discovery
+            case 3: // the first read
+                return ScriptedCamera::Replies{};
+            case 4:
+                return ScriptedCamera::Replies{{ScriptedCamera::answer(command, {}, Busy)}};
+            default:
+                return std::nullopt;
+            }
+        });
+    const auto entries = enumerate(camera.address());
+    EXPECT_EQ(serials(entries), "S");
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0].availability, uint32_t(KX_AVAILABILITY_FREE));
+    EXPECT_EQ(camera.received().size(), 5u);
+}
+
+TEST(Discovery, answersThatAreNoneAreNoCameras)
+{
+    ScriptedCamera camera;
+    const std::function<Bytes(const CommandPacket&)> rows[] = {
+        [](const CommandPacket&) { return Bytes{}; },
+        [](const CommandPacket&) { return Bytes(7); },
+        [](const CommandPacket& c) { return ScriptedCamera::answer(c, Bytes(kDiscoverySize - 1)); },
+        [](const CommandPacket& c) {
+            return ScriptedCamera::answer(c, Bytes(kDiscoverySize), InvalidHeader);
+        },
+        [](const CommandPacket& c) {
+            return encodeAck({Success, DiscoveryAck, static_cast<uint16_t>(c.id + 1), Bytes(kDiscoverySize)});
+        },
+        [](const CommandPacket& c) {
+            return encodeAck({Success, ReadMemAck, c.id, Bytes(kDiscoverySize)});
+        }};
+    for (size_t row = 0; row < std::size(rows); ++row) {
+        camera.setScript([&, row](const CommandPacket& command) {
+            return std::make_optional(ScriptedCamera::Replies{{rows[row](command)}});
+        });
+        EXPECT_TRUE(enumerate(camera.address()).empty()) << row;
+    }
+}
+
+TEST(Discovery, oddAnswersToTheControlRegisterAreUnreachable)
+{
+    ScriptedCamera camera;
+    const std::function<Bytes(const CommandPacket&)> rows[] = {
+        [](const CommandPacket& c) { return ScriptedCamera::answer(c, {}, InvalidAddress); },
+        [](const CommandPacket& c) { return ScriptedCamera::answer(c, Bytes(8)); },
+        [](const CommandPacket& c) { return ScriptedCamera::answer(c, {}); },
+        [](const CommandPacket& c) {
+            return encodeAck({Success, WriteRegAck, c.id, Bytes(4)});
+        }};
+    for (size_t row = 0; row < std::size(rows); ++row) {
+        camera.setScript([&, row](const CommandPacket& command) -> std::optional<ScriptedCamera::Replies> {
+            if (command.command == DiscoveryCmd)
+                return std::nullopt;
+            return ScriptedCamera::Replies{{rows[row](command)}};
+        });
+        const auto entries = enumerate(camera.address());
+        ASSERT_EQ(entries.size(), 1u) << row;
+        EXPECT_EQ(entries[0].availability, uint32_t(KX_AVAILABILITY_UNREACHABLE)) << row;
+    }
+}
+
+// The loopback's broadcast address, so that nothing leaves this host.
+TEST(Discovery, broadcastFindsTheCamerasBehindAnInterface)
+{
+    ScriptedCamera camera(true);
+    camera.setText(RegSerialNumber, "HEARS-ALL");
+    for (const char* interfaces : {"lo", " 127.0.0.1 , eth99"}) {
+        const auto entries = enumerate("", interfaces);
+        ASSERT_EQ(serials(entries), "HEARS-ALL") << "asked twice, listed once";
+        EXPECT_STREQ(entries[0].interfaceName, "lo");
+        EXPECT_EQ(gige(entries[0]).interfaceAddress, 0x7F000001u);
+        EXPECT_EQ(gige(entries[0]).ipAddress, *parseAddress(camera.address()));
+        EXPECT_EQ(entries[0].availability, uint32_t(KX_AVAILABILITY_FREE));
+    }
+    EXPECT_TRUE(enumerate("", "none").empty());
+}
+
+TEST(Discovery, aCameraSeenInTwoWaysIsListedOnce)
+{
+    ScriptedCamera camera(true);
+    camera.setText(RegSerialNumber, "S");
+    const auto entries = enumerate(camera.address(), "lo");
+    ASSERT_EQ(serials(entries), "S");
+    EXPECT_STREQ(entries[0].interfaceName, "lo") << "the interface tells more than \"unicast\"";
+}
