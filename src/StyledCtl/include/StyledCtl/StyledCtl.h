@@ -1,0 +1,70 @@
+// The suite's styled widgets: what every header of this library shares. User-interface thread only.
+#pragma once
+
+#include <QColor>
+#include <QFileDialog>
+#include <QFont>
+#include <QString>
+#include <QtGlobal>
+
+#if defined(STYLEDCTL_BUILD_LIBRARY)
+#define STYLEDCTL_API Q_DECL_EXPORT
+#else
+#define STYLEDCTL_API Q_DECL_IMPORT
+#endif
+
+class QWidget;
+
+namespace ORBCustom
+{
+
+enum Language
+{
+    LanguageChinese = 0,
+    LanguageEnglish = 1
+};
+
+// What a widget looks like in each of these is set on its own.
+enum ItemStatus
+{
+    StatusNormal = 0,
+    StatusHover = 1,
+    StatusPressed = 2,
+    StatusDisabled = 3
+};
+
+// Which edges of a widget get a border.
+enum BorderEdges
+{
+    BorderNone = 0,
+    BorderBottom = 1,
+    BorderTopAndBottom = 2,
+    BorderAll = 3, // square corners
+    BorderAllRounded = 4
+};
+
+// Edges and corners at which a frameless window can be resized.
+enum StretchEdge
+{
+    StretchLeft = 1,
+    StretchRight = 2,
+    StretchTop = 4,
+    StretchBottom = 8,
+    StretchTopLeft = 16,
+    StretchTopRight = 32,
+    StretchBottomLeft = 64,
+    StretchBottomRight = 128
+};
+
+// Process-wide; governs the library's own texts and default fonts.
+STYLEDCTL_API void setLanguage(Language language);
+STYLEDCTL_API Language currentLanguage();
+
+// Font colours of the styles 0 (strong), 1 (text), 2 (hint); any other acts as 1.
+STYLEDCTL_API QColor fontColor(int style);
+
+// Asks for one folder; empty when the user chose none. Blocks in a modal dialog.
+STYLEDCTL_API QString getExistingDirectory(QWidget* parent, const QString& caption, const QString& directory,
+                                           QFileDialog::Options options);
+
+} // namespace ORBCustom
