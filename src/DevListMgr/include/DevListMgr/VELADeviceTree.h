@@ -40,7 +40,8 @@ public:
     explicit VELADeviceTree(QWidget* parent = nullptr);
     ~VELADeviceTree() override;
 
-    // Node types that are shown; the nodes of others stay out of sight, with what is below them moved up.
+    // Group nodes that are made; what would lie below another one lies one level higher. To be called before
+    // updateDeviceTypes().
     void setVisibleItemTypes(const QList<int>& types);
     // Transports to look for (KX_TRANSPORT_ mask; Camera Link is always included); `enable` false stops
     // looking.
@@ -55,6 +56,9 @@ signals:
     void sigUpdateDeviceItem(QTreeWidgetItem* pItem);
     // The item can still be read during the signal and is gone after.
     void sigDeleteDeviceItem(QTreeWidgetItem* pItem);
+
+protected:
+    void changeEvent(QEvent* event) override;
 
 private:
     class Private;

@@ -149,6 +149,10 @@ KX_API KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entri
  * KX_AVAILABILITY_UNREACHABLE with KX_OK. KX_E_PARAMETER: a null pointer. KX_E_NOT_SUPPORTED: the transport. */
 KX_API KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availability);
 
+/* A number that changes whenever a network interface of this machine comes, goes, or changes its address: a reason
+ * to look for cameras again. 0: the interfaces could not be read. Sends nothing, does not block. */
+KX_API uint32_t KX_CC_GetInterfaceStamp(void);
+
 /* Major << 24 | minor << 16 | patch. */
 KX_API uint32_t KX_CC_GetSDKVersion(void);
 

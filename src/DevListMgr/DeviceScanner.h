@@ -1,0 +1,38 @@
+// Looks for cameras again and again on a thread of its own.
+#pragma once
+
+#include <KXCameraControl/KXCameraControl.h>
+
+#include <QMutex>
+#include <QThread>
+#include <QVector>
+#include <QWaitCondition>
+
+Q_DECLARE_METATYPE(QVector<KX_DeviceEntry>)
+
+class DeviceScanner : public QThread
+{
+    Q_OBJECT
+
+public:
+    explicit DeviceScanner(QObject* parent = nullptr);
+    ~DeviceScanner() override; // ends the thread: at most one search long
+
+    // Transports to look for; 0: look for none. Takes effect at once.
+    void setTransports(unsigned int transports);
+
+signals:
+    void scanned(QVector<KX_DeviceEntry> entries);
+
+protected:
+    void run() override;
+
+private:
+    bool pause(); // false: the thread is to end
+
+    QMutex m_mutex;
+    QWaitCondition m_wake;
+    unsigned int m_transports = 0;
+    bool m_again = false;
+    bool m_end = false;
+};

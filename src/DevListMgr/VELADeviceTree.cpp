@@ -1,0 +1,298 @@
+#include "DevListMgr/VELADeviceTree.h"
+
+#include "DeviceIds.h"
+#include "DeviceScanner.h"
+
+#include <SuiteTools/SuiteTools.h>
+
+#include <QEvent>
+#include <QHeaderView>
+#include <QPainter>
+
+#include <cstring>
+
+namespace
+{
+
+// One lost answer does not make a camera come and go.
+constexpr int kMissesUntilGone = 2;
+
+int interfaceType(unsigned int transport)
+{
+    switch (transport) {
+    case KX_TRANSPORT_USB3:
+        return VELADeviceTree::NodeUsb3Interface;
+    case KX_TRANSPORT_CAMERA_LINK:
+        return VELADeviceTree::NodeCameraLinkInterface;
+    default:
+        return VELADeviceTree::NodeGigEInterface;
+    }
+}
+
+template <std::size_t Size>
+QString fieldText(const uint8_t (&field)[Size])
+{
+    return VELAInterface::GetEncodeQStringFromUnChar(field, int(Size));
+}
+
+QString cameraLabel(const KX_DeviceInfo& device)
+{
+    QString model, user, serial;
+    if (device.transportType == KX_TRANSPORT_GIGE) {
+        model = fieldText(device.special.gige.modelName);
+        user = fieldText(device.special.gige.userDefinedName);
+        serial = fieldText(device.special.gige.serialNumber);
+    } else if (device.transportType == KX_TRANSPORT_USB3) {
+        model = fieldText(device.special.usb3.modelName);
+        user = fieldText(device.special.usb3.userDefinedName);
+        serial = fieldText(device.special.usb3.serialNumber);
+    } else if (device.transportType == KX_TRANSPORT_CAMERA_LINK) {
+        model = fieldText(device.special.cameraLink.modelName);
+        serial = fieldText(device.special.cameraLink.serialNumber);
+    }
+    const QString name = user.isEmpty() ? model : user;
+    return serial.isEmpty() ? name : QString("%1 (%2)").arg(name, serial);
+}
+
+// A dot in the colour of the camera's state.
+QIcon stateIcon(unsigned int availability)
+{
+    const QColor color = availability == KX_AVAILABILITY_FREE     ? QColor("#00B84A")
+                         : availability == KX_AVAILABILITY_IN_USE ? QColor("#FAB700")
+                                                                  : QColor("#A0A0A0");
+    QIcon icon;
+    for (const int size : {16, 32, 48}) {
+        QPixmap pixmap(size, size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setBrush(color);
+        painter.setPen(Qt::NoPen);
+        painter.drawEllipse(QRectF(size * 0.25, size * 0.25, size * 0.5, size * 0.5));
+        painter.end();
+        icon.addPixmap(pixmap);
+    }
+    return icon;
+}
+
+} // namespace
+
+class VELADeviceTree::Private
+{
+public:
+    struct Camera
+    {
+        QTreeWidgetItem* item = nullptr;
+        KX_DeviceEntry entry;
+        int misses = 0;
+    };
+
+    explicit Private(VELADeviceTree& tree) : m_tree(tree) {}
+
+    void takeScan(const QVector<KX_DeviceEntry>& entries);
+    void setTexts();
+
+    VELADeviceTree& m_tree;
+    DeviceScanner* m_scanner = nullptr;
+    DeviceIds m_ids;
+    QMap<int, Camera> m_cameras;
+    QList<int> m_visibleTypes;
+    QTreeWidgetItem* m_all = nullptr;
+    unsigned int m_types = 0;
+
+private:
+    void add(int id, const KX_DeviceEntry& entry);
+    void update(Camera& camera, const KX_DeviceEntry& entry);
+    void remove(int id);
+    void fill(QTreeWidgetItem* item, int id, const KX_DeviceEntry& entry);
+    QTreeWidgetItem* parentFor(const KX_DeviceEntry& entry);
+    QTreeWidgetItem* group(QTreeWidgetItem* parent, int type, const QString& key);
+    QString transportText(unsigned int transport) const;
+    void removeEmptyGroups(QTreeWidgetItem* item);
+};
+
+void VELADeviceTree::Private::takeScan(const QVector<KX_DeviceEntry>& entries)
+{
+    QHash<QString, int> occurrences;
+    QSet<int> seen;
+    for (const KX_DeviceEntry& entry : entries) {
+        const int id = m_ids.idOf(entry.info, occurrences[DeviceIds::keyOf(entry.info)]++);
+        seen.insert(id);
+        const auto known = m_cameras.find(id);
+        if (known == m_cameras.end())
+            add(id, entry);
+        else
+            update(*known, entry);
+    }
+    for (const int id : m_cameras.keys())
+        if (!seen.contains(id) && (m_types == 0 || ++m_cameras[id].misses >= kMissesUntilGone))
+            remove(id);
+}
+
+void VELADeviceTree::Private::add(int id, const KX_DeviceEntry& entry)
+{
+    QTreeWidgetItem* item = new QTreeWidgetItem(parentFor(entry));
+    item->setData(0, RoleNodeType, NodeCamera);
+    fill(item, id, entry);
+    m_cameras.insert(id, {item, entry, 0});
+    emit m_tree.sigNewDeviceItem(item);
+}
+
+void VELADeviceTree::Private::update(Camera& camera, const KX_DeviceEntry& entry)
+{
+    camera.misses = 0;
+    if (std::memcmp(&camera.entry, &entry, sizeof entry) == 0)
+        return;
+    const bool moved = std::strcmp(camera.entry.interfaceName, entry.interfaceName) != 0;
+    const int id = camera.item->data(0, RoleDevice).value<StructDeviceInfo>().nDeviceID;
+    camera.entry = entry;
+    if (moved) {
+        QTreeWidgetItem* before = camera.item->parent();
+        const bool wasCurrent = m_tree.currentItem() == camera.item;
+        before->removeChild(camera.item);
+        parentFor(entry)->addChild(camera.item);
+        if (wasCurrent)
+            m_tree.setCurrentItem(camera.item);
+        removeEmptyGroups(before);
+    }
+    fill(camera.item, id, entry);
+    emit m_tree.sigUpdateDeviceItem(camera.item);
+}
+
+void VELADeviceTree::Private::remove(int id)
+{
+    const Camera camera = m_cameras.take(id);
+    emit m_tree.sigDeleteDeviceItem(camera.item);
+    QTreeWidgetItem* parent = camera.item->parent();
+    delete camera.item;
+    removeEmptyGroups(parent);
+}
+
+void VELADeviceTree::Private::fill(QTreeWidgetItem* item, int id, const KX_DeviceEntry& entry)
+{
+    StructDeviceInfo device;
+    device.nDeviceID = id;
+    device.nStatus = int(entry.availability); // 1 free, 2 in use, else unreachable
+    device.stDeviceInfo = entry.info;
+    item->setData(0, RoleDevice, QVariant::fromValue(device));
+    item->setText(0, cameraLabel(entry.info));
+    item->setToolTip(0, item->text(0));
+    item->setIcon(0, stateIcon(entry.availability));
+}
+
+// The nearest group that is shown: all devices, transport, interface.
+QTreeWidgetItem* VELADeviceTree::Private::parentFor(const KX_DeviceEntry& entry)
+{
+    QTreeWidgetItem* parent = m_all;
+    if (m_visibleTypes.contains(NodeTransport))
+        parent = group(parent, NodeTransport, QString::number(entry.info.transportType));
+    const int type = interfaceType(entry.info.transportType);
+    if (m_visibleTypes.contains(type))
+        parent = group(parent, type, QString::fromUtf8(entry.interfaceName));
+    return parent;
+}
+
+QTreeWidgetItem* VELADeviceTree::Private::group(QTreeWidgetItem* parent, int type, const QString& key)
+{
+    constexpr int keyRole = Qt::UserRole + 2;
+    for (int i = 0; i < parent->childCount(); ++i)
+        if (parent->child(i)->data(0, RoleNodeType) == type && parent->child(i)->data(0, keyRole) == key)
+            return parent->child(i);
+    QTreeWidgetItem* item = new QTreeWidgetItem(parent);
+    item->setData(0, RoleNodeType, type);
+    item->setData(0, keyRole, key);
+    item->setText(0, type == NodeTransport ? transportText(key.toUInt()) : key);
+    item->setExpanded(true);
+    parent->setExpanded(true);
+    return item;
+}
+
+QString VELADeviceTree::Private::transportText(unsigned int transport) const
+{
+    switch (transport) {
+    case KX_TRANSPORT_GIGE:
+        return VELADeviceTree::tr("GigE Vision");
+    case KX_TRANSPORT_USB3:
+        return VELADeviceTree::tr("USB3 Vision");
+    case KX_TRANSPORT_CAMERA_LINK:
+        return VELADeviceTree::tr("Camera Link");
+    default:
+        return VELADeviceTree::tr("Other");
+    }
+}
+
+void VELADeviceTree::Private::removeEmptyGroups(QTreeWidgetItem* item)
+{
+    while (item && item != m_all && item->childCount() == 0) {
+        QTreeWidgetItem* parent = item->parent();
+        if (m_tree.currentItem() == item)
+            m_tree.setCurrentItem(m_all);
+        delete item;
+        item = parent;
+    }
+}
+
+void VELADeviceTree::Private::setTexts()
+{
+    m_all->setText(0, VELADeviceTree::tr("All Devices"));
+    m_tree.setAccessibleName(VELADeviceTree::tr("Device Tree"));
+    for (int i = 0; i < m_all->childCount(); ++i)
+        if (m_all->child(i)->data(0, RoleNodeType) == NodeTransport)
+            m_all->child(i)->setText(0, transportText(m_all->child(i)->data(0, Qt::UserRole + 2).toUInt()));
+}
+
+VELADeviceTree::VELADeviceTree(QWidget* parent) : QTreeWidget(parent), d(new Private(*this))
+{
+    setHeaderHidden(true);
+    setColumnCount(1);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    d->m_visibleTypes = {NodeGigEInterface, NodeUsb3Interface, NodeCameraLinkInterface,
+                         NodeCamera,        NodeTransport,     NodeAllDevices};
+    d->m_all = new QTreeWidgetItem(this);
+    d->m_all->setData(0, RoleNodeType, NodeAllDevices);
+    d->m_all->setExpanded(true);
+    d->setTexts();
+
+    d->m_scanner = new DeviceScanner(this);
+    // Queued: what a scan finds is announced from the event loop only.
+    connect(
+        d->m_scanner, &DeviceScanner::scanned, this,
+        [this](const QVector<KX_DeviceEntry>& entries) { d->takeScan(entries); }, Qt::QueuedConnection);
+}
+
+VELADeviceTree::~VELADeviceTree()
+{
+    delete d->m_scanner;
+}
+
+void VELADeviceTree::setVisibleItemTypes(const QList<int>& types)
+{
+    d->m_visibleTypes = types;
+}
+
+void VELADeviceTree::updateDeviceTypes(unsigned int types, bool enable)
+{
+    d->m_types = enable ? types | KX_TRANSPORT_CAMERA_LINK : 0;
+    d->m_scanner->setTransports(d->m_types);
+    if (!d->m_scanner->isRunning())
+        d->m_scanner->start();
+}
+
+QTreeWidgetItem* VELADeviceTree::findItem(int nodeType, long id) const
+{
+    if (nodeType == NodeAllDevices)
+        return id == -1 ? d->m_all : nullptr;
+    return nodeType == NodeCamera ? findCameraItem(id) : nullptr;
+}
+
+QTreeWidgetItem* VELADeviceTree::findCameraItem(long deviceId) const
+{
+    return d->m_cameras.value(int(deviceId)).item;
+}
+
+void VELADeviceTree::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::LanguageChange && d)
+        d->setTexts();
+    QTreeWidget::changeEvent(event);
+}
