@@ -38,7 +38,7 @@ bool ImportExportFeaturesSelectedWidget::BuildBoxes()
     }
     SetTexts();
     cSetCentralWidget(pCentral);
-    return connect(m_pButtonGroup, QOverload<int>::of(&QButtonGroup::buttonClicked), this,
+    return connect(m_pButtonGroup, &QButtonGroup::idClicked, this,
                    &ImportExportFeaturesSelectedWidget::OnBtnClicked);
 }
 

@@ -8,6 +8,8 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <functional>
+
 #if defined(SUITETOOLSWIDGETS_BUILD_LIBRARY)
 #define SUITETOOLSWIDGETS_API Q_DECL_EXPORT
 #else
@@ -37,6 +39,12 @@ SUITETOOLSWIDGETS_API QString getOpenFileName(QWidget* parent, const QString& ca
                                               const QString& directory, const QString& filter,
                                               QString* selectedFilter = nullptr,
                                               QFileDialog::Options options = {});
+
+// Answers getOpenFileName() instead of a dialog, for programs that run without a person. Empty: the dialog
+// again.
+using OpenFileHook = std::function<QString(QWidget* parent, const QString& caption, const QString& directory,
+                                           const QString& filter)>;
+SUITETOOLSWIDGETS_API void setOpenFileHook(OpenFileHook function);
 
 } // namespace VELAInterface
 

@@ -1,0 +1,63 @@
+// Renders the drawings of a folder into the images that the resource files hold.
+// usage: render_icons SOURCE-FOLDER TARGET-FOLDER
+#include <QDir>
+#include <QGuiApplication>
+#include <QImage>
+#include <QPainter>
+#include <QSvgRenderer>
+
+#include <cstdio>
+
+namespace
+{
+
+struct Job
+{
+    const char* drawing;
+    const char* image;
+    int size; // pixels; 0: an icon file of 256 pixels
+};
+
+// Twice the size that is shown, so that displays of double density stay sharp.
+constexpr Job kJobs[] = {
+    {"feature_bag.svg", "AppIcon/FeatureBag.png", 64},
+    {"feature_bag.svg", "AppIcon/FeatureBag.ico", 256},
+    {"state_free.svg", "State/use.png", 68},
+    {"state_in_use.svg", "State/notuse.png", 68},
+    {"state_unreachable.svg", "State/notreach.png", 68},
+    {"more_normal.svg", "btn/ic_more_normal.png", 40},
+    {"more_click.svg", "btn/ic_more_click.png", 40},
+    {"more_disable.svg", "btn/ic_more_disable.png", 40},
+};
+
+bool render(const QString& drawing, const QString& target, int size)
+{
+    QSvgRenderer renderer(drawing);
+    if (!renderer.isValid())
+        return false;
+    QImage image(size, size, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    renderer.render(&painter);
+    painter.end();
+    return QDir().mkpath(QFileInfo(target).path()) && image.save(target);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QGuiApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() != 3) {
+        std::fputs("usage: render_icons SOURCE-FOLDER TARGET-FOLDER\n", stderr);
+        return 2;
+    }
+    for (const Job& job : kJobs) {
+        const QString drawing = QDir(arguments[1]).filePath(job.drawing);
+        if (!render(drawing, QDir(arguments[2]).filePath(job.image), job.size)) {
+            std::fprintf(stderr, "%s cannot be rendered\n", qPrintable(drawing));
+            return 1;
+        }
+    }
+}

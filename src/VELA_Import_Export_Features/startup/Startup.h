@@ -1,0 +1,23 @@
+// What happens before the window is there and after its event loop. All paths start at the executable's
+// folder.
+#pragma once
+
+#include <QString>
+
+class QApplication;
+class QWidget;
+
+namespace Startup
+{
+
+void registerResources();
+void addPlugInPath();
+void configureLog();
+void addFonts();
+// By the suite's language, then by the first argument "CH" or "ENG", which overrides it; others are ignored.
+void loadLanguage(int argc, char* argv[]);
+
+// From the window's first appearance to the end of the event loop; gives the loop's exit code.
+int runEventLoop(QApplication& application, QWidget& window);
+
+} // namespace Startup

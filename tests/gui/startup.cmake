@@ -1,0 +1,19 @@
+find_package(Qt5 5.15 REQUIRED COMPONENTS LinguistTools)
+
+ie_add_test(process_guards_test LABEL gui SERIAL
+    SOURCES process_guards_test.cpp
+    LIBRARIES ie_guards Qt5::Test)
+ie_add_test(platform_calls_test LABEL gui SERIAL
+    SOURCES platform_calls_test.cpp
+    LIBRARIES ie_guards GTest::gtest_main)
+ie_add_test(log_config_test LABEL gui
+    SOURCES log_config_test.cpp
+    LIBRARIES SuiteToolsWidgets Qt5::Test)
+ie_add_test(translations_complete_test LABEL gui
+    SOURCES translations_complete_test.cpp
+    LIBRARIES Qt5::Test Qt5::Xml)
+set_target_properties(process_guards_test log_config_test translations_complete_test PROPERTIES AUTOMOC ON)
+target_compile_definitions(translations_complete_test PRIVATE
+    IE_SOURCES="${CMAKE_SOURCE_DIR}/src" IE_LUPDATE="$<TARGET_FILE:Qt5::lupdate>")
+target_compile_definitions(log_config_test PRIVATE
+    IE_LOG_CONFIG="${CMAKE_SOURCE_DIR}/resources/log4qt_IEFeatures.conf")
