@@ -3,10 +3,14 @@
 
 #include "StyledCtl.h"
 
+#include <QIcon>
+
 #include <memory>
 
-// Mixed into a widget class. The setters take effect at once; a status that was not set looks like the normal
-// one.
+class QPainter;
+
+// Mixed into a widget class. The setters take effect at once. A status that was not set looks like the normal
+// one; controls that can be used are drawn fainter while they are disabled.
 class STYLEDCTL_API ORBCustomObject
 {
 public:
@@ -25,11 +29,27 @@ public:
     // A path or a resource name; drawn centred, sharp at any device pixel ratio.
     void cSetBackgroundImage(const QString& image, int itemStatus = ORBCustom::StatusNormal);
 
+    // Invalid, empty or ORBCustom::BorderAll where nothing was set.
     QColor cBackgroundColor(int itemStatus = ORBCustom::StatusNormal) const;
     QColor cBorderColor(int itemStatus = ORBCustom::StatusNormal) const;
     int cBorderEdges(int itemStatus = ORBCustom::StatusNormal) const;
     QColor cFontColor(int itemStatus = ORBCustom::StatusNormal) const;
     QString cBackgroundImage(int itemStatus = ORBCustom::StatusNormal) const;
+    // The widget's own font with what was set.
+    QFont cFont(int itemStatus = ORBCustom::StatusNormal) const;
+    bool cHasFont() const;
+
+protected:
+    // An ORBCustom::ItemStatus.
+    virtual int cItemStatus() const;
+    // After a setter, and when the status may have changed. Sets the font and repaints.
+    virtual void cStyleChanged();
+
+    // The background, border and image of the status as it is now.
+    void cDrawFacet(QPainter& painter, const QRect& rect, const QColor& ownBackground,
+                    const QColor& ownBorder, int ownEdges, qreal radius) const;
+    // The caller's font colour, or the widget's own.
+    QColor cTextColor(const QColor& ownColor) const;
 
 private:
     class Style;

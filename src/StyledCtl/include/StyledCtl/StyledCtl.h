@@ -39,7 +39,7 @@ enum BorderEdges
     BorderNone = 0,
     BorderBottom = 1,
     BorderTopAndBottom = 2,
-    BorderAll = 3, // square corners
+    BorderAll = 3, // corners as the kind of widget has them: hardly rounded
     BorderAllRounded = 4
 };
 
@@ -56,14 +56,29 @@ enum StretchEdge
     StretchBottomRight = 128
 };
 
-// Process-wide; governs the library's own texts and default fonts.
+// Where windows get a drawn shadow and rounded corners. Read when a window is made.
+enum Shadows
+{
+    ShadowsWhereBlended, // screens that blend half-transparent windows; at start
+    ShadowsAlways,
+    ShadowsNever
+};
+
+STYLEDCTL_API void setShadows(Shadows shadows);
+
+// Process-wide; governs the default fonts, at once in windows that exist. The texts of the library follow the
+// installed translators.
 STYLEDCTL_API void setLanguage(Language language);
 STYLEDCTL_API Language currentLanguage();
+
+// What windows are written in: 12 pixels high, Lato where it is there.
+STYLEDCTL_API QFont defaultFont();
 
 // Font colours of the styles 0 (strong), 1 (text), 2 (hint); any other acts as 1.
 STYLEDCTL_API QColor fontColor(int style);
 
-// Asks for one folder; empty when the user chose none. Blocks in a modal dialog.
+// Asks for one folder; empty when the user chose none. Blocks in a modal dialog. A start directory that is a
+// file stands for the folder it lies in.
 STYLEDCTL_API QString getExistingDirectory(QWidget* parent, const QString& caption, const QString& directory,
                                            QFileDialog::Options options);
 

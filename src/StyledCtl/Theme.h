@@ -1,0 +1,35 @@
+// The colours and the style sheet of the theme in use.
+#pragma once
+
+#include <QColor>
+#include <QHash>
+#include <QPalette>
+#include <QString>
+
+namespace styled
+{
+
+class Theme
+{
+public:
+    static const Theme& current();
+
+    // `name` as the theme's file has it; a name that is missing there is a defect and gives magenta.
+    QColor color(const char* name) const;
+    // Rules for the standard widgets, colours filled in.
+    QString styleSheet() const { return m_styleSheet; }
+    QPalette palette() const;
+
+private:
+    explicit Theme(const QString& file);
+
+    QHash<QString, QColor> m_colors;
+    QString m_styleSheet;
+};
+
+inline QColor themeColor(const char* name)
+{
+    return Theme::current().color(name);
+}
+
+} // namespace styled
