@@ -2,9 +2,12 @@
 // and the text of the last failure.
 #include "Handles.h"
 #include "StatusText.h"
+#include "ports/Discovery.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
+#include <vector>
 
 using kx::Camera;
 using kx::NodeMap;
@@ -183,19 +186,28 @@ extern "C" {
 
 // ---- who is there ----
 
-KX_Status KX_CC_EnumDevices(uint32_t, KX_DeviceEntry* entries, uint32_t capacity, uint32_t* count)
+KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uint32_t capacity, uint32_t* count)
 {
-    if (!count || (!entries && capacity > 0))
-        return failed(nullptr, KX_E_PARAMETER, {});
-    *count = 0;
-    return KX_OK;
+    return withoutExceptions([&] {
+        if (!count || (!entries && capacity > 0))
+            return failed(nullptr, KX_E_PARAMETER, {});
+        std::vector<KX_DeviceEntry> found;
+        if (const KX_Status status = kx::enumerateDevices(transportMask, found))
+            return failed(nullptr, status, {});
+        std::copy_n(found.begin(), std::min<size_t>(found.size(), capacity), entries);
+        *count = static_cast<uint32_t>(found.size());
+        return KX_OK;
+    });
 }
 
 KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availability)
 {
-    if (!device || !availability)
-        return failed(nullptr, KX_E_PARAMETER, {});
-    return failed(nullptr, KX_E_NOT_SUPPORTED, {});
+    return withoutExceptions([&] {
+        if (!device || !availability)
+            return failed(nullptr, KX_E_PARAMETER, {});
+        const KX_Status status = kx::deviceAvailability(*device, *availability);
+        return status == KX_OK ? KX_OK : failed(nullptr, status, {});
+    });
 }
 
 uint32_t KX_CC_GetSDKVersion(void)

@@ -64,7 +64,7 @@ public:
 private:
     class Engine;
     template <class Body>
-    KX_Status guarded(const char* name, Body body);
+    KX_Status guarded(Body body);
 
     std::unique_ptr<Engine> m_engine;
     std::string m_lastError;
