@@ -186,7 +186,8 @@ extern "C" {
 
 // ---- who is there ----
 
-KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uint32_t capacity, uint32_t* count)
+KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uint32_t capacity,
+                            uint32_t* count)
 {
     return withoutExceptions([&] {
         if (!count || (!entries && capacity > 0))
