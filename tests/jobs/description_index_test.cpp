@@ -113,7 +113,8 @@ TEST_F(DescriptionIndex, KeepsDuplicatesAndTheLastCategoryOfAFeature)
 
 TEST_F(DescriptionIndex, KeepsBlanksAroundNames)
 {
-    index(category("Root", {"A"}) + category("A", {" Gain "}));
+    index(category("Root", {"A", " B "}) + category("A", {" Gain "}) + category("B", {"No"}));
+    EXPECT_EQ(probe.categoryNames, QStringList({"A", " B "}));
     EXPECT_EQ(probe.featureNames, QStringList({" Gain "}));
 }
 
