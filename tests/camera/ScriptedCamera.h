@@ -35,11 +35,20 @@ public:
     // Nothing: the plain answer.
     using Script = std::function<std::optional<Replies>(const gvcp::CommandPacket&)>;
 
-    explicit ScriptedCamera(bool hearsBroadcast = false) : m_address(tests::freshLoopbackAddress())
+    enum class Broadcast
+    {
+        Deaf,
+        Heard,
+        HeardFromTheSecondOn
+    };
+
+    explicit ScriptedCamera(Broadcast broadcast = Broadcast::Deaf)
+        : m_broadcastsToMiss(broadcast == Broadcast::HeardFromTheSecondOn ? 1 : 0),
+          m_address(tests::freshLoopbackAddress())
     {
         m_sockets[0] = listenTo(m_address, false);
         // The loopback network's broadcast address; whoever shares it hears everything.
-        m_sockets[1] = hearsBroadcast ? listenTo("127.255.255.255", true) : -1;
+        m_sockets[1] = broadcast != Broadcast::Deaf ? listenTo("127.255.255.255", true) : -1;
         if (::pipe(m_wake) != 0)
             throw std::runtime_error("no pipe");
         m_thread = std::thread([this] { run(); });
@@ -158,7 +167,7 @@ private:
         const ssize_t size =
             ::recvfrom(descriptor, data, sizeof data, 0, reinterpret_cast<sockaddr*>(&from), &fromSize);
         const auto command = size < 0 ? std::nullopt : gvcp::decodeCommand(data, static_cast<size_t>(size));
-        if (!command)
+        if (!command || (descriptor == m_sockets[1] && m_broadcastsToMiss-- > 0))
             return;
         for (const ScriptedReply& reply : repliesTo(*command)) {
             std::this_thread::sleep_for(reply.after);
@@ -203,6 +212,7 @@ private:
         return payload;
     }
 
+    int m_broadcastsToMiss; // the thread's alone
     const std::string m_address;
     int m_sockets[2] = {-1, -1};
     int m_wake[2] = {-1, -1};

@@ -272,7 +272,7 @@ TEST(Discovery, oddAnswersToTheControlRegisterAreUnreachable)
 // The loopback's broadcast address, so that nothing leaves this host.
 TEST(Discovery, broadcastFindsTheCamerasBehindAnInterface)
 {
-    ScriptedCamera camera(true);
+    ScriptedCamera camera(ScriptedCamera::Broadcast::Heard);
     camera.setText(RegSerialNumber, "HEARS-ALL");
     for (const char* interfaces : {"lo", " 127.0.0.1 , eth99"}) {
         const auto entries = enumerate("", interfaces);
@@ -285,11 +285,15 @@ TEST(Discovery, broadcastFindsTheCamerasBehindAnInterface)
     EXPECT_TRUE(enumerate("", "none").empty());
 }
 
-TEST(Discovery, aCameraSeenInTwoWaysIsListedOnce)
+TEST(Discovery, aCameraSeenInTwoWaysIsListedOnceWithItsInterface)
 {
-    ScriptedCamera camera(true);
-    camera.setText(RegSerialNumber, "S");
-    const auto entries = enumerate(camera.address(), "lo");
-    ASSERT_EQ(serials(entries), "S");
-    EXPECT_STREQ(entries[0].interfaceName, "lo") << "the interface tells more than \"unicast\"";
+    for (const auto broadcast :
+         {ScriptedCamera::Broadcast::Heard, ScriptedCamera::Broadcast::HeardFromTheSecondOn}) {
+        ScriptedCamera camera(broadcast);
+        camera.setText(RegSerialNumber, "S");
+        const auto entries = enumerate(camera.address(), "lo");
+        ASSERT_EQ(serials(entries), "S");
+        EXPECT_STREQ(entries[0].interfaceName, "lo") << "the interface tells more than \"unicast\"";
+        EXPECT_EQ(entries[0].availability, uint32_t(KX_AVAILABILITY_FREE));
+    }
 }
