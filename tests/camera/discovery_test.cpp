@@ -200,6 +200,13 @@ TEST(Discovery, eachQuestionIsAskedOnceWhereAnAnswerComes)
     EXPECT_EQ(camera.counters().requests(), 2u);
 }
 
+TEST(Discovery, camerasThatHaveAnsweredAreNotAskedAgainForThoseThatHaveNot)
+{
+    Emulated camera("A");
+    enumerate(camera.config().address + "," + tests::freshLoopbackAddress());
+    EXPECT_EQ(camera.counters().discovery, 1u);
+}
+
 TEST(Discovery, lostAndBusyAnswersAreAskedForAgain)
 {
     ScriptedCamera camera;
@@ -245,6 +252,11 @@ TEST(Discovery, answersThatAreNoneAreNoCameras)
         });
         EXPECT_TRUE(enumerate(camera.address()).empty()) << row;
     }
+    camera.setScript([](const CommandPacket& command) {
+        const Bytes good = ScriptedCamera::answer(command, Bytes(kDiscoverySize));
+        return std::make_optional(ScriptedCamera::Replies{{good, std::chrono::milliseconds(0), true}});
+    });
+    EXPECT_TRUE(enumerate(camera.address()).empty()) << "from another port";
 }
 
 TEST(Discovery, oddAnswersToTheControlRegisterAreUnreachable)
