@@ -120,7 +120,8 @@ private:
     bool IsSkippedFeature(const QString& strName) const;
     bool AppendHeader(const QString& strModel, QString& strText);
     bool AppendFeatures(QString& strText);
-    bool AppendFeature(const QDomElement& element, QString& strText);
+    bool AppendFeature(RegisterEvaluator& evaluator, const QDomElement& element, QString& strText);
+    bool IsGigE() const;
     bool ReadPlainValue(const QString& strTag, const QString& strName, QString& strValue, int* pErrorCode);
     bool WriteFeaturesFile(const QString& strFileName, const QString& strText);
 
