@@ -203,7 +203,7 @@ TEST_F(DescriptionFetch, AnExportWithoutABufferEndsTwice)
     camera->setString("DeviceFirmwareVersion", "V1");
     g_failFrom = 0;
     runExport();
-    EXPECT_EQ(trace(), QStringList({"begin 7 3", "CreateHandle", "OpenDevice 1 0",
+    EXPECT_EQ(trace(), QStringList({"begin 7 3", "CreateHandle S1", "OpenDevice 1 0",
                                     "log CAMEAR_CREAT_BUF_FAILED", "CloseDevice", "DestroyHandle",
                                     "end 7 3 " + target(), "log \"Get XML_NODE_FIRMWARE failed.\"",
                                     "info 7 failed Failed to save feature.", "end 7 3 " + target()}));

@@ -88,7 +88,7 @@ TEST_F(JobDispatch, AnExportOpensExclusivelyAndClosesBeforeItEnds)
     makeExportable();
     runExport();
     const QStringList events = trace();
-    EXPECT_EQ(events.mid(0, 3), QStringList({"begin 7 3", "CreateHandle", "OpenDevice 1 0"}));
+    EXPECT_EQ(events.mid(0, 3), QStringList({"begin 7 3", "CreateHandle S1", "OpenDevice 1 0"}));
     EXPECT_EQ(events.mid(events.size() - 3),
               QStringList({"CloseDevice", "DestroyHandle", "end 7 3 " + target()}));
     EXPECT_EQ(events.filter("begin").size(), 1);
@@ -101,7 +101,7 @@ TEST_F(JobDispatch, AHandleThatCannotBeMadeIsNotClosed)
 {
     failCall("CreateHandle", KX_E_PARAMETER);
     runExport();
-    EXPECT_EQ(trace(), QStringList({"begin 7 3", "CreateHandle -> 80000004",
+    EXPECT_EQ(trace(), QStringList({"begin 7 3", "CreateHandle S1 -> 80000004",
                                     "info 7 failed Failed to export features.Failed to open device.",
                                     "end 7 3 " + target()}));
 }
@@ -110,7 +110,7 @@ TEST_F(JobDispatch, AHandleThatDidNotOpenIsClosedAndDestroyed)
 {
     failCall("OpenDevice", KX_E_CONTROL_REFUSED);
     runExport();
-    EXPECT_EQ(trace(), QStringList({"begin 7 3", "CreateHandle", "OpenDevice 1 0 -> 80000202",
+    EXPECT_EQ(trace(), QStringList({"begin 7 3", "CreateHandle S1", "OpenDevice 1 0 -> 80000202",
                                     "info 7 failed Failed to export features.Failed to open device.",
                                     "CloseDevice", "DestroyHandle", "end 7 3 " + target()}));
     EXPECT_EQ(probe.handle, nullptr);
@@ -132,7 +132,7 @@ TEST_F(JobDispatch, OpenDeviceLeavesTheHandleToTheCaller)
     failCall("OpenDevice", KX_E_NO_ANSWER);
     worker.SetXmlExportJob(device, folder.path());
     EXPECT_FALSE(probe.open());
-    EXPECT_EQ(takeTrace(), QStringList({"CreateHandle", "OpenDevice 1 0 -> 80000200"}));
+    EXPECT_EQ(takeTrace(), QStringList({"CreateHandle S1", "OpenDevice 1 0 -> 80000200"}));
     EXPECT_NE(probe.handle, nullptr);
     probe.close();
     EXPECT_EQ(trace(), QStringList({"CloseDevice", "DestroyHandle", "end 7 3 " + target()}));

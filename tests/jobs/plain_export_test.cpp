@@ -59,7 +59,7 @@ TEST_F(PlainExport, AsksInAFixedOrder)
     describe({"<Integer Name=\"Width\"/>", "<Boolean Name=\"Reverse\"/>"});
     runExport();
     EXPECT_EQ(trace(),
-              QStringList({"begin 7 3", "CreateHandle", "OpenDevice 1 0", kFirstFetch,
+              QStringList({"begin 7 3", "CreateHandle S1", "OpenDevice 1 0", kFirstFetch,
                            "GetStringValue DeviceFirmwareVersion",
                            "GetIntValueEx BoardDeviceType -> 80000103", "GetBoolValue Reverse",
                            "GetIntValueEx Width", "CloseDevice", "DestroyHandle", "end 7 3 " + target()}));

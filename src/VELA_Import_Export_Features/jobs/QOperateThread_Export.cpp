@@ -61,8 +61,8 @@ bool writeWholeFile(const QString& strPath, const QString& strText)
     QFile file(strPath);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    QTextStream stream(
-        &file); // no codec on purpose: the system's local 8-bit encoding, whatever the declaration says
+    // No codec on purpose: the system's local 8-bit encoding, whatever the file's declaration says.
+    QTextStream stream(&file);
     stream << strText;
     stream.flush();
     const bool bWritten = stream.status() == QTextStream::Ok && file.flush();
