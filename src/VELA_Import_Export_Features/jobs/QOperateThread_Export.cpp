@@ -65,9 +65,8 @@ bool writeWholeFile(const QString& strPath, const QString& strText)
     QTextStream stream(&file);
     stream << strText;
     stream.flush();
-    const bool bWritten = stream.status() == QTextStream::Ok && file.flush();
     file.close();
-    if (bWritten && file.error() == QFileDevice::NoError)
+    if (stream.status() == QTextStream::Ok && file.error() == QFileDevice::NoError)
         return true;
     file.remove();
     return false;
