@@ -52,6 +52,22 @@ TEST_F(JobDispatch, AnUnknownTypeBeginsAndNeverEnds)
     }
 }
 
+TEST_F(JobDispatch, TheTypeChoosesTheJob)
+{
+    makeExportable();
+    const QStringList marks = {"^FeatureLoad ", "^FeatureSave ", "^log \"Open xml failed", "^GetGenICamXML "};
+    for (unsigned int type = 0; type < 4; ++type) {
+        worker.SetXmlExportJob(device, folder.path());
+        probe.type = type;
+        run();
+        const QStringList events = takeTrace();
+        EXPECT_EQ(events.first(), QString("begin 7 %1").arg(type));
+        EXPECT_EQ(events.last(), QString("end 7 %1 ").arg(type) + target());
+        for (int job = 0; job < marks.size(); ++job)
+            EXPECT_EQ(events.filter(QRegularExpression(marks[job])).size(), job == int(type) ? 1 : 0);
+    }
+}
+
 TEST_F(JobDispatch, SetUpChangesTypeRecordAndPathOnly)
 {
     probe.errorCode = 5;
