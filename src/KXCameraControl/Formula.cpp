@@ -73,8 +73,11 @@ public:
             return truth(step(it.operands[0]).isTrue() || step(it.operands[1]).isTrue());
         case Operation::Choose:
             return step(it.operands[step(it.operands[0]).isTrue() ? 1 : 2]);
-        default:
-            return binary(it.operation, step(it.operands[0]), step(it.operands[1]));
+        default: {
+            // In this order, so that the requests behind them are the same with every compiler.
+            const Number left = step(it.operands[0]);
+            return binary(it.operation, left, step(it.operands[1]));
+        }
         }
     }
 

@@ -1,5 +1,7 @@
-foreach(subject nodes_real_descriptions)
+foreach(subject nodes_values nodes_access nodes_writes nodes_real_descriptions description node_formula)
     ie_add_test(${subject}_test LABEL camera
-        SOURCES ${subject}_test.cpp FakePort.h
+        SOURCES ${subject}_test.cpp EveryNodeKind.h FakePort.h
         LIBRARIES kx_api kx_core GTest::gtest_main)
 endforeach()
+target_link_libraries(description_test PRIVATE PkgConfig::ZLIB)
+target_link_libraries(node_formula_test PRIVATE PkgConfig::ARAVIS)
