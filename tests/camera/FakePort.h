@@ -19,7 +19,7 @@ namespace tests
 // The camera; outlives the ports to it.
 struct FakeDevice
 {
-    static constexpr uint64_t descriptionAddress = 0x10000000;
+    static constexpr uint64_t descriptionAddress = 0xFE000000; // where no description has a register
 
     std::map<uint64_t, uint8_t> memory; // zero elsewhere
     std::string description;            // from descriptionAddress on

@@ -5,3 +5,11 @@ foreach(subject nodes_values nodes_access nodes_writes nodes_real_descriptions d
 endforeach()
 target_link_libraries(description_test PRIVATE PkgConfig::ZLIB)
 target_link_libraries(node_formula_test PRIVATE PkgConfig::ARAVIS)
+
+ie_add_test(nodes_other_engine_test LABEL camera
+    SOURCES nodes_other_engine_test.cpp EveryNodeKind.h FakePort.h
+    LIBRARIES kx_api kx_core camera_emulator_core PkgConfig::ARAVIS GTest::gtest_main)
+
+ie_add_test(camera_on_emulator_test LABEL camera
+    SOURCES camera_on_emulator_test.cpp
+    LIBRARIES KXCameraControl camera_emulator_core GTest::gtest_main)
