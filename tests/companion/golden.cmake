@@ -16,3 +16,6 @@ ie_add_test(emulator_export_test LABEL companion
     LIBRARIES real_export)
 target_compile_definitions(emulator_export_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>")
 add_dependencies(emulator_export_test iefeatures)
+ie_add_test(real_descriptions_export_test LABEL camera
+    SOURCES real_descriptions_export_test.cpp RegisterRule.cpp RegisterRule.h WhyLeftOut.cpp WhyLeftOut.h
+    LIBRARIES real_export)
