@@ -30,6 +30,7 @@ void describe(CLI::App& app, const Commands& commands)
 {
     app.set_version_flag("--version", "iefeatures " + VELAInterface::softwareVersion().toStdString());
     app.footer(exitCodeTable());
+    app.require_subcommand(0, 1);
     for (const auto& command : commands) {
         CLI::App* parser = app.add_subcommand(command->name(), command->summary());
         parser->footer(exitCodeTable());
