@@ -147,6 +147,9 @@ KX_Status onNode(KX_HANDLE handle, KX_Operation kind, const char* name, bool par
             return lost;
         NodeMap& nodes = camera.nodesForCall();
         const KX_Status status = body(nodes);
+        // Where the description was no good, no name is known: the reason helps more than the name.
+        if (status == KX_E_GC_PROPERTY && !camera.descriptionProblem().empty())
+            return {status, camera.descriptionProblem()};
         return {status, status == KX_OK ? std::string() : nodes.lastError()};
     });
 }

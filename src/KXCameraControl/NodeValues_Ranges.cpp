@@ -93,7 +93,9 @@ Range NodeValues::freshRange(const Node& node)
 Range NodeValues::ownRange(const Node& node, bool isReal)
 {
     Range range = isReal ? reals(-DBL_MAX, DBL_MAX) : integers(lowestInteger, highestInteger);
-    const Source from = source(node);
+    const auto says = [&](Tag link, Tag literal) { return node.find(link) || node.find(literal); };
+    const bool saysAll = says(Tag::pMin, Tag::Min) && says(Tag::pMax, Tag::Max) && says(Tag::pInc, Tag::Inc);
+    const Source from = saysAll ? Source{} : source(node);
     if (from.node)
         range = this->range(*from.node);
     const auto replace = [&](Tag link, Tag literal, Number& bound) {

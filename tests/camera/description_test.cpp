@@ -213,6 +213,7 @@ TEST(DescriptionFetch, triesTheSecondUrlWhenTheFirstYieldsNothing)
         const Fetched result = fetch(device);
         EXPECT_EQ(result.status, KX_OK) << first;
         EXPECT_EQ(result.text, plain) << first;
+        EXPECT_EQ(result.problem, "") << first;
     }
 }
 
@@ -295,6 +296,7 @@ TEST_P(BadDescription, opensTheCameraKeepsTheTextAndHasNoNodes)
     EXPECT_TRUE(buffer.c_str() == text);
     KX_IntegerValue value{};
     EXPECT_EQ(KX_CC_GetIntValueEx(camera.handle, "A", &value), KX_E_GC_PROPERTY);
+    EXPECT_EQ(camera.lastError().substr(0, 31), "The description cannot be used:");
     EXPECT_EQ(KX_CC_SetIntValueEx(camera.handle, "A", 1), KX_E_GC_PROPERTY);
     KX_XML_AccessMode mode;
     EXPECT_EQ(KX_XML_GetNodeAccessMode(camera.handle, "A", &mode), KX_E_GC_PROPERTY);

@@ -88,8 +88,9 @@ TEST_F(MonitoredNodes, areReadableAndNothingElse)
 
 TEST_F(NodeAccess, aCircleTakesOnlyWhatHangsOnIt)
 {
-    for (const char* name : {"CircleA", "CircleB", "CircleC", "SelfCircle", "OnCircle", "MinOnCircle",
-                             "LockOnCircle", "KnifeCircle", "KnifeCircleBack", "AddressCircle"}) {
+    for (const char* name :
+         {"CircleA", "CircleB", "CircleC", "SelfCircle", "OnCircle", "MinOnCircle", "LockOnCircle",
+          "BehindMinOnCircle", "BehindLockOnCircle", "KnifeCircle", "KnifeCircleBack", "AddressCircle"}) {
         EXPECT_EQ(statusOf(name), KX_E_GC_RUNTIME) << name;
         EXPECT_EQ(mode(name), KX_AM_CYCLE_DETECTED) << name;
         EXPECT_EQ(setInteger(name, 1), KX_E_GC_RUNTIME) << name;
@@ -108,7 +109,7 @@ TEST_F(NodeAccess, copiesThatLeadInACircleEnd)
 
 TEST_F(NodeAccess, aLostReferenceTakesOnlyWhatHangsOnIt)
 {
-    for (const char* name : {"Dangling", "OnDangling", "DanglingMax", "NoPort"}) {
+    for (const char* name : {"Dangling", "OnDangling", "DanglingMax", "BehindDanglingMax", "NoPort"}) {
         EXPECT_EQ(statusOf(name), KX_E_GC_RUNTIME) << name;
         EXPECT_EQ(mode(name), KX_AM_UNDEFINED) << name;
     }
