@@ -1,6 +1,4 @@
-#include "NodeMap.h"
-
-#include "NodeValues.h"
+#include "NodeMap_Engine.h"
 
 #include <algorithm>
 #include <cfloat>
@@ -13,19 +11,6 @@ namespace kx
 namespace
 {
 
-using KindTest = bool (*)(NodeKind);
-
-template <NodeKind wanted>
-bool isKind(NodeKind kind)
-{
-    return kind == wanted;
-}
-
-bool isTextKind(NodeKind kind)
-{
-    return kind == NodeKind::String || kind == NodeKind::StringReg;
-}
-
 // Beyond what 32 bits hold, the largest number that they do.
 float narrowed(double value)
 {
@@ -34,57 +19,6 @@ float narrowed(double value)
 }
 
 } // namespace
-
-class NodeMap::Engine
-{
-public:
-    Engine(RegisterLine& line, bool readOnly) : values(table, line, readOnly) {}
-
-    const Node& find(const char* name) const
-    {
-        const Node* node = table.find(name);
-        if (!node)
-            throw NodeFailure{KX_E_GC_PROPERTY, std::string("There is no feature \"") + name + "\"."};
-        return *node;
-    }
-
-    const Node& find(const char* name, KindTest isWanted) const
-    {
-        const Node& node = find(name);
-        if (!isWanted(node.kind))
-            throw NodeFailure{KX_E_GC_LOGICAL, node.name + ": it has another type."};
-        return node;
-    }
-
-    const Node& findReadable(const char* name, KindTest isWanted)
-    {
-        const Node& node = find(name, isWanted);
-        requireAccess(node, isReadable, "it cannot be read now");
-        return node;
-    }
-
-    const Node& findWritable(const char* name, KindTest isWanted)
-    {
-        const Node& node = find(name, isWanted);
-        requireAccess(node, isWritable, "it cannot be written now");
-        return node;
-    }
-
-    NodeTable table;
-    NodeValues values;
-
-private:
-    void requireAccess(const Node& node, bool (*isGood)(KX_XML_AccessMode), const char* otherwise)
-    {
-        const KX_XML_AccessMode mode = values.access(node);
-        if (mode == KX_AM_CYCLE_DETECTED)
-            throw NodeFailure{KX_E_GC_RUNTIME, node.name + ": it depends on itself."};
-        if (mode == KX_AM_UNDEFINED)
-            throw NodeFailure{KX_E_GC_RUNTIME, node.name + ": its description is broken."};
-        if (!isGood(mode))
-            throw NodeFailure{KX_E_GC_ACCESS, node.name + ": " + otherwise + "."};
-    }
-};
 
 NodeMap::NodeMap(RegisterLine& line, bool readOnly) : m_engine(std::make_unique<Engine>(line, readOnly)) {}
 
@@ -97,23 +31,6 @@ bool NodeMap::load(const std::string& xml, std::string& problem)
         return true;
     problem = "The description cannot be used: " + reason + ".";
     return false;
-}
-
-template <class Body>
-KX_Status NodeMap::guarded(Body body)
-{
-    m_lastError.clear();
-    m_engine->values.beginCall();
-    try {
-        body(*m_engine);
-        return KX_OK;
-    } catch (const NodeFailure& failure) {
-        m_lastError = failure.text;
-        return failure.status;
-    } catch (const FormulaError& error) {
-        m_lastError = error.text;
-        return KX_E_GC_RUNTIME;
-    }
 }
 
 // ---- getters: a record is filled at the end, when nothing can fail any more ----

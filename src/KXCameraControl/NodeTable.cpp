@@ -68,6 +68,9 @@ const std::unordered_map<std::string, Tag> tagNames = {
     {"ChunkID", Tag::ChunkID},
     {"pChunkID", Tag::pChunkID},
     {"EventID", Tag::EventID},
+    {"Streamable", Tag::Streamable},
+    {"pSelected", Tag::pSelected},
+    {"pFeature", Tag::pFeature},
 };
 
 std::string trimmed(const std::string& text)

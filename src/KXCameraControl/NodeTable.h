@@ -84,6 +84,9 @@ enum class Tag
     ChunkID,
     pChunkID,
     EventID,
+    Streamable,
+    pSelected, // by name: it asks nothing of the other node
+    pFeature,  // likewise
     Entry // an EnumEntry of an Enumeration
 };
 

@@ -139,6 +139,10 @@ Range NodeValues::converterRange(const Node& node)
             first = Number::ofInteger(first.asInteger());
             last = Number::ofInteger(last.asInteger());
         }
+        // A formula that reads the register by a variable of its own is worth the same at both ends: it tells
+        // where the feature stands, not where it may go.
+        if (first.asReal() == last.asReal())
+            return limits;
         if (last.asReal() < first.asReal())
             std::swap(first, last);
         return {first, last};

@@ -221,10 +221,16 @@ TEST_F(Handles, memoryGoesStraightToTheWire)
     EXPECT_EQ(KX_CC_WriteMemory(camera.handle, bytes, 0x200, 4), KX_E_GC_ACCESS);
 }
 
-TEST_F(Handles, featureFilesAreNotSupportedYet)
+TEST_F(Handles, featureFilesThatCannotBeOpenedSaySo)
 {
-    EXPECT_EQ(KX_CC_FeatureSave(camera.handle, "file"), KX_E_NOT_SUPPORTED);
-    EXPECT_EQ(KX_CC_FeatureLoad(camera.handle, "file"), KX_E_NOT_SUPPORTED);
+    EXPECT_EQ(KX_CC_FeatureSave(camera.handle, "/nowhere/file"), KX_E_FILE);
+    EXPECT_EQ(camera.lastError(),
+              "The feature file /nowhere/file cannot be written: No such file or directory");
+    EXPECT_EQ(KX_CC_FeatureLoad(camera.handle, "/nowhere/file"), KX_E_FILE);
+    EXPECT_EQ(camera.lastError(),
+              "The feature file /nowhere/file cannot be opened: No such file or directory");
+    EXPECT_EQ(KX_CC_FeatureSave(camera.handle, nullptr), KX_E_PARAMETER);
+    EXPECT_EQ(KX_CC_FeatureLoad(camera.handle, ""), KX_E_PARAMETER);
 }
 
 TEST_F(Handles, textsOfFailuresAreKeptPerHandleAndPerThread)
@@ -298,11 +304,11 @@ TEST_F(Handles, anObserverIsToldBeforeAndAfter)
     statusOf("Literal");
     KX_CC_ReadMemory(camera.handle, &word, 0x100, 4);
     statusOf("Nobody");
-    KX_CC_FeatureSave(camera.handle, "a.file");
+    KX_CC_FeatureSave(camera.handle, "/nowhere/a.file");
     EXPECT_EQ(recorder.lines,
               (std::vector<std::string>{"13 Literal 0+0 0", "13 done Literal 0+0 0", "30 - 100+4 0",
                                         "30 done - 100+4 0", "13 Nobody 0+0 0", "13 done Nobody 0+0 80000103",
-                                        "50 a.file 0+0 0", "50 done a.file 0+0 80000001"}));
+                                        "50 /nowhere/a.file 0+0 0", "50 done /nowhere/a.file 0+0 80000300"}));
     recorder.lines.clear();
     ASSERT_EQ(KX_CC_SetCallObserver(camera.handle, nullptr, nullptr), KX_OK);
     statusOf("Literal");
