@@ -102,8 +102,9 @@ KX_XML_AccessMode NodeValues::kindAccess(const Node& node)
         return KX_AM_READ_ONLY;
     case NodeKind::IntConverter:
     case NodeKind::Converter: {
-        const bool isOneWay = !node.find(Tag::FormulaTo);
-        return combined(isOneWay ? KX_AM_READ_ONLY : KX_AM_READ_WRITE, access(*source(node).node));
+        const Node* behind = source(node).node;
+        const KX_XML_AccessMode own = node.find(Tag::FormulaTo) ? KX_AM_READ_WRITE : KX_AM_READ_ONLY;
+        return behind ? combined(own, access(*behind)) : own;
     }
     case NodeKind::Port:
         return KX_AM_READ_WRITE;
