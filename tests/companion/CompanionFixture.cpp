@@ -95,6 +95,25 @@ companion::Enumerate entries(std::vector<KX_DeviceEntry> list)
     };
 }
 
+std::string descriptionWithOneRegister()
+{
+    return R"(<?xml version="1.0" encoding="utf-8"?>
+<RegisterDescription ModelName="M" VendorName="V" ToolTip="" StandardNameSpace="None"
+    SchemaMajorVersion="1" SchemaMinorVersion="1" SchemaSubMinorVersion="0"
+    MajorVersion="1" MinorVersion="0" SubMinorVersion="0" ProductGuid="0" VersionGuid="0"
+    xmlns="http://www.genicam.org/GenApi/Version_1_1">
+  <Category Name="Root"><pFeature>Zones</pFeature></Category>
+  <Category Name="Zones"><pFeature>Zone</pFeature></Category>
+  <StringReg Name="DeviceFirmwareVersion">
+    <Address>0x10000</Address><Length>32</Length><AccessMode>RO</AccessMode><pPort>Device</pPort>
+  </StringReg>
+  <Register Name="Zone">
+    <Address>0x10100</Address><Length>8</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>
+  </Register>
+  <Port Name="Device"/>
+</RegisterDescription>)";
+}
+
 CompanionTest::CompanionTest()
 {
     qputenv("KX_CAMERA_INTERFACES", "none");

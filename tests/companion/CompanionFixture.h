@@ -59,6 +59,10 @@ KX_DeviceEntry gigeEntry(const std::string& model, const std::string& serial,
 // Enumerations for cameras that nobody emulates.
 companion::Enumerate entries(std::vector<KX_DeviceEntry> list);
 
+// A description whose only feature, "Zone", has no plain value: its registers are read last of all, in one
+// request.
+std::string descriptionWithOneRegister();
+
 class CompanionTest : public ::testing::Test
 {
 protected:

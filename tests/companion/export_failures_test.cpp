@@ -4,7 +4,9 @@
 
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using tests::CompanionTest;
+using tests::descriptionWithOneRegister;
 using tests::Program;
 using tests::Result;
 using tests::runInProcess;
@@ -123,4 +125,27 @@ TEST_F(ExportFailures, LeaveNoPartOfAFileThatCouldNotBeWrittenWhole)
     EXPECT_EQ(run.code, 1);
     EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: " + kNoFile + "\nEMU-1 S1: " + kNotSaved + "\n"));
     EXPECT_EQ(filesInFolder(), QStringList());
+}
+
+// The job takes a register that cannot be read for one that does not apply, and writes the file without it.
+// Meant; but a person should know.
+TEST_F(ExportFailures, WarnWhenTheLineFailedAndAFileWasWrittenAllTheSame)
+{
+    emu::Camera& camera =
+        addCamera("S1", [](emu::CameraConfig& config) { config.description = descriptionWithOneRegister(); });
+    const Result sound = runInProcess({"export", "--all", "--to", folder()});
+    ASSERT_EQ(sound.code, 0);
+    EXPECT_THAT(sound.err, Not(HasSubstr("the line failed")));
+    ASSERT_TRUE(fileText("EMU-1_S1.fpk").contains("<ComplexFeature name=\"Zone\" len=\"8\""));
+
+    const emu::Counters counters = camera.counters();
+    emu::Faults faults; // silent from the read of the registers on; giving control back is one command more
+    faults.silence =
+        emu::Silence{unsigned(counters.readReg + counters.readMem + counters.writeReg) - 2, std::nullopt};
+    camera.setFaults(faults);
+    const Result run = runInProcess({"export", "--all", "--to", folder()});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_FALSE(fileText("EMU-1_S1.fpk").contains("Zone"));
+    EXPECT_THAT(run.err,
+                HasSubstr("EMU-1 S1: the line failed during the export; the file may lack features.\n"));
 }

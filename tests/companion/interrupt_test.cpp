@@ -6,6 +6,7 @@
 
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using tests::CompanionTest;
 using tests::Result;
 using tests::runInProcess;
@@ -78,6 +79,27 @@ TEST_F(Interrupted, KeepsWhatWasDoneAndSaysSo)
     EXPECT_THAT(run.out, HasSubstr("{\"signal\":\"info\",\"device\":2,\"failed\":true,\"message\":"
                                    "\"Failed to save feature.\"}\n"
                                    "{\"signal\":\"end\",\"device\":2,"));
+}
+
+// The job goes on when the read of its last registers is refused, and writes a file that lacks them.
+TEST_F(Interrupted, KeepsNoFileThatOnlyLooksWhole)
+{
+    const emu::Camera& camera = addCamera("S1", [](emu::CameraConfig& config) {
+        config.description = tests::descriptionWithOneRegister();
+        config.latency = std::chrono::milliseconds(100);
+    });
+    ASSERT_EQ(runInProcess({"export", "--all", "--to", folder()}).code, 0);
+    ASSERT_TRUE(fileText("EMU-1_S1.fpk").contains("Zone"));
+    const uint64_t requests = camera.counters().requests();
+
+    // While the answer before those registers is on its way; giving control back is one request more.
+    const Result run =
+        interruptAt(camera, 2 * requests - 2, SIGINT, {"export", "--all", "--to", folder(), "--json"});
+    EXPECT_EQ(run.code, 130);
+    EXPECT_THAT(run.out, Not(HasSubstr("\"info\"")));
+    EXPECT_EQ(filesInFolder(), QStringList());
+    EXPECT_EQ(run.err, "Interrupted.\nEMU-1 S1: not written\n");
+    EXPECT_EQ(controlOf(camera), 0u);
 }
 
 TEST_F(Interrupted, StartsNoJobThatStillWaits)

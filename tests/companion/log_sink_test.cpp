@@ -21,15 +21,7 @@ protected:
     Logging()
     {
         addCamera("S1", [](emu::CameraConfig& config) {
-            config.description =
-                "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
-                "<RegisterDescription ModelName=\"M\" VendorName=\"V\" StandardNameSpace=\"None\" "
-                "SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\" SchemaSubMinorVersion=\"0\" "
-                "MajorVersion=\"1\" MinorVersion=\"0\" SubMinorVersion=\"0\" "
-                "ToolTip=\"\" ProductGuid=\"0\" VersionGuid=\"0\" "
-                "xmlns=\"http://www.genicam.org/GenApi/Version_1_1\">"
-                "<Category Name=\"Root\"></Category>"
-                "<Port Name=\"Device\"></Port></RegisterDescription>";
+            config.description = "<RegisterDescription><Category Name=\"Root\"/></RegisterDescription>";
         });
     }
     Result exportWith(tests::Arguments options)
