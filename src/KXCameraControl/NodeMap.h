@@ -1,5 +1,4 @@
-// Typed access to the features that a description tells of. The NodeMap*.cpp files are the only ones that
-// know the GenICam engine underneath.
+// Typed access to the features that a description tells of.
 #pragma once
 
 #include <KXCameraControl/KXCameraControl.h>
