@@ -26,6 +26,7 @@ SKIPPED = ("GevCurrentIPAddress", "GevCurrentSubnetMask", "GevCurrentDefaultGate
            "GevCurrentIPConfigurationDHCP", "GevCurrentIPConfigurationPersistentIP", "GevPAUSEFrameReception")
 NEVER = ("UserSetDefault", "UserSetSelector", "DeviceSerialNumber", "DeviceUserID", "BoardDeviceType",
          "DeviceFirmwareVersion")
+BY_ZERO = "division by zero"  # the calculator's own words
 NUMBER = re.compile(r"(0x)?[A-Fa-f0-9]+")
 
 
@@ -58,6 +59,10 @@ def reversed_bytes(value):
 
 class Failed(Exception):
     """A register attempt that ends; its argument is the log line, if there is one."""
+
+
+class LeftOut(Exception):
+    """A register without bytes: nothing else is tried, nothing is said."""
 
 
 class Result:
@@ -100,6 +105,7 @@ class Evaluator:
         self.index, self.nodes, self.camera, self.log = index, index.nodes, camera, log
         self.selected = {}  # node that holds a selector's number -> selector; grows from feature to feature
         self.terms = []  # of the address worked out last, for the explanation
+        self.leftover = []  # what the formula that failed last had given until then
 
     def failure(self, line):
         self.log.append(line)
@@ -172,7 +178,11 @@ class Evaluator:
             return None
         if not formula or not variables:
             return self.failure(f"getValue  failed:{name} no formula or variables")
-        return self.combinations(formula, formula, "", sorted(variables), variables)
+        results = [self.combination(name, formula, chosen) for chosen in self.choices(sorted(variables), variables)]
+        if None not in results:
+            return results
+        self.leftover = [result for result in results if result]
+        return None
 
     def variables(self, elements):
         """Variable name -> (node name, values)."""
@@ -185,14 +195,23 @@ class Evaluator:
             found[element.get("Name")] = (element.text, results)
         return found
 
-    def combinations(self, written, formula, bound, names, variables):
-        """The last name changes fastest. Names are replaced as plain text, wherever they stand."""
+    def choices(self, names, variables):
+        """A value for every variable: (name, node, value) each. The last name changes fastest."""
         if not names:
-            return [Result(int(compute(formula)), written, bound)]
+            return [[]]
         node, results = variables[names[0]]
-        return [combination for r in results
-                for combination in self.combinations(written, formula.replace(names[0], str(r.value)),
-                                                     f"{bound}[{node}:{r.value}]", names[1:], variables)]
+        return [[(names[0], node, r.value)] + rest
+                for r in results for rest in self.choices(names[1:], variables)]
+
+    def combination(self, name, formula, chosen):
+        """Variables are replaced as plain text, wherever their names stand. A failure does not end the others."""
+        substituted = formula
+        for variable, _, value in chosen:
+            substituted = substituted.replace(variable, str(value))
+        try:
+            return Result(int(compute(substituted)), formula, "".join(f"[{n}:{v}]" for _, n, v in chosen))
+        except ZeroDivisionError:
+            return self.failure(f"getValue  failed:{name} compute erro,formula:{substituted}.msg:{BY_ZERO}")
 
     def integers(self, element):
         if element.tag in ("StructEntry", "MaskedIntReg"):
@@ -202,7 +221,7 @@ class Evaluator:
     def bits(self, element):
         """Here bit 0 is the least significant one, whatever the register's byte order."""
         register = self.register(element, [])
-        length = string_to_integer(text(register, "Length"))
+        length = self.length(register)
         one = text(element, "Bit")
         ends = [int(one)] * 2 if one is not None else [int(text(element, "LSB")), int(text(element, "MSB"))]
         results = []
@@ -210,6 +229,17 @@ class Evaluator:
             first = self.first_word(self.camera.read_memory(address.value, length), length == 4)
             results.append(Result((first & (1 << max(ends) + 1) - 1) >> min(ends)))
         return results
+
+    def length(self, register):
+        """In bytes; nothing when it cannot be had. A formula that failed but gave exactly one value is enough."""
+        written = text(register, "Length") or text(register, "pLength")
+        if NUMBER.fullmatch(written):
+            return string_to_integer(written)
+        results = self.values(self.nodes[written])
+        if results is None and len(self.leftover) == 1:
+            results = self.leftover
+        self.leftover = []
+        return results[0].value if results else None
 
     def first_word(self, content, swap):
         first = struct.unpack("<I", content.ljust(4, b"\0")[:4])[0]
@@ -225,6 +255,8 @@ class Evaluator:
                     for a in found]
         if element.tag == "IntSwissKnife":
             return self.values(element)
+        if not text(element, "pValue"):
+            return self.failure(f"getIntReg failed:{element.get('Name')}")
         return self.term(text(element, "pValue"))
 
     def constants(self, element):
@@ -232,8 +264,10 @@ class Evaluator:
         selector = self.selected.get(name)
         if selector is None and element.find("Value").find("pSelected") is not None:
             selector = element
+        if selector is None and not NUMBER.fullmatch(text(element, "Value")):
+            return self.failure(f"getIntValue failed:{name} valuenode content is unsupport")
         if selector is None:
-            return [Result(string_to_integer(element.find("Value").text))]
+            return [Result(string_to_integer(text(element, "Value")))]
         if selector.tag == "Enumeration":
             return [Result(value) for value in self.camera.supported(selector.get("Name"))]
         low, high, step = self.camera.bounds(selector.get("Name"))
@@ -279,7 +313,11 @@ class Export:
         logged, written = len(self.log), len(self.lines)
         selectors = self.evaluator.is_selected(name)
         why = [f"selected by {', '.join(f'`{s}`' for s in selectors)}"] if selectors else []
-        done = (selectors and self.registers(element, why)) or self.plain(element, why) or self.registers(element, why)
+        try:
+            attempts = [self.registers] * bool(selectors) + [self.plain, self.registers]
+            done = any(attempt(element, why) for attempt in attempts)
+        except LeftOut:
+            done = False
         outcome = "left out" if not done else "plain" if self.lines[written] == "<Feature>" else "registers"
         self.reasons.append((name, element.tag, outcome, why + [f"log: `{line}`" for line in self.log[logged:]]))
 
@@ -320,14 +358,16 @@ class Export:
         register = self.evaluator.register(element, converters)
         if register is None:
             raise Failed(f"Reg is empty failed:{name}")
-        length = self.length(name, register)
-        if not length:
-            why.append(f"length 0 by `{text(register, 'pLength')}`: left out without a line in the log")
-            raise Failed()
+        by = "" if text(register, "Length") else f" by `{text(register, 'pLength')}`"
+        length = self.evaluator.length(register)
+        if length is None:
+            raise Failed(f"Reg{name} value length:{text(register, 'pLength')} is erro")
+        if length == 0:
+            why.append(f"length 0{by}: left out without a line in the log, and without another attempt")
+            raise LeftOut()
         lines = [f'<ComplexFeature name="{name}" len="{length}" reg="{register.get("Name", "")}">']
         addresses = self.evaluator.addresses(register)
         shown = f"register `{register.get('Name')}`" if register.get("Name") else "a register without a name"
-        by = "" if text(register, "Length") else f" by `{text(register, 'pLength')}`"
         why.append(f"{shown}, length {length}{by}, address {' + '.join(self.evaluator.terms)}")
         if not addresses:
             raise Failed(f"getIntRegAddress  failed:{name}")
@@ -343,17 +383,6 @@ class Export:
                        + re.sub(r"(,0){9,}", ",0,...,0", re.search(">(.*)<", line)[1]))
             lines.append(line)
         return lines + ["</ComplexFeature>"]
-
-    def length(self, name, register):
-        written = text(register, "Length") or text(register, "pLength")
-        if not written:
-            raise Failed(f"Reg has no value length:{name}")
-        if NUMBER.fullmatch(written):
-            return string_to_integer(written)
-        results = self.evaluator.values(self.index.nodes[written])
-        if not results:
-            raise Failed(f"Reg{name} value length:{written} is erro")
-        return results[0].value
 
     def converter(self, element, register):
         """Its name, its formula, and its variables in the order of the file; the register itself has no values."""
@@ -409,7 +438,10 @@ class Export:
                 raise Failed(f"getValue  failed:{converter_name} out of size variables:{variable}")
             formula = formula.replace(variable, "%g" % values[place].value)
         self.formula = formula
-        value = "%.6f" % compute(formula.replace("TO", str(raw)))
+        try:
+            value = "%.6f" % compute(formula.replace("TO", str(raw)))
+        except ZeroDivisionError:
+            raise Failed(f"getValue  failed:{name} compute erro,formula:{escaped(formula)}.msg:{BY_ZERO}") from None
         return (f'<RegValue address="{address.value}" variables="{address.variables}" to="{raw}" '
                 f'from="{escaped(formula)}">{value}</RegValue>')
 
