@@ -26,6 +26,8 @@ constexpr char kAddress[] = "127.0.73.1";
 {
     emu::CameraConfig config;
     config.address = kAddress;
+    config.model = "Bench";
+    config.serial = "1";
     if (description) {
         config.descriptionFile = description;
         config.seed = R"({"nodes": {"DeviceFirmwareVersion": "1.0.0"}})";
@@ -80,7 +82,8 @@ int main(int argc, char** argv)
     device.nDeviceID = 1;
     device.stDeviceInfo = deviceInfo();
     QOperateThread worker;
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    if (!qEnvironmentVariableIsSet("IE_BENCH_LOG"))
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     worker.SetXmlExportJob(device, folder.path());
     QElapsedTimer timer;
     timer.start();

@@ -1,10 +1,14 @@
 // The C boundary: every function goes through one guard, which knows handles, locks, observers, exceptions
 // and the text of the last failure.
+#include "CameraBag.h"
 #include "Handles.h"
 #include "StatusText.h"
+#include "ports/Discovery.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
+#include <vector>
 
 using kx::Camera;
 using kx::NodeMap;
@@ -144,6 +148,9 @@ KX_Status onNode(KX_HANDLE handle, KX_Operation kind, const char* name, bool par
             return lost;
         NodeMap& nodes = camera.nodesForCall();
         const KX_Status status = body(nodes);
+        // Where the description was no good, no name is known: the reason helps more than the name.
+        if (status == KX_E_GC_PROPERTY && !camera.descriptionProblem().empty())
+            return {status, camera.descriptionProblem()};
         return {status, status == KX_OK ? std::string() : nodes.lastError()};
     });
 }
@@ -163,9 +170,35 @@ KX_Status onMemory(KX_HANDLE handle, KX_Operation kind, const void* buffer, int6
     });
 }
 
-KX_Status featureFile(KX_HANDLE handle, KX_Operation kind, const char* path)
+// Paths come as Latin-1; files are named in UTF-8.
+std::string fileName(const char* latin1)
 {
-    return onLine(handle, path && *path, {kind, path}, [](Camera&) -> Outcome { return KX_E_NOT_SUPPORTED; });
+    std::string name;
+    for (const char* c = latin1; *c; ++c) {
+        const auto byte = static_cast<unsigned char>(*c);
+        if (byte < 0x80) {
+            name += *c;
+        } else {
+            name += static_cast<char>(0xC0 | byte >> 6);
+            name += static_cast<char>(0x80 | (byte & 0x3F));
+        }
+    }
+    return name;
+}
+
+template <class Body>
+KX_Status featureFile(KX_HANDLE handle, KX_Operation kind, const char* path, Body body)
+{
+    return onLine(handle, path && *path, {kind, path}, [&](Camera& camera) -> Outcome {
+        if (const KX_Status lost = camera.lineStatus())
+            return lost;
+        kx::CameraBag bag(camera, [&](const std::string& feature) {
+            return ObservedCall(handle, camera, {kind, feature.c_str()}).begin();
+        });
+        std::string message;
+        const KX_Status status = body(bag, fileName(path), message);
+        return {status, message};
+    });
 }
 
 KX_Status copyText(const std::string& source, char* text, uint32_t capacity, uint32_t* length)
@@ -183,19 +216,29 @@ extern "C" {
 
 // ---- who is there ----
 
-KX_Status KX_CC_EnumDevices(uint32_t, KX_DeviceEntry* entries, uint32_t capacity, uint32_t* count)
+KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uint32_t capacity,
+                            uint32_t* count)
 {
-    if (!count || (!entries && capacity > 0))
-        return failed(nullptr, KX_E_PARAMETER, {});
-    *count = 0;
-    return KX_OK;
+    return withoutExceptions([&] {
+        if (!count || (!entries && capacity > 0))
+            return failed(nullptr, KX_E_PARAMETER, {});
+        std::vector<KX_DeviceEntry> found;
+        if (const KX_Status status = kx::enumerateDevices(transportMask, found))
+            return failed(nullptr, status, {});
+        std::copy_n(found.begin(), std::min<size_t>(found.size(), capacity), entries);
+        *count = static_cast<uint32_t>(found.size());
+        return KX_OK;
+    });
 }
 
 KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availability)
 {
-    if (!device || !availability)
-        return failed(nullptr, KX_E_PARAMETER, {});
-    return failed(nullptr, KX_E_NOT_SUPPORTED, {});
+    return withoutExceptions([&] {
+        if (!device || !availability)
+            return failed(nullptr, KX_E_PARAMETER, {});
+        const KX_Status status = kx::deviceAvailability(*device, *availability);
+        return status == KX_OK ? KX_OK : failed(nullptr, status, {});
+    });
 }
 
 uint32_t KX_CC_GetSDKVersion(void)
@@ -413,12 +456,18 @@ KX_Status KX_XML_GetNodeAccessMode(KX_HANDLE handle, const char* name, KX_XML_Ac
 
 KX_Status KX_CC_FeatureSave(KX_HANDLE handle, const char* path)
 {
-    return featureFile(handle, KX_OP_FEATURE_SAVE, path);
+    return featureFile(handle, KX_OP_FEATURE_SAVE, path,
+                       [](kx::CameraBag& bag, const std::string& file, std::string& message) {
+                           return kx::saveBag(bag, bag.identity(), file, message);
+                       });
 }
 
 KX_Status KX_CC_FeatureLoad(KX_HANDLE handle, const char* path)
 {
-    return featureFile(handle, KX_OP_FEATURE_LOAD, path);
+    return featureFile(handle, KX_OP_FEATURE_LOAD, path,
+                       [](kx::CameraBag& bag, const std::string& file, std::string& message) {
+                           return kx::loadBag(bag, file, message);
+                       });
 }
 
 } // extern "C"

@@ -293,8 +293,10 @@ KX_Status fetchDescription(Port& port, std::string& text, std::string& problem)
     for (const std::string& url : urls) {
         std::string reason;
         status = fetchFrom(port, url, text, reason);
-        if (status == KX_OK)
+        if (status == KX_OK) {
+            problem.clear();
             return KX_OK;
+        }
         reasons += (reasons.empty() ? "" : "; ") + reason;
         problem = "The description cannot be fetched: " + reasons + ".";
         if (status != KX_E_DESCRIPTION && status != KX_E_GC_ACCESS)

@@ -31,20 +31,12 @@ using Selectors = std::vector<std::string>; // outermost first
 class SelectorTree
 {
 public:
-    SelectorTree(BagNodes& nodes, const std::vector<std::string>& features)
+    explicit SelectorTree(BagNodes& nodes)
     {
-        std::set<std::string> seen;
-        std::vector<std::string> open = features;
-        while (!open.empty()) {
-            const std::string selector = open.back();
-            open.pop_back();
-            if (!seen.insert(selector).second)
-                continue;
-            for (const std::string& selected : nodes.selectedFeatures(selector)) {
+        for (const std::string& selector : nodes.selectors()) {
+            m_isSelector.insert(selector);
+            for (const std::string& selected : nodes.selectedFeatures(selector))
                 m_selectorsOf[selected].insert(selector);
-                m_isSelector.insert(selector);
-                open.push_back(selected);
-            }
         }
     }
 
@@ -84,7 +76,7 @@ public:
     KX_Status collect()
     {
         const std::vector<std::string> features = m_nodes.streamableFeatures();
-        const SelectorTree tree(m_nodes, features);
+        const SelectorTree tree(m_nodes);
         std::map<Selectors, std::vector<std::string>> groups;
         for (const std::string& feature : features) {
             const Selectors selectors = tree.selectorsOf(feature);

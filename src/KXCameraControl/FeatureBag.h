@@ -18,8 +18,10 @@ class BagNodes
 public:
     virtual ~BagNodes() = default;
 
-    // Streamable features in the order of the description; selectors need not be among them.
+    // Streamable features in the order of the description.
     virtual std::vector<std::string> streamableFeatures() = 0;
+    // Every feature that selects others, streamable or not.
+    virtual std::vector<std::string> selectors() = 0;
     // Names that `feature` selects, directly.
     virtual std::vector<std::string> selectedFeatures(const std::string& feature) = 0;
     // Every value that a selector can take now, at most `limit`; empty when there are more or none.

@@ -131,7 +131,9 @@ KX_Status saveBag(BagNodes& nodes, const BagIdentity& identity, const std::strin
     const KX_Status status = collectBag(nodes, entries, message);
     if (status != KX_OK)
         return status;
-    return writeFile(path, bagText(identity, entries), message);
+    const std::string remark = message;
+    const KX_Status written = writeFile(path, bagText(identity, entries), message);
+    return written == KX_OK && !remark.empty() ? KX_E_INCOMPLETE : written;
 }
 
 KX_Status loadBag(BagNodes& nodes, const std::string& path, std::string& message)

@@ -1,5 +1,4 @@
-// Typed access to the features that a description tells of. The NodeMap*.cpp files are the only ones that
-// know the GenICam engine underneath.
+// Typed access to the features that a description tells of.
 #pragma once
 
 #include <KXCameraControl/KXCameraControl.h>
@@ -7,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace kx
 {
@@ -58,13 +58,26 @@ public:
     KX_Status execute(const char* name);
     KX_Status accessMode(const char* name, KX_XML_AccessMode& mode);
 
+    // The features as texts, for feature files: integers in decimal, floats in the shortest form that reads
+    // back, "1" and "0", entry names, strings as they are. Writing takes hexadecimal integers and entries'
+    // numbers too.
+    KX_Status getText(const char* name, std::string& text);
+    KX_Status setText(const char* name, const std::string& text);
+    bool has(const std::string& name) const;
+    // Features of the categories that are marked as streamable, in the description's order.
+    std::vector<std::string> streamableFeatures() const;
+    std::vector<std::string> selectors() const;
+    std::vector<std::string> selectedFeatures(const std::string& selector) const;
+    // What a selector can be set to now; empty when that is more than `limit`, or when it cannot be told.
+    KX_Status selectorValues(const char* selector, size_t limit, std::vector<std::string>& values);
+
     // What the last failing call had to say beyond its status.
     const std::string& lastError() const { return m_lastError; }
 
 private:
     class Engine;
     template <class Body>
-    KX_Status guarded(const char* name, Body body);
+    KX_Status guarded(Body body);
 
     std::unique_ptr<Engine> m_engine;
     std::string m_lastError;

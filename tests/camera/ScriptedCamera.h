@@ -26,6 +26,7 @@ struct ScriptedReply
 {
     gvcp::Bytes bytes;
     std::chrono::milliseconds after{0}; // since the reply before, or the command
+    bool fromStranger = false;          // sent from another port than the camera's
 };
 
 class ScriptedCamera
@@ -35,11 +36,21 @@ public:
     // Nothing: the plain answer.
     using Script = std::function<std::optional<Replies>(const gvcp::CommandPacket&)>;
 
-    explicit ScriptedCamera(bool hearsBroadcast = false) : m_address(tests::freshLoopbackAddress())
+    enum class Broadcast
+    {
+        Deaf,
+        Heard,
+        HeardFromTheSecondOn
+    };
+
+    explicit ScriptedCamera(Broadcast broadcast = Broadcast::Deaf)
+        : m_broadcastsToMiss(broadcast == Broadcast::HeardFromTheSecondOn ? 1 : 0),
+          m_address(tests::freshLoopbackAddress())
     {
         m_sockets[0] = listenTo(m_address, false);
         // The loopback network's broadcast address; whoever shares it hears everything.
-        m_sockets[1] = hearsBroadcast ? listenTo("127.255.255.255", true) : -1;
+        m_sockets[1] = broadcast != Broadcast::Deaf ? listenTo("127.255.255.255", true) : -1;
+        m_stranger = listenTo(m_address, false, 0);
         if (::pipe(m_wake) != 0)
             throw std::runtime_error("no pipe");
         m_thread = std::thread([this] { run(); });
@@ -55,7 +66,7 @@ public:
             return;
         ::close(m_wake[1]);
         m_thread.join();
-        for (int descriptor : {m_sockets[0], m_sockets[1], m_wake[0]})
+        for (int descriptor : {m_sockets[0], m_sockets[1], m_stranger, m_wake[0]})
             if (descriptor >= 0)
                 ::close(descriptor);
     }
@@ -125,12 +136,12 @@ public:
     }
 
 private:
-    static int listenTo(const std::string& address, bool shared)
+    static int listenTo(const std::string& address, bool shared, uint16_t port = gvcp::kPort)
     {
         const int descriptor = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
         sockaddr_in name{};
         name.sin_family = AF_INET;
-        name.sin_port = htons(gvcp::kPort);
+        name.sin_port = htons(port);
         name.sin_addr.s_addr = htonl(gvcp::parseAddress(address).value());
         const int on = shared;
         ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
@@ -158,12 +169,12 @@ private:
         const ssize_t size =
             ::recvfrom(descriptor, data, sizeof data, 0, reinterpret_cast<sockaddr*>(&from), &fromSize);
         const auto command = size < 0 ? std::nullopt : gvcp::decodeCommand(data, static_cast<size_t>(size));
-        if (!command)
+        if (!command || (descriptor == m_sockets[1] && m_broadcastsToMiss-- > 0))
             return;
         for (const ScriptedReply& reply : repliesTo(*command)) {
             std::this_thread::sleep_for(reply.after);
-            ::sendto(m_sockets[0], reply.bytes.data(), reply.bytes.size(), 0,
-                     reinterpret_cast<sockaddr*>(&from), fromSize);
+            ::sendto(reply.fromStranger ? m_stranger : m_sockets[0], reply.bytes.data(), reply.bytes.size(),
+                     0, reinterpret_cast<sockaddr*>(&from), fromSize);
         }
     }
 
@@ -203,8 +214,10 @@ private:
         return payload;
     }
 
+    int m_broadcastsToMiss; // the thread's alone
     const std::string m_address;
     int m_sockets[2] = {-1, -1};
+    int m_stranger = -1;
     int m_wake[2] = {-1, -1};
     mutable std::mutex m_mutex;
     Script m_script;

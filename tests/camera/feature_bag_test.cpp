@@ -61,6 +61,13 @@ public:
     }
 
     std::vector<std::string> streamableFeatures() override { return order; }
+    std::vector<std::string> selectors() override
+    {
+        std::vector<std::string> names;
+        for (const auto& selector : selects)
+            names.push_back(selector.first);
+        return names;
+    }
     std::vector<std::string> selectedFeatures(const std::string& feature) override
     {
         const auto found = selects.find(feature);
@@ -235,6 +242,13 @@ TEST(FeatureBagSave, aSelectorThatCannotBeSetBackIsTold)
     std::string remark;
     EXPECT_EQ(collectBag(fake, entries, remark), KX_OK);
     EXPECT_EQ(remark, "The selector GainSelector could not be set back to Red. ");
+}
+
+TEST(FeatureBagSave, aSelectorNeedNotBeStreamableItself)
+{
+    FakeNodes fake = channels();
+    fake.order = {"Width", "Gain"};
+    EXPECT_EQ(saved(fake), "Width=640 GainSelector=All Gain=1 GainSelector=Red Gain=2 GainSelector=Red ");
 }
 
 TEST(FeatureBagSave, tooManySelectorValuesKeepTheOneThatIsSet)

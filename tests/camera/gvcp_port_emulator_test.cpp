@@ -332,6 +332,10 @@ TEST_F(GvcpPortOnEmulator, aWriteNoticesLostControlBeforeTheHeartbeat)
     ASSERT_EQ(port.open(KX_ACCESS_EXCLUSIVE, 0), KX_OK);
     camera.stealControl();
     EXPECT_EQ(port.writeRegister(0x30000, 1), KX_E_CONNECTION_LOST);
+    const uint64_t requests = port.requestCount();
+    uint32_t value = 0;
+    EXPECT_EQ(port.readRegister(0x30000, value), KX_E_CONNECTION_LOST) << "though the camera would answer";
+    EXPECT_EQ(port.requestCount(), requests);
     EXPECT_EQ(waitForLoss(), KX_E_CONNECTION_LOST) << "told on the port's own thread";
     EXPECT_EQ(losses, 1);
 }

@@ -232,6 +232,18 @@ TEST_F(GvcpPortOnWire, answersUnderAnotherIdAreDropped)
     EXPECT_EQ(ids.count(0), 0u);
 }
 
+TEST_F(GvcpPortOnWire, nobodyElseAnswersForTheCamera)
+{
+    openToRead();
+    answerWith([](const CommandPacket& command) {
+        return ScriptedCamera::Replies{{ScriptedCamera::answer(command, word(666)), milliseconds(0), true},
+                                       {ScriptedCamera::answer(command, word(4))}};
+    });
+    uint32_t value = 0;
+    EXPECT_EQ(port.readRegister(kAddress, value), KX_OK);
+    EXPECT_EQ(value, 4u);
+}
+
 TEST_F(GvcpPortOnWire, pendingExtendsTheWaitUnderTheSameId)
 {
     openToRead();

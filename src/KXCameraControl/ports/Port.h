@@ -53,7 +53,8 @@ public:
     virtual KX_Status descriptionUrls(std::vector<std::string>& urls) = 0;
 
     virtual void setTimeouts(const PortTimeouts& timeouts) = 0;
-    // Called at most once per open connection.
+    // Called at most once per open connection. close() waits for it, so it must not wait for the owner's
+    // lock.
     virtual void setConnectionLostHandler(std::function<void(KX_Status)> handler) = 0;
     // Requests sent since construction, retries included.
     virtual uint64_t requestCount() const = 0;

@@ -3,6 +3,7 @@
 #include <SuiteTools/SuiteTools.h>
 
 #include <cstddef>
+#include <cstring>
 
 namespace ie
 {
@@ -13,6 +14,13 @@ template <std::size_t Size>
 QString fieldText(const uint8_t (&field)[Size], FieldEnd end)
 {
     return VELAInterface::GetEncodeQStringFromUnChar(field, end == FieldEnd::AtZero ? -1 : int(Size));
+}
+
+template <std::size_t Size>
+QString utf8Text(const uint8_t (&field)[Size])
+{
+    const char* text = reinterpret_cast<const char*>(field);
+    return QString::fromUtf8(text, int(strnlen(text, Size)));
 }
 
 template <typename Part>
@@ -32,6 +40,20 @@ DeviceNames deviceNames(const KX_DeviceInfo& device, FieldEnd end)
         return namesOf(device.special.usb3, end);
     case KX_TRANSPORT_CAMERA_LINK:
         return namesOf(device.special.cameraLink, end);
+    default:
+        return {};
+    }
+}
+
+QString modelNameAsUtf8(const KX_DeviceInfo& device)
+{
+    switch (device.transportType) {
+    case KX_TRANSPORT_GIGE:
+        return utf8Text(device.special.gige.modelName);
+    case KX_TRANSPORT_USB3:
+        return utf8Text(device.special.usb3.modelName);
+    case KX_TRANSPORT_CAMERA_LINK:
+        return utf8Text(device.special.cameraLink.modelName);
     default:
         return {};
     }

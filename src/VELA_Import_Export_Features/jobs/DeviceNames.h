@@ -25,6 +25,10 @@ enum class FieldEnd
 // encoding. Both empty for a transport that has no part.
 DeviceNames deviceNames(const KX_DeviceInfo& device, FieldEnd end);
 
+// The model name with its bytes taken as UTF-8, whatever the suite's encoding. Meant: the import compares it
+// so.
+QString modelNameAsUtf8(const KX_DeviceInfo& device);
+
 // "model_serial.fpk"; "_.fpk" for an unknown transport.
 QString featuresFileName(const DeviceNames& names);
 

@@ -25,9 +25,14 @@ void QOperateThread::run()
     emit SigBeginThread(m_stDevice.nDeviceID, m_nThreadType);
     switch (m_nThreadType) {
     case JOB_FEATURE_BAG_IMPORT:
+        FeatureBagImport();
+        break;
     case JOB_FEATURE_BAG_EXPORT:
+        FeatureBagExport();
+        break;
     case JOB_FEATURE_XML_IMPORT:
-        break; // no job stands behind these types yet
+        FeatureXmlImport();
+        break;
     case JOB_FEATURE_XML_EXPORT:
         FeatureXmlExport();
         break;

@@ -120,12 +120,37 @@ private:
     bool IsSkippedFeature(const QString& strName) const;
     bool AppendHeader(const QString& strModel, QString& strText);
     bool AppendFeatures(QString& strText);
-    bool AppendFeature(const QDomElement& element, QString& strText);
+    bool AppendFeature(RegisterEvaluator& evaluator, const QDomElement& element, QString& strText);
+    bool IsGigE() const;
     bool ReadPlainValue(const QString& strTag, const QString& strName, QString& strValue, int* pErrorCode);
     bool WriteFeaturesFile(const QString& strFileName, const QString& strText);
 
     // Import.
+    struct ImportRun;
+    struct RegisterBuffer;
+    void FailImport(const QString& strLog, const QString& strUserText);
+    void ReportImportResult();
+    void ChooseImportSkipList();
     bool import_feature_xml(const QDomDocument& document);
+    bool BelongsToCamera(const QDomElement& root);
+    bool ReadFeatureElement(const QDomElement& element, QString& strName, QString& strType,
+                            QString& strValue) const;
+    bool ApplyFeatures(const QDomElement& root);
+    bool ApplyCycle(ImportRun& run);
+    bool GiveUpImport(const QString& strName, const QString& strValue);
+    KX_Status setFeatureIntoDevice(const QString& strName, const QString& strType, const QString& strValue,
+                                   ImportRun& run);
+    bool WritePlainValue(const QString& strType, const QString& strName, const QString& strValue,
+                         int* pErrorCode);
+    bool ApplyRegisterBlock(const QDomElement& element, ImportRun& run);
+    bool PrepareBuffer(const QString& strLength, RegisterBuffer& buffer);
+    bool SetValueFromReg(const QDomElement& entry, qint64 nAddress, RegisterBuffer& buffer);
+    void FillBuffer(const QDomElement& entry, RegisterBuffer& buffer) const;
+    bool WriteRegister(qint64 nAddress, RegisterBuffer& buffer, int nCycle);
+    void LogRegisterFailure(const QString& strName, qint64 nAddress);
+
+    // Feature bag.
+    void ReportBagFailure(const QString& strLog, const QString& strUserText, KX_Status status);
 
     bool m_bRunning = true; // true until the first end report; the jobs do not ask it
     unsigned int m_nThreadType = JOB_FEATURE_XML_IMPORT;

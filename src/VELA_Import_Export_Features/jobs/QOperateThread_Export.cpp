@@ -3,6 +3,7 @@
 #include "JobLog.h"
 #include "JobRules.h"
 #include "QOperateThread.h"
+#include "RegisterBlock.h"
 
 #include <SuiteTools/SuiteTools.h>
 
@@ -60,13 +61,12 @@ bool writeWholeFile(const QString& strPath, const QString& strText)
     QFile file(strPath);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    QTextStream stream(
-        &file); // no codec on purpose: the system's local 8-bit encoding, whatever the declaration says
+    // No codec on purpose: the system's local 8-bit encoding, whatever the file's declaration says.
+    QTextStream stream(&file);
     stream << strText;
     stream.flush();
-    const bool bWritten = stream.status() == QTextStream::Ok && file.flush();
     file.close();
-    if (bWritten && file.error() == QFileDevice::NoError)
+    if (stream.status() == QTextStream::Ok && file.error() == QFileDevice::NoError)
         return true;
     file.remove();
     return false;
@@ -153,6 +153,7 @@ bool QOperateThread::AppendHeader(const QString& strModel, QString& strText)
 
 bool QOperateThread::AppendFeatures(QString& strText)
 {
+    RegisterEvaluator evaluator(m_hDevice, m_mapNodeElement, m_lstSelectorPairs, IsGigE());
     const QSet<QString> setListed = toSet(m_lstFeatureNames);
     // Over the living map: evaluating a feature adds entries, and those behind the current one are visited
     // too.
@@ -162,23 +163,37 @@ bool QOperateThread::AppendFeatures(QString& strText)
         if (!setListed.contains(strName) || ie::isProtectedFeature(strName) || IsSkippedFeature(strName) ||
             element.tagName() == "Command")
             continue;
-        if (!AppendFeature(element, strText))
+        if (!AppendFeature(evaluator, element, strText))
             return false;
     }
     return true;
 }
 
-bool QOperateThread::AppendFeature(const QDomElement& element, QString& strText)
+// A selected feature is one register with an address per selector value, and a plain value only where that
+// cannot be had; all others the other way round.
+bool QOperateThread::AppendFeature(RegisterEvaluator& evaluator, const QDomElement& element, QString& strText)
 {
+    const auto tryRegisters = [&] {
+        return appendRegisterBlock(evaluator, m_hDevice, m_mapNodeElement, IsGigE(), element, strText);
+    };
     const QString strName = element.attribute("Name");
+    if (evaluator.isSelectedFeature(strName) && tryRegisters() != RegisterAttempt::Failed)
+        return true;
     QString strValue;
     int nErrorCode = 0;
     if (ReadPlainValue(element.tagName(), strName, strValue, &nErrorCode)) {
         strText += ie::plainBlock({strName, element.tagName(), strValue});
         return true;
     }
-    // What has no plain value is left out; a failure of the line stops the export.
-    return nErrorCode == 0 || ie::isNotApplicable(static_cast<KX_Status>(nErrorCode));
+    if (nErrorCode != 0 && !ie::isNotApplicable(static_cast<KX_Status>(nErrorCode)))
+        return false;
+    tryRegisters(); // a selected feature's second attempt. Meant.
+    return true;
+}
+
+bool QOperateThread::IsGigE() const
+{
+    return m_stDevice.stDeviceInfo.transportType == KX_TRANSPORT_GIGE;
 }
 
 // The value counts on success only. A tag without a plain value fails with the error code untouched.

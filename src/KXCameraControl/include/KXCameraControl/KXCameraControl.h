@@ -338,7 +338,15 @@ typedef enum KX_XML_AccessMode
  * `*mode` is written on success only. */
 KX_API KX_Status KX_XML_GetNodeAccessMode(KX_HANDLE handle, const char* name, KX_XML_AccessMode* mode);
 
-/* Feature files in the GenApi persistence text. `path` is Latin-1. This build answers KX_E_NOT_SUPPORTED. */
+/* Feature files in the GenApi persistence text (GenApi, "Streaming"), so that other makers' files and tools work with
+ * them. `path` is Latin-1. The observer is told of each feature (the operation, its name, `finished` 0) and may end
+ * the work there (KX_E_ABORTED).
+ * Save: all features of the categories that are streamable, readable and writable, for every combination of their
+ * selectors, which are put back to what they were on every way out. The file appears whole or not at all.
+ * Load: passes over the file until nothing more settles, between the camera's streaming commands where it has them.
+ * KX_E_FILE: the file cannot be opened, read or written; KX_E_FILE_FORMAT: it is no such file; KX_E_INCOMPLETE: some
+ * entries did not take their value, or a selector could not be put back (KX_CC_GetLastErrorText lists them with their
+ * reasons); KX_E_HANDLE, KX_E_PARAMETER; the statuses of a failed line; KX_E_ABORTED. */
 KX_API KX_Status KX_CC_FeatureSave(KX_HANDLE handle, const char* path);
 KX_API KX_Status KX_CC_FeatureLoad(KX_HANDLE handle, const char* path);
 

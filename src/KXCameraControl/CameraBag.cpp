@@ -1,0 +1,75 @@
+#include "CameraBag.h"
+
+namespace kx
+{
+
+template <class Body>
+KX_Status CameraBag::call(const std::string& feature, Body body)
+{
+    if (const KX_Status lost = m_camera.lineStatus())
+        return lost;
+    if (!m_aborted && m_watch && !m_watch(feature)) {
+        m_aborted = true;
+        return KX_E_ABORTED;
+    }
+    return body(m_camera.nodesForCall());
+}
+
+BagIdentity CameraBag::identity()
+{
+    const auto textOf = [this](const char* name) {
+        std::string text;
+        return m_camera.nodesForCall().getText(name, text) == KX_OK ? text : std::string();
+    };
+    return {textOf("DeviceVendorName"), textOf("DeviceModelName"), textOf("DeviceVersion")};
+}
+
+std::vector<std::string> CameraBag::streamableFeatures()
+{
+    return m_camera.nodesForCall().streamableFeatures();
+}
+
+std::vector<std::string> CameraBag::selectors()
+{
+    return m_camera.nodesForCall().selectors();
+}
+
+std::vector<std::string> CameraBag::selectedFeatures(const std::string& feature)
+{
+    return m_camera.nodesForCall().selectedFeatures(feature);
+}
+
+std::vector<std::string> CameraBag::selectorValues(const std::string& selector, size_t limit)
+{
+    std::vector<std::string> values;
+    const KX_Status status =
+        call(selector, [&](NodeMap& nodes) { return nodes.selectorValues(selector.c_str(), limit, values); });
+    return status == KX_OK ? values : std::vector<std::string>();
+}
+
+bool CameraBag::exists(const std::string& feature)
+{
+    return m_camera.nodesForCall().has(feature);
+}
+
+KX_Status CameraBag::accessMode(const std::string& feature, KX_XML_AccessMode& mode)
+{
+    return call(feature, [&](NodeMap& nodes) { return nodes.accessMode(feature.c_str(), mode); });
+}
+
+KX_Status CameraBag::readText(const std::string& feature, std::string& text)
+{
+    return call(feature, [&](NodeMap& nodes) { return nodes.getText(feature.c_str(), text); });
+}
+
+KX_Status CameraBag::writeText(const std::string& feature, const std::string& text)
+{
+    return call(feature, [&](NodeMap& nodes) { return nodes.setText(feature.c_str(), text); });
+}
+
+KX_Status CameraBag::execute(const std::string& command)
+{
+    return call(command, [&](NodeMap& nodes) { return nodes.execute(command.c_str()); });
+}
+
+} // namespace kx

@@ -1,0 +1,20 @@
+#include "iefeatures/Command.h"
+
+namespace companion
+{
+
+bool Command::findCameras(World& world, std::vector<Camera>& cameras)
+{
+    std::vector<KX_DeviceEntry> entries;
+    const KX_Status status = world.enumerate(entries);
+    if (status != KX_OK) {
+        world.console.err(QString("Cameras cannot be looked for: %1 [0x%2]\n")
+                              .arg(KX_CC_StatusText(status))
+                              .arg(status, 8, 16, QLatin1Char('0')));
+        return false;
+    }
+    cameras = camerasFrom(entries);
+    return true;
+}
+
+} // namespace companion

@@ -1,0 +1,39 @@
+// One command of the companion.
+#pragma once
+
+#include "iefeatures/Camera.h"
+#include "iefeatures/Console.h"
+
+namespace CLI
+{
+class App;
+}
+
+namespace companion
+{
+
+// What commands reach the world through.
+struct World
+{
+    Console& console;
+    Enumerate enumerate = enumerateCameras;
+};
+
+class Command
+{
+public:
+    virtual ~Command() = default;
+
+    virtual const char* name() const = 0;
+    virtual const char* summary() const = 0;
+    // The options write into the command, which must outlive the parser.
+    virtual void addOptions(CLI::App& app) = 0;
+    // Gives an ExitCode. Blocks until the work is done; jobs need a QCoreApplication.
+    virtual int execute(World& world) = 0;
+
+protected:
+    // The cameras on the line; tells the user what went wrong and gives false when nobody could be asked.
+    static bool findCameras(World& world, std::vector<Camera>& cameras);
+};
+
+} // namespace companion

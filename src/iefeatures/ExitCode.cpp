@@ -1,0 +1,27 @@
+#include "iefeatures/ExitCode.h"
+
+#include <iomanip>
+#include <sstream>
+#include <utility>
+
+namespace companion
+{
+
+std::string exitCodeTable()
+{
+    static const std::pair<ExitCode, const char*> rows[] = {
+        {ExitWell, "all went well"},
+        {ExitJobFailed, "a job failed; the others went on"},
+        {ExitUsage, "wrong usage, or two chosen cameras that would write one file; nothing was done"},
+        {ExitNoSuchCamera, "no such camera; nothing was done"},
+        {ExitInputOutput, "input or output failed (network, log file, standard output)"},
+        {ExitInterrupted, "interrupted"},
+    };
+    std::ostringstream text;
+    text << "Exit codes:\n";
+    for (const auto& [code, meaning] : rows)
+        text << "  " << std::left << std::setw(5) << code << meaning << '\n';
+    return text.str();
+}
+
+} // namespace companion

@@ -1,0 +1,22 @@
+// What the companion's exit says. Scripts depend on the numbers.
+#pragma once
+
+#include <string>
+
+namespace companion
+{
+
+enum ExitCode
+{
+    ExitWell = 0,
+    ExitJobFailed = 1,
+    ExitUsage = 2,
+    ExitNoSuchCamera = 3,
+    ExitInputOutput = 6,
+    ExitInterrupted = 130
+};
+
+// The table for people, one line a code.
+std::string exitCodeTable();
+
+} // namespace companion

@@ -1,0 +1,113 @@
+#include "iefeatures/Progress.h"
+
+#include "iefeatures/Text.h"
+
+#include <QOperateThread.h>
+
+#include <algorithm>
+
+namespace companion
+{
+namespace
+{
+
+bool isImport(unsigned type)
+{
+    return type == JOB_FEATURE_BAG_IMPORT || type == JOB_FEATURE_XML_IMPORT;
+}
+
+} // namespace
+
+Progress::Progress(Console& console, const std::vector<Camera>& cameras, const CallWatch& watch)
+    : m_console(console), m_watch(watch)
+{
+    for (const Camera& camera : cameras)
+        m_lines.push_back({camera});
+}
+
+Progress::~Progress()
+{
+    m_console.drawBlock({});
+}
+
+void Progress::begin(const Camera& camera, unsigned type)
+{
+    m_verb = isImport(type) ? "importing" : "exporting";
+    lineOf(camera).state = State::Running;
+    if (!m_console.redraws())
+        tell(camera, m_verb);
+}
+
+void Progress::info(const Camera& camera, const QString& message, bool isFailure)
+{
+    Line& line = lineOf(camera);
+    line.hasFailed = line.hasFailed || isFailure;
+    tell(camera, printable(message));
+}
+
+void Progress::end(const Camera& camera, unsigned, const QString&)
+{
+    Line& line = lineOf(camera);
+    line.state = line.hasFailed ? State::Failed : State::Done;
+    if (!m_console.redraws())
+        tell(camera, stateText(line));
+    tick();
+}
+
+void Progress::tick()
+{
+    m_console.drawBlock(block());
+}
+
+Progress::Line& Progress::lineOf(const Camera& camera)
+{
+    return *std::find_if(m_lines.begin(), m_lines.end(), [&](const Line& line) {
+        return line.camera.device.nDeviceID == camera.device.nDeviceID;
+    });
+}
+
+void Progress::tell(const Camera& camera, const QString& text)
+{
+    m_console.err(camera.title() + ": " + text + '\n');
+}
+
+QString Progress::stateText(const Line& line) const
+{
+    switch (line.state) {
+    case State::Waiting:
+        return "waiting";
+    case State::Running: {
+        const CallWatch::Tally tally = m_watch.tally(line.camera.device.nDeviceID);
+        return QString("%1, %2 reads, %3 requests").arg(m_verb).arg(tally.reads).arg(tally.requests);
+    }
+    case State::Done:
+        return "done";
+    case State::Failed:
+        return "failed";
+    }
+    return {};
+}
+
+// Never as high as the screen: what has scrolled away cannot be drawn over.
+QStringList Progress::block() const
+{
+    const TerminalSize size = m_console.size();
+    const int room = std::max(1, size.rows - 2);
+    int titleWidth = 0;
+    for (const Line& line : m_lines)
+        titleWidth = std::max(titleWidth, displayWidth(line.camera.title()));
+    titleWidth = std::min(titleWidth, size.columns / 2);
+
+    QStringList lines;
+    for (const Line& line : m_lines) {
+        if (lines.size() == room)
+            break;
+        const QString text = fitted(line.camera.title(), titleWidth) + "  " + stateText(line);
+        const QString shown = fitted(text, size.columns - 1);
+        const bool isRed = m_console.colours() && line.state == State::Failed;
+        lines += isRed ? "\033[31m" + shown + "\033[0m" : shown;
+    }
+    return lines;
+}
+
+} // namespace companion

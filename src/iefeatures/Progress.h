@@ -1,0 +1,49 @@
+// How far the jobs are, for people: lines that are drawn over themselves on a terminal, a line an event
+// elsewhere.
+#pragma once
+
+#include "iefeatures/CallWatch.h"
+#include "iefeatures/Console.h"
+#include "iefeatures/JobBatch.h"
+
+namespace companion
+{
+
+class Progress : public JobListener
+{
+public:
+    Progress(Console& console, const std::vector<Camera>& cameras, const CallWatch& watch);
+    ~Progress() override; // takes the drawn lines away
+
+    void begin(const Camera& camera, unsigned type) override;
+    void info(const Camera& camera, const QString& message, bool isFailure) override;
+    void end(const Camera& camera, unsigned type, const QString& path) override;
+    void tick() override;
+
+private:
+    enum class State
+    {
+        Waiting,
+        Running,
+        Done,
+        Failed
+    };
+    struct Line
+    {
+        Camera camera;
+        State state = State::Waiting;
+        bool hasFailed = false;
+    };
+
+    Line& lineOf(const Camera& camera);
+    void tell(const Camera& camera, const QString& text);
+    QString stateText(const Line& line) const;
+    QStringList block() const;
+
+    Console& m_console;
+    const CallWatch& m_watch;
+    std::vector<Line> m_lines;
+    QString m_verb = "working";
+};
+
+} // namespace companion

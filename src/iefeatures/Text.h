@@ -1,0 +1,30 @@
+// Text for people's eyes.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace companion
+{
+
+// Text from a camera without what a terminal would act on: control and format characters become U+FFFD.
+QString printable(const QString& text);
+
+// Terminal columns that a text takes: East Asian wide characters two, combining marks none.
+int displayWidth(const QString& text);
+// Blanks added, or characters cut off at the end, up to exactly that many columns.
+QString fitted(const QString& text, int columns);
+
+enum class Align
+{
+    Left,
+    Right
+};
+
+// Rows of printable cells in aligned columns, two blanks between them, each line ended by a line feed. Every
+// row has as many cells as there are columns; nothing follows the last cell of a row.
+QString alignedRows(const std::vector<Align>& columns, const QList<QStringList>& rows);
+
+} // namespace companion

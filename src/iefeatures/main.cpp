@@ -1,0 +1,30 @@
+#include "iefeatures/Companion.h"
+
+#include <QCoreApplication>
+#include <QTextCodec>
+
+#include <iostream>
+
+namespace
+{
+
+// A machine without a locale (cron, containers) would turn every other letter in names and paths into "?".
+void useUtf8InPlainLocale()
+{
+    const QByteArray name = QTextCodec::codecForLocale()->name().toUpper();
+    if (name == "US-ASCII" || name == "ANSI_X3.4-1968")
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    const QCoreApplication application(argc, argv);
+    useUtf8InPlainLocale();
+    companion::ignoreBrokenPipes();
+    const bool redraws = companion::isTerminal(companion::StandardStream::Error);
+    companion::Console console(std::cout, std::cerr, redraws, redraws && companion::wantsColour());
+    return companion::runCompanion(arguments, {console});
+}

@@ -1,0 +1,339 @@
+// Fetching descriptions and judging them, and what a camera is worth whose description is bad.
+#include "Description.h"
+#include "camera/FakePort.h"
+
+#include <gtest/gtest.h>
+
+#include <malloc.h>
+#include <zlib.h>
+
+namespace
+{
+
+const std::string plain = "<?xml version=\"1.0\"?>\n<RegisterDescription SchemaMajorVersion=\"1\" "
+                          "SchemaMinorVersion=\"1\"><Integer Name=\"A\"><Value>7</Value></Integer>"
+                          "</RegisterDescription>\n";
+
+void append(std::string& bytes, uint32_t value, int count)
+{
+    for (int i = 0; i < count; ++i, value >>= 8)
+        bytes += static_cast<char>(value);
+}
+
+struct ZipFile
+{
+    std::string name;
+    std::string content;
+    uint32_t claimed = 0; // instead of the content's size
+    bool stored = false;
+    uint32_t crcError = 0;
+};
+
+std::string deflated(const std::string& content)
+{
+    z_stream stream{};
+    deflateInit2(&stream, 9, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
+    std::string packed(deflateBound(&stream, content.size()), '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
+    stream.avail_in = static_cast<uInt>(content.size());
+    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+    stream.avail_out = static_cast<uInt>(packed.size());
+    deflate(&stream, Z_FINISH);
+    packed.resize(stream.total_out);
+    deflateEnd(&stream);
+    return packed;
+}
+
+std::string zip(const std::vector<ZipFile>& files)
+{
+    std::string archive;
+    std::string directory;
+    for (const ZipFile& file : files) {
+        const std::string packed = file.stored ? file.content : deflated(file.content);
+        const auto crc = static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(file.content.data()),
+                                                     static_cast<uInt>(file.content.size())));
+        std::string common;
+        append(common, 20, 2);
+        append(common, 0, 2);
+        append(common, file.stored ? 0 : 8, 2);
+        append(common, 0, 4);
+        append(common, crc + file.crcError, 4);
+        append(common, static_cast<uint32_t>(packed.size()), 4);
+        append(common, file.claimed ? file.claimed : static_cast<uint32_t>(file.content.size()), 4);
+        append(common, static_cast<uint32_t>(file.name.size()), 2);
+        append(common, 0, 2);
+        directory += std::string("PK\x01\x02\x14\x00", 6) + common;
+        append(directory, 0, 10); // comment, disk, attributes
+        append(directory, static_cast<uint32_t>(archive.size()), 4);
+        directory += file.name;
+        archive += "PK\x03\x04" + common + file.name + packed;
+    }
+    const auto offset = static_cast<uint32_t>(archive.size());
+    archive += directory + std::string("PK\x05\x06\0\0\0\0", 8);
+    append(archive, static_cast<uint32_t>(files.size()), 2);
+    append(archive, static_cast<uint32_t>(files.size()), 2);
+    append(archive, static_cast<uint32_t>(directory.size()), 4);
+    append(archive, offset, 4);
+    append(archive, 0, 2);
+    return archive;
+}
+
+std::string problemOf(const std::string& text)
+{
+    std::string problem;
+    return kx::isParsable(text, problem) ? "none" : problem;
+}
+
+struct Fetched
+{
+    KX_Status status;
+    std::string text;
+    std::string problem;
+};
+
+Fetched fetch(tests::FakeDevice& device)
+{
+    tests::FakePort port(device);
+    Fetched result;
+    result.status = kx::fetchDescription(port, result.text, result.problem);
+    return result;
+}
+
+Fetched fetchFile(const std::string& name, const std::string& content)
+{
+    tests::FakeDevice device;
+    device.offer(content, name);
+    return fetch(device);
+}
+
+// ---- URLs ----
+
+TEST(DescriptionUrl, namesAPlaceInDeviceMemory)
+{
+    for (const char* url :
+         {"Local:a.xml;10000;2Fa", "local:a.xml;10000;2FA", "LOCAL:///a.xml;10000;2fa",
+          "Local:a.xml;0x10000;0x2FA?SchemaVersion=1.1.0", "  Local:a.xml; 10000 ; 2fa \r\n"}) {
+        kx::LocalUrl local;
+        std::string problem;
+        ASSERT_TRUE(kx::parseLocalUrl(url, local, problem)) << url << ": " << problem;
+        EXPECT_EQ(local.fileName, "a.xml") << url;
+        EXPECT_EQ(local.address, 0x10000u) << url;
+        EXPECT_EQ(local.length, 0x2FAu) << url;
+        EXPECT_FALSE(local.isZip());
+    }
+    kx::LocalUrl zipped;
+    std::string problem;
+    ASSERT_TRUE(kx::parseLocalUrl("Local:A.ZIP;1;2", zipped, problem));
+    EXPECT_TRUE(zipped.isZip());
+}
+
+TEST(DescriptionUrl, leadsNowhereElse)
+{
+    for (const char* url :
+         {"", "File:C:\\camera.xml", "file:///etc/passwd", "http://maker.example/camera.xml",
+          "https://maker.example/camera.zip", "Local:a.xml", "Local:a.xml;10", "Local:a.xml;;",
+          "Local:a.xml;10;xyz", "Local:a.xml;10;11111111111111111", "Local:a.xml;-1;10"}) {
+        kx::LocalUrl local;
+        std::string problem;
+        EXPECT_FALSE(kx::parseLocalUrl(url, local, problem)) << url;
+        EXPECT_FALSE(problem.empty()) << url;
+    }
+}
+
+// ---- fetching ----
+
+TEST(DescriptionFetch, handsTheTextOutAsItStandsUpToItsEnd)
+{
+    EXPECT_EQ(fetchFile("a.xml", plain).text, plain);
+    EXPECT_EQ(fetchFile("a.xml", plain + std::string(100, '\0')).text, plain);
+    EXPECT_EQ(fetchFile("a.xml", "no XML").text, "no XML");
+}
+
+TEST(DescriptionFetch, unpacksArchivesWhateverTheyAreCalled)
+{
+    const std::string archive = zip({{"readme.txt", "read me"}, {"Camera.XML", plain}});
+    EXPECT_EQ(fetchFile("a.zip", archive).text, plain);
+    EXPECT_EQ(fetchFile("A.ZIP", archive + std::string(300, '\0')).text, plain);
+    EXPECT_EQ(fetchFile("a.xml", archive).text, plain);
+    EXPECT_EQ(fetchFile("a.zip", plain).text, plain);
+    EXPECT_EQ(fetchFile("a.zip", zip({{"c.xml", plain, 0, true}})).text, plain);
+    EXPECT_EQ(fetchFile("a.zip", zip({{"only", plain}})).text, plain);
+}
+
+TEST(DescriptionFetch, refusesDamagedArchives)
+{
+    const std::string archive = zip({{"c.xml", plain}});
+    EXPECT_EQ(fetchFile("a.zip", zip({{"c.xml", plain, 0, false, 1}})).status, KX_E_DESCRIPTION);
+    EXPECT_EQ(fetchFile("a.zip", zip({{"c.xml", plain, 10}})).status,
+              KX_E_DESCRIPTION); // holds more than it claims
+    EXPECT_EQ(fetchFile("a.zip", zip({{"c.xml", plain, 100000}})).status, KX_E_DESCRIPTION);
+    EXPECT_EQ(fetchFile("a.zip", "PK").status, KX_E_DESCRIPTION);
+    EXPECT_EQ(fetchFile("a.zip", zip({})).status, KX_E_DESCRIPTION);
+    for (size_t length = 4; length < archive.size(); ++length)
+        EXPECT_EQ(fetchFile("a.zip", archive.substr(0, length)).status, KX_E_DESCRIPTION) << length;
+    for (size_t place = 0; place < archive.size(); ++place) {
+        std::string damaged = archive;
+        damaged[place] = static_cast<char>(~damaged[place]);
+        const Fetched result = fetchFile("a.zip", damaged);
+        EXPECT_TRUE(result.status == KX_E_DESCRIPTION || result.text == plain) << place;
+    }
+}
+
+TEST(DescriptionFetch, takesNoMemoryForAnArchiveThatClaimsGigabytes)
+{
+    const size_t before = mallinfo2().hblkhd + mallinfo2().uordblks;
+    std::string text;
+    std::string problem;
+    EXPECT_FALSE(kx::unzip(zip({{"c.xml", plain, 0xFFFFFFF0}}), text, problem));
+    EXPECT_EQ(problem, "the archive claims 4294967280 bytes");
+    EXPECT_FALSE(kx::unzip(zip({{"c.xml", plain, (64u << 20) + 1}}), text, problem));
+    EXPECT_EQ(text.capacity(), std::string().capacity());
+    EXPECT_LT(mallinfo2().hblkhd + mallinfo2().uordblks, before + 100000);
+}
+
+TEST(DescriptionFetch, takesNoMemoryForAUrlThatClaimsGigabytes)
+{
+    tests::FakeDevice device;
+    device.urls = {"Local:a.xml;1000;FFFFFFFF", "Local:a.xml;1000;FFFFFFFFFFFFFFFF", "Local:a.xml;1000;0"};
+    const Fetched result = fetch(device);
+    EXPECT_EQ(result.status, KX_E_DESCRIPTION);
+    EXPECT_TRUE(device.requests.empty());
+    EXPECT_EQ(result.problem, "The description cannot be fetched: its length is 4294967295; its length is "
+                              "18446744073709551615; its length is 0.");
+}
+
+TEST(DescriptionFetch, triesTheSecondUrlWhenTheFirstYieldsNothing)
+{
+    for (const char* first : {"http://maker.example/a.xml", "Local:a.zip;20000000;100",
+                              "Local:a.xml;30000000;100", "Local:a.xml;20000000;10"}) {
+        tests::FakeDevice device;
+        device.offer(plain);
+        device.urls.insert(device.urls.begin(), first);
+        device.failures = {{0x30000000, KX_E_GC_ACCESS}};
+        const Fetched result = fetch(device);
+        EXPECT_EQ(result.status, KX_OK) << first;
+        EXPECT_EQ(result.text, plain) << first;
+        EXPECT_EQ(result.problem, "") << first;
+    }
+}
+
+TEST(DescriptionFetch, endsWithAFailedLine)
+{
+    tests::FakeDevice device;
+    device.offer(plain);
+    device.urls.push_back(device.urls.front());
+    device.failures = {{tests::FakeDevice::descriptionAddress, KX_E_NO_ANSWER}};
+    EXPECT_EQ(fetch(device).status, KX_E_NO_ANSWER);
+    device.urlStatus = KX_E_CONNECTION_LOST;
+    EXPECT_EQ(fetch(device).status, KX_E_CONNECTION_LOST);
+    device.urlStatus = KX_E_GC_ACCESS;
+    device.urls.clear();
+    EXPECT_EQ(fetch(device).status, KX_E_DESCRIPTION);
+    EXPECT_EQ(fetch(device).problem, "The camera names no description.");
+}
+
+// ---- checks ----
+
+std::string nested(unsigned depth)
+{
+    std::string text;
+    for (unsigned i = 0; i < depth; ++i)
+        text += "<a>";
+    for (unsigned i = 0; i < depth; ++i)
+        text += "</a>";
+    return text;
+}
+
+TEST(DescriptionCheck, letsWellFormedTextsThrough)
+{
+    EXPECT_EQ(problemOf(plain), "none");
+    EXPECT_EQ(problemOf("\xEF\xBB\xBF" + plain), "none");
+    EXPECT_EQ(
+        problemOf("<a b='x>y' c=\"</a>\"><!-- <b> --><b/><![CDATA[<c>]]>text<?pi <d>?></a>\n<!-- end -->"),
+        "none");
+    EXPECT_EQ(problemOf(nested(1000)), "none");
+}
+
+TEST(DescriptionCheck, tellsWhatIsWrong)
+{
+    const std::string start = "The description cannot be used: ";
+    EXPECT_EQ(problemOf("hello"), start + "it is no XML.");
+    EXPECT_EQ(problemOf(""), start + "it is no XML.");
+    EXPECT_EQ(problemOf("<a/>hello"), start + "it is no XML.");
+    EXPECT_EQ(problemOf("<a/><b/>"), start + "it is no XML.");
+    EXPECT_EQ(problemOf("<a><b></a></b>"), start + "its tags do not match.");
+    EXPECT_EQ(problemOf("<a <b/></a>"), start + "its tags do not match.");
+    EXPECT_EQ(problemOf("</a>"), start + "its tags do not match.");
+    EXPECT_EQ(problemOf(nested(1001)), start + "it is nested too deeply.");
+    EXPECT_EQ(problemOf(nested(100000)), start + "it is nested too deeply.");
+    EXPECT_EQ(problemOf("<a>" + std::string(20 << 20, ' ') + "</a>"), start + "it is too long.");
+    const std::string bomb = "<?xml version=\"1.0\"?><!DOCTYPE r [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b "
+                             "\"&a;&a;&a;&a;&a;&a;&a;&a;\">]><RegisterDescription>&b;</RegisterDescription>";
+    EXPECT_EQ(problemOf(bomb), start + "it declares a document type, which may hide entities.");
+    EXPECT_EQ(problemOf("<a><!ENTITY b \"c\"></a>"),
+              start + "it declares a document type, which may hide entities.");
+    for (size_t length = 1; length < plain.size() - 1; ++length)
+        EXPECT_NE(problemOf(plain.substr(0, length)), "none") << length;
+}
+
+// ---- a camera with a bad description ----
+
+class BadDescription : public testing::TestWithParam<std::pair<const char*, std::string>>
+{
+};
+
+TEST_P(BadDescription, opensTheCameraKeepsTheTextAndHasNoNodes)
+{
+    const std::string& text = GetParam().second;
+    tests::FakeCamera camera(text);
+    ASSERT_EQ(camera.openStatus, KX_OK);
+    std::string buffer(text.size() + 100, '?');
+    uint32_t length = 0;
+    EXPECT_EQ(
+        KX_XML_GetGenICamXML(camera.handle, buffer.data(), static_cast<uint32_t>(buffer.size()), &length),
+        KX_OK);
+    EXPECT_EQ(length, text.size() + 1);
+    EXPECT_TRUE(buffer.c_str() == text);
+    KX_IntegerValue value{};
+    EXPECT_EQ(KX_CC_GetIntValueEx(camera.handle, "A", &value), KX_E_GC_PROPERTY);
+    EXPECT_EQ(camera.lastError().substr(0, 31), "The description cannot be used:");
+    EXPECT_EQ(KX_CC_SetIntValueEx(camera.handle, "A", 1), KX_E_GC_PROPERTY);
+    KX_XML_AccessMode mode;
+    EXPECT_EQ(KX_XML_GetNodeAccessMode(camera.handle, "A", &mode), KX_E_GC_PROPERTY);
+    uint32_t word = 0;
+    EXPECT_EQ(KX_CC_ReadMemory(camera.handle, &word, 0x100, 4), KX_OK);
+}
+
+const std::string node = "<Integer Name=\"A\"><Value>7</Value></Integer>";
+
+INSTANTIATE_TEST_SUITE_P(
+    All, BadDescription,
+    testing::Values(
+        std::make_pair("noXml", std::string("This is not XML.")),
+        std::make_pair("cutShort", "<RegisterDescription>" + node),
+        std::make_pair("twentyMegabytes", "<RegisterDescription>" + node + std::string(20 << 20, ' ') +
+                                              "</RegisterDescription>"),
+        std::make_pair("entityBomb", "<!DOCTYPE r [<!ENTITY a \"" + std::string(1000, 'a') +
+                                         "\">]><RegisterDescription>" + node +
+                                         "&a;&a;</RegisterDescription>"),
+        std::make_pair("nested", "<RegisterDescription>" + node + nested(100000) + "</RegisterDescription>"),
+        std::make_pair("unknownEntity", "<RegisterDescription>" + node + "&b;</RegisterDescription>"),
+        std::make_pair("badCharacters", "<RegisterDescription>" + node + "\xFF\xFE</RegisterDescription>"),
+        std::make_pair("otherRoot", "<Other>" + node + "</Other>")),
+    [](const auto& parameter) { return parameter.param.first; });
+
+TEST(CameraWithoutDescription, opensAndSaysSo)
+{
+    tests::FakeCamera camera;
+    ASSERT_EQ(camera.openStatus, KX_OK);
+    char buffer[10] = "untouched";
+    uint32_t length = 77;
+    EXPECT_EQ(KX_XML_GetGenICamXML(camera.handle, buffer, sizeof buffer, &length), KX_E_DESCRIPTION);
+    EXPECT_EQ(length, 77u);
+    EXPECT_STREQ(buffer, "untouched");
+    EXPECT_EQ(camera.lastError(), "The camera names no description.");
+    KX_IntegerValue value{};
+    EXPECT_EQ(KX_CC_GetIntValueEx(camera.handle, "A", &value), KX_E_GC_PROPERTY);
+}
+
+} // namespace

@@ -1,0 +1,184 @@
+// Feature files through the C functions, over UDP to an emulated camera.
+#include "camera_emulator/Camera.h"
+#include "gvcp/Gvcp.h"
+#include "support/LoopbackAddress.h"
+
+#include <KXCameraControl/KXCameraControl.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+namespace
+{
+
+emu::CameraConfig freshConfig()
+{
+    emu::CameraConfig config;
+    config.address = tests::freshLoopbackAddress();
+    return config;
+}
+
+class FeatureBagOnEmulator : public testing::Test
+{
+protected:
+    FeatureBagOnEmulator() : camera(freshConfig())
+    {
+        const auto started = camera.start();
+        EXPECT_TRUE(started) << started.message;
+        KX_DeviceInfo info{};
+        info.transportType = KX_TRANSPORT_GIGE;
+        info.special.gige.ipAddress = *gvcp::parseAddress(camera.config().address);
+        EXPECT_EQ(KX_CC_CreateHandle(&handle, &info), KX_OK);
+        EXPECT_EQ(KX_CC_OpenDevice(handle, KX_ACCESS_EXCLUSIVE, 0), KX_OK);
+        char name[] = "/tmp/bag_on_emulator_XXXXXX";
+        folder = mkdtemp(name);
+        file = folder + "/camera.fpk";
+    }
+    ~FeatureBagOnEmulator() override
+    {
+        KX_CC_DestroyHandle(handle);
+        std::filesystem::remove_all(folder);
+    }
+
+    std::string lastError() const
+    {
+        char text[4096];
+        uint32_t length = 0;
+        return KX_CC_GetLastErrorText(handle, text, sizeof text, &length) == KX_OK ? text : "?";
+    }
+
+    std::vector<std::string> lines(const std::string& path) const
+    {
+        std::ifstream in(path);
+        std::vector<std::string> all;
+        for (std::string line; std::getline(in, line);)
+            all.push_back(line);
+        return all;
+    }
+
+    bool holds(const std::string& path, const std::string& line) const
+    {
+        const auto all = lines(path);
+        return std::count(all.begin(), all.end(), line) > 0;
+    }
+
+    emu::Camera camera;
+    KX_HANDLE handle = nullptr;
+    std::string folder, file;
+};
+
+} // namespace
+
+TEST_F(FeatureBagOnEmulator, theFileHoldsTheStreamableFeaturesAsOtherToolsReadThem)
+{
+    ASSERT_EQ(KX_CC_FeatureSave(handle, file.c_str()), KX_OK) << lastError();
+    const auto all = lines(file);
+    ASSERT_GE(all.size(), 3u);
+    EXPECT_EQ(all[0], "# {05D8C294-F295-4dfb-9D01-096BD04049F4}");
+    EXPECT_EQ(all[1].rfind("# GenApi persistence file (version ", 0), 0u);
+    EXPECT_EQ(all[2], "# Device = Emulated cameras::EMU-1 -- Device version = 1.0.0");
+    EXPECT_TRUE(holds(file, "Width\t640"));
+    EXPECT_TRUE(holds(file, "PixelFormat\tMono8")) << "an entry's name, never its number";
+    EXPECT_TRUE(holds(file, "ReverseX\t1"));
+    EXPECT_TRUE(holds(file, "ExposureTime\t5000"));
+    EXPECT_TRUE(holds(file, "DeviceLocation\tLine 4"));
+    EXPECT_TRUE(holds(file, "OffsetCorrection\t-3"));
+    EXPECT_FALSE(holds(file, "SensorWidth\t1280")) << "not streamable";
+    for (const std::string& line : all)
+        EXPECT_NE(line.rfind("DeviceFirmwareVersion", 0), 0u) << "read-only";
+}
+
+TEST_F(FeatureBagOnEmulator, everyChannelStandsBehindItsSelector)
+{
+    ASSERT_EQ(KX_CC_FeatureSave(handle, file.c_str()), KX_OK) << lastError();
+    const auto all = lines(file);
+    const auto at = [&](const char* line) { return std::find(all.begin(), all.end(), line) - all.begin(); };
+    const auto size = static_cast<std::ptrdiff_t>(all.size());
+    ASSERT_LT(at("GainSelector\tAll"), size);
+    EXPECT_EQ(all[static_cast<size_t>(at("GainSelector\tAll") + 1)], "Gain\t10");
+    EXPECT_EQ(all[static_cast<size_t>(at("GainSelector\tRed") + 1)], "Gain\t15");
+    EXPECT_LT(at("GainSelector\tRed"), at("GainSelector\tBlue"));
+    EXPECT_EQ(at("GainSelector\tInfrared"), size) << "not implemented";
+}
+
+TEST_F(FeatureBagOnEmulator, savingWritesNothingButSelectorsAndPutsThemBack)
+{
+    const auto selector = camera.peekWord(0x15000);
+    ASSERT_EQ(KX_CC_FeatureSave(handle, file.c_str()), KX_OK) << lastError();
+    EXPECT_EQ(camera.peekWord(0x15000), selector);
+    const auto before = camera.peek(0x10000, 0x8000);
+    ASSERT_EQ(KX_CC_FeatureSave(handle, file.c_str()), KX_OK);
+    EXPECT_EQ(camera.peek(0x10000, 0x8000), before);
+}
+
+TEST_F(FeatureBagOnEmulator, loadingBringsBackWhatWasChanged)
+{
+    ASSERT_EQ(KX_CC_FeatureSave(handle, file.c_str()), KX_OK) << lastError();
+    const auto saved = camera.peek(0x11000, 0x5000);
+    camera.setNode("OffsetX", int64_t(0));
+    camera.setNode("Width", int64_t(960)); // with the saved offset this fits only after the width went down
+    camera.pokeWord(0x13004, 33);          // another channel's gain
+    camera.setNode("ExposureTime", 77.0);
+    camera.setNode("ReverseX", int64_t(0));
+    ASSERT_NE(camera.peek(0x11000, 0x5000), saved);
+    EXPECT_EQ(KX_CC_FeatureLoad(handle, file.c_str()), KX_OK) << lastError();
+    EXPECT_EQ(camera.peek(0x11000, 0x5000), saved);
+}
+
+TEST_F(FeatureBagOnEmulator, entriesThatDoNotTakeAreListed)
+{
+    std::ofstream(file) << "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\nWidth\t320\nHeight\t99999\nNobody\t1\n";
+    EXPECT_EQ(KX_CC_FeatureLoad(handle, file.c_str()), KX_E_INCOMPLETE);
+    const std::string text = lastError();
+    EXPECT_EQ(text.rfind("1 of 3 entries took their value", 0), 0u) << text;
+    EXPECT_NE(text.find("\nHeight = 99999: "), std::string::npos) << text;
+    EXPECT_NE(text.find("\nNobody = 1: "), std::string::npos) << text;
+    EXPECT_EQ(camera.peekWord(0x11010), 320u);
+}
+
+TEST_F(FeatureBagOnEmulator, aCameraThatVanishesEndsBothWithAStatusOfTheLine)
+{
+    ASSERT_EQ(KX_CC_FeatureSave(handle, file.c_str()), KX_OK) << lastError();
+    ASSERT_EQ(KX_CC_SetTimeout(handle, 20, 2), KX_OK);
+    const std::string content = (std::ostringstream() << std::ifstream(file).rdbuf()).str();
+    camera.stop();
+    const KX_Status saved = KX_CC_FeatureSave(handle, file.c_str());
+    EXPECT_TRUE(saved == KX_E_NO_ANSWER || saved == KX_E_CONNECTION_LOST) << std::hex << saved;
+    EXPECT_EQ((std::ostringstream() << std::ifstream(file).rdbuf()).str(), content) << "the old file stays";
+    const KX_Status loaded = KX_CC_FeatureLoad(handle, file.c_str());
+    EXPECT_TRUE(loaded == KX_E_NO_ANSWER || loaded == KX_E_CONNECTION_LOST) << std::hex << loaded;
+}
+
+TEST_F(FeatureBagOnEmulator, theObserverSeesEachFeatureAndMayEndTheSave)
+{
+    struct Watch
+    {
+        std::vector<std::string> seen;
+        static int look(void* user, const KX_CallEvent* event)
+        {
+            auto& watch = *static_cast<Watch*>(user);
+            if (event->operation == KX_OP_FEATURE_SAVE && !event->finished)
+                watch.seen.push_back(event->nodeName);
+            return watch.seen.size() > 5;
+        }
+    } watch;
+    const auto before = camera.peek(0x10000, 0x8000);
+    ASSERT_EQ(KX_CC_SetCallObserver(handle, Watch::look, &watch), KX_OK);
+    EXPECT_EQ(KX_CC_FeatureSave(handle, file.c_str()), KX_E_ABORTED);
+    KX_CC_SetCallObserver(handle, nullptr, nullptr);
+    EXPECT_EQ(watch.seen.front(), file);
+    EXPECT_FALSE(std::filesystem::exists(file));
+    EXPECT_EQ(camera.peek(0x10000, 0x8000), before);
+}
+
+TEST_F(FeatureBagOnEmulator, pathsComeAsLatin1)
+{
+    ASSERT_EQ(KX_CC_FeatureSave(handle, (folder + "/caf\xE9.fpk").c_str()), KX_OK) << lastError();
+    EXPECT_TRUE(std::filesystem::exists(folder + "/caf\xC3\xA9.fpk"));
+    EXPECT_EQ(KX_CC_FeatureLoad(handle, (folder + "/caf\xE9.fpk").c_str()), KX_OK) << lastError();
+}

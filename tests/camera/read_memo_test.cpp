@@ -1,0 +1,129 @@
+// What is read from the wire and what from memory.
+#include "ReadMemo.h"
+#include "camera/EveryNodeKind.h"
+
+namespace
+{
+
+using namespace std::chrono_literals;
+using Requests = std::vector<std::string>;
+
+TEST(ReadMemo, keepsFor300MillisecondsWhatMayBeKept)
+{
+    const kx::ReadMemo::Clock::time_point start{};
+    kx::ReadMemo memo;
+    memo.beginCall(start);
+    memo.store(0x100, {1, 2}, true, start);
+    memo.store(0x200, {3, 4}, false, start);
+    ASSERT_NE(memo.find(0x100, 2), nullptr);
+    EXPECT_EQ(*memo.find(0x100, 2), (std::vector<uint8_t>{1, 2}));
+    EXPECT_NE(memo.find(0x200, 2), nullptr);
+    EXPECT_EQ(memo.find(0x100, 1), nullptr); // another length is another register
+    memo.beginCall(start + 299ms);
+    EXPECT_NE(memo.find(0x100, 2), nullptr);
+    EXPECT_EQ(memo.find(0x200, 2), nullptr);
+    memo.beginCall(start + 300ms);
+    EXPECT_EQ(memo.find(0x100, 2), nullptr);
+    memo.store(0x100, {1}, true, start);
+    memo.clear();
+    EXPECT_EQ(memo.find(0x100, 1), nullptr);
+}
+
+class Remembering : public tests::EveryNodeKind
+{
+};
+
+TEST_F(Remembering, aRegisterIsReadOnceInABurst)
+{
+    statusOf("Kept");
+    statusOf("Kept");
+    statusOf("KeptBit");
+    statusOf("PolledSeldom");
+    statusOf("PolledSeldom");
+    EXPECT_EQ(takeRequests(), (Requests{"read 800 4", "read 80c 4"}));
+}
+
+TEST_F(Remembering, whatChangesByItselfIsReadInEveryCallButOnceInEach)
+{
+    statusOf("NoCache");
+    statusOf("NoCache");
+    statusOf("PolledOften");
+    statusOf("PolledOften");
+    EXPECT_EQ(takeRequests(), (Requests{"read 804 4", "read 804 4", "read 808 4", "read 808 4"}));
+    EXPECT_EQ(value("NoCacheTwice"), 0);
+    EXPECT_EQ(takeRequests(), (Requests{"read 804 4"}));
+}
+
+TEST_F(Remembering, everyWriteForgetsEverything)
+{
+    const auto forgets = [&](const char* what, KX_Status status) {
+        EXPECT_EQ(status, KX_OK) << what;
+        takeRequests();
+        statusOf("Kept");
+        EXPECT_EQ(takeRequests(), (Requests{"read 800 4"})) << what;
+    };
+    statusOf("Kept");
+    forgets("integer", setInteger("Big4", 1));
+    forgets("float", setReal("Float4", 1));
+    forgets("boolean", KX_CC_SetBoolValue(camera.handle, "Flag", true));
+    forgets("enumeration", KX_CC_SetEnumValue(camera.handle, "Mode", 10));
+    forgets("text", KX_CC_SetStringValue(camera.handle, "Text", "a"));
+    forgets("command", KX_CC_ExecuteCommand(camera.handle, "Start"));
+    forgets("memory", KX_CC_WriteMemory(camera.handle, "abcd", 0xF00, 4));
+    device().failures = {{0x100, KX_E_GC_ACCESS}};
+    EXPECT_EQ(setInteger("Big4", 1), KX_E_GC_ACCESS); // even one that failed: who knows what it did
+    takeRequests();
+    statusOf("Kept");
+    EXPECT_EQ(takeRequests(), (Requests{"read 800 4"}));
+}
+
+TEST_F(Remembering, aFailureIsNotRemembered)
+{
+    device().failures = {{0x800, KX_E_GC_ACCESS}};
+    EXPECT_EQ(statusOf("Kept"), KX_E_GC_ACCESS);
+    device().failures.clear();
+    EXPECT_EQ(statusOf("Kept"), KX_OK);
+}
+
+TEST_F(Remembering, aReopenedCameraStartsAnew)
+{
+    statusOf("Kept");
+    KX_CC_CloseDevice(camera.handle);
+    KX_CC_OpenDevice(camera.handle, KX_ACCESS_EXCLUSIVE, 0);
+    takeRequests();
+    statusOf("Kept");
+    EXPECT_EQ(takeRequests(), (Requests{"read 800 4"}));
+}
+
+// Before schema 1.1 a register of four bytes is asked for by a register command.
+TEST(OldSchema, usesRegisterCommandsForFourBytes)
+{
+    const std::string registers = R"(<Port Name="Device"/>
+        <IntReg Name="Four"><Address>0x100</Address><Length>4</Length><AccessMode>RW</AccessMode>
+          <pPort>Device</pPort><Endianess>BigEndian</Endianess></IntReg>
+        <MaskedIntReg Name="Bit"><Address>0x100</Address><Length>4</Length><AccessMode>RW</AccessMode>
+          <pPort>Device</pPort><Bit>31</Bit><Endianess>BigEndian</Endianess></MaskedIntReg>
+        <IntReg Name="Two"><Address>0x104</Address><Length>2</Length><AccessMode>RW</AccessMode>
+          <pPort>Device</pPort><Endianess>BigEndian</Endianess></IntReg></RegisterDescription>)";
+    for (const auto& [minor, expected] :
+         {std::pair{"0",
+                    Requests{"readreg 100", "read 104 2", "writereg 100", "readreg 100", "writereg 100"}},
+          std::pair{"1", Requests{"read 100 4", "read 104 2", "write 100 4", "read 100 4", "write 100 4"}}}) {
+        tests::FakeCamera camera(
+            std::string("<RegisterDescription SchemaMajorVersion=\"1\" SchemaMinorVersion=\"") + minor +
+            "\">" + registers);
+        camera.device.requests.clear();
+        camera.device.set32(0x100, 0x12345678);
+        KX_IntegerValue value{};
+        EXPECT_EQ(KX_CC_GetIntValueEx(camera.handle, "Four", &value), KX_OK);
+        EXPECT_EQ(value.current, 0x12345678);
+        EXPECT_EQ(KX_CC_GetIntValueEx(camera.handle, "Two", &value), KX_OK);
+        EXPECT_EQ(KX_CC_SetIntValueEx(camera.handle, "Four", 0x11223344), KX_OK);
+        EXPECT_EQ(camera.device.get32(0x100), 0x11223344u);
+        EXPECT_EQ(KX_CC_SetIntValueEx(camera.handle, "Bit", 1), KX_OK);
+        EXPECT_EQ(camera.device.get32(0x100), 0x11223345u);
+        EXPECT_EQ(camera.device.requests, expected) << minor;
+    }
+}
+
+} // namespace

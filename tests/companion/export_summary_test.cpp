@@ -1,0 +1,106 @@
+#include "iefeatures/ExportSummary.h"
+
+#include "companion/CompanionFixture.h"
+
+#include <QFile>
+
+using namespace companion;
+using State = ExportResult::State;
+
+namespace
+{
+
+class ExportSummary : public tests::CompanionTest
+{
+protected:
+    static Camera camera(const std::string& model, const std::string& serial)
+    {
+        return camerasFrom({tests::gigeEntry(model, serial)}).front();
+    }
+
+    JobOutcome jobWithFile(const QByteArray& text)
+    {
+        JobOutcome job;
+        job.camera = camera("EMU-1", "S1");
+        job.hasStarted = true;
+        job.path = QString::fromStdString(path("EMU-1_S1.fpk"));
+        QFile file(job.path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        return job;
+    }
+};
+
+const char kTwoFeatures[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
+                            "<FeaturesFile version=\"1.0.0\">\r\n"
+                            "<Features>\r\n"
+                            "<Feature>\r\n<Name>A</Name>\r\n<Type>StringReg</Type>\r\n<Value>a<b&</Value>\r\n"
+                            "<Streamable>Yes</Streamable>\r\n</Feature>\r\n"
+                            "<ComplexFeature name=\"B\" len=\"4\" reg=\"R\">\r\n"
+                            "<RegValue address=\"256\" variables=\"\">1</RegValue>\r\n</ComplexFeature>\r\n"
+                            "</Features>\r\n</FeaturesFile>";
+
+} // namespace
+
+TEST_F(ExportSummary, CountsFeaturesAlsoWhereAValueMakesTheFileNoXml)
+{
+    const ExportResult result = examineExport(jobWithFile(kTwoFeatures), {});
+    EXPECT_EQ(result.state, State::Written);
+    EXPECT_EQ(result.features, 2);
+}
+
+TEST_F(ExportSummary, LeavesTheFileOfAFailedJobAlone)
+{
+    JobOutcome job = jobWithFile("from yesterday");
+    job.hasFailed = true;
+    CallWatch::Tally tally;
+    tally.wasRefused = true;
+    EXPECT_EQ(examineExport(job, tally).state, State::Failed);
+    EXPECT_EQ(fileText("EMU-1_S1.fpk"), "from yesterday");
+}
+
+TEST_F(ExportSummary, RemovesAFileThatWasWrittenAlthoughCallsWereRefused)
+{
+    CallWatch::Tally tally;
+    tally.wasRefused = true;
+    EXPECT_EQ(examineExport(jobWithFile(kTwoFeatures), tally).state, State::Failed);
+    EXPECT_EQ(filesInFolder(), QStringList());
+}
+
+TEST_F(ExportSummary, TellsAJobThatNeverStarted)
+{
+    JobOutcome job;
+    job.camera = camera("EMU-1", "S1");
+    EXPECT_EQ(examineExport(job, {}).state, State::NotStarted);
+}
+
+TEST_F(ExportSummary, PrintsOneLineACameraAndAClosingLine)
+{
+    ExportResult written{
+        {camera("EMU-1", "S1"), true, false, "/out/EMU-1_S1.fpk", 1.239}, {}, State::Written, 102};
+    written.tally.requests = 1259;
+    ExportResult failed{{camera("Long model", "S22"), true, true, "/out/x.fpk", 0}, {}, State::Failed, 0};
+    ExportResult waiting{{camera("E", "3"), false, false, "", 0}, {}, State::NotStarted, 0};
+
+    EXPECT_EQ(exportTable({written, failed}),
+              "MODEL       SERIAL  FEATURES  REQUESTS  SECONDS  PATH\n"
+              "EMU-1       S1           102      1259     1.24  /out/EMU-1_S1.fpk\n"
+              "Long model  S22            -         0     0.00  not written\n"
+              "1 exported, 1 failed\n");
+    EXPECT_TRUE(exportTable({written, failed, waiting}).endsWith("\n1 exported, 1 failed, 1 not started\n"));
+    EXPECT_EQ(exportFates({written, failed, waiting}), "EMU-1 S1: /out/EMU-1_S1.fpk\n"
+                                                       "Long model S22: not written\n"
+                                                       "E 3: not written\n");
+}
+
+TEST_F(ExportSummary, ChoosesTheExitCode)
+{
+    ExportResult written;
+    written.state = State::Written;
+    ExportResult failed;
+    failed.state = State::Failed;
+    EXPECT_EQ(exportExitCode({written, written}, false), 0);
+    EXPECT_EQ(exportExitCode({written, failed}, false), 1);
+    EXPECT_EQ(exportExitCode({written, failed}, true), 130);
+    EXPECT_EQ(exportExitCode({written}, true), 130);
+}

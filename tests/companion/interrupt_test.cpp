@@ -1,0 +1,156 @@
+#include "companion/CompanionFixture.h"
+#include "iefeatures/Interrupt.h"
+
+#include <csignal>
+#include <thread>
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using tests::CompanionTest;
+using tests::Result;
+using tests::runInProcess;
+
+namespace
+{
+
+// Enough to be in the middle of an export; one is over after more than twice as many.
+constexpr uint64_t kMiddle = 100;
+
+class Interrupted : public CompanionTest
+{
+protected:
+    emu::Camera& addSlowCamera(const std::string& serial)
+    {
+        return addCamera(serial,
+                         [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
+    }
+
+    // Runs the command and raises the signal when the camera has got so many requests.
+    Result interruptAt(const emu::Camera& camera, uint64_t requests, int signal,
+                       const tests::Arguments& arguments)
+    {
+        std::thread person([&] {
+            awaitRequests(camera, requests);
+            std::raise(signal);
+        });
+        const Result run = runInProcess(arguments);
+        person.join();
+        return run;
+    }
+};
+
+} // namespace
+
+class InterruptedBy : public Interrupted, public ::testing::WithParamInterface<int>
+{
+};
+
+TEST_P(InterruptedBy, GivesTheCamerasBackAndLeavesNoFile)
+{
+    const emu::Camera& one = addSlowCamera("S1");
+    const emu::Camera& other = addSlowCamera("S2");
+    const Result run = interruptAt(one, kMiddle, GetParam(), {"export", "--all", "--to", folder()});
+    EXPECT_EQ(run.code, 130);
+    EXPECT_EQ(filesInFolder(), QStringList());
+    EXPECT_EQ(controlOf(one), 0u);
+    EXPECT_EQ(controlOf(other), 0u);
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: failed\n"));
+    EXPECT_THAT(run.err, EndsWith("Interrupted.\n"));
+    EXPECT_EQ(QString::fromStdString(run.out).count("  not written\n"), 2);
+    EXPECT_THAT(run.out, EndsWith("\n0 exported, 2 failed\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Signals, InterruptedBy, ::testing::Values(SIGINT, SIGTERM));
+
+TEST_F(Interrupted, KeepsWhatWasDoneAndSaysSo)
+{
+    addCamera("Fast");
+    const emu::Camera& slow = addSlowCamera("Slow");
+    const Result run = interruptAt(slow, kMiddle, SIGINT, {"export", "--all", "--to", folder(), "--json"});
+    EXPECT_EQ(run.code, 130);
+    EXPECT_EQ(filesInFolder(), QStringList{"EMU-1_Fast.fpk"});
+    EXPECT_TRUE(fileText("EMU-1_Fast.fpk").endsWith("</FeaturesFile>"));
+    EXPECT_EQ(run.err, "Interrupted.\n"
+                       "EMU-1 Fast: " +
+                           path("EMU-1_Fast.fpk") +
+                           "\n"
+                           "EMU-1 Slow: not written\n");
+    EXPECT_THAT(run.out, HasSubstr("{\"signal\":\"info\",\"device\":2,\"failed\":true,\"message\":"
+                                   "\"Failed to save feature.\"}\n"
+                                   "{\"signal\":\"end\",\"device\":2,"));
+}
+
+// The job goes on when the read of its last registers is refused, and writes a file that lacks them.
+TEST_F(Interrupted, KeepsNoFileThatOnlyLooksWhole)
+{
+    const emu::Camera& camera = addCamera("S1", [](emu::CameraConfig& config) {
+        config.description = tests::descriptionWithOneRegister();
+        config.latency = std::chrono::milliseconds(100);
+    });
+    ASSERT_EQ(runInProcess({"export", "--all", "--to", folder()}).code, 0);
+    ASSERT_TRUE(fileText("EMU-1_S1.fpk").contains("Zone"));
+    const uint64_t requests = camera.counters().requests();
+
+    // While the answer before those registers is on its way; giving control back is one request more.
+    const Result run =
+        interruptAt(camera, 2 * requests - 2, SIGINT, {"export", "--all", "--to", folder(), "--json"});
+    EXPECT_EQ(run.code, 130);
+    EXPECT_THAT(run.out, Not(HasSubstr("\"info\"")));
+    EXPECT_EQ(filesInFolder(), QStringList());
+    EXPECT_EQ(run.err, "Interrupted.\nEMU-1 S1: not written\n");
+    EXPECT_EQ(controlOf(camera), 0u);
+}
+
+TEST_F(Interrupted, StartsNoJobThatStillWaits)
+{
+    for (int i = 0; i < 34; ++i)
+        addSlowCamera("S" + std::to_string(100 + i));
+    const emu::Camera& first = addSlowCamera("S000");
+    const Result run = interruptAt(first, kMiddle, SIGINT, {"export", "--all", "--to", folder()});
+    EXPECT_EQ(run.code, 130);
+    EXPECT_THAT(run.out, EndsWith("\n0 exported, 32 failed, 3 not started\n"));
+    EXPECT_EQ(filesInFolder(), QStringList());
+}
+
+TEST_F(Interrupted, OnlyWhileAnExportRuns)
+{
+    addCamera("S1");
+    const auto before = std::signal(SIGINT, SIG_DFL);
+    EXPECT_EQ(runInProcess({"export", "--all", "--to", folder()}).code, 0);
+    EXPECT_EQ(std::signal(SIGINT, before), SIG_DFL);
+}
+
+TEST(Interrupt, ForgetsTheOneBefore)
+{
+    {
+        const companion::Interrupt interrupt;
+        EXPECT_FALSE(companion::Interrupt::isRequested());
+        std::raise(SIGINT);
+        EXPECT_TRUE(companion::Interrupt::isRequested());
+    }
+    const companion::Interrupt next;
+    EXPECT_FALSE(companion::Interrupt::isRequested());
+}
+
+TEST(Interrupt, LetsAProcessIgnoreCtrlCThatWasStartedSo)
+{
+    const auto before = std::signal(SIGINT, SIG_IGN);
+    {
+        const companion::Interrupt interrupt;
+        std::raise(SIGINT);
+        EXPECT_FALSE(companion::Interrupt::isRequested());
+    }
+    EXPECT_EQ(std::signal(SIGINT, before), SIG_IGN);
+}
+
+TEST(InterruptDeathTest, EndsAtOnceTheSecondTime)
+{
+    EXPECT_EXIT(
+        {
+            const companion::Interrupt interrupt;
+            std::raise(SIGINT);
+            std::raise(SIGTERM);
+        },
+        ::testing::ExitedWithCode(130), "");
+}

@@ -1,0 +1,115 @@
+#include "companion/CompanionFixture.h"
+
+#include <nlohmann/json.hpp>
+
+using tests::CompanionTest;
+using tests::entries;
+using tests::gigeEntry;
+using tests::Result;
+using tests::runInProcess;
+
+TEST(ListCommand, PrintsAnAlignedTable)
+{
+    const Result run =
+        runInProcess({"list"}, entries({gigeEntry("A1", "100", "门 1", 0x7F000001),
+                                        gigeEntry("Longer", "2", "", 0xC0A80102, KX_AVAILABILITY_IN_USE),
+                                        gigeEntry("X", "30", "n", 0x0A000001, KX_AVAILABILITY_UNREACHABLE)}));
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.out, "ID  TRANSPORT  MODEL   SERIAL  NAME  ADDRESS      STATUS\n"
+                       " 1  GigE       A1      100     门 1  127.0.0.1    free\n"
+                       " 2  GigE       Longer  2             192.168.1.2  in use\n"
+                       " 3  GigE       X       30      n     10.0.0.1     unreachable\n");
+    EXPECT_EQ(run.err, "");
+}
+
+TEST(ListCommand, PrintsJsonWithTheCamerasOwnTexts)
+{
+    const Result run =
+        runInProcess({"list", "--json"}, entries({gigeEntry("A\033\"1", "100", "门", 0x7F000001)}));
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.out, "[\n"
+                       "  {\n"
+                       "    \"id\": 1,\n"
+                       "    \"transport\": \"GigE\",\n"
+                       "    \"model\": \"A\\u001b\\\"1\",\n"
+                       "    \"serial\": \"100\",\n"
+                       "    \"userName\": \"门\",\n"
+                       "    \"address\": \"127.0.0.1\",\n"
+                       "    \"status\": \"free\"\n"
+                       "  }\n"
+                       "]\n");
+}
+
+TEST(ListCommand, KeepsControlSequencesFromTheTerminal)
+{
+    const Result run = runInProcess({"list"}, entries({gigeEntry("A\033[2J", "1\n2", "\r")}));
+    EXPECT_EQ(run.out.find('\033'), std::string::npos);
+    EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 2);
+    EXPECT_EQ(run.out.find('\r'), std::string::npos);
+}
+
+TEST(ListCommand, SaysThatNoneWasFound)
+{
+    const Result table = runInProcess({"list"}, entries({}));
+    EXPECT_EQ(table.code, 0);
+    EXPECT_EQ(table.out, "");
+    EXPECT_EQ(table.err, "No camera was found.\n");
+
+    const Result json = runInProcess({"list", "--json"}, entries({}));
+    EXPECT_EQ(json.code, 0);
+    EXPECT_EQ(json.out, "[]\n");
+    EXPECT_EQ(json.err, "No camera was found.\n");
+}
+
+TEST(ListCommand, TellsThatTheNetworkCouldNotBeAsked)
+{
+    const Result run = runInProcess({"list"}, [](std::vector<KX_DeviceEntry>&) { return KX_E_NETWORK; });
+    EXPECT_EQ(run.code, 6);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, std::string("Cameras cannot be looked for: ") + KX_CC_StatusText(KX_E_NETWORK) +
+                           " [0x80000204]\n");
+}
+
+class ListOnTheWire : public CompanionTest
+{
+};
+
+TEST_F(ListOnTheWire, ShowsWhoIsThereInOneOrderAndTakesNothing)
+{
+    emu::Camera& second = addCamera("B2", [](emu::CameraConfig& config) { config.userName = "Gate 2"; });
+    emu::Camera& first = addCamera("A1", [](emu::CameraConfig& config) { config.model = "Other"; });
+    emu::Camera& third = addCamera("C3");
+    second.stealControl();
+    emu::Faults deaf;
+    deaf.discoveryOnly = true;
+    third.setFaults(deaf);
+
+    const Result run = runInProcess({"list", "--json"});
+    ASSERT_EQ(run.code, 0);
+    const auto list = nlohmann::json::parse(run.out);
+    const auto expected = nlohmann::json::array({{{"id", 1},
+                                                  {"transport", "GigE"},
+                                                  {"model", "Other"},
+                                                  {"serial", "A1"},
+                                                  {"userName", ""},
+                                                  {"address", first.config().address},
+                                                  {"status", "free"}},
+                                                 {{"id", 2},
+                                                  {"transport", "GigE"},
+                                                  {"model", "EMU-1"},
+                                                  {"serial", "B2"},
+                                                  {"userName", "Gate 2"},
+                                                  {"address", second.config().address},
+                                                  {"status", "in use"}},
+                                                 {{"id", 3},
+                                                  {"transport", "GigE"},
+                                                  {"model", "EMU-1"},
+                                                  {"serial", "C3"},
+                                                  {"userName", ""},
+                                                  {"address", third.config().address},
+                                                  {"status", "unreachable"}}});
+    EXPECT_EQ(list, expected);
+    for (const emu::Camera* camera : {&first, &second, &third})
+        EXPECT_EQ(camera->counters().writeReg, 0u);
+    EXPECT_EQ(runInProcess({"list", "--json"}).out, run.out);
+}

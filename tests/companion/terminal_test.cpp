@@ -1,0 +1,128 @@
+// What a person at a terminal sees: the program's messages go to a pseudo terminal.
+#include "companion/CompanionFixture.h"
+
+#include <QFile>
+
+#include <sstream>
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+using tests::CompanionTest;
+using tests::Program;
+using tests::Result;
+
+namespace
+{
+
+class PseudoTerminal
+{
+public:
+    PseudoTerminal()
+    {
+        m_master = ::posix_openpt(O_RDWR | O_NOCTTY);
+        ::grantpt(m_master);
+        ::unlockpt(m_master);
+        winsize size{};
+        size.ws_col = 60;
+        size.ws_row = 20;
+        ::ioctl(m_master, TIOCSWINSZ, &size);
+        m_slave = ::open(name().toLocal8Bit().constData(), O_RDWR | O_NOCTTY); // keeps what is written
+    }
+    ~PseudoTerminal()
+    {
+        ::close(m_slave);
+        ::close(m_master);
+    }
+    QString name() const { return ::ptsname(m_master); }
+
+    // All that has been written; nobody may write any more.
+    std::string written()
+    {
+        ::fcntl(m_master, F_SETFL, O_NONBLOCK);
+        std::string text;
+        char buffer[4096];
+        for (ssize_t size; (size = ::read(m_master, buffer, sizeof buffer)) > 0;)
+            text.append(buffer, static_cast<size_t>(size));
+        return text;
+    }
+
+private:
+    int m_master = -1;
+    int m_slave = -1;
+};
+
+class OnATerminal : public CompanionTest
+{
+protected:
+    std::string screenOf(const QString& environment)
+    {
+        emu::Faults deaf;
+        deaf.discoveryOnly = true;
+        addCamera("Faulty").setFaults(deaf);
+        addCamera("Sound", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(3); });
+        PseudoTerminal terminal;
+        Program program({"export", "--all", "--to", folder()}, environment);
+        program.process().setStandardErrorFile(terminal.name());
+        program.start();
+        const Result run = program.finish();
+        EXPECT_EQ(run.code, 1);
+        EXPECT_EQ(run.out.find('\033'), std::string::npos);
+        return terminal.written();
+    }
+};
+
+const std::string kFailure = "EMU-1 Faulty: Failed to export features.Failed to open device.\r\n";
+
+} // namespace
+
+TEST_F(OnATerminal, ProgressIsDrawnOverItself)
+{
+    const std::string screen = screenOf("export TERM=xterm; unset NO_COLOR;");
+    EXPECT_THAT(screen, HasSubstr("\r\033[2A\033[J")); // two lines up, and all of it away
+    EXPECT_THAT(screen, HasSubstr("EMU-1 Sound   exporting, "));
+    EXPECT_THAT(screen, HasSubstr("\033[31mEMU-1 Faulty  failed"));
+    EXPECT_THAT(screen, HasSubstr(kFailure));
+    EXPECT_THAT(screen, ::testing::EndsWith("\033[J")); // nothing of it stays
+    EXPECT_THAT(screen, Not(HasSubstr(": exporting")));
+}
+
+TEST_F(OnATerminal, ColoursAreLeftOutOnDemand)
+{
+    const std::string screen = screenOf("export TERM=xterm NO_COLOR=1;");
+    EXPECT_THAT(screen, HasSubstr("\033[2A\033[J"));
+    EXPECT_THAT(screen, Not(HasSubstr("\033[31m")));
+    EXPECT_THAT(screen, HasSubstr("EMU-1 Faulty  failed"));
+}
+
+TEST_F(OnATerminal, ADumbOneGetsPlainLines)
+{
+    const std::string screen = screenOf("export TERM=dumb;");
+    EXPECT_THAT(screen, Not(HasSubstr("\033")));
+    EXPECT_THAT(screen, HasSubstr("EMU-1 Sound: exporting\r\n"));
+    EXPECT_THAT(screen, HasSubstr(kFailure));
+    EXPECT_THAT(screen, HasSubstr("EMU-1 Sound: done\r\n"));
+}
+
+TEST(Console, PutsMessagesAndResultsAboveTheBlock)
+{
+    std::ostringstream both;
+    companion::Console console(both, both, true, false);
+    console.drawBlock({"a", "b"});
+    console.err(std::string("message\n"));
+    console.out(std::string("result\n"));
+    console.drawBlock({});
+    const std::string away = "\r\033[2A\033[J";
+    EXPECT_EQ(both.str(), "a\nb\n" + away + "message\na\nb\n" + away + "result\na\nb\n" + away);
+}
+
+TEST(Console, DrawsNothingWhereItCannotDrawOver)
+{
+    std::ostringstream both;
+    companion::Console console(both, both, false, false);
+    console.drawBlock({"a"});
+    EXPECT_EQ(both.str(), "");
+}

@@ -1,0 +1,129 @@
+#include "companion/CompanionFixture.h"
+#include "iefeatures/ExitCode.h"
+
+#include <SuiteTools/SuiteTools.h>
+
+#include <QFile>
+#include <QRegularExpression>
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+using tests::Arguments;
+using tests::entries;
+using tests::Result;
+using tests::runInProcess;
+
+namespace
+{
+
+Result runWithoutCameras(const Arguments& arguments)
+{
+    return runInProcess(arguments, entries({}));
+}
+
+QString manPage()
+{
+    QFile file(IE_MAN_PAGE);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    return QString::fromUtf8(file.readAll()).replace("\\-", "-");
+}
+
+} // namespace
+
+TEST(Usage, TellsTheVersionOfTheSuite)
+{
+    const Result run = runWithoutCameras({"--version"});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.out, "iefeatures " + VELAInterface::softwareVersion().toStdString() + "\n");
+    EXPECT_EQ(run.err, "");
+}
+
+TEST(Usage, HelpsWithCommandsAndExitCodes)
+{
+    const Result run = runWithoutCameras({"--help"});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_THAT(run.out, HasSubstr("  list  "));
+    EXPECT_THAT(run.out, HasSubstr("  export  "));
+    EXPECT_THAT(run.out, HasSubstr(companion::exitCodeTable()));
+    EXPECT_EQ(run.err, "");
+}
+
+TEST(Usage, HelpsWithOneCommand)
+{
+    const Result run = runWithoutCameras({"export", "--help"});
+    EXPECT_EQ(run.code, 0);
+    for (const char* option :
+         {"--to", "--all", "--serial", "--name", "--address", "--model", "--json", "--verbose", "--log"})
+        EXPECT_THAT(run.out, HasSubstr(std::string(option) + " "));
+    EXPECT_THAT(run.out, HasSubstr(companion::exitCodeTable()));
+}
+
+TEST(Usage, HasATableOfExitCodes)
+{
+    EXPECT_EQ(companion::exitCodeTable(),
+              "Exit codes:\n"
+              "  0    all went well\n"
+              "  1    a job failed; the others went on\n"
+              "  2    wrong usage, or two chosen cameras that would write one file; nothing was done\n"
+              "  3    no such camera; nothing was done\n"
+              "  6    input or output failed (network, log file, standard output)\n"
+              "  130  interrupted\n");
+}
+
+class WrongUsage : public ::testing::TestWithParam<std::pair<Arguments, const char*>>
+{
+};
+
+TEST_P(WrongUsage, IsToldOnTheMessageStreamWithTheUsage)
+{
+    const Result run = runWithoutCameras(GetParam().first);
+    EXPECT_EQ(run.code, 2);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, StartsWith(GetParam().second));
+    EXPECT_THAT(run.err, HasSubstr("\nUsage: iefeatures"));
+    EXPECT_THAT(run.err, HasSubstr("Exit codes:\n"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, WrongUsage,
+    ::testing::Values(
+        std::pair(Arguments{}, "Name a command.\n"),
+        std::pair(Arguments{"frobnicate"}, "The following argument was not expected: frobnicate\n"),
+        std::pair(Arguments{"--frobnicate"}, "The following argument was not expected: --frobnicate\n"),
+        std::pair(Arguments{"list", "--frobnicate"},
+                  "The following argument was not expected: --frobnicate\n"),
+        std::pair(Arguments{"list", "extra"}, "The following argument was not expected: extra\n"),
+        std::pair(Arguments{"list", "export"}, "The following argument was not expected: export\n"),
+        std::pair(Arguments{"export", "--all"}, "--to is required\n"),
+        std::pair(Arguments{"export", "--all", "--to", ""}, "--to: Name a folder.\n"),
+        std::pair(Arguments{"export", "--to", "."}, "At least 1 option from"),
+        std::pair(Arguments{"export", "--to", ".", "--all", "--serial", "1"}, "--all excludes --serial\n"),
+        std::pair(Arguments{"export", "--to", ".", "--serial"}, "--serial: 1 required")));
+
+TEST(ManPage, NamesEveryOption)
+{
+    const QString page = manPage();
+    const QString help = QString::fromStdString(runWithoutCameras({"export", "--help"}).out +
+                                                runWithoutCameras({"list", "--help"}).out);
+    auto options = QRegularExpression("--[a-z]+").globalMatch(help);
+    int seen = 0;
+    for (; options.hasNext(); ++seen) {
+        const QString option = options.next().captured();
+        EXPECT_TRUE(page.contains(option)) << option.toStdString();
+    }
+    EXPECT_GT(seen, 10);
+}
+
+TEST(ManPage, HasTheSameExitCodes)
+{
+    const QString page = manPage();
+    auto rows = QRegularExpression("^  (\\d+) +(.*)$", QRegularExpression::MultilineOption)
+                    .globalMatch(QString::fromStdString(companion::exitCodeTable()));
+    int seen = 0;
+    for (; rows.hasNext(); ++seen) {
+        const auto row = rows.next();
+        const QString entry = ".TP\n.B " + row.captured(1) + "\n" + row.captured(2) + "\n";
+        EXPECT_TRUE(page.contains(entry)) << entry.toStdString();
+    }
+    EXPECT_EQ(seen, 6);
+}

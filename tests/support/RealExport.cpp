@@ -1,0 +1,87 @@
+#include "support/RealExport.h"
+
+#include "JobLog.h"
+#include "QOperateThread.h"
+#include "gvcp/Gvcp.h"
+
+#include <QFile>
+#include <QMutex>
+
+#include <algorithm>
+
+namespace tests
+{
+namespace
+{
+
+QMutex logMutex;
+QStringList logTexts;
+QtMessageHandler previousHandler = nullptr;
+
+// Undoes what the debug stream does to a QString.
+QString withoutQuotes(const QString& line)
+{
+    if (line.size() < 2 || !line.startsWith('"') || !line.endsWith('"'))
+        return line;
+    QString text = line.mid(1, line.size() - 2);
+    return text.replace("\\\"", "\"").replace("\\\\", "\\");
+}
+
+void takeLine(QtMsgType type, const QMessageLogContext& context, const QString& line)
+{
+    if (type != QtCriticalMsg || qstrcmp(context.file, ie::kJobLogFile) != 0) {
+        previousHandler(type, context, line);
+        return;
+    }
+    const QMutexLocker lock(&logMutex);
+    logTexts += withoutQuotes(line.trimmed());
+}
+
+template <size_t Size>
+void fill(uint8_t (&field)[Size], const std::string& text)
+{
+    std::copy_n(text.begin(), std::min(text.size(), Size - 1), field);
+}
+
+} // namespace
+
+StructDeviceInfo deviceRecord(const emu::CameraConfig& config)
+{
+    StructDeviceInfo record;
+    record.nDeviceID = 1;
+    record.nStatus = 1;
+    record.stDeviceInfo.transportType = KX_TRANSPORT_GIGE;
+    KX_GigEDeviceInfo& gige = record.stDeviceInfo.special.gige;
+    fill(gige.modelName, config.model);
+    fill(gige.serialNumber, config.serial);
+    gige.ipAddress = gvcp::parseAddress(config.address).value_or(0);
+    return record;
+}
+
+ExportOutcome exportCamera(const emu::CameraConfig& config, const QString& folder)
+{
+    qputenv("VELA_PROGRAM_DATA", folder.toLocal8Bit());
+    ExportOutcome outcome;
+    QOperateThread worker;
+    QObject::connect(
+        &worker, &QOperateThread::SigThreadInfo, &worker,
+        [&outcome](long, const QString& text, bool) { outcome.messages += text; }, Qt::DirectConnection);
+    QObject::connect(
+        &worker, &QOperateThread::SigEndThread, &worker,
+        [&outcome](long, unsigned int, const QString& path) { outcome.path = path; }, Qt::DirectConnection);
+    worker.SetXmlExportJob(deviceRecord(config), folder);
+
+    logTexts.clear();
+    previousHandler = qInstallMessageHandler(takeLine);
+    worker.start();
+    worker.wait();
+    qInstallMessageHandler(previousHandler);
+    outcome.log = logTexts;
+
+    QFile file(outcome.path);
+    if (file.open(QIODevice::ReadOnly))
+        outcome.file = file.readAll();
+    return outcome;
+}
+
+} // namespace tests

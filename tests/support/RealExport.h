@@ -1,0 +1,31 @@
+// One XML export of an emulated camera by the worker, over the camera library and the suite's library as they
+// are: nothing scripted.
+#pragma once
+
+#include "camera_emulator/CameraConfig.h"
+
+#include <SuiteTools/StructDeviceInfo.h>
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+namespace tests
+{
+
+// The record under which discovery would announce the camera; its device id is 1.
+StructDeviceInfo deviceRecord(const emu::CameraConfig& config);
+
+struct ExportOutcome
+{
+    QStringList messages; // of SigThreadInfo
+    QStringList log;      // the worker's critical lines: their texts without the quotes around them
+    QString path;         // of SigEndThread
+    QByteArray file;      // null when there is none
+};
+
+// Runs a worker of its own to its end. `folder` exists; the filter folder is looked for below it, so that no
+// filter file of this machine counts.
+ExportOutcome exportCamera(const emu::CameraConfig& config, const QString& folder);
+
+} // namespace tests
