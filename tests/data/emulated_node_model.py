@@ -15,7 +15,7 @@ class Refused(Exception):
 # ---- formulas ----------------------------------------------------------------------------------------------
 
 TOKEN = re.compile(r"\s*(0[xX][0-9A-Fa-f]+|\d+\.?\d*(?:[eE][+-]?\d+)?|[A-Za-z_]\w*"
-                   r"|<<|>>|<>|<=|>=|&&|\|\||.)")
+                   r"|\*\*|<<|>>|<>|<=|>=|&&|\|\||.)")
 BINARY = [  # from the loosest to the tightest
     {"||": lambda a, b: int(bool(a) or bool(b))},
     {"&&": lambda a, b: int(bool(a) and bool(b))},
@@ -55,16 +55,24 @@ def compute(formula, variables=None):
 
     def binary(level):
         if level == len(BINARY):
-            return unary()
+            return power()
         left = binary(level + 1)
         while tokens[position[0]] in BINARY[level]:
             left = BINARY[level][take()](left, binary(level + 1))
         return left
 
+    def power():
+        base = unary()
+        if tokens[position[0]] != "**":
+            return base
+        take("**")
+        return base ** power()
+
     def unary():
         token = take()
-        if token == "-":
-            return -unary()
+        if token in ("-", "+", "~"):
+            value = unary()
+            return {"-": -value, "+": value, "~": ~int(value)}[token]
         if token == "(":
             value = choice()
             take(")")

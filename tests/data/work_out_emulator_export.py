@@ -306,6 +306,7 @@ class Export:
         rule = ("it is never exported" if name in NEVER else
                 "it is in the list of skipped names" if name in SKIPPED else
                 f"it is shown as {shown}" if shown in ("IPV4Address", "MACAddress") else
+                "it is a MAC address" if shown == "HexNumber" and name == "GevMACAddress" else
                 "it is a command" if element.tag == "Command" else "")
         if rule:
             self.reasons.append((name, element.tag, "left out: " + rule, []))
