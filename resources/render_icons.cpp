@@ -15,18 +15,18 @@ struct Job
 {
     const char* drawing;
     const char* image;
-    int size; // pixels; 0: an icon file of 256 pixels
+    int size; // pixels
 };
 
-// Twice the size that is shown, so that displays of double density stay sharp.
+// Images of the window: twice the size that is shown, so that displays of double density stay sharp.
 constexpr Job kJobs[] = {
-    {"feature_bag.svg", "AppIcon/FeatureBag.png", 64},
-    {"feature_bag.svg", "AppIcon/FeatureBag.ico", 256},
-    {"state_free.svg", "State/use.png", 68},
-    {"state_in_use.svg", "State/notuse.png", 68},
-    {"state_unreachable.svg", "State/notreach.png", 68},
-    {"more_normal.svg", "btn/ic_more_normal.png", 40},
-    {"more_click.svg", "btn/ic_more_click.png", 40},
+    {"feature_bag.svg", "AppIcon/FeatureBag.png", 64},   {"feature_bag.svg", "AppIcon/FeatureBag.ico", 256},
+    {"feature_bag.svg", "hicolor/16.png", 16},           {"feature_bag.svg", "hicolor/24.png", 24},
+    {"feature_bag.svg", "hicolor/32.png", 32},           {"feature_bag.svg", "hicolor/48.png", 48},
+    {"feature_bag.svg", "hicolor/64.png", 64},           {"feature_bag.svg", "hicolor/128.png", 128},
+    {"feature_bag.svg", "hicolor/256.png", 256},         {"state_free.svg", "State/use.png", 68},
+    {"state_in_use.svg", "State/notuse.png", 68},        {"state_unreachable.svg", "State/notreach.png", 68},
+    {"more_normal.svg", "btn/ic_more_normal.png", 40},   {"more_click.svg", "btn/ic_more_click.png", 40},
     {"more_disable.svg", "btn/ic_more_disable.png", 40},
 };
 

@@ -14,7 +14,9 @@
 // command line into arguments of the local code page and calls main.
 int main(int argc, char* argv[])
 {
+    auto displayGuard = std::make_unique<Startup::DisplayGuard>();
     QApplication application(argc, argv);
+    displayGuard.reset();
     QApplication::setStyle(QStyleFactory::create("Fusion"));
     Startup::registerResources();
     Startup::addPlugInPath();

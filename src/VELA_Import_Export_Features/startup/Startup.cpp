@@ -13,6 +13,8 @@
 #include <QWidget>
 
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <future>
 #include <memory>
 
@@ -22,6 +24,16 @@ namespace
 QString besideTheProgram(const char* path)
 {
     return QCoreApplication::applicationDirPath() + path;
+}
+
+void endWithoutDisplay(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(text));
+    if (type != QtFatalMsg)
+        return;
+    std::fputs("Import_Export_Features needs a display and found none. Without one, use iefeatures.\n",
+               stderr);
+    std::_Exit(1);
 }
 
 // Lets a second copy find, show and raise the window. The questions come on another thread; the title is
@@ -81,6 +93,16 @@ private:
 };
 
 } // namespace
+
+Startup::DisplayGuard::DisplayGuard()
+{
+    qInstallMessageHandler(endWithoutDisplay);
+}
+
+Startup::DisplayGuard::~DisplayGuard()
+{
+    qInstallMessageHandler(nullptr);
+}
 
 void Startup::registerResources()
 {

@@ -10,6 +10,16 @@ class QWidget;
 namespace Startup
 {
 
+// While one lives, a program that finds no display says so and ends with exit code 1 instead of aborting.
+class DisplayGuard
+{
+public:
+    DisplayGuard();
+    ~DisplayGuard();
+    DisplayGuard(const DisplayGuard&) = delete;
+    DisplayGuard& operator=(const DisplayGuard&) = delete;
+};
+
 void registerResources();
 void addPlugInPath();
 void configureLog();
