@@ -1,0 +1,17 @@
+# Tests that start the program's parts or the program itself as a person meets them. What lies beside the program lies
+# beside the tests too.
+foreach(folder rcc log4qt FontLato Translation)
+    file(MAKE_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+    file(CREATE_LINK "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${folder}" "${CMAKE_BINARY_DIR}/tests/${folder}" SYMBOLIC)
+endforeach()
+
+ie_add_test(person_test LABEL gui SERIAL
+    SOURCES person_test.cpp
+    LIBRARIES ie_startup camera_emulator_core KXCameraControl SuiteTools Qt5::Test)
+set_target_properties(person_test PROPERTIES AUTOMOC ON)
+target_link_options(person_test PRIVATE -Wl,--no-as-needed)
+add_dependencies(person_test program_resources program_translations)
+add_test(NAME person_on_a_display
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "$<TARGET_FILE:person_test>")
+set_tests_properties(person_on_a_display PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 120
+    ENVIRONMENT "KX_CAMERA_INTERFACES=none;LC_ALL=C.UTF-8;IE_SCREENSHOTS=${CMAKE_BINARY_DIR}/screenshots")

@@ -1,0 +1,311 @@
+// A person at the window, with cameras on the line: what is clicked, typed and seen, in both languages. Runs
+// on a real display where there is one; IE_SCREENSHOTS names a folder for pictures of what was seen.
+#include "MainWidget.h"
+#include "Startup.h"
+#include "Translations.h"
+
+#include "camera_emulator/Camera.h"
+#include "support/LoopbackAddress.h"
+
+#include <StyledCtl/ORBCustomControls.h>
+#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomTableWidget.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScreen>
+#include <QStyleFactory>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QtTest>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class PersonTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void seesTheCameras();
+    void exportsThree();
+    void importsWithOneFailing();
+    void seesACameraLeaveAndComeBack();
+    void choosesColumns();
+    void readsItInChinese();
+    void cleanupTestCase();
+
+private:
+    using Condition = std::function<bool()>;
+
+    // Does `action` as soon as `condition` holds, also while a modal dialog keeps the caller.
+    void asSoonAs(Condition condition, std::function<void()> action);
+    void answerFileDialog(const QString& path);
+    template <typename Dialog>
+    void whenShown(std::function<void(Dialog*)> action);
+    void picture(const QString& name, QWidget* of = nullptr);
+    QPushButton* button(const char* name) { return m_window->findChild<QPushButton*>(name); }
+    void click(QWidget* widget) { QTest::mouseClick(widget, Qt::LeftButton); }
+    int rowOf(const QString& serial) const;
+    bool isListed(const QString& serial) const { return rowOf(serial) >= 0; }
+    void tick(const QString& serial);
+    Qt::CheckState ticked(const QString& serial) const { return m_table->cellCheckState(rowOf(serial), 0); }
+    QString operationStatus(const QString& serial) const { return m_table->item(rowOf(serial), 8)->text(); }
+    QStringList counters() const; // texts of the labels in the bar, left to right
+    void back();
+
+    QTemporaryDir m_folder;
+    std::vector<std::unique_ptr<emu::Camera>> m_cameras;
+    std::unique_ptr<MainWidget> m_window;
+    ORBCustomTableWidget* m_table = nullptr;
+};
+
+void PersonTest::asSoonAs(Condition condition, std::function<void()> action)
+{
+    auto* timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this, [timer, condition, action] {
+        if (!condition())
+            return;
+        timer->stop();
+        timer->deleteLater();
+        action();
+    });
+    timer->start(20);
+}
+
+template <typename Dialog>
+void PersonTest::whenShown(std::function<void(Dialog*)> action)
+{
+    const auto shown = [] { return qobject_cast<Dialog*>(QApplication::activeModalWidget()); };
+    asSoonAs([shown] { return shown() != nullptr; },
+             [this, shown, action] {
+                 Dialog* dialog = shown();
+                 QTest::qWait(0);
+                 action(dialog);
+             });
+}
+
+void PersonTest::answerFileDialog(const QString& path)
+{
+    whenShown<QFileDialog>([this, path](QFileDialog* dialog) {
+        picture("file-dialog", dialog);
+        auto* name = dialog->findChild<QLineEdit*>();
+        QVERIFY(name);
+        name->setText(QString());
+        QTest::keyClicks(name, path);
+        QTest::keyClick(name, Qt::Key_Return);
+    });
+}
+
+void PersonTest::picture(const QString& name, QWidget* of)
+{
+    const QString folder = qEnvironmentVariable("IE_SCREENSHOTS");
+    if (folder.isEmpty())
+        return;
+    QTest::qWait(150); // what has just changed is painted
+    QWidget* widget = of ? of : m_window.get();
+    const QRect frame = widget->frameGeometry();
+    const QPixmap seen =
+        QGuiApplication::platformName() == "xcb"
+            ? widget->screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height())
+            : widget->grab();
+    QVERIFY(QDir().mkpath(folder));
+    QVERIFY(seen.save(QDir(folder).filePath(name + ".png")));
+}
+
+int PersonTest::rowOf(const QString& serial) const
+{
+    for (int row = 0; row < m_table->rowCount(); ++row)
+        if (m_table->item(row, 4) && m_table->item(row, 4)->text() == serial)
+            return row;
+    return -1;
+}
+
+void PersonTest::tick(const QString& serial)
+{
+    const QModelIndex cell = m_table->model()->index(rowOf(serial), 0);
+    QTest::mouseClick(m_table->viewport(), Qt::LeftButton, {}, m_table->visualRect(cell).center());
+}
+
+QStringList PersonTest::counters() const
+{
+    QStringList texts;
+    QList<ORBCustomLabel*> labels = m_window->findChildren<ORBCustomLabel*>();
+    std::sort(labels.begin(), labels.end(), [this](const QWidget* a, const QWidget* b) {
+        return a->mapTo(m_window.get(), QPoint()).x() < b->mapTo(m_window.get(), QPoint()).x();
+    });
+    for (const ORBCustomLabel* label : qAsConst(labels))
+        if (label->isVisibleTo(m_window.get()) && !label->text().isEmpty())
+            texts.append(label->text());
+    return texts;
+}
+
+void PersonTest::back()
+{
+    QTRY_VERIFY(m_window->isEnabled());
+    click(button("BackBtn"));
+    QVERIFY(button("ExportBtn")->isVisible());
+}
+
+void PersonTest::initTestCase()
+{
+    QVERIFY(m_folder.isValid());
+    qputenv("VELA_PROGRAM_DATA", m_folder.filePath("shared").toLocal8Bit());
+    qputenv("VELA_USER_DATA", m_folder.filePath("user").toLocal8Bit());
+    QDir().mkpath(m_folder.filePath("shared"));
+    QDir().mkpath(m_folder.filePath("user"));
+    const QStringList models = {"Gate camera", "Gate camera", "Gate camera", "Belt camera"};
+    QStringList addresses;
+    for (int i = 0; i < models.size(); ++i) {
+        emu::CameraConfig config;
+        config.address = tests::freshLoopbackAddress();
+        config.manufacturer = "Emulated cameras";
+        config.model = models[i].toStdString();
+        config.serial = QString("C-%1").arg(i + 1, 3, 10, QChar('0')).toStdString();
+        config.userName = QString("Line %1").arg(i + 1).toStdString();
+        m_cameras.push_back(std::make_unique<emu::Camera>(config));
+        const emu::StartResult started = m_cameras.back()->start();
+        QVERIFY2(started, started.message.c_str());
+        addresses.append(QString::fromStdString(config.address));
+    }
+    qputenv("KX_CAMERA_INTERFACES", "none");
+    qputenv("KX_CAMERA_ADDRESSES", addresses.join(',').toLocal8Bit());
+
+    QApplication::setStyle(QStyleFactory::create("Fusion"));
+    Startup::registerResources();
+    Startup::addFonts();
+    QVERIFY(LoadTranslations("ENG"));
+    m_window = std::make_unique<MainWidget>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+    m_table = m_window->findChild<ORBCustomTableWidget*>();
+    QVERIFY(m_table);
+    QCOMPARE(m_window->windowTitle(), QString("Import/Export Features"));
+}
+
+void PersonTest::seesTheCameras()
+{
+    for (const char* serial : {"C-001", "C-002", "C-003", "C-004"})
+        QTRY_VERIFY2_WITH_TIMEOUT(isListed(serial), serial, 10000);
+    const int row = rowOf("C-004");
+    QCOMPARE(m_table->item(row, 2)->text(), QString("Belt camera"));
+    QCOMPARE(m_table->item(row, 3)->text(), QString("Line 4"));
+    QVERIFY(!button("ExportBtn")->isEnabled());
+    QVERIFY(!button("ImportBtn")->isEnabled());
+    for (const char* serial : {"C-001", "C-002", "C-003"})
+        tick(serial);
+    QCOMPARE(ticked("C-002"), Qt::Checked);
+    QCOMPARE(ticked("C-004"), Qt::Unchecked);
+    QVERIFY(button("ExportBtn")->isEnabled());
+    picture("cameras");
+}
+
+void PersonTest::exportsThree()
+{
+    const QString folder = m_folder.filePath("features");
+    QVERIFY(QDir().mkpath(folder));
+    answerFileDialog(folder);
+    bool wasTold = false;
+    whenShown<ORBCustomSaveDoneHintDlg>([&](ORBCustomSaveDoneHintDlg* dialog) {
+        wasTold = true;
+        QStringList texts;
+        for (const QLabel* label : dialog->findChildren<QLabel*>())
+            texts.append(label->text());
+        QVERIFY2(texts.join('|').contains("Exporting process is over."), qPrintable(texts.join('|')));
+        picture("export-done", dialog);
+        QTest::keyClick(dialog, Qt::Key_Escape);
+    });
+    click(button("ExportBtn"));
+    QTRY_VERIFY_WITH_TIMEOUT(wasTold, 20000);
+    QCOMPARE(counters(), QStringList({"0", " Exporting", "3", " Exported.", "0", "Failed"}));
+    for (const char* serial : {"C-001", "C-002", "C-003"}) {
+        QCOMPARE(operationStatus(serial), QString("Exported."));
+        QCOMPARE(ticked(serial), Qt::Checked); // its own jobs do not make a camera taken
+    }
+    QCOMPARE(operationStatus("C-004"), QString());
+    QCOMPARE(QDir(folder).entryList(QDir::Files),
+             QStringList({"Gate camera_C-001.fpk", "Gate camera_C-002.fpk", "Gate camera_C-003.fpk"}));
+    picture("exported");
+    back();
+}
+
+void PersonTest::importsWithOneFailing()
+{
+    tick("C-004");
+    tick("C-001");
+    answerFileDialog(m_folder.filePath("features/Gate camera_C-001.fpk"));
+    bool wasTold = false;
+    whenShown<ORBCustomMessageBox>([&](ORBCustomMessageBox* box) {
+        wasTold = true;
+        picture("import-done", box);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    });
+    click(button("ImportBtn"));
+    QTRY_VERIFY_WITH_TIMEOUT(wasTold, 20000);
+    QCOMPARE(counters(), QStringList({"0", " Importing", "2", " Imported.", "1", "Failed"}));
+    QCOMPARE(operationStatus("C-002"), QString("Imported."));
+    QCOMPARE(operationStatus("C-003"), QString("Imported."));
+    const QTableWidgetItem* failed = m_table->item(rowOf("C-004"), 8);
+    QCOMPARE(failed->text(), QString("Failed to import features. Camera models mismatch."));
+    QCOMPARE(failed->foreground().color(), QColor(Qt::red));
+    QCOMPARE(failed->toolTip(),
+             QString("The Reasons of Failure :\r\nFailed to import features. Camera models mismatch."));
+    picture("imported");
+    back();
+}
+
+void PersonTest::seesACameraLeaveAndComeBack()
+{
+    m_cameras[2]->stop();
+    QTRY_VERIFY_WITH_TIMEOUT(!isListed("C-003"), 15000);
+    QVERIFY(isListed("C-002"));
+    QCOMPARE(m_table->rowCount(), 10);
+    QVERIFY(m_cameras[2]->start());
+    QTRY_VERIFY_WITH_TIMEOUT(isListed("C-003"), 15000);
+    m_cameras[0]->stealControl();
+    QTRY_COMPARE_WITH_TIMEOUT(m_table->item(rowOf("C-001"), 7)->data(Qt::UserRole + 3).toInt(), 3, 15000);
+    tick("C-001");
+    QCOMPARE(ticked("C-001"), Qt::Unchecked);
+    picture("in-use");
+    m_cameras[0]->releaseControl();
+    QTRY_COMPARE_WITH_TIMEOUT(m_table->item(rowOf("C-001"), 7)->data(Qt::UserRole + 3).toInt(), 1, 15000);
+}
+
+void PersonTest::choosesColumns()
+{
+    QVERIFY(m_table->isColumnHidden(3));
+    click(button("CheckListBtn"));
+    QCheckBox* userId = nullptr;
+    for (QCheckBox* box : m_window->findChildren<QCheckBox*>())
+        if (box->text() == "Device User ID")
+            userId = box;
+    QVERIFY(userId && userId->isVisible());
+    QTest::mouseClick(userId, Qt::LeftButton, {}, QPoint(8, userId->height() / 2));
+    QVERIFY(!m_table->isColumnHidden(3));
+    picture("columns");
+    click(button("CheckListBtn"));
+    QVERIFY(!userId->isVisible());
+}
+
+void PersonTest::readsItInChinese()
+{
+    QVERIFY(LoadTranslations("CH"));
+    QTRY_COMPARE(m_window->windowTitle(), QString::fromUtf8("导入/导出属性"));
+    QVERIFY(button("ExportBtn")->text() != "Export");
+    picture("chinese");
+    QVERIFY(LoadTranslations("ENG"));
+    QTRY_COMPARE(button("ExportBtn")->text(), QString("Export"));
+}
+
+void PersonTest::cleanupTestCase()
+{
+    m_window.reset();
+}
+
+QTEST_MAIN(PersonTest)
+#include "person_test.moc"
