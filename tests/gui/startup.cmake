@@ -17,3 +17,8 @@ target_compile_definitions(translations_complete_test PRIVATE
     IE_SOURCES="${CMAKE_SOURCE_DIR}/src" IE_LUPDATE="$<TARGET_FILE:Qt5::lupdate>")
 target_compile_definitions(log_config_test PRIVATE
     IE_LOG_CONFIG="${CMAKE_SOURCE_DIR}/resources/log4qt_IEFeatures.conf")
+
+add_test(NAME platform_calls_windows_test
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "${CMAKE_CURRENT_SOURCE_DIR}/windows/run_under_wine.sh"
+        "${CMAKE_SOURCE_DIR}" "${CMAKE_BINARY_DIR}/windows")
+set_tests_properties(platform_calls_windows_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 300)
