@@ -8,7 +8,7 @@ build_packages=(
     libaravis-dev libusb-1.0-0-dev libxml2-dev zlib1g-dev
     libcli11-dev nlohmann-json3-dev
 )
-test_packages=(libgtest-dev libgmock-dev xvfb xdotool)
+test_packages=(libgtest-dev libgmock-dev xvfb xdotool dpkg-dev desktop-file-utils)
 
 say() { printf '\n== %s\n' "$*"; }
 fail() { printf '%s\n' "$*" >&2; exit 1; }

@@ -20,3 +20,7 @@ add_test(NAME processes_test
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "${CMAKE_CURRENT_SOURCE_DIR}/processes_test.sh"
         "$<TARGET_FILE_DIR:Import_Export_Features>" "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
 set_tests_properties(processes_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 180 ENVIRONMENT "LC_ALL=C.UTF-8")
+
+add_test(NAME package_test COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/package_test.sh" "${CMAKE_BINARY_DIR}")
+set_tests_properties(package_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 180
+    ENVIRONMENT "LC_ALL=C.UTF-8;KX_CAMERA_INTERFACES=none")
