@@ -65,11 +65,10 @@ public:
 ORBCustomMainWindow::ORBCustomMainWindow(QWidget* parent)
     : QDialog(parent, flagsFor(parent)), ORBCustomObject(this), d(std::make_unique<Private>())
 {
-    setPalette(styled::Theme::current().palette());
+    styled::dressApplication();
     // Windows below another one get the rules from there.
     if (!parent || !qobject_cast<ORBCustomMainWindow*>(parent->window()))
         setStyleSheet(styled::Theme::current().styleSheet());
-    cApplyDefaultFont();
     d->titleBar = new ORBCustomTitleBar(this);
     d->layout = new QVBoxLayout(this);
     d->layout->setContentsMargins(0, 0, 0, 0);
@@ -145,12 +144,6 @@ void ORBCustomMainWindow::cPopup()
     show();
     activateWindow();
     focusNextChild();
-}
-
-void ORBCustomMainWindow::cApplyDefaultFont()
-{
-    if (!cHasFont())
-        setFont(ORBCustom::defaultFont());
 }
 
 void ORBCustomMainWindow::resize(int width, int height)

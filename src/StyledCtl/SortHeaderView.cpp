@@ -15,7 +15,7 @@ namespace
 {
 
 constexpr int kPadding = 8;
-constexpr int kArrowRoom = 16;
+constexpr int kArrowRoom = 14;
 constexpr int kMinimumSection = 28;
 
 } // namespace
@@ -86,7 +86,8 @@ bool ORBCustomSortHeaderView::isClickable(int column) const
 
 QRect ORBCustomSortHeaderView::textRect(const QRect& section, int column) const
 {
-    return section.adjusted(kPadding, 0, isSortEnabled(column) ? -kArrowRoom : -kPadding, 0);
+    const bool arrow = isSortEnabled(column) && sortIndicatorSection() == column;
+    return section.adjusted(kPadding, 0, arrow ? -kArrowRoom : -kPadding / 2, 0);
 }
 
 int ORBCustomSortHeaderView::sectionStatus(int column) const

@@ -2,7 +2,6 @@
 
 #include "HookCall.h"
 #include "Theme.h"
-#include <StyledCtl/ORBCustomMainWindow.h>
 
 #include <QApplication>
 
@@ -21,10 +20,7 @@ void setLanguage(Language language)
     if (g_language == language)
         return;
     g_language = language;
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    for (QWidget* window : windows)
-        if (ORBCustomMainWindow* styled = qobject_cast<ORBCustomMainWindow*>(window))
-            styled->cApplyDefaultFont();
+    styled::refreshFont();
 }
 
 Language currentLanguage()
@@ -39,8 +35,8 @@ QFont defaultFont()
     static const QStringList chinese = {"Microsoft YaHei", "Noto Sans CJK SC", "Source Han Sans SC",
                                         "WenQuanYi Micro Hei", "WenQuanYi Zen Hei"};
     QFont font = QApplication::font();
-    font.setFamilies(g_language == LanguageChinese ? chinese + latin + QStringList("sans-serif")
-                                                   : latin + chinese + QStringList("sans-serif"));
+    const QStringList preferred = g_language == LanguageChinese ? chinese + latin : latin + chinese;
+    font.setFamilies(preferred + QStringList("sans-serif"));
     font.setPixelSize(12);
     return font;
 }

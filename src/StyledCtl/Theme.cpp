@@ -1,10 +1,35 @@
 #include "Theme.h"
 
+#include <StyledCtl/StyledCtl.h>
+
+#include <QApplication>
 #include <QFile>
 #include <QRegularExpression>
 
 namespace styled
 {
+
+namespace
+{
+
+bool g_dressed = false;
+
+} // namespace
+
+void dressApplication()
+{
+    if (g_dressed)
+        return;
+    g_dressed = true;
+    QApplication::setPalette(Theme::current().palette());
+    refreshFont();
+}
+
+void refreshFont()
+{
+    if (g_dressed)
+        QApplication::setFont(ORBCustom::defaultFont());
+}
 
 const Theme& Theme::current()
 {

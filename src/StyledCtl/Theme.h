@@ -27,6 +27,12 @@ private:
     QString m_styleSheet;
 };
 
+// Gives the application the theme's palette and the default font, at the first call; what the application sets
+// later stands. (A window that has a style sheet passes neither on to what lies in it, so they are set here.)
+void dressApplication();
+// The default font again, after it changed.
+void refreshFont();
+
 inline QColor themeColor(const char* name)
 {
     return Theme::current().color(name);

@@ -189,5 +189,29 @@
         <source>Failed to export features.Failed to open File.</source>
         <translation>导出属性失败。打开文件失败。</translation>
     </message>
+    <message>
+        <source>Failed to load feature.%1</source>
+        <translation>加载属性失败。%1</translation>
+    </message>
+    <message>
+        <source>Failed to import features.Failed to open device.</source>
+        <translation>导入属性失败。打开设备失败。</translation>
+    </message>
+    <message>
+        <source>Failed to import features.Failed to open xml.</source>
+        <translation>导入属性失败。打开 XML 文件失败。</translation>
+    </message>
+    <message>
+        <source>Failed to import features.Failed to load xml.</source>
+        <translation>导入属性失败。加载 XML 文件失败。</translation>
+    </message>
+    <message>
+        <source>Failed to import features. Camera models mismatch.</source>
+        <translation>导入属性失败。相机型号不匹配。</translation>
+    </message>
+    <message>
+        <source>Failed to import features. Possible version incompatibility.</source>
+        <translation>导入属性失败。版本可能不兼容。</translation>
+    </message>
 </context>
 </TS>

@@ -33,8 +33,6 @@ public:
     // Shows the window as a pop-up, as high as what it holds: it closes when the user clicks elsewhere (that
     // click does nothing else) or presses Escape.
     void cPopup();
-    // Takes the default font of the current language, unless a font was set.
-    void cApplyDefaultFont();
 
     void resize(int width, int height);
     void resize(const QSize& size);
