@@ -12,6 +12,7 @@
 
 using kx::Camera;
 using kx::NodeMap;
+using kx::OwnControl;
 
 namespace
 {
@@ -201,6 +202,14 @@ KX_Status featureFile(KX_HANDLE handle, KX_Operation kind, const char* path, Bod
     });
 }
 
+// Control that this process holds itself keeps nobody out.
+uint32_t availabilityToUs(const KX_DeviceInfo& device, uint32_t availability,
+                          OwnControl::Clock::time_point start)
+{
+    const bool ours = availability == KX_AVAILABILITY_IN_USE && OwnControl::hasBeenSince(device, start);
+    return ours ? uint32_t(KX_AVAILABILITY_FREE) : availability;
+}
+
 KX_Status copyText(const std::string& source, char* text, uint32_t capacity, uint32_t* length)
 {
     *length = static_cast<uint32_t>(source.size());
@@ -222,9 +231,12 @@ KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uin
     return withoutExceptions([&] {
         if (!count || (!entries && capacity > 0))
             return failed(nullptr, KX_E_PARAMETER, {});
+        const auto start = OwnControl::Clock::now();
         std::vector<KX_DeviceEntry> found;
         if (const KX_Status status = kx::enumerateDevices(transportMask, found))
             return failed(nullptr, status, {});
+        for (KX_DeviceEntry& entry : found)
+            entry.availability = availabilityToUs(entry.info, entry.availability, start);
         std::copy_n(found.begin(), std::min<size_t>(found.size(), capacity), entries);
         *count = static_cast<uint32_t>(found.size());
         return KX_OK;
@@ -236,7 +248,9 @@ KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availa
     return withoutExceptions([&] {
         if (!device || !availability)
             return failed(nullptr, KX_E_PARAMETER, {});
+        const auto start = OwnControl::Clock::now();
         const KX_Status status = kx::deviceAvailability(*device, *availability);
+        *availability = availabilityToUs(*device, *availability, start);
         return status == KX_OK ? KX_OK : failed(nullptr, status, {});
     });
 }

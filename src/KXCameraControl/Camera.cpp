@@ -28,7 +28,7 @@ std::unique_ptr<Port> newPort(const KX_DeviceInfo& device)
 }
 
 Camera::Camera(const KX_DeviceInfo& device, std::unique_ptr<Port> port)
-    : m_device(device), m_port(std::move(port))
+    : m_device(device), m_control(m_device), m_port(std::move(port))
 {
     m_port->setConnectionLostHandler([this](KX_Status status) { connectionLost(status); });
 }
@@ -46,6 +46,8 @@ KX_Status Camera::open(uint32_t accessMode, uint16_t switchOverKey)
     if (const KX_Status status = m_port->open(accessMode, switchOverKey))
         return status;
     m_readOnly = accessMode == KX_ACCESS_MONITOR;
+    if (!m_readOnly)
+        m_control.take();
     const KX_Status status = loadNodes(m_readOnly);
     if (status != KX_OK)
         close();
@@ -74,6 +76,7 @@ void Camera::close()
     m_memo.clear();
     m_description.clear();
     m_port->close();
+    m_control.release();
     m_lost = false;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "NodeMap.h"
+#include "OwnControl.h"
 #include "ReadMemo.h"
 #include "ports/Port.h"
 
@@ -73,6 +74,7 @@ private:
     KX_Status loadNodes(bool readOnly);
 
     const KX_DeviceInfo m_device;
+    OwnControl m_control;
     std::mutex m_mutex;
     std::unique_ptr<Port> m_port;
     std::unique_ptr<NodeMap> m_nodes;

@@ -233,6 +233,12 @@ std::string Camera::setNode(const std::string& name, const NodeValue& value)
     return writeNode(*m_state->nodes, name, value, m_state->responder.memory);
 }
 
+std::vector<std::string> Camera::change(const std::string& json)
+{
+    std::lock_guard lock(m_state->mutex);
+    return applySeed(json, *m_state->nodes, m_state->responder.memory);
+}
+
 Faults Camera::faults() const
 {
     std::lock_guard lock(m_state->mutex);

@@ -64,6 +64,9 @@ public:
     // Gives what stands in the way as a sentence, or an empty text.
     std::string setNode(const std::string& name, const NodeValue& value);
 
+    // Settings that change behind the back of hosts: JSON as in Seed.h. Gives what could not be applied.
+    std::vector<std::string> change(const std::string& json);
+
     Faults faults() const; // as they stand: counts that run down show what is left
     void setFaults(const Faults& faults);
     void stealControl(bool exclusive = false); // another host takes control and keeps it, until:

@@ -53,6 +53,8 @@ void addCameraOptions(CLI::App& app, Group& group)
     app.add_option("--firmware", config.firmware, "Device version that discovery tells")
         ->capture_default_str();
     app.add_option("--seed", group.seedFile, "First contents of the registers, JSON");
+    app.add_option("--changes", group.camera.changesFile,
+                   "Contents of registers as --seed, written at each SIGUSR1; then \"changed\" is printed");
     app.add_flag("--zipped", config.zipped, "The first URL names the zipped description");
     app.add_option("--first-url", config.firstUrl, "First URL instead; {name} {address} {length} {schema}");
     app.add_option("--second-url", config.secondUrl, "Second URL instead");

@@ -15,6 +15,7 @@ struct CameraOptions
 {
     CameraConfig config;
     Faults faults;
+    std::string changesFile; // empty: none; read each time that the changes are asked for
 };
 
 struct Options

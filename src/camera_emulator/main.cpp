@@ -25,15 +25,21 @@ std::string statistics(const std::list<emu::Camera>& cameras)
     return text + "]\n";
 }
 
-// The signals that end the program are blocked before any thread starts, so that sigwait() alone sees them.
-sigset_t blockEndSignals()
+// The program's signals are blocked before any thread starts, so that sigwait() alone sees them.
+sigset_t blockSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGTERM);
     sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGUSR1);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
     return signals;
+}
+
+void tellProblem(const emu::Camera& camera, const std::string& problem)
+{
+    std::cerr << "camera_emulator: " << camera.config().address << ": " << problem << std::endl;
 }
 
 int startAll(const emu::Options& options, std::list<emu::Camera>& cameras)
@@ -41,8 +47,7 @@ int startAll(const emu::Options& options, std::list<emu::Camera>& cameras)
     for (const emu::CameraOptions& wanted : options.cameras) {
         emu::Camera& camera = cameras.emplace_back(wanted.config);
         for (const std::string& problem : camera.seedProblems())
-            std::cerr << "camera_emulator: " << wanted.config.address << ": not seeded: " << problem
-                      << std::endl;
+            tellProblem(camera, "not seeded: " + problem);
         camera.setFaults(wanted.faults);
         const emu::StartResult result = camera.start();
         if (result)
@@ -53,9 +58,26 @@ int startAll(const emu::Options& options, std::list<emu::Camera>& cameras)
     return Good;
 }
 
+void changeAll(const emu::Options& options, std::list<emu::Camera>& cameras)
+{
+    auto wanted = options.cameras.begin();
+    for (emu::Camera& camera : cameras) {
+        const std::string& file = (wanted++)->changesFile;
+        if (file.empty())
+            continue;
+        const auto changes = emu::readFile(file);
+        if (!changes)
+            tellProblem(camera, file + " cannot be read.");
+        else
+            for (const std::string& problem : camera.change(*changes))
+                tellProblem(camera, "not changed: " + problem);
+    }
+    std::cout << "changed" << std::endl;
+}
+
 int run(const emu::Options& options)
 {
-    const sigset_t signals = blockEndSignals();
+    const sigset_t signals = blockSignals();
     std::list<emu::Camera> cameras;
     if (const int code = startAll(options, cameras))
         return code;
@@ -66,7 +88,8 @@ int run(const emu::Options& options)
     std::cout << "ready" << std::endl;
 
     int signal = 0;
-    sigwait(&signals, &signal);
+    while (sigwait(&signals, &signal) == 0 && signal == SIGUSR1)
+        changeAll(options, cameras);
     for (emu::Camera& camera : cameras)
         camera.stop();
     if (options.statsFile.empty())

@@ -2,6 +2,7 @@
 
 #include "iefeatures/ExitCode.h"
 #include "iefeatures/ExportCommand.h"
+#include "iefeatures/ImportCommand.h"
 #include "iefeatures/ListCommand.h"
 
 #include <SuiteTools/SuiteTools.h>
@@ -23,6 +24,7 @@ Commands allCommands()
     Commands commands;
     commands.push_back(std::make_unique<ListCommand>());
     commands.push_back(std::make_unique<ExportCommand>());
+    commands.push_back(std::make_unique<ImportCommand>());
     return commands;
 }
 
@@ -58,7 +60,7 @@ int withOutputChecked(Console& console, int code)
 int runCompanion(const std::vector<std::string>& arguments, World world)
 {
     const Commands commands = allCommands();
-    CLI::App app("Copies the features of GenICam cameras into files.", "iefeatures");
+    CLI::App app("Copies the features of GenICam cameras into files and back.", "iefeatures");
     describe(app, commands);
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend()); // as CLI11 takes them

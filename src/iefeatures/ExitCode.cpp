@@ -14,7 +14,9 @@ std::string exitCodeTable()
         {ExitJobFailed, "a job failed; the others went on"},
         {ExitUsage, "wrong usage, or two chosen cameras that would write one file; nothing was done"},
         {ExitNoSuchCamera, "no such camera; nothing was done"},
-        {ExitInputOutput, "input or output failed (network, log file, standard output)"},
+        {ExitNotAllApplied, "a camera did not take all of the file"},
+        {ExitIncompatible, "the file belongs to another model, firmware, board type or version"},
+        {ExitInputOutput, "input or output failed (network, file to import, log file, standard output)"},
         {ExitInterrupted, "interrupted"},
     };
     std::ostringstream text;

@@ -12,6 +12,8 @@ enum ExitCode
     ExitJobFailed = 1,
     ExitUsage = 2,
     ExitNoSuchCamera = 3,
+    ExitNotAllApplied = 4,
+    ExitIncompatible = 5,
     ExitInputOutput = 6,
     ExitInterrupted = 130
 };

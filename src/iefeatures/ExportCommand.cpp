@@ -1,9 +1,7 @@
 #include "iefeatures/ExportCommand.h"
 
-#include "iefeatures/ExitCode.h"
+#include "iefeatures/ExportSummary.h"
 #include "iefeatures/Interrupt.h"
-#include "iefeatures/Progress.h"
-#include "iefeatures/SignalPrinter.h"
 #include "iefeatures/Text.h"
 
 #include <DeviceNames.h>
@@ -15,11 +13,19 @@
 
 namespace companion
 {
-namespace
+
+void ExportCommand::addOptions(CLI::App& app)
 {
+    app.add_option("--to", m_folder, "Folder that the files go into; it must exist")
+        ->required()
+        ->type_name("DIR")
+        ->check(
+            [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
+    JobCommand::addOptions(app);
+}
 
 // A sentence for each file that more than one camera would write; the last writer would win.
-QStringList fileClashes(const std::vector<Camera>& cameras)
+QStringList ExportCommand::objections(const std::vector<Camera>& cameras) const
 {
     QMap<QString, QStringList> writers;
     for (const Camera& camera : cameras) {
@@ -34,94 +40,30 @@ QStringList fileClashes(const std::vector<Camera>& cameras)
     return sentences;
 }
 
-void tellAll(Console& console, const QStringList& sentences)
+void ExportCommand::setUp(QOperateThread& worker, const StructDeviceInfo& device) const
 {
-    for (const QString& sentence : sentences)
-        console.err(sentence + '\n');
-}
-
-} // namespace
-
-void ExportCommand::addOptions(CLI::App& app)
-{
-    app.add_option("--to", m_folder, "Folder that the files go into; it must exist")
-        ->required()
-        ->type_name("DIR")
-        ->check(
-            [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
-    m_selection.addOptions(app);
-    app.add_flag("--json", m_json, "One JSON object a line for each signal of the jobs");
-    m_log.addOptions(app);
-}
-
-int ExportCommand::execute(World& world)
-{
-    std::vector<Camera> cameras;
-    if (!findCameras(world, cameras))
-        return ExitInputOutput;
-    const CameraSelection::Choice choice = m_selection.choose(cameras);
-    if (!choice.misses.isEmpty()) {
-        tellAll(world.console, choice.misses);
-        return ExitNoSuchCamera;
-    }
-    const QStringList clashes = fileClashes(choice.cameras);
-    if (!clashes.isEmpty()) {
-        tellAll(world.console, clashes);
-        return ExitUsage;
-    }
-    return exportCameras(world, choice.cameras);
-}
-
-int ExportCommand::exportCameras(World& world, const std::vector<Camera>& cameras) const
-{
-    const LogSink log(world.console, m_log);
-    if (!log.isGood()) {
-        world.console.err("The log file cannot be opened: " + m_log.file + '\n');
-        return ExitInputOutput;
-    }
-    const Interrupt interrupt;
-    const std::vector<ExportResult> results = runJobs(world.console, cameras);
-    report(world.console, results);
-    const int code = exportExitCode(results, Interrupt::isRequested());
-    if (code == ExitWell && !log.isGood()) {
-        world.console.err("The log file cannot be written: " + m_log.file + '\n');
-        return ExitInputOutput;
-    }
-    return code;
-}
-
-std::vector<ExportResult> ExportCommand::runJobs(Console& console, const std::vector<Camera>& cameras) const
-{
-    const CallWatch watch(cameras, &Interrupt::isRequested);
-    std::unique_ptr<JobListener> listener;
-    if (m_json)
-        listener = std::make_unique<SignalPrinter>(console);
-    else
-        listener = std::make_unique<Progress>(console, cameras, watch);
-
     const QString folder = QString::fromStdString(m_folder);
-    const auto setUp = [&folder](QOperateThread& worker, const StructDeviceInfo& device) {
+    if (isBag())
+        worker.SetFeatureBagExportJob(device, folder);
+    else
         worker.SetXmlExportJob(device, folder);
-    };
-    JobBatch batch(cameras, setUp, *listener);
-    std::vector<ExportResult> results;
-    for (const JobOutcome& outcome : batch.run([] { return !Interrupt::isRequested(); }))
-        results.push_back(examineExport(outcome, watch.tally(outcome.camera.device.nDeviceID)));
-    return results;
 }
 
-void ExportCommand::report(Console& console, const std::vector<ExportResult>& results) const
+int ExportCommand::conclude(Console& console, const std::vector<JobRecord>& records) const
 {
-    for (const ExportResult& result : results)
-        if (result.state == ExportResult::State::Written && result.tally.hasLineFailed)
-            console.err(result.job.camera.title() +
-                        ": the line failed during the export; the file may lack features.\n");
+    std::vector<ExportResult> results;
+    for (const JobRecord& record : records) {
+        results.push_back(examineExport(record.job, record.tally));
+        for (const QString& remark : exportRemarks(results.back(), record.findings))
+            console.err(record.job.camera.title() + ": " + remark + '\n');
+    }
     if (Interrupt::isRequested())
         console.err(std::string("Interrupted.\n"));
-    if (!m_json)
+    if (!wantsJson())
         console.out(exportTable(results));
     else if (Interrupt::isRequested())
         console.err(exportFates(results));
+    return exportExitCode(results, Interrupt::isRequested());
 }
 
 } // namespace companion

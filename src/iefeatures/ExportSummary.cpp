@@ -3,6 +3,8 @@
 #include "iefeatures/ExitCode.h"
 #include "iefeatures/Text.h"
 
+#include <QOperateThread.h>
+
 #include <QFile>
 
 #include <algorithm>
@@ -26,11 +28,22 @@ int countFeatures(const QString& path)
     return count;
 }
 
+int countBagLines(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    int count = 0;
+    for (const QByteArray& line : file.readAll().split('\n'))
+        count += !line.isEmpty() && !line.startsWith('#');
+    return count;
+}
+
 State stateOf(const JobOutcome& job, const CallWatch::Tally& tally)
 {
     if (!job.hasStarted)
         return State::NotStarted;
-    return job.hasFailed || tally.wasRefused ? State::Failed : State::Written;
+    return job.hasFailed || tally.wasRefused || !tally.wasOpened ? State::Failed : State::Written;
 }
 
 QString fate(const ExportResult& result)
@@ -50,10 +63,21 @@ ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally)
 {
     ExportResult result{job, tally, stateOf(job, tally)};
     if (result.state == State::Written)
-        result.features = countFeatures(job.path);
-    else if (job.hasStarted && !job.hasFailed)
+        result.features =
+            job.type == JOB_FEATURE_BAG_EXPORT ? countBagLines(job.path) : countFeatures(job.path);
+    else if (tally.wasOpened && !job.hasFailed)
         QFile::remove(job.path);
     return result;
+}
+
+QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings& findings)
+{
+    QStringList remarks;
+    if (result.state == State::Written && result.tally.hasLineFailed)
+        remarks += "the line failed during the export; the file may lack features.";
+    if (result.state == State::Failed && !result.job.hasFailed && !result.tally.wasOpened)
+        remarks += "the camera could not be opened.";
+    return remarks + printableLines(findings.bagText);
 }
 
 QString exportTable(const std::vector<ExportResult>& results)

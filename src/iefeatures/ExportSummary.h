@@ -5,6 +5,7 @@
 #include "iefeatures/JobBatch.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
@@ -23,12 +24,14 @@ struct ExportResult
     JobOutcome job;
     CallWatch::Tally tally;
     State state = State::NotStarted;
-    int features = 0; // blocks of the written file
+    int features = 0; // blocks of the written file, lines of a feature bag
 };
 
 // Counts the written features. A file that was written although calls of its job were refused lacks features
 // without showing it: it is removed and the job counts as failed.
 ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally);
+// What the job's signals have not told; a sentence each.
+QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings& findings);
 
 // A header, a line a camera: model, serial number, features written, requests on the wire, seconds, path; and
 // "4 exported, 0 failed".

@@ -50,8 +50,10 @@ void JobBatch::start(Job& job)
     job.worker = std::make_unique<QOperateThread>();
     QOperateThread* worker = job.worker.get();
     JobOutcome& outcome = job.outcome;
-    QObject::connect(worker, &QOperateThread::SigBeginThread, &m_here,
-                     [this, &outcome](long, unsigned type) { m_listener.begin(outcome.camera, type); });
+    QObject::connect(worker, &QOperateThread::SigBeginThread, &m_here, [this, &outcome](long, unsigned type) {
+        outcome.type = type;
+        m_listener.begin(outcome.camera, type);
+    });
     QObject::connect(worker, &QOperateThread::SigThreadInfo, &m_here,
                      [this, &outcome](long, const QString& message, bool isFailure) {
                          outcome.hasFailed = outcome.hasFailed || isFailure;
@@ -63,8 +65,9 @@ void JobBatch::start(Job& job)
                          job.outcome.seconds = double(job.clock.nsecsElapsed()) / 1e9;
                          m_listener.end(job.outcome.camera, type, path);
                      });
-    QObject::connect(worker, &QThread::finished, &m_here, [this, worker] {
+    QObject::connect(worker, &QThread::finished, &m_here, [this, worker, &outcome] {
         worker->wait();
+        outcome.errorCode = worker->ErrorCode();
         finish();
     });
     outcome.hasStarted = true;

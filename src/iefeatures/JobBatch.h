@@ -23,6 +23,8 @@ struct JobOutcome
     bool hasFailed = false; // a failure was reported
     QString path;           // of the end report
     double seconds = 0;     // from begin to end report
+    unsigned type = 0;      // of the begin report
+    unsigned errorCode = 0; // the worker's result code
 };
 
 // Told of the workers' signals on the thread that runs the batch.

@@ -88,11 +88,13 @@ QString Progress::stateText(const Line& line) const
     return {};
 }
 
-// Never as high as the screen: what has scrolled away cannot be drawn over.
+// Never as high as the screen: what has scrolled away cannot be drawn over. Where not all have room, those
+// that run are shown.
 QStringList Progress::block() const
 {
     const TerminalSize size = m_console.size();
     const int room = std::max(1, size.rows - 2);
+    const bool isCrowded = int(m_lines.size()) > room;
     int titleWidth = 0;
     for (const Line& line : m_lines)
         titleWidth = std::max(titleWidth, displayWidth(line.camera.title()));
@@ -102,6 +104,8 @@ QStringList Progress::block() const
     for (const Line& line : m_lines) {
         if (lines.size() == room)
             break;
+        if (isCrowded && line.state != State::Running)
+            continue;
         const QString text = fitted(line.camera.title(), titleWidth) + "  " + stateText(line);
         const QString shown = fitted(text, size.columns - 1);
         const bool isRed = m_console.colours() && line.state == State::Failed;

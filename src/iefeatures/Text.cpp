@@ -62,6 +62,14 @@ QString printable(const QString& text)
     return QString::fromUcs4(characters.constData(), characters.size());
 }
 
+QStringList printableLines(const QString& text)
+{
+    QStringList lines = text.split('\n', Qt::SkipEmptyParts);
+    for (QString& line : lines)
+        line = printable(line);
+    return lines;
+}
+
 int displayWidth(const QString& text)
 {
     int width = 0;

@@ -11,6 +11,8 @@ namespace companion
 
 // Text from a camera without what a terminal would act on: control and format characters become U+FFFD.
 QString printable(const QString& text);
+// The same of each line of a text; an empty text has none.
+QStringList printableLines(const QString& text);
 
 // Terminal columns that a text takes: East Asian wide characters two, combining marks none.
 int displayWidth(const QString& text);

@@ -201,10 +201,6 @@ TEST_F(CameraOnEmulator, isFoundAndAskedWithoutTakingControl)
     ASSERT_EQ(KX_CC_EnumDevices(KX_TRANSPORT_ALL, nullptr, 0, &count), KX_OK);
     EXPECT_EQ(count, 1u);
     uint32_t availability = 0;
-    ASSERT_EQ(open(), KX_OK);
-    ASSERT_EQ(KX_CC_IsDeviceAccessible(&entries[0].info, &availability), KX_OK);
-    EXPECT_EQ(availability, static_cast<uint32_t>(KX_AVAILABILITY_IN_USE));
-    KX_CC_CloseDevice(handle);
     ASSERT_EQ(KX_CC_IsDeviceAccessible(&entries[0].info, &availability), KX_OK);
     EXPECT_EQ(availability, static_cast<uint32_t>(KX_AVAILABILITY_FREE));
     KX_DeviceInfo other = entries[0].info;
@@ -213,6 +209,29 @@ TEST_F(CameraOnEmulator, isFoundAndAskedWithoutTakingControl)
     KX_HANDLE none = nullptr;
     EXPECT_EQ(KX_CC_CreateHandle(&none, &other), KX_E_NOT_SUPPORTED);
     EXPECT_EQ(none, nullptr);
+}
+
+TEST_F(CameraOnEmulator, controlThatThisProcessHoldsDoesNotMakeTheCameraTaken)
+{
+    ::setenv("KX_CAMERA_INTERFACES", "none", 1);
+    ::setenv("KX_CAMERA_ADDRESSES", camera.config().address.c_str(), 1);
+    KX_DeviceEntry entry{};
+    uint32_t count = 0;
+    const auto seen = [&] {
+        EXPECT_EQ(KX_CC_EnumDevices(KX_TRANSPORT_ALL, &entry, 1, &count), KX_OK);
+        uint32_t availability = 0;
+        EXPECT_EQ(KX_CC_IsDeviceAccessible(&entry.info, &availability), KX_OK);
+        EXPECT_EQ(availability, entry.availability);
+        return availability;
+    };
+    ASSERT_EQ(open(), KX_OK);
+    EXPECT_TRUE(camera.isControlled());
+    EXPECT_EQ(seen(), uint32_t(KX_AVAILABILITY_FREE));
+    KX_CC_CloseDevice(handle);
+    camera.stealControl();
+    EXPECT_EQ(seen(), uint32_t(KX_AVAILABILITY_IN_USE)) << "somebody else's";
+    EXPECT_NE(open(), KX_OK);
+    EXPECT_EQ(seen(), uint32_t(KX_AVAILABILITY_IN_USE)) << "asking for control is not having it";
 }
 
 TEST_F(CameraOnEmulator, manyHandlesTalkToTheirCamerasAtOnce)

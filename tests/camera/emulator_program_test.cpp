@@ -70,10 +70,11 @@ private:
     pid_t m_process = 0;
 };
 
-bool appears(const std::string& path)
+template <typename Condition>
+bool waitUntil(Condition condition)
 {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (access(path.c_str(), F_OK) != 0) {
+    while (!condition()) {
         if (std::chrono::steady_clock::now() > end)
             return false;
         std::this_thread::sleep_for(milliseconds(2));
@@ -81,7 +82,38 @@ bool appears(const std::string& path)
     return true;
 }
 
+bool appears(const std::string& path)
+{
+    return waitUntil([&] { return access(path.c_str(), F_OK) == 0; });
+}
+
 } // namespace
+
+TEST(EmulatorProgram, changesRegistersBehindTheHostsBackWhenAsked)
+{
+    const std::string first = tests::freshLoopbackAddress();
+    const std::string second = tests::freshLoopbackAddress();
+    const std::string ready = temporary("ready");
+    const std::string changes = temporary("changes");
+    Program program({"--ready-file", ready, "--address", first, "--changes", changes, "--address", second});
+    ASSERT_TRUE(appears(ready));
+    const auto says = [&](const std::string& lines) {
+        return waitUntil([&] { return program.output() == "ready\n" + lines; });
+    };
+    program.signal(SIGUSR1);
+    const std::string unread = "camera_emulator: " + first + ": " + changes + " cannot be read.\nchanged\n";
+    EXPECT_TRUE(says(unread)) << program.output();
+
+    ASSERT_TRUE(emu::writeFile(changes, R"({"nodes": {"Width": 128, "Nope": 1}})"));
+    program.signal(SIGUSR1);
+    EXPECT_TRUE(says(unread + "camera_emulator: " + first +
+                     ": not changed: Node Nope is no node of the description.\nchanged\n"))
+        << program.output();
+    EXPECT_EQ(GvcpClient(first).read({0x11010}).payload, (gvcp::Bytes{0, 0, 0, 128}));
+    EXPECT_EQ(GvcpClient(second).read({0x11010}).payload, (gvcp::Bytes{0, 0, 2, 128}));
+    std::remove(ready.c_str());
+    std::remove(changes.c_str());
+}
 
 TEST(EmulatorProgram, runsSeveralCamerasUntilItIsEnded)
 {

@@ -2,6 +2,8 @@
 
 #include "companion/CompanionFixture.h"
 
+#include <QOperateThread.h>
+
 #include <QFile>
 
 using namespace companion;
@@ -29,6 +31,14 @@ protected:
         file.write(text);
         return job;
     }
+
+    static CallWatch::Tally opened(bool wasRefused = false)
+    {
+        CallWatch::Tally tally;
+        tally.wasOpened = true;
+        tally.wasRefused = wasRefused;
+        return tally;
+    }
 };
 
 const char kTwoFeatures[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
@@ -44,7 +54,7 @@ const char kTwoFeatures[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
 
 TEST_F(ExportSummary, CountsFeaturesAlsoWhereAValueMakesTheFileNoXml)
 {
-    const ExportResult result = examineExport(jobWithFile(kTwoFeatures), {});
+    const ExportResult result = examineExport(jobWithFile(kTwoFeatures), opened());
     EXPECT_EQ(result.state, State::Written);
     EXPECT_EQ(result.features, 2);
 }
@@ -53,18 +63,32 @@ TEST_F(ExportSummary, LeavesTheFileOfAFailedJobAlone)
 {
     JobOutcome job = jobWithFile("from yesterday");
     job.hasFailed = true;
-    CallWatch::Tally tally;
-    tally.wasRefused = true;
-    EXPECT_EQ(examineExport(job, tally).state, State::Failed);
+    EXPECT_EQ(examineExport(job, opened(true)).state, State::Failed);
     EXPECT_EQ(fileText("EMU-1_S1.fpk"), "from yesterday");
 }
 
 TEST_F(ExportSummary, RemovesAFileThatWasWrittenAlthoughCallsWereRefused)
 {
+    EXPECT_EQ(examineExport(jobWithFile(kTwoFeatures), opened(true)).state, State::Failed);
+    EXPECT_EQ(filesInFolder(), QStringList());
+}
+
+// A feature bag job does not say that it could not open its camera.
+TEST_F(ExportSummary, LeavesTheFileOfAJobAloneThatNeverGotToItsCamera)
+{
     CallWatch::Tally tally;
     tally.wasRefused = true;
-    EXPECT_EQ(examineExport(jobWithFile(kTwoFeatures), tally).state, State::Failed);
-    EXPECT_EQ(filesInFolder(), QStringList());
+    const ExportResult result = examineExport(jobWithFile("from yesterday"), tally);
+    EXPECT_EQ(result.state, State::Failed);
+    EXPECT_EQ(fileText("EMU-1_S1.fpk"), "from yesterday");
+    EXPECT_EQ(exportRemarks(result, {}), QStringList{"the camera could not be opened."});
+}
+
+TEST_F(ExportSummary, CountsTheLinesOfAFeatureBag)
+{
+    JobOutcome job = jobWithFile("# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n# Device\nWidth\t640\nGain\t1\n");
+    job.type = JOB_FEATURE_BAG_EXPORT;
+    EXPECT_EQ(examineExport(job, opened()).features, 2);
 }
 
 TEST_F(ExportSummary, TellsAJobThatNeverStarted)

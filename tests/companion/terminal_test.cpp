@@ -21,14 +21,14 @@ namespace
 class PseudoTerminal
 {
 public:
-    PseudoTerminal()
+    explicit PseudoTerminal(unsigned short rows = 20)
     {
         m_master = ::posix_openpt(O_RDWR | O_NOCTTY);
         ::grantpt(m_master);
         ::unlockpt(m_master);
         winsize size{};
         size.ws_col = 60;
-        size.ws_row = 20;
+        size.ws_row = rows;
         ::ioctl(m_master, TIOCSWINSZ, &size);
         m_slave = ::open(name().toLocal8Bit().constData(), O_RDWR | O_NOCTTY); // keeps what is written
     }
@@ -105,6 +105,22 @@ TEST_F(OnATerminal, ADumbOneGetsPlainLines)
     EXPECT_THAT(screen, HasSubstr("EMU-1 Sound: exporting\r\n"));
     EXPECT_THAT(screen, HasSubstr(kFailure));
     EXPECT_THAT(screen, HasSubstr("EMU-1 Sound: done\r\n"));
+}
+
+TEST_F(OnATerminal, ProgressStaysLowerThanTheScreen)
+{
+    for (int i = 0; i < 7; ++i)
+        addCamera("S" + std::to_string(i),
+                  [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(3); });
+    PseudoTerminal terminal(5);
+    Program program({"export", "--all", "--to", folder()}, "export TERM=xterm;");
+    program.process().setStandardErrorFile(terminal.name());
+    program.start();
+    EXPECT_EQ(program.finish().code, 0);
+    const std::string screen = terminal.written();
+    EXPECT_THAT(screen, HasSubstr("\r\033[3A\033[J"));
+    EXPECT_THAT(screen, Not(HasSubstr("\033[4A")));
+    EXPECT_THAT(screen, Not(HasSubstr("  done")));
 }
 
 TEST(Console, PutsMessagesAndResultsAboveTheBlock)

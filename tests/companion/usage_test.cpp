@@ -44,18 +44,23 @@ TEST(Usage, HelpsWithCommandsAndExitCodes)
     EXPECT_EQ(run.code, 0);
     EXPECT_THAT(run.out, HasSubstr("  list  "));
     EXPECT_THAT(run.out, HasSubstr("  export  "));
+    EXPECT_THAT(run.out, HasSubstr("  import  "));
     EXPECT_THAT(run.out, HasSubstr(companion::exitCodeTable()));
     EXPECT_EQ(run.err, "");
 }
 
 TEST(Usage, HelpsWithOneCommand)
 {
-    const Result run = runWithoutCameras({"export", "--help"});
-    EXPECT_EQ(run.code, 0);
-    for (const char* option :
-         {"--to", "--all", "--serial", "--name", "--address", "--model", "--json", "--verbose", "--log"})
-        EXPECT_THAT(run.out, HasSubstr(std::string(option) + " "));
-    EXPECT_THAT(run.out, HasSubstr(companion::exitCodeTable()));
+    for (const char* command : {"export", "import"}) {
+        const Result run = runWithoutCameras({command, "--help"});
+        EXPECT_EQ(run.code, 0);
+        for (const char* option : {"--all", "--serial", "--name", "--address", "--model", "--format",
+                                   "--json", "--verbose", "--log"})
+            EXPECT_THAT(run.out, HasSubstr(std::string(option) + " "));
+        EXPECT_THAT(run.out, HasSubstr(companion::exitCodeTable()));
+    }
+    EXPECT_THAT(runWithoutCameras({"export", "--help"}).out, HasSubstr("--to "));
+    EXPECT_THAT(runWithoutCameras({"import", "--help"}).out, HasSubstr("FILE "));
 }
 
 TEST(Usage, HasATableOfExitCodes)
@@ -66,7 +71,9 @@ TEST(Usage, HasATableOfExitCodes)
               "  1    a job failed; the others went on\n"
               "  2    wrong usage, or two chosen cameras that would write one file; nothing was done\n"
               "  3    no such camera; nothing was done\n"
-              "  6    input or output failed (network, log file, standard output)\n"
+              "  4    a camera did not take all of the file\n"
+              "  5    the file belongs to another model, firmware, board type or version\n"
+              "  6    input or output failed (network, file to import, log file, standard output)\n"
               "  130  interrupted\n");
 }
 
@@ -98,12 +105,20 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair(Arguments{"export", "--all", "--to", ""}, "--to: Name a folder.\n"),
         std::pair(Arguments{"export", "--to", "."}, "At least 1 option from"),
         std::pair(Arguments{"export", "--to", ".", "--all", "--serial", "1"}, "--all excludes --serial\n"),
-        std::pair(Arguments{"export", "--to", ".", "--serial"}, "--serial: 1 required")));
+        std::pair(Arguments{"export", "--to", ".", "--serial"}, "--serial: 1 required"),
+        std::pair(Arguments{"export", "--to", ".", "--all", "--format", "zip"}, "--format: zip not in {"),
+        std::pair(Arguments{"import", "--all"}, "FILE is required\n"),
+        std::pair(Arguments{"import", "", "--all"}, "FILE: Name a file.\n"),
+        std::pair(Arguments{"import", "a.fpk"}, "At least 1 option from"),
+        std::pair(Arguments{"import", "a.fpk", "b.fpk", "--all"},
+                  "The following argument was not expected: b.fpk\n"),
+        std::pair(Arguments{"import", "a.fpk", "--all", "--format", "zip"}, "--format: zip not in {")));
 
 TEST(ManPage, NamesEveryOption)
 {
     const QString page = manPage();
     const QString help = QString::fromStdString(runWithoutCameras({"export", "--help"}).out +
+                                                runWithoutCameras({"import", "--help"}).out +
                                                 runWithoutCameras({"list", "--help"}).out);
     auto options = QRegularExpression("--[a-z]+").globalMatch(help);
     int seen = 0;
@@ -125,5 +140,5 @@ TEST(ManPage, HasTheSameExitCodes)
         const QString entry = ".TP\n.B " + row.captured(1) + "\n" + row.captured(2) + "\n";
         EXPECT_TRUE(page.contains(entry)) << entry.toStdString();
     }
-    EXPECT_EQ(seen, 6);
+    EXPECT_EQ(seen, 8);
 }

@@ -58,29 +58,49 @@ StructDeviceInfo deviceRecord(const emu::CameraConfig& config)
     return record;
 }
 
+namespace
+{
+
+// Starts the worker, waits for its end and gives its log.
+QStringList runWorker(QOperateThread& worker, QStringList& messages)
+{
+    QObject::connect(
+        &worker, &QOperateThread::SigThreadInfo, &worker,
+        [&messages](long, const QString& text, bool) { messages += text; }, Qt::DirectConnection);
+    logTexts.clear();
+    previousHandler = qInstallMessageHandler(takeLine);
+    worker.start();
+    worker.wait();
+    qInstallMessageHandler(previousHandler);
+    return logTexts;
+}
+
+} // namespace
+
 ExportOutcome exportCamera(const emu::CameraConfig& config, const QString& folder)
 {
     qputenv("VELA_PROGRAM_DATA", folder.toLocal8Bit());
     ExportOutcome outcome;
     QOperateThread worker;
     QObject::connect(
-        &worker, &QOperateThread::SigThreadInfo, &worker,
-        [&outcome](long, const QString& text, bool) { outcome.messages += text; }, Qt::DirectConnection);
-    QObject::connect(
         &worker, &QOperateThread::SigEndThread, &worker,
         [&outcome](long, unsigned int, const QString& path) { outcome.path = path; }, Qt::DirectConnection);
     worker.SetXmlExportJob(deviceRecord(config), folder);
-
-    logTexts.clear();
-    previousHandler = qInstallMessageHandler(takeLine);
-    worker.start();
-    worker.wait();
-    qInstallMessageHandler(previousHandler);
-    outcome.log = logTexts;
+    outcome.log = runWorker(worker, outcome.messages);
 
     QFile file(outcome.path);
     if (file.open(QIODevice::ReadOnly))
         outcome.file = file.readAll();
+    return outcome;
+}
+
+ImportOutcome importFile(const emu::CameraConfig& config, const QString& file)
+{
+    ImportOutcome outcome;
+    QOperateThread worker;
+    worker.SetXmlImportJob(deviceRecord(config), file);
+    outcome.log = runWorker(worker, outcome.messages);
+    outcome.errorCode = worker.ErrorCode();
     return outcome;
 }
 

@@ -1,5 +1,5 @@
-// One XML export of an emulated camera by the worker, over the camera library and the suite's library as they
-// are: nothing scripted.
+// One XML export or import of an emulated camera by the worker, over the camera library and the suite's
+// library as they are: nothing scripted.
 #pragma once
 
 #include "camera_emulator/CameraConfig.h"
@@ -27,5 +27,15 @@ struct ExportOutcome
 // Runs a worker of its own to its end. `folder` exists; the filter folder is looked for below it, so that no
 // filter file of this machine counts.
 ExportOutcome exportCamera(const emu::CameraConfig& config, const QString& folder);
+
+struct ImportOutcome
+{
+    QStringList messages;
+    QStringList log;
+    unsigned int errorCode = 0; // the worker's
+};
+
+// The same for an import of a features file.
+ImportOutcome importFile(const emu::CameraConfig& config, const QString& file);
 
 } // namespace tests

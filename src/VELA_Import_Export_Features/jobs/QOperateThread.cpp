@@ -8,16 +8,29 @@ QOperateThread::~QOperateThread() = default;
 
 void QOperateThread::SetXmlImportJob(const StructDeviceInfo& stDevice, const QString& strFile)
 {
-    m_nThreadType = JOB_FEATURE_XML_IMPORT;
-    m_stDevice = stDevice;
-    m_strFilePath = strFile;
+    SetJob(JOB_FEATURE_XML_IMPORT, stDevice, strFile);
 }
 
 void QOperateThread::SetXmlExportJob(const StructDeviceInfo& stDevice, const QString& strFolder)
 {
-    m_nThreadType = JOB_FEATURE_XML_EXPORT;
+    SetJob(JOB_FEATURE_XML_EXPORT, stDevice, strFolder);
+}
+
+void QOperateThread::SetFeatureBagImportJob(const StructDeviceInfo& stDevice, const QString& strFile)
+{
+    SetJob(JOB_FEATURE_BAG_IMPORT, stDevice, strFile);
+}
+
+void QOperateThread::SetFeatureBagExportJob(const StructDeviceInfo& stDevice, const QString& strFolder)
+{
+    SetJob(JOB_FEATURE_BAG_EXPORT, stDevice, strFolder);
+}
+
+void QOperateThread::SetJob(JobType eType, const StructDeviceInfo& stDevice, const QString& strPath)
+{
+    m_nThreadType = eType;
     m_stDevice = stDevice;
-    m_strFilePath = strFolder;
+    m_strFilePath = strPath;
 }
 
 void QOperateThread::run()

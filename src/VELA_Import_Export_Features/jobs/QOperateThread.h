@@ -49,6 +49,8 @@ public:
 
     void SetXmlImportJob(const StructDeviceInfo& stDevice, const QString& strFile);
     void SetXmlExportJob(const StructDeviceInfo& stDevice, const QString& strFolder);
+    void SetFeatureBagImportJob(const StructDeviceInfo& stDevice, const QString& strFile);
+    void SetFeatureBagExportJob(const StructDeviceInfo& stDevice, const QString& strFolder);
 
     // The result of the last XML import (ImportResult); to be asked when the job is over.
     unsigned int ErrorCode() const { return m_nErrorCode; }
@@ -64,6 +66,8 @@ protected:
 
 private:
     friend class QOperateThreadProbe; // tests look at the worker's state through it
+
+    void SetJob(JobType eType, const StructDeviceInfo& stDevice, const QString& strPath);
 
     // Connection and end report.
     bool OpenDevice();

@@ -5,6 +5,7 @@
 #include "JobMemory.h"
 #include "JobRules.h"
 #include "QOperateThread.h"
+#include "RegisterEvaluator.h"
 #include "XmlDepth.h"
 
 #include <SuiteTools/SuiteTools.h>
@@ -164,10 +165,12 @@ bool QOperateThread::import_feature_xml(const QDomDocument& document)
     ChooseImportSkipList();
     const QDomElement root = document.documentElement();
     const QString strVersion = root.attribute("version");
-    if (strVersion != VELAInterface::softwareVersion())
-        m_nErrorCode = IMPORT_ERR_VERSION; // another version is remembered only; none at all fails. Meant.
-    if (strVersion.isEmpty())
+    if (strVersion.isEmpty()) {
+        m_nErrorCode = IMPORT_ERR_VERSION;
         return false;
+    }
+    if (strVersion != VELAInterface::softwareVersion())
+        m_nErrorCode = IMPORT_ERR_VERSION; // remembered only. Meant.
     if (!BelongsToCamera(root)) {
         m_nErrorCode = IMPORT_ERR_MODEL;
         return false;
@@ -351,7 +354,7 @@ bool QOperateThread::PrepareBuffer(const QString& strLength, RegisterBuffer& buf
         buffer.pWords = static_cast<quint32*>(buffer.heap.get());
         if (!buffer.pWords) {
             IE_JOB_LOG(QString("Import %1 failed.malloc %2 failed.")
-                           .arg(buffer.strName, QString::number(nWords * 4)));
+                           .arg(buffer.strName, QString::number(quint64(nWords) * 4)));
             return false;
         }
     }
@@ -375,18 +378,30 @@ bool QOperateThread::SetValueFromReg(const QDomElement& entry, qint64 nAddress, 
     if (strCurrent == strTo)
         return false;
     // The converted value is worked out and not asked. Meant.
-    bool ok = false;
     QString strFormula = entry.attribute("from");
-    VELAInterface::Compute(strFormula.replace("TO", strCurrent).toLocal8Bit().constData(), ok);
+    if (strFormula.size() + qint64(strFormula.count("TO")) * strCurrent.size() <=
+        RegisterEvaluator::kMaximumFormula) {
+        bool ok = false;
+        VELAInterface::Compute(strFormula.replace("TO", strCurrent).toLocal8Bit().constData(), ok);
+    }
     return true;
 }
 
 void QOperateThread::FillBuffer(const QDomElement& entry, RegisterBuffer& buffer) const
 {
     const QString strTo = entry.attribute("to");
-    const QStringList lstWords = strTo.isEmpty() ? entry.text().split(',') : QStringList(strTo);
-    for (int i = 0; i < lstWords.size() && i < buffer.nWords; ++i)
-        buffer.pWords[i] = fileWord(lstWords[i], buffer.bSwap);
+    if (!strTo.isEmpty()) {
+        buffer.pWords[0] = fileWord(strTo, buffer.bSwap); // the others keep what has been read
+        return;
+    }
+    const QString strText = entry.text();
+    // Part by part, no further than the buffer reaches: all parts of a huge text would not fit into memory.
+    for (int i = 0, nBegin = 0; i < buffer.nWords && nBegin <= strText.size(); ++i) {
+        const int nComma = strText.indexOf(',', nBegin);
+        const int nEnd = nComma < 0 ? strText.size() : nComma;
+        buffer.pWords[i] = fileWord(strText.mid(nBegin, nEnd - nBegin), buffer.bSwap);
+        nBegin = nEnd + 1;
+    }
 }
 
 // False: the write failed and nothing excuses it.

@@ -168,7 +168,7 @@ bool RegisterBlock::takeVariable(const QDomElement& variable)
         IE_JOB_LOG(QString("getValue getIntValue failed:%1 value is empty").arg(node));
         return false;
     }
-    if (!m_conversion->variables.contains(name))
+    if (!m_conversion->values.contains(name))
         m_conversion->variables.append(name);
     m_conversion->values[name] = values;
     m_conversion->isRegister[name] = isRegister;
@@ -178,7 +178,7 @@ bool RegisterBlock::takeVariable(const QDomElement& variable)
 // Zeroed once: what one address leaves behind its bytes stays for the next.
 bool RegisterBlock::allocate()
 {
-    const qint64 words = (m_length + 3) / 4;
+    const quint64 words = RegisterEvaluator::wholeWords(m_length);
     m_words = m_scratch;
     if (m_length > kScratchSize) {
         if (m_length <= RegisterEvaluator::kMaximumLength)

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <optional>
 
 namespace
 {
@@ -52,27 +53,30 @@ qint64 truncated(double value)
     constexpr double limit = 9223372036854775808.0; // 2^63
     if (value >= limit)
         return std::numeric_limits<qint64>::max();
-    return value < -limit ? std::numeric_limits<qint64>::min() : static_cast<qint64>(value);
+    return value >= -limit ? static_cast<qint64>(value) : std::numeric_limits<qint64>::min();
 }
 
-// Shifts that cut a bit range out of a word: left, then right. False: the node names no range.
-bool bitShifts(const QDomElement& node, int& left, int& right)
+// Shifts that cut a bit range out of a word: left, then right.
+struct BitShifts
+{
+    unsigned int left = 0;
+    unsigned int right = 0;
+};
+
+// Nothing where the node names no range. Bit 0 is the least significant one whatever the register's byte
+// order. Meant. Counts stay within a word.
+std::optional<BitShifts> bitShifts(const QDomElement& node)
 {
     const QDomElement bit = node.firstChildElement("Bit");
+    if (!bit.isNull())
+        return BitShifts{(31u - static_cast<unsigned int>(bit.text().toInt())) & 31, 31};
     const QDomElement lsb = node.firstChildElement("LSB");
     const QDomElement msb = node.firstChildElement("MSB");
-    if (bit.isNull() && (lsb.isNull() || msb.isNull()))
-        return false;
-    const int first = (bit.isNull() ? lsb : bit).text().toInt();
-    const int second = (bit.isNull() ? msb : bit).text().toInt();
-    const int low = std::min(first, second), high = std::max(first, second);
-    // Bit 0 is the least significant one whatever the register's byte order. Meant. Counts stay within a
-    // word.
-    left = (31 - high) & 31;
-    right = (left + (low & 31)) & 31;
-    if (low == high)
-        right = 31;
-    return true;
+    if (lsb.isNull() || msb.isNull())
+        return std::nullopt;
+    const auto low = static_cast<unsigned int>(std::min(lsb.text().toInt(), msb.text().toInt()));
+    const auto high = static_cast<unsigned int>(std::max(lsb.text().toInt(), msb.text().toInt()));
+    return BitShifts{(31u - high) & 31, (31u - high + low) & 31};
 }
 
 } // namespace
@@ -241,10 +245,7 @@ bool RegisterEvaluator::getSwissKnifeValue(const QDomElement& node, QList<_FORMU
         IE_JOB_LOG(QString("getValue  failed:%1 no formula or variables").arg(formula.swissKnife));
         return false;
     }
-    quint64 combinations = 1;
-    for (const QList<_FORMULA_RESULT_>& values : qAsConst(formula.values))
-        combinations = std::min(kMaximumValues + 1, combinations * quint64(values.size()));
-    if (combinations > kMaximumValues) {
+    if (!isAffordable(formula)) {
         IE_JOB_LOG(QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
                        .arg(formula.swissKnife, formula.text, "too many combinations"));
         return false;
@@ -252,6 +253,17 @@ bool RegisterEvaluator::getSwissKnifeValue(const QDomElement& node, QList<_FORMU
     bool ok = true;
     computeFormula(formula, formula.text, QString(), 0, out, ok);
     return ok;
+}
+
+// Counts the formula's combinations as steps.
+bool RegisterEvaluator::isAffordable(const Formula& formula)
+{
+    quint64 combinations = 1;
+    for (const QList<_FORMULA_RESULT_>& values : formula.values)
+        combinations = std::min(kMaximumValues + 1, combinations * quint64(values.size()));
+    m_nSteps += int(combinations);
+    return combinations <= kMaximumValues && m_nSteps <= kMaximumSteps &&
+           formula.values.size() <= kMaximumVariables;
 }
 
 bool RegisterEvaluator::takeVariable(const QDomElement& variable, const QString& swissKnife, Formula& formula)
@@ -290,7 +302,8 @@ void RegisterEvaluator::computeFormula(const Formula& formula, const QString& te
         for (const _FORMULA_RESULT_& value : variable.value()) {
             const QString number = QString::number(value.nValue);
             QString substituted = text;
-            substituted.replace(variable.key(), number);
+            if (text.size() <= kMaximumFormula) // names may be digits, and a text of digits multiply
+                substituted.replace(variable.key(), number);
             computeFormula(formula, substituted,
                            variables + QString("[%1:%2]").arg(formula.nodes[variable.key()], number),
                            index + 1, out, ok);
@@ -344,6 +357,11 @@ bool RegisterEvaluator::length(const LengthText& length, qint64& bytes)
     return true;
 }
 
+quint64 RegisterEvaluator::wholeWords(qint64 bytes)
+{
+    return (static_cast<quint64>(bytes) + 3) / 4;
+}
+
 bool RegisterEvaluator::getBitFieldValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out)
 {
     QDomElement* converter = nullptr;
@@ -364,33 +382,34 @@ bool RegisterEvaluator::getBitFieldValue(const QDomElement& node, QList<_FORMULA
     QList<_FORMULA_RESULT_> addresses;
     if (bytes <= 0 || !getIntRegAddress(*reg, addresses))
         return false;
-    int left = 0, right = 0;
-    const bool hasRange = bitShifts(node, left, right);
-    const qint64 size = (bytes + 3) / 4 * 4;
-    if (bytes > kMaximumLength) {
-        IE_JOB_LOG(QString("malloc size  failed:%1 size:%2").arg(nameOf(*reg), QString::number(size)));
-        return false;
-    }
-    return hasRange && readBitFields(*reg, bytes, left, right, addresses, out);
+    return readBitFields(node, *reg, bytes, addresses, out);
 }
 
-bool RegisterEvaluator::readBitFields(const QDomElement& reg, qint64 bytes, int left, int right,
+bool RegisterEvaluator::readBitFields(const QDomElement& node, const QDomElement& reg, qint64 bytes,
                                       const QList<_FORMULA_RESULT_>& addresses, QList<_FORMULA_RESULT_>& out)
 {
-    const qint64 size = (bytes + 3) / 4 * 4;
+    const quint64 size = wholeWords(bytes) * 4;
     quint32 scratch[kScratchSize / 4] = {};
-    ie::MemoryBlock heap(bytes > kScratchSize ? ie::allocateZeroed(std::size_t(size)) : nullptr);
-    quint32* words = bytes > kScratchSize ? static_cast<quint32*>(heap.get()) : scratch;
+    quint32* words = scratch;
+    ie::MemoryBlock heap;
+    if (bytes > kScratchSize) {
+        if (bytes <= kMaximumLength)
+            heap.reset(ie::allocateZeroed(std::size_t(size)));
+        words = static_cast<quint32*>(heap.get());
+    }
     if (!words) {
         IE_JOB_LOG(QString("malloc size  failed:%1 size:%2").arg(nameOf(reg), QString::number(size)));
         return false;
     }
+    const std::optional<BitShifts> shifts = bitShifts(node); // of the node, not of its register
+    if (!shifts)
+        return false;
     const bool swap = m_bGigE && bytes == 4;
     for (const _FORMULA_RESULT_& address : addresses) {
         if (!readMemory(address.nValue, words, bytes))
             return false;
         const quint32 word = qFromLittleEndian(words[0]);
-        const quint32 value = ((swap ? qbswap(word) : word) << left) >> right;
+        const quint32 value = ((swap ? qbswap(word) : word) << shifts->left) >> shifts->right;
         out.append(constant(value)); // the address's formula and variables are not passed on. Meant.
     }
     return true;

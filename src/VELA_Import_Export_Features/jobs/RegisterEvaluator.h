@@ -19,13 +19,17 @@
 // are logged here in their exact words; nothing is sent to the user.
 //
 // Hostile descriptions are bounded: a value list or a set of combinations above kMaximumValues fails, as does
-// an evaluation that nests deeper than kMaximumDepth (circles) or takes more than kMaximumSteps steps.
+// an evaluation that nests deeper than kMaximumDepth (circles) or takes more than kMaximumSteps steps, a step
+// being one operation or one combination, and a formula of more than kMaximumVariables variables. A formula's
+// text that has grown beyond kMaximumFormula is computed as it stands.
 class RegisterEvaluator
 {
 public:
     static constexpr quint64 kMaximumValues = 1048576;
     static constexpr int kMaximumDepth = 200;
     static constexpr int kMaximumSteps = 4 * 1048576;
+    static constexpr int kMaximumVariables = 1000;
+    static constexpr int kMaximumFormula = 1024 * 1024; // characters
     // Lengths beyond this count as an allocation that failed.
     static constexpr qint64 kMaximumLength = 16 * 1024 * 1024;
 
@@ -57,6 +61,9 @@ public:
     // The length that the text stands for. False when it is none: no number, or a reference without a value.
     bool length(const LengthText& length, qint64& bytes);
 
+    // 32-bit words that hold a length; not negative.
+    static quint64 wholeWords(qint64 bytes);
+
     // Whether the whole text is a hexadecimal number with or without "0x".
     static bool isNumber(const QString& text);
 
@@ -66,10 +73,11 @@ private:
 
     bool getSwissKnifeValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out);
     bool takeVariable(const QDomElement& variable, const QString& swissKnife, Formula& formula);
+    bool isAffordable(const Formula& formula);
     void computeFormula(const Formula& formula, const QString& text, const QString& variables, int index,
                         QList<_FORMULA_RESULT_>& out, bool& ok);
     bool getBitFieldValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out);
-    bool readBitFields(const QDomElement& reg, qint64 bytes, int left, int right,
+    bool readBitFields(const QDomElement& node, const QDomElement& reg, qint64 bytes,
                        const QList<_FORMULA_RESULT_>& addresses, QList<_FORMULA_RESULT_>& out);
     bool getLinkedValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out);
     bool getRegisterValue(const QDomElement& reg, QList<_FORMULA_RESULT_>& out);

@@ -125,7 +125,7 @@ typedef struct KX_DeviceInfo
 enum
 {
     KX_AVAILABILITY_FREE = 1,
-    KX_AVAILABILITY_IN_USE = 2,     /* another host holds control */
+    KX_AVAILABILITY_IN_USE = 2,     /* another program or host holds control; this process does not count */
     KX_AVAILABILITY_UNREACHABLE = 3 /* answers discovery, but not reads (another subnet, a broken device) */
 };
 

@@ -1,0 +1,89 @@
+#include "iefeatures/JobCommand.h"
+
+#include "iefeatures/ExitCode.h"
+#include "iefeatures/Interrupt.h"
+#include "iefeatures/Progress.h"
+#include "iefeatures/SignalPrinter.h"
+
+#include <CLI/CLI.hpp>
+
+namespace companion
+{
+namespace
+{
+
+void tellAll(Console& console, const QStringList& sentences)
+{
+    for (const QString& sentence : sentences)
+        console.err(sentence + '\n');
+}
+
+} // namespace
+
+void JobCommand::addOptions(CLI::App& app)
+{
+    m_selection.addOptions(app);
+    app.add_option("--format", m_format,
+                   "xml: features file (default); bag: the camera library's feature bag")
+        ->check(CLI::IsMember({"xml", "bag"}))
+        ->type_name("FORMAT");
+    app.add_flag("--json", m_json, "One JSON object a line for each signal of the jobs");
+    m_log.addOptions(app);
+}
+
+int JobCommand::execute(World& world)
+{
+    std::vector<Camera> cameras;
+    if (!findCameras(world, cameras))
+        return ExitInputOutput;
+    const CameraSelection::Choice choice = m_selection.choose(cameras);
+    if (!choice.misses.isEmpty()) {
+        tellAll(world.console, choice.misses);
+        return ExitNoSuchCamera;
+    }
+    const QStringList reasons = objections(choice.cameras);
+    if (!reasons.isEmpty()) {
+        tellAll(world.console, reasons);
+        return ExitUsage;
+    }
+    return runWithLog(world.console, choice.cameras);
+}
+
+int JobCommand::runWithLog(Console& console, const std::vector<Camera>& cameras) const
+{
+    const LogSink log(console, m_log);
+    if (!log.isGood()) {
+        console.err("The log file cannot be opened: " + m_log.file + '\n');
+        return ExitInputOutput;
+    }
+    const Interrupt interrupt;
+    const int code = conclude(console, runJobs(console, cameras));
+    if (code == ExitWell && !log.isGood()) {
+        console.err("The log file cannot be written: " + m_log.file + '\n');
+        return ExitInputOutput;
+    }
+    return code;
+}
+
+std::vector<JobRecord> JobCommand::runJobs(Console& console, const std::vector<Camera>& cameras) const
+{
+    const CallWatch watch(cameras, &Interrupt::isRequested);
+    std::unique_ptr<JobListener> listener;
+    if (m_json)
+        listener = std::make_unique<SignalPrinter>(console);
+    else
+        listener = std::make_unique<Progress>(console, cameras, watch);
+
+    const auto prepare = [this](QOperateThread& worker, const StructDeviceInfo& device) {
+        setUp(worker, device);
+    };
+    JobBatch batch(cameras, prepare, *listener);
+    std::vector<JobRecord> records;
+    for (const JobOutcome& outcome : batch.run([] { return !Interrupt::isRequested(); })) {
+        const int id = outcome.camera.device.nDeviceID;
+        records.push_back({outcome, watch.tally(id), watch.findings(id)});
+    }
+    return records;
+}
+
+} // namespace companion

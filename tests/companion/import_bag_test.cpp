@@ -1,0 +1,94 @@
+// The feature bag from the command line.
+#include "companion/ImportCompanion.h"
+
+#include <QFile>
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using tests::Result;
+
+namespace
+{
+
+class BagCommand : public tests::ImportCompanion
+{
+protected:
+    std::string exportedBag() { return exported("S1", {"--format", "bag"}); }
+    Result importBag(const std::string& name, tests::Arguments more = {"--all"})
+    {
+        more.insert(more.end(), {"--format", "bag"});
+        return import(name, more);
+    }
+};
+
+} // namespace
+
+TEST_F(BagCommand, CarriesSettingsBothWays)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exportedBag();
+    const QByteArray text = fileText(file);
+    EXPECT_TRUE(text.startsWith("# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n"));
+    EXPECT_TRUE(text.contains("\nTestPattern\t"));
+    const auto pattern = camera.node("TestPattern");
+    ASSERT_EQ(camera.setNode("TestPattern", int64_t(0)), "");
+    ASSERT_NE(camera.node("TestPattern"), pattern);
+    const Result run = importBag(file);
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(camera.node("TestPattern"), pattern);
+    EXPECT_THAT(run.out, EndsWith("\n1 applied, 0 incomplete, 0 incompatible, 0 failed\n"));
+}
+
+TEST_F(BagCommand, CountsTheLinesOfTheFile)
+{
+    addCamera("S1");
+    const Result run = tests::runInProcess({"export", "--all", "--to", folder(), "--format", "bag"});
+    EXPECT_EQ(run.code, 0);
+    const int lines = fileText("EMU-1_S1.fpk").count('\n') - 3; // the head
+    EXPECT_THAT(run.out, HasSubstr("EMU-1  S1           " + std::to_string(lines) + "  "));
+    EXPECT_THAT(run.out, EndsWith("\n1 exported, 0 failed\n"));
+}
+
+TEST_F(BagCommand, NamesWhatDidNotTakeWithTheReason)
+{
+    addCamera("S1");
+    const std::string file = exportedBag();
+    write(file, fileText(file) + "Absent\t1\n");
+    const Result run = importBag(file, {"--all", "--json"});
+    EXPECT_EQ(run.code, 4);
+    EXPECT_THAT(run.out, HasSubstr("Failed to load feature.[0x80000303] Not every feature took its value."));
+    EXPECT_THAT(run.out, EndsWith("{\"result\":\"incomplete\",\"device\":1,\"notApplied\":[\"Absent\"]}\n"));
+    EXPECT_THAT(run.err, HasSubstr("\nEMU-1 S1: Absent = 1: "));
+}
+
+// The jobs themselves say nothing of a camera that they cannot open.
+TEST_F(BagCommand, TellsOfACameraThatCannotBeOpened)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exportedBag();
+    camera.stealControl();
+    const QByteArray before = fileText(file);
+    const Result load = importBag(file, {"--all", "--json"});
+    EXPECT_EQ(load.code, 1);
+    EXPECT_THAT(load.out, Not(HasSubstr("\"info\"")));
+    EXPECT_THAT(load.out, EndsWith("{\"result\":\"failed\",\"device\":1,\"notApplied\":[]}\n"));
+    EXPECT_EQ(load.err, "EMU-1 S1: the camera could not be opened.\n");
+
+    const Result save = tests::runInProcess({"export", "--all", "--to", folder(), "--format", "bag"});
+    EXPECT_EQ(save.code, 1);
+    EXPECT_THAT(save.err, HasSubstr("EMU-1 S1: the camera could not be opened.\n"));
+    EXPECT_THAT(save.out, EndsWith("  not written\n0 exported, 1 failed\n"));
+    EXPECT_EQ(fileText(file), before);
+}
+
+TEST_F(BagCommand, TakesOtherFilesForBadInput)
+{
+    addCamera("S1");
+    const std::string features = exported("S1");
+    const Result other = importBag(features);
+    EXPECT_EQ(other.code, 6);
+    EXPECT_THAT(other.err, HasSubstr("it does not begin with the identification line"));
+    EXPECT_EQ(importBag("missing").code, 6);
+    EXPECT_EQ(import(exportedBag()).code, 6);
+}

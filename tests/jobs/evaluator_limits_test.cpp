@@ -1,0 +1,195 @@
+// Descriptions that would have an evaluator work for ever, take all memory, or run out of stack.
+#include "EvaluatorFixture.h"
+
+#include <limits>
+
+namespace
+{
+
+class EvaluatorLimits : public EvaluatorFixture
+{
+protected:
+    void describeSelector(qint64 minimum, qint64 maximum, qint64 increment = 1)
+    {
+        describe("<Integer Name=\"Sel\"/>");
+        camera.setInteger("Sel", minimum, minimum, maximum, increment);
+        nodes["V"] = valueThatSelects();
+    }
+    static QString knife(const QString& name, const QString& node)
+    {
+        return QString("<IntSwissKnife Name=\"%1\"><pVariable Name=\"X\">%2</pVariable><Formula>X</Formula>"
+                       "</IntSwissKnife>")
+            .arg(name, node);
+    }
+
+private:
+    // An integer "Sel" whose value is its whole range.
+    QDomElement valueThatSelects()
+    {
+        QDomElement node = document.createElement("Integer");
+        node.setAttribute("Name", "Sel");
+        node.appendChild(document.createElement("Value")).appendChild(document.createElement("pSelected"));
+        document.documentElement().appendChild(node);
+        return node;
+    }
+};
+
+constexpr qint64 kLowest = std::numeric_limits<qint64>::min();
+constexpr qint64 kHighest = std::numeric_limits<qint64>::max();
+
+} // namespace
+
+TEST_F(EvaluatorLimits, RangesEndAtTheLastValueOf64Bits)
+{
+    describeSelector(kHighest - 2, kHighest);
+    EXPECT_VALUES(integer("V"), {"9223372036854775805", "9223372036854775806", "9223372036854775807"});
+    describeSelector(kLowest, kHighest, kHighest);
+    EXPECT_VALUES(integer("V"), {"-9223372036854775808", "-1", "9223372036854775806"});
+}
+
+TEST_F(EvaluatorLimits, ARangeHoldsAtMostAMillionValues)
+{
+    describeSelector(1, 1048576);
+    EXPECT_EQ(integer("V").values.size(), 1048576);
+    describeSelector(0, 1048576);
+    EXPECT_FAILURE(integer("V"), {"getIntValue failed:Sel GetIntegerNodePropertyValue failed"});
+    describeSelector(0, kHighest);
+    EXPECT_FAILURE(integer("V"), {"getIntValue failed:Sel GetIntegerNodePropertyValue failed"});
+    describeSelector(kLowest, kHighest);
+    EXPECT_FAILURE(integer("V"), {"getIntValue failed:Sel GetIntegerNodePropertyValue failed"});
+}
+
+TEST_F(EvaluatorLimits, AFormulaHasAtMostAMillionCombinations)
+{
+    const auto variables = [](int count) {
+        QString text;
+        for (int i = 0; i < count; ++i)
+            text += QString("<pVariable Name=\"V%1\">L</pVariable>").arg(i);
+        return text;
+    };
+    const QString nodesText = "<Integer Name=\"L\"><pValue>En</pValue></Integer><Enumeration Name=\"En\"/>"
+                              "<IntSwissKnife Name=\"K\">%1<Formula>1</Formula></IntSwissKnife>";
+    camera.setEnumeration("En", 0, {0, 1});
+    describe(nodesText.arg(variables(21)));
+    EXPECT_FAILURE(value("K"), {"getValue  failed:K compute erro,formula:1.msg:too many combinations"});
+    EXPECT_EQ(tests::suiteCalls("Compute").size(), 0);
+    tests::suiteScript().compute = [](const char*, bool& ok) {
+        ok = false;
+        return 0.0;
+    };
+    describe(nodesText.arg(variables(10)));
+    EXPECT_FALSE(value("K").ok);
+    EXPECT_EQ(tests::suiteCalls("Compute").size(), 1024);
+}
+
+TEST_F(EvaluatorLimits, CirclesBetweenFormulasEnd)
+{
+    describe(knife("A", "B") + knife("B", "A") + knife("Self", "Self"));
+    for (const char* name : {"A", "Self"}) {
+        EXPECT_FALSE(value(name).ok);
+        const QStringList lines = takeLogs();
+        ASSERT_FALSE(lines.isEmpty());
+        EXPECT_LE(lines.size(), 2 * RegisterEvaluator::kMaximumDepth);
+        for (const QString& line : lines)
+            EXPECT_TRUE(line.startsWith("getValue getIntValue failed:")) << line.toStdString();
+    }
+}
+
+TEST_F(EvaluatorLimits, CirclesOfLinksEnd)
+{
+    describe(
+        "<Integer Name=\"To\"><pValue>Fro</pValue></Integer><Integer "
+        "Name=\"Fro\"><pValue>To</pValue></Integer>"
+        "<IntReg Name=\"R\"><pAddress>L</pAddress></IntReg><Integer Name=\"L\"><pValue>R</pValue></Integer>"
+        "<MaskedIntReg Name=\"M\"><Address>0</Address><pLength>P</pLength><Bit>0</Bit></MaskedIntReg>"
+        "<Integer Name=\"P\"><pValue>Q</pValue></Integer>" +
+        knife("Q", "M"));
+    EXPECT_EQ(registerOf("To"), QString("-"));
+    EXPECT_FALSE(integer("To").ok);
+    EXPECT_FALSE(addresses("R").ok);
+    EXPECT_FALSE(integer("M").ok);
+    EXPECT_TRUE(takeLogs().size() < 2000);
+    EXPECT_EQ(takeCalls(), QStringList());
+}
+
+TEST_F(EvaluatorLimits, AStructThatHoldsItselfEnds)
+{
+    describe(
+        "<StructReg Name=\"S\"><Address>0</Address><pLength>K</pLength><StructEntry Name=\"E\"><Bit>0</Bit>"
+        "</StructEntry></StructReg>" +
+        knife("K", "E"));
+    EXPECT_FALSE(integer("E").ok);
+}
+
+TEST_F(EvaluatorLimits, DoublingChainsCostABoundedNumberOfSteps)
+{
+    QString text = "<Integer Name=\"K0\"><Value>1</Value></Integer>";
+    for (int i = 1; i <= 60; ++i)
+        text += QString("<IntSwissKnife Name=\"K%1\"><pVariable Name=\"A\">K%2</pVariable>"
+                        "<pVariable Name=\"B\">K%2</pVariable><Formula>A+B</Formula></IntSwissKnife>")
+                    .arg(i)
+                    .arg(i - 1);
+    describe(text);
+    tests::suiteScript().compute = [](const char*, bool& ok) {
+        ok = true;
+        return 1.0;
+    };
+    EXPECT_VALUES(value("K10"), {"1 [K9:1][K9:1] A+B"});
+    EXPECT_FALSE(value("K60").ok);
+    EXPECT_LE(tests::suiteCalls("Compute").size(), RegisterEvaluator::kMaximumSteps);
+    takeLogs();
+    EXPECT_VALUES(value("K10"), {"1 [K9:1][K9:1] A+B"}); // each evaluation has its own budget
+}
+
+TEST_F(EvaluatorLimits, ManyVariablesFailInsteadOfNesting)
+{
+    QString variables;
+    for (int i = 0; i <= RegisterEvaluator::kMaximumVariables; ++i)
+        variables += QString("<pVariable Name=\"V%1_\">N</pVariable>").arg(i);
+    describe("<Integer Name=\"N\"><Value>1</Value></Integer><IntSwissKnife Name=\"K\">" + variables +
+             "<Formula>V0_</Formula></IntSwissKnife>");
+    EXPECT_FAILURE(value("K"), {"getValue  failed:K compute erro,formula:V0_.msg:too many combinations"});
+}
+
+TEST_F(EvaluatorLimits, TextsThatMultiplyEnd)
+{
+    QString variables, values;
+    for (int i = 1; i <= 8; ++i) {
+        variables += QString("<pVariable Name=\"%1\">N%1</pVariable>").arg(i);
+        values += QString("<Integer Name=\"N%1\"><Value>%2</Value></Integer>")
+                      .arg(QString::number(i), QString(18, QChar('1' + i)));
+    }
+    describe(values + "<IntSwissKnife Name=\"K\">" + variables + "<Formula>1</Formula></IntSwissKnife>");
+    int longest = 0;
+    tests::suiteScript().compute = [&longest](const char* text, bool& ok) {
+        longest = std::max(longest, int(qstrlen(text)));
+        ok = true;
+        return 0.0;
+    };
+    EXPECT_TRUE(value("K").ok);
+    EXPECT_GT(longest, RegisterEvaluator::kMaximumFormula);
+    EXPECT_LT(longest, 20 * RegisterEvaluator::kMaximumFormula);
+}
+
+TEST_F(EvaluatorLimits, LengthsThatNobodyHasAreNotAllocated)
+{
+    for (const QString length : {"0x1000001", "2147483648", "1099511627776", "0x7FFFFFFFFFFFFFFC"}) {
+        describe("<MaskedIntReg Name=\"M\"><Address>0</Address><Length>" + length +
+                 "</Length><Bit>0</Bit></MaskedIntReg>");
+        EXPECT_FALSE(integer("M").ok);
+        const QStringList lines = takeLogs();
+        ASSERT_EQ(lines.size(), 1);
+        EXPECT_TRUE(lines[0].startsWith("malloc size  failed:M size:")) << lines[0].toStdString();
+    }
+    EXPECT_EQ(takeCalls(), QStringList());
+}
+
+TEST_F(EvaluatorLimits, ANegativeLengthFailsWithoutAWord)
+{
+    describe(
+        "<MaskedIntReg Name=\"M\"><Address>0</Address><pLength>K</pLength><Bit>0</Bit></MaskedIntReg>"
+        "<IntSwissKnife Name=\"K\"><pVariable Name=\"X\">N</pVariable><Formula>0-X</Formula></IntSwissKnife>"
+        "<Integer Name=\"N\"><Value>4</Value></Integer>");
+    EXPECT_FAILURE(integer("M"), {});
+    EXPECT_EQ(takeCalls(), QStringList());
+}
