@@ -7,6 +7,10 @@
 // The library's own functions: its sources, compiled under this namespace's name.
 namespace RealSuiteTools
 {
+enum _ENCODING_TYPE_ : int;
+void SetEncodingType(_ENCODING_TYPE_ type);
+unsigned int toolsSupportNum();
+QString int2StringMacAddress(unsigned int high, unsigned int low);
 QString GetEncodeQStringFromUnChar(const unsigned char* text, int length);
 QString char2QStringLocale(const char* text, int length);
 void CovertEncodeCharFromQString(const QString& text, char* buffer, int capacity);
@@ -74,6 +78,24 @@ namespace VELAInterface
 
 using tests::record;
 using tests::suiteScript;
+
+void SetEncodingType(_ENCODING_TYPE_ type)
+{
+    record("SetEncodingType", QString::number(type));
+    RealSuiteTools::SetEncodingType(static_cast<RealSuiteTools::_ENCODING_TYPE_>(type));
+}
+
+unsigned int toolsSupportNum()
+{
+    record("toolsSupportNum");
+    return suiteScript().toolsSupportNum.value_or(RealSuiteTools::toolsSupportNum());
+}
+
+QString int2StringMacAddress(unsigned int high, unsigned int low)
+{
+    record("int2StringMacAddress", QString("%1, %2").arg(high, 0, 16).arg(low, 0, 16));
+    return RealSuiteTools::int2StringMacAddress(high, low);
+}
 
 QString GetEncodeQStringFromUnChar(const unsigned char* text, int length)
 {

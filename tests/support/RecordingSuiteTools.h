@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 namespace tests
 {
@@ -15,6 +16,7 @@ struct SuiteScript
 {
     QString softwareVersion = "7.8.9"; // fixed, so that expected files do not follow the build's version
     QString programDataPath = "/nonexistent/program-data";
+    std::optional<unsigned int> toolsSupportNum;
     std::function<int(unsigned int status)> velaCode;
     std::function<QString(unsigned int code)> sdkCode;
     std::function<QString(int code)> errorDescription;

@@ -151,6 +151,11 @@ KX_DeviceInfo deviceInfo(quint32 transportType, const QByteArray& serial, const 
 using CallHook = std::function<void(const QByteArray& serial, const TraceEntry& call)>;
 void setCallHook(CallHook hook);
 
+// What a search for cameras finds, in place of all scripted devices; runs on the searching thread, may block,
+// and leaves no entry in the record. Null: the scripted devices again.
+using DeviceSearch = std::function<std::vector<KX_DeviceEntry>()>;
+void setDeviceSearch(DeviceSearch search);
+
 // Handles created and not destroyed.
 int livingHandles();
 

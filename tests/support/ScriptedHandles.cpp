@@ -20,6 +20,7 @@ struct Library
     std::map<const char*, std::size_t> buffers;
     QStringList violations;
     CallHook hook;
+    DeviceSearch search;
     KX_CallObserver observer = nullptr; // of handles to come
     void* observerUser = nullptr;
 };
@@ -77,6 +78,7 @@ void resetScriptedCamera()
     all.buffers.clear();
     all.violations.clear();
     all.hook = nullptr;
+    all.search = nullptr;
     all.observer = nullptr;
 }
 
@@ -133,9 +135,22 @@ void setCallHook(CallHook hook)
     library().hook = std::move(hook);
 }
 
+void setDeviceSearch(DeviceSearch search)
+{
+    const std::lock_guard<std::mutex> lock(library().mutex);
+    library().search = std::move(search);
+}
+
+DeviceSearch deviceSearch()
+{
+    const std::lock_guard<std::mutex> lock(library().mutex);
+    return library().search;
+}
+
 void runHook(const QByteArray& serial, const TraceEntry& call)
 {
     CallHook hook;
+    DeviceSearch search;
     {
         const std::lock_guard<std::mutex> lock(library().mutex);
         hook = library().hook;

@@ -33,6 +33,7 @@ QByteArray serialOf(const KX_DeviceInfo& info);
 bool isInsideBuffer(const void* buffer, qint64 length);
 void runHook(const QByteArray& serial, const TraceEntry& call);
 std::vector<ScriptedDevice*> allDevices();
+DeviceSearch deviceSearch();
 
 // One call: entered into the record when it is made, finished by run().
 class ScriptedCall

@@ -1,0 +1,28 @@
+# The window, with its cameras, dialogs and folders in the test's hand. Its programs lie in a folder of their own:
+# the loader of translations looks beside the program.
+find_package(Qt5 5.15 REQUIRED COMPONENTS LinguistTools)
+
+set(window_tests "${CMAKE_BINARY_DIR}/tests/window")
+set(window_translation "${window_tests}/Translation/Import_Export_Features_zh_CN.qm")
+set(window_texts "${CMAKE_SOURCE_DIR}/src/VELA_Import_Export_Features/Translation/Import_Export_Features_zh_CN.ts")
+file(MAKE_DIRECTORY "${window_tests}/Translation")
+add_custom_command(OUTPUT "${window_translation}"
+    COMMAND Qt5::lrelease -silent "${window_texts}" -qm "${window_translation}"
+    DEPENDS "${window_texts}" VERBATIM)
+add_custom_target(window_test_translation DEPENDS "${window_translation}")
+
+add_library(window_fixture STATIC WindowFixture.cpp WindowFixture.h MainWidgetProbe.h)
+target_include_directories(window_fixture PUBLIC "${CMAKE_SOURCE_DIR}/tests")
+target_compile_definitions(window_fixture PRIVATE
+    IE_WINDOW_TRANSLATION="${window_translation}"
+    IE_WINDOW_RESOURCES="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/rcc")
+# The recording library stands before the window's, so that it takes its place.
+target_link_libraries(window_fixture PUBLIC
+    recording_suite_tools ie_window scripted_camera Qt5::Test GTest::gtest)
+add_dependencies(window_fixture window_test_translation program_resources)
+
+foreach(subject main_window_layout device_table check_logic local_config)
+    ie_add_test(${subject}_test LABEL gui SOURCES ${subject}_test.cpp LIBRARIES window_fixture)
+    set_target_properties(${subject}_test PROPERTIES
+        ENABLE_EXPORTS ON RUNTIME_OUTPUT_DIRECTORY "${window_tests}")
+endforeach()
