@@ -28,6 +28,8 @@ public:
     int pressedSection = -1;
     int hoveredSection = -1;
     int focusedSection = -1; // what the keyboard is at
+    int sortedSection = -1;  // of the last click that sorted
+    bool ascending = false;
     bool pressed = false;
 };
 
@@ -73,7 +75,10 @@ void ORBCustomSortHeaderView::clickSection(int column, const QPoint*)
 {
     if (!isSortEnabled(column))
         return;
-    const bool turns = sortIndicatorSection() == column && sortIndicatorOrder() == Qt::AscendingOrder;
+    // Not asked from the arrow: a mouse click has turned that already.
+    const bool turns = d->sortedSection == column && d->ascending;
+    d->sortedSection = column;
+    d->ascending = !turns;
     setSortIndicator(column, turns ? Qt::DescendingOrder : Qt::AscendingOrder);
     viewport()->update();
     emit SigSortByColumn(column, !turns);
