@@ -91,7 +91,8 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
     Tally& tally = entry.tally;
     tally.reads += isRead(event.operation);
     tally.hasLineFailed = tally.hasLineFailed || isLineFailure(event.status);
-    tally.wasOpened = tally.wasOpened || (event.operation == KX_OP_OPEN && event.status == KX_OK);
+    if (event.operation == KX_OP_OPEN)
+        (event.status == KX_OK ? tally.wasOpened : tally.hasOpenFailed) = true;
     entry.ledger.take(event);
     if (isBag(event.operation))
         entry.bagStatus = event.status;

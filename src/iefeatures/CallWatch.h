@@ -28,6 +28,7 @@ public:
         bool hasLineFailed = false;
         bool wasRefused = false;
         bool wasOpened = false;
+        bool hasOpenFailed = false;
     };
     // From any thread; an empty one for an unknown id.
     Tally tally(int deviceId) const;

@@ -45,13 +45,22 @@ void Progress::info(const Camera& camera, const QString& message, bool isFailure
     tell(camera, printable(message));
 }
 
-void Progress::end(const Camera& camera, unsigned, const QString&)
+void Progress::end(const Camera& camera, unsigned type, const QString&)
 {
     Line& line = lineOf(camera);
-    line.state = line.hasFailed ? State::Failed : State::Done;
+    line.state = endOf(line, type);
     if (!m_console.redraws())
         tell(camera, stateText(line));
     tick();
+}
+
+// The signals do not tell all of it.
+Progress::State Progress::endOf(const Line& line, unsigned type) const
+{
+    const int id = line.camera.device.nDeviceID;
+    if (line.hasFailed || m_watch.tally(id).hasOpenFailed)
+        return State::Failed;
+    return isImport(type) && !m_watch.findings(id).failures.empty() ? State::Incomplete : State::Done;
 }
 
 void Progress::tick()
@@ -82,6 +91,8 @@ QString Progress::stateText(const Line& line) const
     }
     case State::Done:
         return "done";
+    case State::Incomplete:
+        return "incomplete";
     case State::Failed:
         return "failed";
     }

@@ -26,6 +26,7 @@ private:
         Waiting,
         Running,
         Done,
+        Incomplete, // an import that the camera did not take all of
         Failed
     };
     struct Line
@@ -36,6 +37,7 @@ private:
     };
 
     Line& lineOf(const Camera& camera);
+    State endOf(const Line& line, unsigned type) const;
     void tell(const Camera& camera, const QString& text);
     QString stateText(const Line& line) const;
     QStringList block() const;

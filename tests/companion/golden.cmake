@@ -25,3 +25,6 @@ ie_add_test(round_trip_test LABEL companion
 target_compile_definitions(round_trip_test PRIVATE
     IE_FILE_FORMAT="${CMAKE_SOURCE_DIR}/docs/file-format.md"
     IE_DEMO_CHANGES="${CMAKE_SOURCE_DIR}/scripts/demo-changes.json")
+ie_add_test(import_cost_test LABEL companion
+    SOURCES import_cost_test.cpp
+    LIBRARIES real_export)

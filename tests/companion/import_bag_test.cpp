@@ -77,7 +77,7 @@ TEST_F(BagCommand, TellsOfACameraThatCannotBeOpened)
 
     const Result save = tests::runInProcess({"export", "--all", "--to", folder(), "--format", "bag"});
     EXPECT_EQ(save.code, 1);
-    EXPECT_THAT(save.err, HasSubstr("EMU-1 S1: the camera could not be opened.\n"));
+    EXPECT_THAT(save.err, HasSubstr("EMU-1 S1: failed\nEMU-1 S1: the camera could not be opened.\n"));
     EXPECT_THAT(save.out, EndsWith("  not written\n0 exported, 1 failed\n"));
     EXPECT_EQ(fileText(file), before);
 }

@@ -91,7 +91,7 @@ TEST_F(ImportCommand, NamesTheFeaturesThatDidNotTakeTheirValue)
     const Result run = import(file);
     EXPECT_EQ(run.code, 4);
     EXPECT_THAT(run.out, EndsWith("  incomplete\n0 applied, 1 incomplete, 0 incompatible, 0 failed\n"));
-    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: done\n"
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: incomplete\n"
                                    "EMU-1 S1: Absent did not take its value: The camera has no feature of "
                                    "this name.\n"
                                    "EMU-1 S1: SensorHeight did not take its value: "));

@@ -113,6 +113,30 @@ TEST_F(Interrupted, StartsNoJobThatStillWaits)
     EXPECT_EQ(filesInFolder(), QStringList());
 }
 
+TEST_F(Interrupted, GivesTheCameraBackInTheMiddleOfAnImport)
+{
+    emu::Camera& camera = addSlowCamera("S1");
+    ASSERT_EQ(runInProcess({"export", "--all", "--to", folder()}).code, 0);
+    camera.setNode("AcquisitionFrameCount", int64_t(99)); // first in the pass of the numbers
+    camera.setNode("Width", int64_t(16));                 // among the last
+    const uint64_t settings = camera.counters().settingWrites;
+    std::thread person([&] {
+        EXPECT_TRUE(
+            camera.waitFor([&](const emu::Counters& counters) { return counters.settingWrites > settings; },
+                           std::chrono::seconds(20)));
+        std::raise(SIGINT);
+    });
+    const Result run = runInProcess({"import", path("EMU-1_S1.fpk"), "--all"});
+    person.join();
+    EXPECT_EQ(run.code, 130);
+    EXPECT_EQ(controlOf(camera), 0u);
+    EXPECT_EQ(std::get<int64_t>(*camera.node("AcquisitionFrameCount")), 10);
+    EXPECT_EQ(std::get<int64_t>(*camera.node("Width")), 16);
+    EXPECT_THAT(run.err, EndsWith("EMU-1 S1: interrupted; a part of the file may have been applied.\n"
+                                  "Interrupted.\n"));
+    EXPECT_THAT(run.out, EndsWith("  failed\n0 applied, 0 incomplete, 0 incompatible, 1 failed\n"));
+}
+
 TEST_F(Interrupted, OnlyWhileAnExportRuns)
 {
     addCamera("S1");

@@ -58,6 +58,29 @@ TEST_F(ProgramTest, ExitsByTheTable)
     EXPECT_EQ(runProgram({"export", "--all", "--to", folder(), "--log", path("missing/log")}).code, 6);
 }
 
+TEST_F(ProgramTest, ImportsAndExitsByTheTable)
+{
+    emu::Camera& camera = addCamera("S1");
+    addCamera("S2", [](emu::CameraConfig& config) { config.model = "Other"; });
+    const std::string file = path("EMU-1_S1.fpk");
+    ASSERT_EQ(runProgram({"export", "--serial", "S1", "--to", folder()}).code, 0);
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    const Result run = runProgram({"import", file, "--serial", "S1"});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(std::get<int64_t>(*camera.node("Height")), 480);
+    EXPECT_THAT(run.out, EndsWith("  applied\n1 applied, 0 incomplete, 0 incompatible, 0 failed\n"));
+
+    EXPECT_EQ(runProgram({"import", "--all"}).code, 2);
+    EXPECT_EQ(runProgram({"import", file, "--serial", "S9"}).code, 3);
+    EXPECT_EQ(runProgram({"import", file, "--serial", "S2"}).code, 5);
+    EXPECT_EQ(runProgram({"import", path("missing"), "--all"}).code, 6);
+    camera.pokeWord(0x10000, 0); // another firmware
+    EXPECT_EQ(runProgram({"import", file, "--all"}).code, 5);
+    camera.stealControl();
+    EXPECT_EQ(runProgram({"import", file, "--all"}).code, 1);
+    EXPECT_EQ(runProgram({"import", file, "--serial", "S1", "--format", "bag"}).code, 1);
+}
+
 TEST_F(ProgramTest, NoticesThatItsResultsCannotBeWritten)
 {
     addCamera("S1");
