@@ -1,0 +1,10 @@
+# The styled widgets, without the window that is built of them.
+function(styled_test name)
+    ie_add_test(styled_${name}_test LABEL gui SOURCES ${ARGN} styled_${name}_test.cpp LIBRARIES StyledCtl Qt5::Test)
+    set_target_properties(styled_${name}_test PROPERTIES AUTOMOC ON)
+endfunction()
+
+# Draws every widget into pictures in the build folder, to be looked at, and checks what they must show.
+ie_add_test(styled_gallery LABEL gui SOURCES gallery.cpp LIBRARIES StyledCtl Qt5::Test)
+set_target_properties(styled_gallery PROPERTIES AUTOMOC ON)
+target_compile_definitions(styled_gallery PRIVATE GALLERY_FOLDER="${CMAKE_BINARY_DIR}/gallery")
