@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr unsigned int kSeed = 20240611;
-constexpr int kRounds = 400;
+constexpr int kRounds = 250;
 
 struct Number
 {
