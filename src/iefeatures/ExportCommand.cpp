@@ -24,15 +24,18 @@ void ExportCommand::addOptions(CLI::App& app)
     JobCommand::addOptions(app);
 }
 
-// A sentence for each file that more than one camera would write; the last writer would win.
+// Of two cameras that would write one file, the last writer would win.
 QStringList ExportCommand::objections(const std::vector<Camera>& cameras) const
 {
+    QStringList sentences;
     QMap<QString, QStringList> writers;
     for (const Camera& camera : cameras) {
         const auto names = ie::deviceNames(camera.device.stDeviceInfo, ie::FieldEnd::AtSize);
-        writers[ie::featuresFileName(names)] += QString::number(camera.device.nDeviceID);
+        const QString file = ie::featuresFileName(names);
+        writers[file] += QString::number(camera.device.nDeviceID);
+        if (isBag())
+            sentences += objectionsToBagPath(QString::fromStdString(m_folder) + '/' + file);
     }
-    QStringList sentences;
     for (auto it = writers.cbegin(); it != writers.cend(); ++it)
         if (it->size() > 1)
             sentences += QString("The cameras %1 would write one file, %2.")

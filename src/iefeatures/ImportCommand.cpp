@@ -19,6 +19,11 @@ void ImportCommand::addOptions(CLI::App& app)
     JobCommand::addOptions(app);
 }
 
+QStringList ImportCommand::objections(const std::vector<Camera>&) const
+{
+    return isBag() ? objectionsToBagPath(QString::fromStdString(m_file)) : QStringList();
+}
+
 void ImportCommand::setUp(QOperateThread& worker, const StructDeviceInfo& device) const
 {
     const QString file = QString::fromStdString(m_file);

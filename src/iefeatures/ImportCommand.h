@@ -14,6 +14,7 @@ public:
     void addOptions(CLI::App& app) override;
 
 private:
+    QStringList objections(const std::vector<Camera>& cameras) const override;
     void setUp(QOperateThread& worker, const StructDeviceInfo& device) const override;
     int conclude(Console& console, const std::vector<JobRecord>& records) const override;
 

@@ -4,6 +4,7 @@
 #include "iefeatures/Interrupt.h"
 #include "iefeatures/Progress.h"
 #include "iefeatures/SignalPrinter.h"
+#include "iefeatures/Text.h"
 
 #include <CLI/CLI.hpp>
 
@@ -47,6 +48,14 @@ int JobCommand::execute(World& world)
         return ExitUsage;
     }
     return runWithLog(world.console, choice.cameras);
+}
+
+QStringList JobCommand::objectionsToBagPath(const QString& path)
+{
+    if (QString::fromLatin1(path.toLatin1()) == path)
+        return {};
+    return {QString("A feature bag cannot have the path %1: only Latin-1 characters are possible.")
+                .arg(printable(path))};
 }
 
 int JobCommand::runWithLog(Console& console, const std::vector<Camera>& cameras) const

@@ -34,6 +34,8 @@ protected:
     virtual int conclude(Console& console, const std::vector<JobRecord>& records) const = 0;
 
     bool isBag() const { return m_format == "bag"; }
+    // A sentence when this path cannot be handed to the camera library, which takes it as Latin-1.
+    static QStringList objectionsToBagPath(const QString& path);
     bool wantsJson() const { return m_json; }
 
 private:

@@ -19,7 +19,7 @@ add_dependencies(emulator_export_test iefeatures)
 ie_add_test(real_descriptions_export_test LABEL camera
     SOURCES real_descriptions_export_test.cpp RegisterRule.cpp RegisterRule.h WhyLeftOut.cpp WhyLeftOut.h
     LIBRARIES real_export)
-ie_add_test(round_trip_test LABEL companion
+ie_add_test(round_trip_test LABEL companion TIMEOUT 300
     SOURCES round_trip_test.cpp
     LIBRARIES real_export)
 target_compile_definitions(round_trip_test PRIVATE

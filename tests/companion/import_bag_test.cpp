@@ -92,3 +92,19 @@ TEST_F(BagCommand, TakesOtherFilesForBadInput)
     EXPECT_EQ(importBag("missing").code, 6);
     EXPECT_EQ(import(exportedBag()).code, 6);
 }
+
+// The camera library takes paths as Latin-1; the bag would get another name than the one that was asked for.
+TEST_F(BagCommand, RefusesPathsThatTheCameraLibraryCannotBeTold)
+{
+    const emu::Camera& camera = addCamera("S1");
+    const std::string folderOnly = path("门");
+    const Result save = tests::runInProcess({"export", "--all", "--to", folderOnly, "--format", "bag"});
+    EXPECT_EQ(save.code, 2);
+    EXPECT_EQ(save.err, "A feature bag cannot have the path " + folderOnly +
+                            "/EMU-1_S1.fpk: only Latin-1 characters are possible.\n");
+    EXPECT_EQ(importBag("门.fpk").code, 2);
+    EXPECT_EQ(camera.counters().writeReg, 0u);
+
+    write("é.fpk", fileText(exportedBag()));
+    EXPECT_EQ(importBag("é.fpk").code, 0);
+}
