@@ -3,7 +3,7 @@
 # usage: package_test.sh BUILD-FOLDER
 set -euo pipefail
 build=$1
-for tool in dpkg-deb dpkg-shlibdeps; do
+for tool in dpkg-deb dpkg-shlibdeps file; do
     command -v "$tool" >/dev/null || { echo "SKIPPED package_test: $tool is not installed"; exit 0; }
 done
 work=$(mktemp -d)
