@@ -57,6 +57,7 @@ struct Operation
     const char* nodeName = nullptr;
     int64_t address = 0;
     int64_t length = 0;
+    const void* value = nullptr; // where the value stands once the call has gone well
 };
 
 class ObservedCall
@@ -75,10 +76,11 @@ public:
     // False: refused.
     bool begin() { return tell() == 0 || m_event.operation == KX_OP_CLOSE; }
 
-    void end(KX_Status status)
+    void end(KX_Status status, const void* value)
     {
         m_event.finished = 1;
         m_event.status = status;
+        m_event.value = status == KX_OK ? value : nullptr;
         tell();
     }
 
@@ -122,7 +124,7 @@ Outcome observed(KX_HANDLE handle, Camera& camera, const Operation& operation, B
             return outcome.status;
         });
     }
-    call.end(outcome.status);
+    call.end(outcome.status, operation.value);
     return outcome;
 }
 
@@ -141,10 +143,11 @@ KX_Status onLine(KX_HANDLE handle, bool parametersAreGood, const Operation& oper
 
 // A call on one node.
 template <class Body>
-KX_Status onNode(KX_HANDLE handle, KX_Operation kind, const char* name, bool parametersAreGood, Body body)
+KX_Status onNode(KX_HANDLE handle, KX_Operation kind, const char* name, const void* value,
+                 bool parametersAreGood, Body body)
 {
     const bool allGood = parametersAreGood && name && *name;
-    return onLine(handle, allGood, {kind, name}, [&](Camera& camera) -> Outcome {
+    return onLine(handle, allGood, {kind, name, 0, 0, value}, [&](Camera& camera) -> Outcome {
         if (const KX_Status lost = camera.lineStatus())
             return lost;
         NodeMap& nodes = camera.nodesForCall();
@@ -163,7 +166,7 @@ KX_Status onMemory(KX_HANDLE handle, KX_Operation kind, const void* buffer, int6
                    Body body)
 {
     const bool good = buffer && length >= 1 && length <= maximumMemoryLength;
-    return onLine(handle, good, {kind, nullptr, address, length}, [&](Camera& camera) -> Outcome {
+    return onLine(handle, good, {kind, nullptr, address, length, buffer}, [&](Camera& camera) -> Outcome {
         if (const KX_Status lost = camera.lineStatus())
             return lost;
         const KX_Status status = body(camera, static_cast<uint64_t>(address), static_cast<size_t>(length));
@@ -187,6 +190,20 @@ std::string fileName(const char* latin1)
     return name;
 }
 
+// A value of a feature bag, as of a getter or setter of texts that is over.
+void tellValue(KX_HANDLE handle, Camera& camera, const std::string& feature, const std::string& text,
+               bool isWrite)
+{
+    const char* name = feature.c_str();
+    if (isWrite) {
+        ObservedCall(handle, camera, {KX_OP_SET_STRING, name}).end(KX_OK, text.c_str());
+        return;
+    }
+    KX_StringValue record{};
+    std::strncpy(record.current, text.c_str(), sizeof record.current - 1);
+    ObservedCall(handle, camera, {KX_OP_GET_STRING, name}).end(KX_OK, &record);
+}
+
 template <class Body>
 KX_Status featureFile(KX_HANDLE handle, KX_Operation kind, const char* path, Body body)
 {
@@ -196,6 +213,10 @@ KX_Status featureFile(KX_HANDLE handle, KX_Operation kind, const char* path, Bod
         kx::CameraBag bag(camera, [&](const std::string& feature) {
             return ObservedCall(handle, camera, {kind, feature.c_str()}).begin();
         });
+        if (kind == KX_OP_FEATURE_LOAD)
+            bag.setValueWatch([&](const std::string& feature, const std::string& text, bool isWrite) {
+                tellValue(handle, camera, feature, text, isWrite);
+            });
         std::string message;
         const KX_Status status = body(bag, fileName(path), message);
         return {status, message};
@@ -290,8 +311,10 @@ KX_Status KX_CC_OpenDevice(KX_HANDLE handle, uint32_t accessMode, uint16_t switc
             return KX_E_PARAMETER;
         if (camera.isOpen())
             return KX_E_CALL_ORDER;
-        return observed(handle, camera, {KX_OP_OPEN}, [&]() -> Outcome {
+        Operation operation{KX_OP_OPEN};
+        return observed(handle, camera, operation, [&]() -> Outcome {
             const KX_Status status = camera.open(accessMode, switchOverKey);
+            operation.value = camera.description().c_str();
             return {status, status == KX_OK ? std::string() : camera.portError()};
         });
     });
@@ -371,67 +394,68 @@ KX_Status KX_CC_SetCallObserver(KX_HANDLE handle, KX_CallObserver observer, void
 
 KX_Status KX_CC_GetBoolValue(KX_HANDLE handle, const char* name, bool* value)
 {
-    return onNode(handle, KX_OP_GET_BOOL, name, value != nullptr,
+    return onNode(handle, KX_OP_GET_BOOL, name, value, value != nullptr,
                   [&](NodeMap& nodes) { return nodes.getBool(name, *value); });
 }
 
 KX_Status KX_CC_GetEnumValue(KX_HANDLE handle, const char* name, KX_EnumValue* value)
 {
-    return onNode(handle, KX_OP_GET_ENUM, name, value != nullptr,
+    return onNode(handle, KX_OP_GET_ENUM, name, value, value != nullptr,
                   [&](NodeMap& nodes) { return nodes.getEnum(name, *value); });
 }
 
 KX_Status KX_CC_GetFloatValue(KX_HANDLE handle, const char* name, KX_FloatValue* value)
 {
-    return onNode(handle, KX_OP_GET_FLOAT, name, value != nullptr,
+    return onNode(handle, KX_OP_GET_FLOAT, name, value, value != nullptr,
                   [&](NodeMap& nodes) { return nodes.getFloat(name, *value); });
 }
 
 KX_Status KX_CC_GetIntValueEx(KX_HANDLE handle, const char* name, KX_IntegerValue* value)
 {
-    return onNode(handle, KX_OP_GET_INT, name, value != nullptr,
+    return onNode(handle, KX_OP_GET_INT, name, value, value != nullptr,
                   [&](NodeMap& nodes) { return nodes.getInteger(name, *value); });
 }
 
 KX_Status KX_CC_GetStringValue(KX_HANDLE handle, const char* name, KX_StringValue* value)
 {
-    return onNode(handle, KX_OP_GET_STRING, name, value != nullptr,
+    return onNode(handle, KX_OP_GET_STRING, name, value, value != nullptr,
                   [&](NodeMap& nodes) { return nodes.getString(name, *value); });
 }
 
 KX_Status KX_CC_SetBoolValue(KX_HANDLE handle, const char* name, bool value)
 {
-    return onNode(handle, KX_OP_SET_BOOL, name, true,
+    return onNode(handle, KX_OP_SET_BOOL, name, &value, true,
                   [&](NodeMap& nodes) { return nodes.setBool(name, value); });
 }
 
 KX_Status KX_CC_SetEnumValue(KX_HANDLE handle, const char* name, unsigned int value)
 {
-    return onNode(handle, KX_OP_SET_ENUM, name, true,
+    return onNode(handle, KX_OP_SET_ENUM, name, &value, true,
                   [&](NodeMap& nodes) { return nodes.setEnum(name, value); });
 }
 
 KX_Status KX_CC_SetFloatValue(KX_HANDLE handle, const char* name, float value)
 {
-    return onNode(handle, KX_OP_SET_FLOAT, name, true,
+    return onNode(handle, KX_OP_SET_FLOAT, name, &value, true,
                   [&](NodeMap& nodes) { return nodes.setFloat(name, value); });
 }
 
 KX_Status KX_CC_SetIntValueEx(KX_HANDLE handle, const char* name, int64_t value)
 {
-    return onNode(handle, KX_OP_SET_INT, name, true,
+    return onNode(handle, KX_OP_SET_INT, name, &value, true,
                   [&](NodeMap& nodes) { return nodes.setInteger(name, value); });
 }
 
 KX_Status KX_CC_SetStringValue(KX_HANDLE handle, const char* name, const char* value)
 {
-    return onNode(handle, KX_OP_SET_STRING, name, value != nullptr,
+    return onNode(handle, KX_OP_SET_STRING, name, value, value != nullptr,
                   [&](NodeMap& nodes) { return nodes.setString(name, value); });
 }
 
 KX_Status KX_CC_ExecuteCommand(KX_HANDLE handle, const char* name)
 {
-    return onNode(handle, KX_OP_EXECUTE, name, true, [&](NodeMap& nodes) { return nodes.execute(name); });
+    return onNode(handle, KX_OP_EXECUTE, name, nullptr, true,
+                  [&](NodeMap& nodes) { return nodes.execute(name); });
 }
 
 KX_Status KX_CC_ReadMemory(KX_HANDLE handle, void* buffer, int64_t address, int64_t length)
@@ -464,7 +488,7 @@ KX_Status KX_XML_GetGenICamXML(KX_HANDLE handle, void* buffer, uint32_t size, ui
 
 KX_Status KX_XML_GetNodeAccessMode(KX_HANDLE handle, const char* name, KX_XML_AccessMode* mode)
 {
-    return onNode(handle, KX_OP_GET_ACCESS_MODE, name, mode != nullptr,
+    return onNode(handle, KX_OP_GET_ACCESS_MODE, name, nullptr, mode != nullptr,
                   [&](NodeMap& nodes) { return nodes.accessMode(name, *mode); });
 }
 

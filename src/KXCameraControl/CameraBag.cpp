@@ -15,6 +15,13 @@ KX_Status CameraBag::call(const std::string& feature, Body body)
     return body(m_camera.nodesForCall());
 }
 
+KX_Status CameraBag::told(KX_Status status, const std::string& feature, const std::string& text, bool isWrite)
+{
+    if (status == KX_OK && m_valueWatch)
+        m_valueWatch(feature, text, isWrite);
+    return status;
+}
+
 BagIdentity CameraBag::identity()
 {
     const auto textOf = [this](const char* name) {
@@ -59,12 +66,16 @@ KX_Status CameraBag::accessMode(const std::string& feature, KX_XML_AccessMode& m
 
 KX_Status CameraBag::readText(const std::string& feature, std::string& text)
 {
-    return call(feature, [&](NodeMap& nodes) { return nodes.getText(feature.c_str(), text); });
+    const KX_Status status =
+        call(feature, [&](NodeMap& nodes) { return nodes.getText(feature.c_str(), text); });
+    return told(status, feature, text, false);
 }
 
 KX_Status CameraBag::writeText(const std::string& feature, const std::string& text)
 {
-    return call(feature, [&](NodeMap& nodes) { return nodes.setText(feature.c_str(), text); });
+    const KX_Status status =
+        call(feature, [&](NodeMap& nodes) { return nodes.setText(feature.c_str(), text); });
+    return told(status, feature, text, true);
 }
 
 KX_Status CameraBag::execute(const std::string& command)

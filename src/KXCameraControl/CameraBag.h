@@ -12,12 +12,15 @@ namespace kx
 // Told before each feature is read or written; false ends the bag with KX_E_ABORTED. What has to be put back
 // then is put back without asking again.
 using BagWatch = std::function<bool(const std::string& feature)>;
+// Told of each value that was read or written.
+using BagValueWatch = std::function<void(const std::string& feature, const std::string& text, bool isWrite)>;
 
 // The camera must be open, and its lock held.
 class CameraBag : public BagNodes
 {
 public:
     CameraBag(Camera& camera, BagWatch watch) : m_camera(camera), m_watch(std::move(watch)) {}
+    void setValueWatch(BagValueWatch watch) { m_valueWatch = std::move(watch); }
 
     BagIdentity identity();
 
@@ -34,9 +37,11 @@ public:
 private:
     template <class Body>
     KX_Status call(const std::string& feature, Body body);
+    KX_Status told(KX_Status status, const std::string& feature, const std::string& text, bool isWrite);
 
     Camera& m_camera;
     BagWatch m_watch;
+    BagValueWatch m_valueWatch;
     bool m_aborted = false;
 };
 

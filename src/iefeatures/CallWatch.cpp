@@ -30,11 +30,13 @@ QString lastErrorText()
 
 } // namespace
 
-CallWatch::CallWatch(const std::vector<Camera>& cameras, std::function<bool()> refuse)
-    : m_refuse(std::move(refuse))
+CallWatch::CallWatch(const std::vector<Camera>& cameras, std::function<bool()> refuse, Refusal refusal,
+                     Blocks blocks)
+    : m_refuse(std::move(refuse)), m_refusal(refusal), m_blocks(std::move(blocks))
 {
     for (const Camera& camera : cameras)
-        m_entries.push_back({camera.device.nDeviceID, camera.device.stDeviceInfo, {}, {}, KX_OK, {}});
+        m_entries.push_back(
+            {camera.device.nDeviceID, camera.device.stDeviceInfo, {}, {}, KX_OK, {}, {}, KX_OK, {}});
     KX_CC_SetCallObserver(nullptr, &CallWatch::observe, this);
 }
 
@@ -61,7 +63,9 @@ CallWatch::Findings CallWatch::findings(int deviceId) const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     const Entry* entry = entryOf(deviceId);
-    return entry ? Findings{entry->ledger.failures(), entry->bagStatus, entry->bagText} : Findings();
+    if (!entry)
+        return {};
+    return {entry->ledger.failures(), entry->bagStatus, entry->bagText, entry->changes, entry->openStatus};
 }
 
 int CallWatch::observe(void* user, const KX_CallEvent* event)
@@ -71,19 +75,42 @@ int CallWatch::observe(void* user, const KX_CallEvent* event)
 
 int CallWatch::take(const KX_CallEvent& event)
 {
-    const bool refuses = !event.finished && event.operation != KX_OP_CLOSE && m_refuse();
     const std::lock_guard<std::mutex> lock(m_mutex);
     const auto entry = std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry& known) {
         return std::memcmp(&known.info, event.device, sizeof known.info) == 0;
     });
     if (entry == m_entries.end())
-        return refuses;
+        return !event.finished && event.operation != KX_OP_CLOSE && m_refuse();
     Tally& tally = entry->tally;
     tally.requests = std::max<quint64>(tally.requests, event.requests);
-    tally.wasRefused = tally.wasRefused || refuses;
-    if (event.finished)
+    if (event.finished) {
         takeFinished(event, *entry);
-    return refuses;
+        return false;
+    }
+    const bool isRefused = refuses(event, *entry);
+    tally.wasRefused = tally.wasRefused || isRefused;
+    return isRefused;
+}
+
+bool CallWatch::refuses(const KX_CallEvent& event, Entry& entry) const
+{
+    const QString feature = featureOf(event);
+    const bool mayEnd = m_refusal == Refusal::BehindFeature && !entry.tally.wasRefused &&
+                        !feature.isEmpty() && feature == entry.inHand;
+    if (event.operation != KX_OP_CLOSE && !mayEnd && m_refuse())
+        return true;
+    entry.inHand = feature;
+    return false;
+}
+
+QString CallWatch::featureOf(const KX_CallEvent& event) const
+{
+    if (event.nodeName)
+        return QString::fromUtf8(event.nodeName);
+    if (event.operation != KX_OP_READ_MEMORY && event.operation != KX_OP_WRITE_MEMORY)
+        return {};
+    const auto block = m_blocks.find(event.address);
+    return block == m_blocks.end() ? QString::number(event.address) : block->second;
 }
 
 void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
@@ -91,14 +118,24 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
     Tally& tally = entry.tally;
     tally.reads += isRead(event.operation);
     tally.hasLineFailed = tally.hasLineFailed || isLineFailure(event.status);
-    if (event.operation == KX_OP_OPEN)
+    if (event.operation == KX_OP_OPEN) {
+        entry.openStatus = event.status;
         (event.status == KX_OK ? tally.wasOpened : tally.hasOpenFailed) = true;
+    }
     entry.ledger.take(event);
+    entry.changes.take(event);
     if (isBag(event.operation))
         entry.bagStatus = event.status;
     // The bag's text is there once its call has returned; closing is what comes next on this thread.
     if (event.operation == KX_OP_CLOSE && entry.bagStatus != KX_OK)
         entry.bagText = lastErrorText();
+}
+
+QString openRemark(const CallWatch::Findings& findings)
+{
+    if (findings.openStatus == KX_OK)
+        return "the camera could not be opened.";
+    return QString("the camera could not be opened: ") + KX_CC_StatusText(findings.openStatus);
 }
 
 } // namespace companion

@@ -3,8 +3,10 @@
 
 #include "iefeatures/CallLedger.h"
 #include "iefeatures/Camera.h"
+#include "iefeatures/ChangeLedger.h"
 
 #include <functional>
+#include <map>
 #include <mutex>
 #include <vector>
 
@@ -14,9 +16,20 @@ namespace companion
 class CallWatch
 {
 public:
+    // Which call may still run once calls are to be refused.
+    enum class Refusal
+    {
+        AtOnce,
+        BehindFeature // a feature that was read may be written, a register block may be ended
+    };
+    // Of register blocks by their addresses: the features that they make up. Registers that are not in it
+    // are each taken for a block of their own.
+    using Blocks = std::map<int64_t, QString>;
+
     // Watches every handle that is made for one of `cameras` while this lives; one watch at a time, and it
     // must outlive those handles. `refuse` is asked before each call, on the calling thread.
-    CallWatch(const std::vector<Camera>& cameras, std::function<bool()> refuse);
+    CallWatch(const std::vector<Camera>& cameras, std::function<bool()> refuse,
+              Refusal refusal = Refusal::AtOnce, Blocks blocks = {});
     ~CallWatch();
     CallWatch(const CallWatch&) = delete;
     CallWatch& operator=(const CallWatch&) = delete;
@@ -39,6 +52,8 @@ public:
         std::vector<FailedCall> failures;
         KX_Status bagStatus = KX_OK; // of saving or loading a feature bag
         QString bagText;             // what the camera library had to say about that
+        ChangeLedger changes;
+        KX_Status openStatus = KX_OK; // of the last try
     };
     Findings findings(int deviceId) const;
 
@@ -54,13 +69,23 @@ private:
         CallLedger ledger;
         KX_Status bagStatus = KX_OK;
         QString bagText;
+        ChangeLedger changes;
+        KX_Status openStatus = KX_OK;
+        QString inHand; // the feature of the last call that was not refused
     };
+    bool refuses(const KX_CallEvent& event, Entry& entry) const;
+    QString featureOf(const KX_CallEvent& event) const;
     void takeFinished(const KX_CallEvent& event, Entry& entry);
     const Entry* entryOf(int deviceId) const;
 
     const std::function<bool()> m_refuse;
+    const Refusal m_refusal;
+    const Blocks m_blocks;
     mutable std::mutex m_mutex;
     std::vector<Entry> m_entries;
 };
+
+// Why the camera of a job could not be opened.
+QString openRemark(const CallWatch::Findings& findings);
 
 } // namespace companion

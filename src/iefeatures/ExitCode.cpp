@@ -1,11 +1,21 @@
 #include "iefeatures/ExitCode.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <sstream>
 #include <utility>
 
 namespace companion
 {
+
+int gravestExitCode(const std::vector<int>& codes)
+{
+    for (const ExitCode code :
+         {ExitInterrupted, ExitJobFailed, ExitInputOutput, ExitIncompatible, ExitNotAllApplied})
+        if (std::find(codes.begin(), codes.end(), code) != codes.end())
+            return code;
+    return ExitWell;
+}
 
 std::string exitCodeTable()
 {

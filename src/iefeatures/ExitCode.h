@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace companion
 {
@@ -17,6 +18,10 @@ enum ExitCode
     ExitInputOutput = 6,
     ExitInterrupted = 130
 };
+
+// What several cameras come to together: interrupted, job failed, input or output, incompatible, not all
+// applied, well.
+int gravestExitCode(const std::vector<int>& codes);
 
 // The table for people, one line a code.
 std::string exitCodeTable();

@@ -43,19 +43,17 @@ QStringList ExportCommand::objections(const std::vector<Camera>& cameras) const
     return sentences;
 }
 
-void ExportCommand::setUp(QOperateThread& worker, const StructDeviceInfo& device) const
+int ExportCommand::carryOut(Console& console, const std::vector<Camera>& cameras) const
 {
     const QString folder = QString::fromStdString(m_folder);
-    if (isBag())
-        worker.SetFeatureBagExportJob(device, folder);
-    else
-        worker.SetXmlExportJob(device, folder);
-}
-
-int ExportCommand::conclude(Console& console, const std::vector<JobRecord>& records) const
-{
+    const auto setUp = [&](QOperateThread& worker, const StructDeviceInfo& device) {
+        if (isBag())
+            worker.SetFeatureBagExportJob(device, folder);
+        else
+            worker.SetXmlExportJob(device, folder);
+    };
     std::vector<ExportResult> results;
-    for (const JobRecord& record : records) {
+    for (const JobRecord& record : runJobs(console, cameras, {setUp, wantsJson()})) {
         results.push_back(examineExport(record.job, record.tally));
         for (const QString& remark : exportRemarks(results.back(), record.findings))
             console.err(record.job.camera.title() + ": " + remark + '\n');

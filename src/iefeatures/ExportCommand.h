@@ -15,8 +15,7 @@ public:
 
 private:
     QStringList objections(const std::vector<Camera>& cameras) const override;
-    void setUp(QOperateThread& worker, const StructDeviceInfo& device) const override;
-    int conclude(Console& console, const std::vector<JobRecord>& records) const override;
+    int carryOut(Console& console, const std::vector<Camera>& cameras) const override;
 
     std::string m_folder;
 };

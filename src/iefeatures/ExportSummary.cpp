@@ -75,8 +75,8 @@ QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings&
     QStringList remarks;
     if (result.state == State::Written && result.tally.hasLineFailed)
         remarks += "the line failed during the export; the file may lack features.";
-    if (result.state == State::Failed && !result.job.hasFailed && !result.tally.wasOpened)
-        remarks += "the camera could not be opened.";
+    if (result.state == State::Failed && !result.tally.wasOpened)
+        remarks += openRemark(findings);
     return remarks + printableLines(findings.bagText);
 }
 

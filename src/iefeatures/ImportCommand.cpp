@@ -1,9 +1,6 @@
 #include "iefeatures/ImportCommand.h"
 
-#include "iefeatures/ImportSummary.h"
-#include "iefeatures/Interrupt.h"
-
-#include <QOperateThread.h>
+#include "iefeatures/ImportProcedure.h"
 
 #include <CLI/CLI.hpp>
 
@@ -16,6 +13,12 @@ void ImportCommand::addOptions(CLI::App& app)
         ->required()
         ->type_name("")
         ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
+    app.add_option("--snapshot", m_snapshots,
+                   "Export each camera into a folder below this one first; it must exist")
+        ->type_name("DIR")
+        ->check(
+            [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
+    app.add_flag("--no-audit", m_isUnaudited, "Leave no line in the audit log");
     JobCommand::addOptions(app);
 }
 
@@ -24,28 +27,15 @@ QStringList ImportCommand::objections(const std::vector<Camera>&) const
     return isBag() ? objectionsToBagPath(QString::fromStdString(m_file)) : QStringList();
 }
 
-void ImportCommand::setUp(QOperateThread& worker, const StructDeviceInfo& device) const
+int ImportCommand::carryOut(Console& console, const std::vector<Camera>& cameras) const
 {
-    const QString file = QString::fromStdString(m_file);
-    if (isBag())
-        worker.SetFeatureBagImportJob(device, file);
-    else
-        worker.SetXmlImportJob(device, file);
-}
-
-int ImportCommand::conclude(Console& console, const std::vector<JobRecord>& records) const
-{
-    std::vector<ImportOutcome> results;
-    for (const JobRecord& record : records)
-        results.push_back(examineImport(record));
-    nameRegisters(QString::fromStdString(m_file), results);
-    for (const ImportOutcome& result : results)
-        for (const QString& remark : importRemarks(result))
-            console.err(result.record.job.camera.title() + ": " + remark + '\n');
-    if (Interrupt::isRequested())
-        console.err(std::string("Interrupted.\n"));
-    console.out(wantsJson() ? importJson(results) : importTable(results).toStdString());
-    return importExitCode(results, Interrupt::isRequested());
+    ImportTask task;
+    task.command = name();
+    (isBag() ? task.bag : task.features) = QString::fromStdString(m_file);
+    task.snapshots = QString::fromStdString(m_snapshots);
+    task.isAudited = !m_isUnaudited;
+    task.isJson = wantsJson();
+    return ImportProcedure(console, task).run(cameras);
 }
 
 } // namespace companion

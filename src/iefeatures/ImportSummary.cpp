@@ -4,15 +4,10 @@
 #include "iefeatures/Text.h"
 
 #include <QOperateThread.h>
-#include <SuiteTools/SuiteTools.h>
 
 #include <nlohmann/json.hpp>
 
-#include <QFile>
-#include <QXmlStreamReader>
-
 #include <algorithm>
-#include <map>
 
 namespace companion
 {
@@ -82,30 +77,11 @@ QString nameOf(const FailedCall& failure)
     return failure.feature.isEmpty() ? address : failure.feature + " (" + address + ')';
 }
 
-QString wordOf(State state)
-{
-    switch (state) {
-    case State::Applied:
-        return "applied";
-    case State::Incomplete:
-        return "incomplete";
-    case State::Incompatible:
-        return "incompatible";
-    case State::BadFile:
-        return "bad file";
-    case State::Failed:
-        return "failed";
-    case State::NotStarted:
-        break;
-    }
-    return "not started";
-}
-
 // Why a job failed that did not say so itself.
 QString silentReason(const JobRecord& record)
 {
     if (!record.tally.wasOpened)
-        return "the camera could not be opened.";
+        return openRemark(record.findings);
     if (record.tally.wasRefused)
         return "interrupted; a part of the file may have been applied.";
     if (record.job.errorCode == IMPORT_ERR_NO_FEATURES)
@@ -126,6 +102,33 @@ QStringList failureSentences(const std::vector<FailedCall>& failures)
     return sentences;
 }
 
+auto countOf(const std::vector<ImportOutcome>& results, State state)
+{
+    return std::count_if(results.begin(), results.end(),
+                         [state](const ImportOutcome& result) { return result.state == state; });
+}
+
+} // namespace
+
+QString importWord(State state)
+{
+    switch (state) {
+    case State::Applied:
+        return "applied";
+    case State::Incomplete:
+        return "incomplete";
+    case State::Incompatible:
+        return "incompatible";
+    case State::BadFile:
+        return "bad file";
+    case State::Failed:
+        return "failed";
+    case State::NotStarted:
+        break;
+    }
+    return "not started";
+}
+
 // Names. The text about a feature bag is a summary and then a line for each: "name = value: reason".
 QStringList notApplied(const CallWatch::Findings& findings)
 {
@@ -138,49 +141,17 @@ QStringList notApplied(const CallWatch::Findings& findings)
     return names;
 }
 
-auto countOf(const std::vector<ImportOutcome>& results, State state)
-{
-    return std::count_if(results.begin(), results.end(),
-                         [state](const ImportOutcome& result) { return result.state == state; });
-}
-
-// Of the register entries of a features file.
-std::map<int64_t, QString> featuresByAddress(const QString& path)
-{
-    std::map<int64_t, QString> names;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return names;
-    QXmlStreamReader reader(&file);
-    QString feature;
-    while (!reader.atEnd()) {
-        if (reader.readNext() != QXmlStreamReader::StartElement)
-            continue;
-        const QXmlStreamAttributes attributes = reader.attributes();
-        if (reader.name() == QLatin1String("ComplexFeature"))
-            feature = attributes.value("name").toString();
-        else if (attributes.hasAttribute("address"))
-            names.emplace(VELAInterface::string2Int(attributes.value("address").toString()), feature);
-    }
-    return names;
-}
-
-} // namespace
-
 ImportOutcome examineImport(const JobRecord& record)
 {
     return {record, stateOf(record)};
 }
 
-void nameRegisters(const QString& file, std::vector<ImportOutcome>& results)
+void nameRegisters(const CallWatch::Blocks& names, std::vector<ImportOutcome>& results)
 {
-    std::map<int64_t, QString> names; // read when the first is asked for
     for (ImportOutcome& result : results) {
         for (FailedCall& failure : result.record.findings.failures) {
             if (!failure.isRegister)
                 continue;
-            if (names.empty())
-                names = featuresByAddress(file);
             const auto name = names.find(failure.address);
             if (name != names.end())
                 failure.feature = name->second;
@@ -192,7 +163,7 @@ QStringList importRemarks(const ImportOutcome& result)
 {
     const JobRecord& record = result.record;
     QStringList remarks;
-    if (result.state == State::Failed && !record.job.hasFailed)
+    if (result.state == State::Failed && (!record.job.hasFailed || !record.tally.wasOpened))
         remarks += silentReason(record);
     if (record.tally.wasOpened && !record.tally.wasRefused &&
         (result.state == State::Incomplete || result.state == State::Failed))
@@ -209,7 +180,7 @@ QString importTable(const std::vector<ImportOutcome>& results)
         const JobOutcome& job = result.record.job;
         rows += {printable(job.camera.model), printable(job.camera.serial),
                  QString::number(result.record.tally.requests), QString::number(job.seconds, 'f', 2),
-                 wordOf(result.state)};
+                 importWord(result.state)};
     }
     QString text = alignedRows({Align::Left, Align::Left, Align::Right, Align::Right, Align::Left}, rows);
     text += QString("%1 applied, %2 incomplete, %3 incompatible, %4 failed")
@@ -229,7 +200,7 @@ std::string importJson(const std::vector<ImportOutcome>& results)
         auto names = nlohmann::ordered_json::array();
         for (const QString& name : notApplied(result.record.findings))
             names.push_back(name.toStdString());
-        const nlohmann::ordered_json line = {{"result", wordOf(result.state).toStdString()},
+        const nlohmann::ordered_json line = {{"result", importWord(result.state).toStdString()},
                                              {"device", result.record.job.camera.device.nDeviceID},
                                              {"notApplied", names}};
         text += line.dump() + "\n";
@@ -237,18 +208,22 @@ std::string importJson(const std::vector<ImportOutcome>& results)
     return text;
 }
 
-int importExitCode(const std::vector<ImportOutcome>& results, bool isInterrupted)
+int importExitCode(State state)
 {
-    if (isInterrupted)
-        return ExitInterrupted;
-    static const std::pair<State, ExitCode> byGravity[] = {{State::Failed, ExitJobFailed},
-                                                           {State::BadFile, ExitInputOutput},
-                                                           {State::Incompatible, ExitIncompatible},
-                                                           {State::Incomplete, ExitNotAllApplied}};
-    for (const auto& [state, code] : byGravity)
-        if (countOf(results, state) > 0)
-            return code;
-    return ExitWell;
+    switch (state) {
+    case State::Applied:
+        return ExitWell;
+    case State::Incomplete:
+        return ExitNotAllApplied;
+    case State::Incompatible:
+        return ExitIncompatible;
+    case State::BadFile:
+        return ExitInputOutput;
+    case State::Failed:
+    case State::NotStarted:
+        break;
+    }
+    return ExitJobFailed;
 }
 
 } // namespace companion

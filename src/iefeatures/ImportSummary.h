@@ -3,7 +3,7 @@
 // feature that the camera refuses for ever ends as a success.
 #pragma once
 
-#include "iefeatures/JobCommand.h"
+#include "iefeatures/JobRun.h"
 
 #include <QString>
 #include <QStringList>
@@ -33,7 +33,7 @@ struct ImportOutcome
 ImportOutcome examineImport(const JobRecord& record);
 
 // Gives the failed registers the names of the features that the features file has them under.
-void nameRegisters(const QString& file, std::vector<ImportOutcome>& results);
+void nameRegisters(const CallWatch::Blocks& names, std::vector<ImportOutcome>& results);
 
 // What the job's signals have not told, a sentence each: why it failed, what did not take.
 QStringList importRemarks(const ImportOutcome& result);
@@ -44,7 +44,12 @@ QString importTable(const std::vector<ImportOutcome>& results);
 // {"result":"incomplete","device":1,"notApplied":["Width"]}, an object a line for each camera.
 std::string importJson(const std::vector<ImportOutcome>& results);
 
-// The gravest state of all: failed, bad file, incompatible, incomplete.
-int importExitCode(const std::vector<ImportOutcome>& results, bool isInterrupted);
+// As in the table.
+QString importWord(ImportOutcome::State state);
+// What a job was seen not to apply, by name.
+QStringList notApplied(const CallWatch::Findings& findings);
+
+// The exit code of one camera.
+int importExitCode(ImportOutcome::State state);
 
 } // namespace companion

@@ -2,8 +2,6 @@
 
 #include "iefeatures/ExitCode.h"
 #include "iefeatures/Interrupt.h"
-#include "iefeatures/Progress.h"
-#include "iefeatures/SignalPrinter.h"
 #include "iefeatures/Text.h"
 
 #include <CLI/CLI.hpp>
@@ -66,33 +64,12 @@ int JobCommand::runWithLog(Console& console, const std::vector<Camera>& cameras)
         return ExitInputOutput;
     }
     const Interrupt interrupt;
-    const int code = conclude(console, runJobs(console, cameras));
+    const int code = carryOut(console, cameras);
     if (code == ExitWell && !log.isGood()) {
         console.err("The log file cannot be written: " + m_log.file + '\n');
         return ExitInputOutput;
     }
     return code;
-}
-
-std::vector<JobRecord> JobCommand::runJobs(Console& console, const std::vector<Camera>& cameras) const
-{
-    const CallWatch watch(cameras, &Interrupt::isRequested);
-    std::unique_ptr<JobListener> listener;
-    if (m_json)
-        listener = std::make_unique<SignalPrinter>(console);
-    else
-        listener = std::make_unique<Progress>(console, cameras, watch);
-
-    const auto prepare = [this](QOperateThread& worker, const StructDeviceInfo& device) {
-        setUp(worker, device);
-    };
-    JobBatch batch(cameras, prepare, *listener);
-    std::vector<JobRecord> records;
-    for (const JobOutcome& outcome : batch.run([] { return !Interrupt::isRequested(); })) {
-        const int id = outcome.camera.device.nDeviceID;
-        records.push_back({outcome, watch.tally(id), watch.findings(id)});
-    }
-    return records;
 }
 
 } // namespace companion

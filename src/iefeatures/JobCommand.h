@@ -1,24 +1,15 @@
-// What commands have in common that run one job on each chosen camera.
+// What commands have in common that run jobs on each chosen camera.
 #pragma once
 
-#include "iefeatures/CallWatch.h"
 #include "iefeatures/CameraSelection.h"
 #include "iefeatures/Command.h"
-#include "iefeatures/JobBatch.h"
+#include "iefeatures/JobRun.h"
 #include "iefeatures/LogSink.h"
 
 #include <vector>
 
 namespace companion
 {
-
-// One job that is over, or was never started.
-struct JobRecord
-{
-    JobOutcome job;
-    CallWatch::Tally tally;
-    CallWatch::Findings findings;
-};
 
 class JobCommand : public Command
 {
@@ -29,9 +20,8 @@ public:
 protected:
     // A sentence for each reason not to begin at all.
     virtual QStringList objections(const std::vector<Camera>&) const { return {}; }
-    virtual void setUp(QOperateThread& worker, const StructDeviceInfo& device) const = 0;
-    // Tells people (or scripts) what the jobs have come to and gives an ExitCode.
-    virtual int conclude(Console& console, const std::vector<JobRecord>& records) const = 0;
+    // Does the work, tells people (or scripts) what it has come to and gives an ExitCode.
+    virtual int carryOut(Console& console, const std::vector<Camera>& cameras) const = 0;
 
     bool isBag() const { return m_format == "bag"; }
     // A sentence when this path cannot be handed to the camera library, which takes it as Latin-1.
@@ -40,7 +30,6 @@ protected:
 
 private:
     int runWithLog(Console& console, const std::vector<Camera>& cameras) const;
-    std::vector<JobRecord> runJobs(Console& console, const std::vector<Camera>& cameras) const;
 
     CameraSelection m_selection;
     LogOptions m_log;

@@ -315,6 +315,35 @@ TEST_F(Handles, anObserverIsToldBeforeAndAfter)
     EXPECT_TRUE(recorder.lines.empty());
 }
 
+TEST_F(Handles, anObserverIsToldTheValueOfACallThatWentWell)
+{
+    struct Values
+    {
+        std::vector<std::string> lines;
+        static int observe(void* user, const KX_CallEvent* event)
+        {
+            auto& lines = static_cast<Values*>(user)->lines;
+            if (!event->value)
+                lines.push_back("none");
+            else if (event->operation == KX_OP_GET_INT)
+                lines.push_back(std::to_string(static_cast<const KX_IntegerValue*>(event->value)->current));
+            else if (event->operation == KX_OP_READ_MEMORY)
+                lines.push_back(std::to_string(*static_cast<const uint32_t*>(event->value)));
+            return 0;
+        }
+    } values;
+    KX_IntegerValue literal{};
+    ASSERT_EQ(KX_CC_GetIntValueEx(camera.handle, "Literal", &literal), KX_OK);
+    ASSERT_EQ(KX_CC_SetCallObserver(camera.handle, Values::observe, &values), KX_OK);
+    uint32_t word = 0;
+    statusOf("Literal");
+    KX_CC_ReadMemory(camera.handle, &word, 0x100, 4);
+    statusOf("Nobody");
+    KX_CC_SetCallObserver(camera.handle, nullptr, nullptr);
+    EXPECT_EQ(values.lines, (std::vector<std::string>{"none", std::to_string(literal.current), "none",
+                                                      std::to_string(word), "none", "none"}));
+}
+
 TEST_F(Handles, anObserverMayRefuseEverythingButClosing)
 {
     Recorder recorder;

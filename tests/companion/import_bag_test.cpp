@@ -73,11 +73,13 @@ TEST_F(BagCommand, TellsOfACameraThatCannotBeOpened)
     EXPECT_EQ(load.code, 1);
     EXPECT_THAT(load.out, Not(HasSubstr("\"info\"")));
     EXPECT_THAT(load.out, EndsWith("{\"result\":\"failed\",\"device\":1,\"notApplied\":[]}\n"));
-    EXPECT_EQ(load.err, "EMU-1 S1: the camera could not be opened.\n");
+    EXPECT_EQ(load.err, "EMU-1 S1: the camera could not be opened: Another application controls the "
+                        "camera.\n");
 
     const Result save = tests::runInProcess({"export", "--all", "--to", folder(), "--format", "bag"});
     EXPECT_EQ(save.code, 1);
-    EXPECT_THAT(save.err, HasSubstr("EMU-1 S1: failed\nEMU-1 S1: the camera could not be opened.\n"));
+    EXPECT_THAT(save.err, HasSubstr("EMU-1 S1: failed\nEMU-1 S1: the camera could not be opened: Another "
+                                    "application controls the camera.\n"));
     EXPECT_THAT(save.out, EndsWith("  not written\n0 exported, 1 failed\n"));
     EXPECT_EQ(fileText(file), before);
 }

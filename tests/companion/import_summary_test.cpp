@@ -1,6 +1,7 @@
 #include "iefeatures/ImportSummary.h"
 
 #include "companion/CompanionFixture.h"
+#include "iefeatures/ExitCode.h"
 
 #include <QOperateThread.h>
 
@@ -110,20 +111,26 @@ TEST(ImportSummary, NamesAFewAndCountsTheRest)
     EXPECT_EQ(remarks.last(), "3 more did not take their values.");
 }
 
-TEST(ImportSummary, GivesTheGravestExitCode)
+TEST(ImportSummary, GivesTheExitCodeOfACamera)
 {
-    const auto code = [](std::vector<State> states, bool isInterrupted = false) {
-        std::vector<ImportOutcome> results;
-        for (const State state : states)
-            results.push_back({silent(), state});
-        return importExitCode(results, isInterrupted);
-    };
-    EXPECT_EQ(code({State::Applied, State::Applied}), 0);
-    EXPECT_EQ(code({State::Applied, State::Incomplete}), 4);
-    EXPECT_EQ(code({State::Incomplete, State::Incompatible}), 5);
-    EXPECT_EQ(code({State::BadFile, State::Incompatible}), 6);
-    EXPECT_EQ(code({State::BadFile, State::Failed}), 1);
-    EXPECT_EQ(code({State::Applied, State::NotStarted}, true), 130);
+    EXPECT_EQ(companion::importExitCode(State::Applied), 0);
+    EXPECT_EQ(companion::importExitCode(State::Incomplete), 4);
+    EXPECT_EQ(companion::importExitCode(State::Incompatible), 5);
+    EXPECT_EQ(companion::importExitCode(State::BadFile), 6);
+    EXPECT_EQ(companion::importExitCode(State::Failed), 1);
+    EXPECT_EQ(companion::importExitCode(State::NotStarted), 1);
+}
+
+TEST(ImportSummary, TakesTheGravestExitCodeOfAll)
+{
+    using companion::gravestExitCode;
+    EXPECT_EQ(gravestExitCode({}), 0);
+    EXPECT_EQ(gravestExitCode({0, 0}), 0);
+    EXPECT_EQ(gravestExitCode({0, 4}), 4);
+    EXPECT_EQ(gravestExitCode({4, 5}), 5);
+    EXPECT_EQ(gravestExitCode({6, 5}), 6);
+    EXPECT_EQ(gravestExitCode({6, 1}), 1);
+    EXPECT_EQ(gravestExitCode({130, 1}), 130);
 }
 
 namespace

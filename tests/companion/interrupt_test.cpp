@@ -102,6 +102,32 @@ TEST_F(Interrupted, KeepsNoFileThatOnlyLooksWhole)
     EXPECT_EQ(controlOf(camera), 0u);
 }
 
+// Height has been read when the signal comes: it is still written. The registers behind it are not reached.
+TEST_F(Interrupted, EndsAnImportBehindTheFeatureInHand)
+{
+    emu::Camera& camera = addSlowCamera("S1");
+    ASSERT_EQ(runInProcess({"export", "--all", "--to", folder()}).code, 0);
+    const std::string file = path("EMU-1_S1.fpk");
+    ASSERT_EQ(camera.setNode("ReverseY", int64_t(1)), "");
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    camera.pokeWord(77824, 7); // a gain, in a register block
+
+    std::thread person([&] {
+        while (std::get<int64_t>(camera.node("Height").value()) == 16)
+            std::this_thread::yield();
+        std::raise(SIGINT);
+    });
+    const Result run = runInProcess({"import", file, "--all"});
+    person.join();
+    EXPECT_EQ(run.code, 130);
+    EXPECT_EQ(controlOf(camera), 0u);
+    EXPECT_EQ(camera.peekWord(77824), 7u);
+    EXPECT_THAT(run.err, HasSubstr("Interrupted.\nEMU-1 S1: written: ReverseY, Height\n"
+                                   "EMU-1 S1: not reached: "));
+    EXPECT_THAT(run.err, HasSubstr("Gain"));
+    EXPECT_THAT(run.out, EndsWith("  failed\n0 applied, 0 incomplete, 0 incompatible, 1 failed\n"));
+}
+
 TEST_F(Interrupted, StartsNoJobThatStillWaits)
 {
     for (int i = 0; i < 34; ++i)

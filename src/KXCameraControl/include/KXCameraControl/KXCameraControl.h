@@ -239,6 +239,10 @@ typedef struct KX_CallEvent
     int64_t length;
     KX_Status status;
     uint64_t requests;           /* requests sent over this connection so far, retries included */
+    const void* value;           /* what a call that is over and went well has got or given; valid during the call only.
+                                    Getters: their record. Setters: bool, uint32_t (enumeration), float, int64_t, or
+                                    zero-terminated text. Memory: `length` bytes. Open: the description as zero-terminated
+                                    text, empty when there is none. Null for everything else. */
 } KX_CallEvent;
 
 /* Called on the thread of the observed call, before and after it. Non-zero from the call before (`finished` 0)
@@ -340,7 +344,8 @@ KX_API KX_Status KX_XML_GetNodeAccessMode(KX_HANDLE handle, const char* name, KX
 
 /* Feature files in the GenApi persistence text (GenApi, "Streaming"), so that other makers' files and tools work with
  * them. `path` is Latin-1. The observer is told of each feature (the operation, its name, `finished` 0) and may end
- * the work there (KX_E_ABORTED).
+ * the work there (KX_E_ABORTED). Of each value that a load has read or written it is told as of a getter or setter of
+ * texts that is over (KX_OP_GET_STRING with a KX_StringValue, KX_OP_SET_STRING).
  * Save: all features of the categories that are streamable, readable and writable, for every combination of their
  * selectors, which are put back to what they were on every way out. The file appears whole or not at all.
  * Load: passes over the file until nothing more settles, between the camera's streaming commands where it has them.

@@ -1,0 +1,279 @@
+#include "iefeatures/ImportProcedure.h"
+
+#include "iefeatures/ExitCode.h"
+#include "iefeatures/Interrupt.h"
+#include "iefeatures/Text.h"
+
+#include <QOperateThread.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace companion
+{
+namespace
+{
+
+constexpr int kMostNamed = 20; // in messages for people
+
+bool isIncompleteAtWorst(const ImportOutcome& outcome)
+{
+    return outcome.state == ImportOutcome::State::Applied ||
+           outcome.state == ImportOutcome::State::Incomplete;
+}
+
+bool goesOn(const CameraImport& result)
+{
+    const bool isSaved = !result.snapshot || result.snapshot->snapshot;
+    return isSaved && std::all_of(result.jobs.begin(), result.jobs.end(), isIncompleteAtWorst);
+}
+
+const ImportOutcome& gravest(const std::vector<ImportOutcome>& jobs)
+{
+    std::vector<int> codes;
+    for (const ImportOutcome& job : jobs)
+        codes.push_back(importExitCode(job.state));
+    const auto found = std::find(codes.begin(), codes.end(), gravestExitCode(codes));
+    return jobs[size_t(found - codes.begin())];
+}
+
+// One outcome for the table: the gravest of the jobs, with the effort of all.
+ImportOutcome summed(const CameraImport& result)
+{
+    ImportOutcome sum;
+    sum.record.job.camera = result.camera;
+    if (!result.jobs.empty())
+        sum = gravest(result.jobs);
+    sum.record.tally.requests = 0;
+    sum.record.job.seconds = 0;
+    for (const ImportOutcome& job : result.jobs) {
+        sum.record.tally.requests += job.record.tally.requests;
+        sum.record.job.seconds += job.record.job.seconds;
+    }
+    return sum;
+}
+
+std::vector<Change> changesOf(const CameraImport& result, const CallWatch::Blocks& blocks)
+{
+    std::vector<Change> changes;
+    for (const ImportOutcome& job : result.jobs) {
+        for (Change change : job.record.findings.changes.changes()) {
+            const auto block = change.isRegister ? blocks.find(change.address) : blocks.end();
+            if (block != blocks.end())
+                change.feature = block->second;
+            changes.push_back(change);
+        }
+    }
+    return changes;
+}
+
+QStringList namesOf(const std::vector<Change>& changes)
+{
+    QStringList names;
+    for (const Change& change : changes)
+        names += change.feature.isEmpty() ? "register " + QString::number(change.address) : change.feature;
+    names.removeDuplicates();
+    return names;
+}
+
+// Features of the files that no job has come to.
+QStringList notReached(const CameraImport& result, const ImportedFeatures& named)
+{
+    QStringList names = named.names;
+    const auto drop = [&names](const QString& name) { names.removeAll(name); };
+    for (const ImportOutcome& job : result.jobs) {
+        const ChangeLedger& ledger = job.record.findings.changes;
+        std::for_each(ledger.seenFeatures().begin(), ledger.seenFeatures().end(), drop);
+        for (const int64_t address : ledger.seenRegisters())
+            if (const auto block = named.blocks.find(address); block != named.blocks.end())
+                drop(block->second);
+    }
+    return names;
+}
+
+QString listed(const QStringList& names)
+{
+    if (names.isEmpty())
+        return "nothing";
+    QString text = printable(names.mid(0, kMostNamed).join(", "));
+    if (names.size() > kMostNamed)
+        text += QString(" and %1 more").arg(names.size() - kMostNamed);
+    return text;
+}
+
+// As a POSIX shell takes it for one word.
+QString quoted(QString word)
+{
+    return '\'' + word.replace('\'', "'\\''") + '\'';
+}
+
+ImportedFeatures namedBy(const ImportTask& task)
+{
+    ImportedFeatures named = featuresOfFile(task.features);
+    named.names = featuresOfBag(task.bag).names + named.names;
+    named.names.removeDuplicates();
+    return named;
+}
+
+} // namespace
+
+int exitCodeOf(const CameraImport& result)
+{
+    if (result.snapshot && !result.snapshot->snapshot)
+        return ExitJobFailed;
+    return importExitCode(summed(result).state);
+}
+
+ImportProcedure::ImportProcedure(Console& console, const ImportTask& task)
+    : m_console(console), m_task(task), m_named(namedBy(task))
+{}
+
+int ImportProcedure::run(const std::vector<Camera>& cameras)
+{
+    m_results.clear();
+    for (const Camera& camera : cameras)
+        m_results.push_back({camera, {}, {}});
+    if (!m_task.snapshots.isEmpty())
+        takeSnapshots();
+    if (!m_task.bag.isEmpty())
+        import(JOB_FEATURE_BAG_IMPORT, m_task.bag);
+    if (!m_task.features.isEmpty())
+        import(JOB_FEATURE_XML_IMPORT, m_task.features);
+    if (Interrupt::isRequested())
+        m_console.err(std::string("Interrupted.\n"));
+    for (const CameraImport& result : m_results) {
+        if (Interrupt::isRequested())
+            tellInterrupted(result);
+        offerRollback(result);
+    }
+    tellResults();
+    if (m_task.isAudited)
+        audit();
+    return exitCode();
+}
+
+ImportProcedure::Cameras ImportProcedure::going()
+{
+    Cameras cameras;
+    for (CameraImport& result : m_results)
+        if (goesOn(result))
+            cameras.push_back(&result);
+    return cameras;
+}
+
+void ImportProcedure::takeSnapshots()
+{
+    std::vector<Camera> cameras;
+    for (const CameraImport& result : m_results)
+        cameras.push_back(result.camera);
+    const auto snapshots = companion::takeSnapshots(m_console, cameras, m_task.snapshots, m_task.isJson);
+    for (size_t i = 0; i < m_results.size(); ++i) {
+        m_results[i].snapshot = snapshots[i];
+        for (const QString& problem : snapshots[i].problems)
+            tell(cameras[i], problem);
+        if (!snapshots[i].snapshot)
+            tell(cameras[i], "there is no snapshot, so nothing was written to the camera.");
+        else if (!m_task.isJson)
+            tell(cameras[i], "snapshot " + printable(snapshots[i].folder));
+    }
+}
+
+void ImportProcedure::import(unsigned type, const QString& file)
+{
+    const Cameras results = going();
+    std::vector<Camera> cameras;
+    for (const CameraImport* result : results)
+        cameras.push_back(result->camera);
+    const auto setUp = [&](QOperateThread& worker, const StructDeviceInfo& device) {
+        if (type == JOB_FEATURE_BAG_IMPORT)
+            worker.SetFeatureBagImportJob(device, file);
+        else
+            worker.SetXmlImportJob(device, file);
+    };
+    const JobRun run{setUp, m_task.isJson, CallWatch::Refusal::BehindFeature, m_named.blocks};
+    std::vector<ImportOutcome> outcomes;
+    for (const JobRecord& record : runJobs(m_console, cameras, run))
+        outcomes.push_back(examineImport(record));
+    nameRegisters(m_named.blocks, outcomes);
+    for (size_t i = 0; i < results.size(); ++i) {
+        results[i]->jobs.push_back(outcomes[i]);
+        for (const QString& remark : importRemarks(outcomes[i]))
+            tell(cameras[i], remark);
+    }
+}
+
+void ImportProcedure::tellInterrupted(const CameraImport& result)
+{
+    if (goesOn(result) && !result.jobs.empty())
+        return;
+    const std::vector<Change> changes = changesOf(result, m_named.blocks);
+    tell(result.camera, "written: " + listed(namesOf(changes)));
+    tell(result.camera, "not reached: " + listed(notReached(result, m_named)));
+}
+
+// Only where there is something to undo.
+void ImportProcedure::offerRollback(const CameraImport& result)
+{
+    if (!result.snapshot || !result.snapshot->snapshot || exitCodeOf(result) == ExitWell ||
+        changesOf(result, m_named.blocks).empty())
+        return;
+    tell(result.camera, "to undo: iefeatures rollback " + quoted(result.snapshot->folder) + " --serial " +
+                            quoted(result.camera.serial));
+}
+
+void ImportProcedure::tellResults()
+{
+    std::vector<ImportOutcome> outcomes;
+    for (const CameraImport& result : m_results)
+        outcomes.push_back(summed(result));
+    m_console.out(m_task.isJson ? importJson(outcomes) : importTable(outcomes).toStdString());
+}
+
+void ImportProcedure::audit()
+{
+    std::vector<AuditFile> files;
+    for (const QString& file : {m_task.bag, m_task.features})
+        if (!file.isEmpty())
+            files.push_back(auditFile(file));
+    std::vector<AuditEntry> entries;
+    for (const CameraImport& result : m_results) {
+        AuditEntry& entry = entries.emplace_back();
+        entry.command = m_task.command;
+        entry.files = files;
+        entry.camera = result.camera;
+        for (const ImportOutcome& job : result.jobs) {
+            const ChangeLedger& ledger = job.record.findings.changes;
+            entry.descriptionHash = ledger.descriptionHash();
+            if (!ledger.firmware().isEmpty())
+                entry.firmware = ledger.firmware();
+            entry.notApplied += notApplied(job.record.findings);
+        }
+        entry.notApplied.removeDuplicates();
+        entry.changes = changesOf(result, m_named.blocks);
+        if (result.snapshot && result.snapshot->snapshot)
+            entry.snapshot = result.snapshot->folder;
+        entry.outcome = importWord(summed(result).state);
+        entry.exitCode = Interrupt::isRequested() ? int(ExitInterrupted) : exitCodeOf(result);
+    }
+    const QString problem = appendToAudit(entries);
+    if (!problem.isEmpty())
+        m_console.err(problem + '\n');
+}
+
+int ImportProcedure::exitCode() const
+{
+    if (Interrupt::isRequested())
+        return ExitInterrupted;
+    std::vector<int> codes;
+    for (const CameraImport& result : m_results)
+        codes.push_back(exitCodeOf(result));
+    return gravestExitCode(codes);
+}
+
+void ImportProcedure::tell(const Camera& camera, const QString& text)
+{
+    m_console.err(camera.title() + ": " + text + '\n');
+}
+
+} // namespace companion

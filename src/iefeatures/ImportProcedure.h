@@ -1,0 +1,66 @@
+// An import with what stands around it: a snapshot before, the check and the camera's own user set behind,
+// and the record of it all. Each step is done on all cameras at the same time before the next one begins; a
+// camera that fails one has no further.
+#pragma once
+
+#include "iefeatures/AuditLog.h"
+#include "iefeatures/ImportSummary.h"
+#include "iefeatures/ImportedFeatures.h"
+#include "iefeatures/Snapshot.h"
+#include "iefeatures/UserSet.h"
+
+#include <optional>
+#include <vector>
+
+namespace companion
+{
+
+struct ImportTask
+{
+    QString command;   // for the audit log
+    QString bag;       // a feature bag to load first; empty: none
+    QString features;  // a features file to import; empty: none
+    QString snapshots; // folder to take snapshots into; empty: none
+    bool isAudited = true;
+    bool isJson = false;
+};
+
+// What has come of one camera.
+struct CameraImport
+{
+    Camera camera;
+    std::optional<SnapshotResult> snapshot; // when one was asked for
+    std::vector<ImportOutcome> jobs;        // feature bag, features file; those that were begun
+};
+
+// What this camera alone would have given, an interrupt apart.
+int exitCodeOf(const CameraImport& result);
+
+class ImportProcedure
+{
+public:
+    ImportProcedure(Console& console, const ImportTask& task);
+
+    // Does it all, tells messages as they come up and results at the end, and gives an ExitCode.
+    int run(const std::vector<Camera>& cameras);
+
+private:
+    using Cameras = std::vector<CameraImport*>;
+    Cameras going();
+
+    void takeSnapshots();
+    void import(unsigned type, const QString& file);
+    void tellInterrupted(const CameraImport& result);
+    void offerRollback(const CameraImport& result);
+    void tellResults();
+    void audit();
+    int exitCode() const;
+    void tell(const Camera& camera, const QString& text);
+
+    Console& m_console;
+    const ImportTask m_task;
+    const ImportedFeatures m_named; // by either file
+    std::vector<CameraImport> m_results;
+};
+
+} // namespace companion

@@ -1,0 +1,32 @@
+// Runs one job on each of several cameras, watched, with the progress told.
+#pragma once
+
+#include "iefeatures/CallWatch.h"
+#include "iefeatures/Console.h"
+#include "iefeatures/JobBatch.h"
+
+#include <vector>
+
+namespace companion
+{
+
+// One job that is over, or was never started.
+struct JobRecord
+{
+    JobOutcome job;
+    CallWatch::Tally tally;
+    CallWatch::Findings findings;
+};
+
+struct JobRun
+{
+    JobBatch::SetUp setUp;
+    bool isJson = false; // the jobs' signals as JSON lines instead of progress for people
+    CallWatch::Refusal refusal = CallWatch::Refusal::AtOnce; // when interrupted
+    CallWatch::Blocks blocks = {};
+};
+
+// In the cameras' order. Blocks until all are over; an interrupt (Interrupt.h) ends them early.
+std::vector<JobRecord> runJobs(Console& console, const std::vector<Camera>& cameras, const JobRun& run);
+
+} // namespace companion

@@ -1,0 +1,207 @@
+#include "companion/ImportCompanion.h"
+#include "iefeatures/AuditLog.h"
+#include "iefeatures/OperatingSystem.h"
+
+#include <nlohmann/json.hpp>
+
+#include <QCryptographicHash>
+#include <QDateTime>
+#include <QDir>
+#include <QSysInfo>
+
+#include <thread>
+
+using nlohmann::json;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using tests::Result;
+
+namespace
+{
+
+QString sha256(const QByteArray& bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
+}
+
+class Audit : public tests::ImportCompanion
+{
+protected:
+    static QString logFolder() { return QFileInfo(companion::auditPath()).path(); }
+
+    static QByteArray logText()
+    {
+        QFile file(companion::auditPath());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    static std::vector<json> lines()
+    {
+        std::vector<json> found;
+        QByteArrayList texts = logText().split('\n');
+        EXPECT_EQ(texts.takeLast(), ""); // every line has its end
+        for (const QByteArray& text : texts)
+            found.push_back(json::parse(text.toStdString()));
+        return found;
+    }
+};
+
+} // namespace
+
+TEST_F(Audit, TellsWhenWhoWhatWhichCameraAndWhatChanged)
+{
+    emu::Camera& camera = addCamera("S1", [](emu::CameraConfig& config) { config.userName = "Gate 3"; });
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    ASSERT_EQ(camera.setNode("TestPattern", int64_t(1)), "");
+    camera.pokeWord(77824, 7); // the gain of the first channel
+    const QDateTime before = QDateTime::currentDateTimeUtc();
+    ASSERT_EQ(import(file).code, 0);
+
+    ASSERT_EQ(lines().size(), 1u);
+    const json line = lines().front();
+    const QString time = QString::fromStdString(line["time"]);
+    EXPECT_TRUE(time.endsWith('Z')) << time.toStdString();
+    const QDateTime told = QDateTime::fromString(time, Qt::ISODateWithMs);
+    EXPECT_GE(told, before.addMSecs(-1));
+    EXPECT_LE(told, QDateTime::currentDateTimeUtc());
+    EXPECT_EQ(line["user"], companion::loginName().toStdString());
+    EXPECT_NE(line["user"], "");
+    EXPECT_EQ(line["host"], QSysInfo::machineHostName().toStdString());
+    EXPECT_EQ(line["command"], "import");
+    EXPECT_EQ(line["files"],
+              (json{{{"path", path(file)}, {"sha256", sha256(fileText(file)).toStdString()}}}));
+    const std::string description = sha256(QByteArray::fromStdString(camera.description())).toStdString();
+    EXPECT_EQ(line["camera"], (json{{"serial", "S1"},
+                                    {"model", "EMU-1"},
+                                    {"userName", "Gate 3"},
+                                    {"address", camera.config().address},
+                                    {"firmware", "1.2.3"},
+                                    {"descriptionSha256", description}}));
+    EXPECT_EQ(line["changes"],
+              (json{{{"feature", "TestPattern"}, {"from", "1"}, {"to", "2"}},
+                    {{"feature", "Height"}, {"from", "16"}, {"to", "480"}},
+                    {{"feature", "Gain"}, {"register", 77824}, {"from", "00000007"}, {"to", "00000064"}}}));
+    EXPECT_EQ(line["notApplied"], json::array());
+    EXPECT_EQ(line["snapshot"], nullptr);
+    EXPECT_EQ(line["outcome"], "applied");
+    EXPECT_EQ(line["exit"], 0);
+}
+
+TEST_F(Audit, HasALineForEachCameraAndKeepsTheOldOnes)
+{
+    addCamera("S1");
+    addCamera("S2", [](emu::CameraConfig& config) { config.model = "Other"; });
+    const std::string file =
+        altered(exported("S1"), feature("Width", "Integer", "640"), feature("Width", "Integer", "64000"));
+    EXPECT_EQ(import(file).code, 5);
+    EXPECT_EQ(import(file, {"--serial", "S1"}).code, 4);
+    const std::vector<json> all = lines();
+    ASSERT_EQ(all.size(), 3u);
+    EXPECT_EQ(all[0]["camera"]["serial"], "S1");
+    EXPECT_EQ(all[0]["outcome"], "incomplete");
+    EXPECT_EQ(all[0]["notApplied"], json{"Width"});
+    EXPECT_EQ(all[0]["exit"], 4);
+    EXPECT_EQ(all[1]["camera"]["serial"], "S2");
+    EXPECT_EQ(all[1]["outcome"], "incompatible");
+    EXPECT_EQ(all[1]["exit"], 5);
+    EXPECT_EQ(all[2]["exit"], 4);
+}
+
+TEST_F(Audit, TellsWhatAFeatureBagChanged)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1", {"--format", "bag"});
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    ASSERT_EQ(import(file, {"--all", "--format", "bag"}).code, 0);
+    const json line = lines().front();
+    const json height{{"feature", "Height"}, {"from", "16"}, {"to", "480"}};
+    EXPECT_THAT(line["changes"].get<std::vector<json>>(), ::testing::Contains(height));
+    EXPECT_EQ(line["files"][0]["path"], path(file));
+}
+
+TEST_F(Audit, KnowsNoFirmwareOfACameraThatCannotBeOpened)
+{
+    emu::Camera& camera = addCamera("S1");
+    camera.stealControl();
+    EXPECT_EQ(import("missing.fpk").code, 1);
+    const json line = lines().front();
+    EXPECT_EQ(line["camera"]["firmware"], nullptr);
+    EXPECT_EQ(line["camera"]["descriptionSha256"], nullptr);
+    EXPECT_EQ(line["files"], (json{{{"path", path("missing.fpk")}, {"sha256", nullptr}}}));
+    EXPECT_EQ(line["outcome"], "failed");
+    EXPECT_EQ(line["exit"], 1);
+}
+
+TEST_F(Audit, IsSwitchedOff)
+{
+    addCamera("S1");
+    EXPECT_EQ(import(exported("S1"), {"--all", "--no-audit"}).code, 0);
+    EXPECT_FALSE(QFile::exists(companion::auditPath()));
+}
+
+TEST_F(Audit, ThatCannotBeWrittenFailsNoImport)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    write("user-data", "a file where the folder should be");
+    const Result run = import(file);
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(std::get<int64_t>(camera.node("Height").value()), 480);
+    EXPECT_THAT(run.err, HasSubstr("The audit log cannot be written: " + path("user-data") +
+                                   "/Audit/iefeatures.jsonl\n"));
+}
+
+TEST_F(Audit, OnAFullDiskFailsNoImport)
+{
+    addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_TRUE(QDir().mkpath(logFolder()));
+    ASSERT_TRUE(QFile::link("/dev/full", companion::auditPath()));
+    const Result run = import(file);
+    EXPECT_EQ(run.code, 0);
+    EXPECT_THAT(run.err, HasSubstr("The audit log cannot be written: "));
+}
+
+TEST_F(Audit, BeginsANewLineBehindOneThatWasCut)
+{
+    addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_TRUE(QDir().mkpath(logFolder()));
+    write("user-data/Audit/iefeatures.jsonl", "{\"time\":\"20");
+    ASSERT_EQ(import(file).code, 0);
+    const QByteArrayList texts = logText().split('\n');
+    ASSERT_EQ(texts.size(), 3);
+    EXPECT_EQ(texts[0], "{\"time\":\"20");
+    EXPECT_EQ(json::parse(texts[1].toStdString())["outcome"], "applied");
+}
+
+TEST_F(Audit, TakesLinesOfManyAtOnce)
+{
+    companion::AuditEntry entry;
+    entry.command = "import";
+    entry.changes.assign(300, {"Feature", false, 0, "from", QString(100, 'x')});
+    std::vector<std::thread> writers;
+    for (int i = 0; i < 8; ++i)
+        writers.emplace_back([&] {
+            for (int n = 0; n < 20; ++n)
+                EXPECT_EQ(companion::appendToAudit({entry}), "");
+        });
+    for (std::thread& writer : writers)
+        writer.join();
+    const std::vector<json> all = lines();
+    EXPECT_EQ(all.size(), 160u);
+    for (const json& line : all)
+        EXPECT_EQ(line["changes"].size(), 300u);
+}
+
+TEST_F(Audit, CountsWhatItDoesNotTell)
+{
+    companion::AuditEntry entry;
+    entry.changes.assign(5001, {"Feature", false, 0, {}, "1"});
+    const json line = json::parse(companion::auditLine(entry).toStdString());
+    EXPECT_EQ(line["changes"].size(), 5000u);
+    EXPECT_EQ(line["changes"][0], (json{{"feature", "Feature"}, {"from", nullptr}, {"to", "1"}}));
+    EXPECT_EQ(line["moreChanges"], 1);
+}
