@@ -86,7 +86,9 @@ TEST_F(OnATerminal, ProgressIsDrawnOverItself)
     EXPECT_THAT(screen, HasSubstr("EMU-1 Sound   exporting, "));
     EXPECT_THAT(screen, HasSubstr("\033[31mEMU-1 Faulty  failed"));
     EXPECT_THAT(screen, HasSubstr(kFailure));
-    EXPECT_THAT(screen, ::testing::EndsWith("\033[J")); // nothing of it stays
+    // Nothing of it stays.
+    EXPECT_THAT(screen, ::testing::EndsWith("\033[JEMU-1 Faulty: the camera could not be opened: The camera "
+                                            "does not answer.\r\n"));
     EXPECT_THAT(screen, Not(HasSubstr(": exporting")));
 }
 
