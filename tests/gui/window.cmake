@@ -21,7 +21,7 @@ target_link_libraries(window_fixture PUBLIC
     recording_suite_tools ie_window scripted_camera Qt5::Test GTest::gtest)
 add_dependencies(window_fixture window_test_translation program_resources)
 
-foreach(subject main_window_layout device_table check_logic local_config)
+foreach(subject main_window_layout device_table check_logic local_config column_chooser)
     ie_add_test(${subject}_test LABEL gui SOURCES ${subject}_test.cpp LIBRARIES window_fixture)
     set_target_properties(${subject}_test PROPERTIES
         ENABLE_EXPORTS ON RUNTIME_OUTPUT_DIRECTORY "${window_tests}")

@@ -17,6 +17,7 @@ void CovertEncodeCharFromQString(const QString& text, char* buffer, int capacity
 int SDKCode2VELACode(unsigned int status);
 QString GenerateSDKCode(unsigned int code);
 QString GenerateVELAErrorDesc(int code);
+QString language();
 QString softwareVersion();
 QString programDataPath();
 qint64 string2Int(const QString& text);
@@ -139,6 +140,12 @@ QString softwareVersion()
     record("softwareVersion");
     return suiteScript().softwareVersion.isNull() ? RealSuiteTools::softwareVersion()
                                                   : suiteScript().softwareVersion;
+}
+
+QString language()
+{
+    record("language");
+    return suiteScript().language.isNull() ? RealSuiteTools::language() : suiteScript().language;
 }
 
 QString programDataPath()

@@ -15,6 +15,7 @@ namespace tests
 struct SuiteScript
 {
     QString softwareVersion = "7.8.9"; // fixed, so that expected files do not follow the build's version
+    QString language;
     QString programDataPath = "/nonexistent/program-data";
     std::optional<unsigned int> toolsSupportNum;
     std::function<int(unsigned int status)> velaCode;

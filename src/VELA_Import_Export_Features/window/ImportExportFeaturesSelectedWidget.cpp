@@ -32,6 +32,7 @@ bool ImportExportFeaturesSelectedWidget::BuildBoxes()
     for (int i = 0; i < kBoxCount; ++i) {
         m_pCheckBoxes[i] = new ORBCustomCheckBox(pCentral, 1);
         m_pCheckBoxes[i]->setFixedHeight(30);
+        m_pCheckBoxes[i]->setMinimumWidth(1); // the pop-up's width is given: a longer text must not widen it
         m_pCheckBoxes[i]->cSetFontColor(ORBCustom::fontColor(1));
         m_pButtonGroup->addButton(m_pCheckBoxes[i], i);
         m_pLayout->addWidget(m_pCheckBoxes[i]);
