@@ -10,6 +10,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace
@@ -290,8 +291,18 @@ void WindowFixture::handleEvents()
     QCoreApplication::processEvents();
 }
 
+// Another program of the suite at work on the settings file: one key at a time.
+static int writeSettings(const QString& file, int keys)
+{
+    for (int i = 0; i < keys; ++i)
+        QSettings(file, QSettings::IniFormat).setValue(QString("Other/Key%1").arg(i), i + 1);
+    return 0;
+}
+
 int main(int argc, char** argv)
 {
+    if (argc == 4 && std::strcmp(argv[1], "--write-settings") == 0)
+        return writeSettings(QFile::decodeName(argv[2]), std::atoi(argv[3]));
     QApplication application(argc, argv);
     QApplication::setStyle(QStyleFactory::create("Fusion"));
     for (const char* file : {IE_WINDOW_RESOURCES "/vela.rcc", IE_WINDOW_RESOURCES "/ToolBarBtn.rcc"})

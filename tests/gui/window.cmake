@@ -11,7 +11,8 @@ add_custom_command(OUTPUT "${window_translation}"
     DEPENDS "${window_texts}" VERBATIM)
 add_custom_target(window_test_translation DEPENDS "${window_translation}")
 
-add_library(window_fixture STATIC WindowFixture.cpp WindowFixture.h MainWidgetProbe.h)
+add_library(window_fixture STATIC
+    BatchFixture.cpp BatchFixture.h MainWidgetProbe.h WindowFixture.cpp WindowFixture.h)
 target_include_directories(window_fixture PUBLIC "${CMAKE_SOURCE_DIR}/tests")
 target_compile_definitions(window_fixture PRIVATE
     IE_WINDOW_TRANSLATION="${window_translation}"
@@ -21,7 +22,9 @@ target_link_libraries(window_fixture PUBLIC
     recording_suite_tools ie_window scripted_camera Qt5::Test GTest::gtest)
 add_dependencies(window_fixture window_test_translation program_resources)
 
-foreach(subject main_window_layout device_table check_logic local_config column_chooser)
+foreach(subject main_window_layout device_table check_logic local_config column_chooser
+        batch_progress batch_jobs
+        settings_trouble window_load)
     ie_add_test(${subject}_test LABEL gui SOURCES ${subject}_test.cpp LIBRARIES window_fixture)
     set_target_properties(${subject}_test PROPERTIES
         ENABLE_EXPORTS ON RUNTIME_OUTPUT_DIRECTORY "${window_tests}")
