@@ -8,19 +8,27 @@
 namespace bench
 {
 
-// Median of `runs` times of `work`, in seconds, after one run that warms up.
-template <typename Work>
-double medianSeconds(Work work, int runs = 5)
+// Median of `runs` times of `work`, in seconds, after one run that warms up; `prepare` goes before each run
+// and is not counted.
+template <typename Prepare, typename Work>
+double medianSecondsAfter(Prepare prepare, Work work, int runs = 5)
 {
-    work();
     std::vector<double> times;
-    for (int run = 0; run < runs; ++run) {
+    for (int run = 0; run <= runs; ++run) {
+        prepare();
         const auto begin = std::chrono::steady_clock::now();
         work();
-        times.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
+        if (run > 0)
+            times.push_back(std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
     }
     std::sort(times.begin(), times.end());
     return times[times.size() / 2];
+}
+
+template <typename Work>
+double medianSeconds(Work work, int runs = 5)
+{
+    return medianSecondsAfter([] {}, work, runs);
 }
 
 } // namespace bench
