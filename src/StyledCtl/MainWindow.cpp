@@ -290,4 +290,5 @@ void ORBCustomMainWindow::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
     placeGrips();
+    d->titleBar->cPutLastInTabOrder();
 }

@@ -1,5 +1,6 @@
 #include <StyledCtl/ORBCustomDialogs.h>
 
+#include "DialogKeys.h"
 #include "HintPicture.h"
 #include "HookCall.h"
 
@@ -8,7 +9,6 @@
 
 #include <QEvent>
 #include <QGridLayout>
-#include <QKeyEvent>
 #include <QPlainTextEdit>
 #include <QPointer>
 
@@ -155,8 +155,6 @@ void ORBCustomMessageBox::changeEvent(QEvent* event)
 
 void ORBCustomMessageBox::keyPressEvent(QKeyEvent* event)
 {
-    if (event->matches(QKeySequence::Cancel))
-        reject();
-    else
+    if (!styled::closeByKey(this, event))
         ORBCustomMainWindow::keyPressEvent(event);
 }

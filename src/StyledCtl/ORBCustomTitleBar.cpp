@@ -104,6 +104,17 @@ int ORBCustomTitleBar::cTitleControls() const
     return d->controls;
 }
 
+void ORBCustomTitleBar::cPutLastInTabOrder()
+{
+    QWidget* last = window()->previousInFocusChain();
+    while (last != window() && (last->focusPolicy() == Qt::NoFocus || isAncestorOf(last)))
+        last = last->previousInFocusChain();
+    for (TitleButton* button : {d->minimize, d->maximize, d->close}) {
+        setTabOrder(last, button);
+        last = button;
+    }
+}
+
 QSize ORBCustomTitleBar::sizeHint() const
 {
     return QSize(QWidget::sizeHint().width() + 80, kHeight);

@@ -1,5 +1,6 @@
 #include <StyledCtl/ORBCustomDialogs.h>
 
+#include "DialogKeys.h"
 #include "HintPicture.h"
 #include "HookCall.h"
 #include "Theme.h"
@@ -9,9 +10,9 @@
 
 #include <QDesktopServices>
 #include <QDir>
+#include <QEvent>
 #include <QFileInfo>
 #include <QGridLayout>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QUrl>
 
@@ -168,8 +169,6 @@ void ORBCustomSaveDoneHintDlg::changeEvent(QEvent* event)
 
 void ORBCustomSaveDoneHintDlg::keyPressEvent(QKeyEvent* event)
 {
-    if (event->matches(QKeySequence::Cancel))
-        reject();
-    else
+    if (!styled::closeByKey(this, event))
         ORBCustomMainWindow::keyPressEvent(event);
 }

@@ -28,8 +28,8 @@ public:
     int pressedSection = -1;
     int hoveredSection = -1;
     int focusedSection = -1; // what the keyboard is at
-    int sortedSection = -1;  // of the last click that sorted
-    bool ascending = false;
+    int arrowAt = -1;        // before the press
+    Qt::SortOrder arrowOrder = Qt::AscendingOrder;
     bool pressed = false;
 };
 
@@ -43,8 +43,11 @@ ORBCustomSortHeaderView::ORBCustomSortHeaderView(QWidget* parent)
     setFocusPolicy(Qt::TabFocus);
     viewport()->setAttribute(Qt::WA_Hover);
     // Resizing by drag gives no click. A double click is two clicks, of which the header tells one as such.
-    connect(this, &QHeaderView::sectionClicked, this,
-            [this](int column) { clickSection(column, &d->pressedAt); });
+    connect(this, &QHeaderView::sectionClicked, this, [this](int column) {
+        // The header has moved its arrow already, also to columns that do not sort: back to where it was.
+        setSortIndicator(d->arrowAt, d->arrowOrder);
+        clickSection(column, &d->pressedAt);
+    });
     connect(this, &QHeaderView::sectionDoubleClicked, this,
             [this](int column) { clickSection(column, &d->pressedAt); });
     setTexts();
@@ -75,10 +78,7 @@ void ORBCustomSortHeaderView::clickSection(int column, const QPoint*)
 {
     if (!isSortEnabled(column))
         return;
-    // Not asked from the arrow: a mouse click has turned that already.
-    const bool turns = d->sortedSection == column && d->ascending;
-    d->sortedSection = column;
-    d->ascending = !turns;
+    const bool turns = sortIndicatorSection() == column && sortIndicatorOrder() == Qt::AscendingOrder;
     setSortIndicator(column, turns ? Qt::DescendingOrder : Qt::AscendingOrder);
     viewport()->update();
     emit SigSortByColumn(column, !turns);
@@ -143,6 +143,8 @@ void ORBCustomSortHeaderView::mousePressEvent(QMouseEvent* event)
     d->pressed = true;
     d->pressedAt = event->pos();
     d->pressedSection = logicalIndexAt(event->pos());
+    d->arrowAt = sortIndicatorSection();
+    d->arrowOrder = sortIndicatorOrder();
     QHeaderView::mousePressEvent(event);
     viewport()->update();
 }

@@ -1,8 +1,11 @@
 # The styled widgets, without the window that is built of them.
 function(styled_test name)
-    ie_add_test(styled_${name}_test LABEL gui SOURCES ${ARGN} styled_${name}_test.cpp LIBRARIES StyledCtl Qt5::Test)
+    ie_add_test(styled_${name}_test LABEL gui SOURCES styled_${name}_test.cpp StyledTools.h LIBRARIES StyledCtl Qt5::Test)
     set_target_properties(styled_${name}_test PROPERTIES AUTOMOC ON)
 endfunction()
+
+styled_test(table)
+styled_test(header)
 
 # Draws every widget into pictures in the build folder, to be looked at, and checks what they must show.
 ie_add_test(styled_gallery LABEL gui SOURCES gallery.cpp LIBRARIES StyledCtl Qt5::Test)

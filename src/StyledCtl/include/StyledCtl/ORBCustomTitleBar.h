@@ -29,6 +29,9 @@ public:
     void cSetTitleControls(int controls);
     int cTitleControls() const;
 
+    // The controls come after everything that the window holds now when the user tabs through it.
+    void cPutLastInTabOrder();
+
     QSize sizeHint() const override;
 
 protected:
