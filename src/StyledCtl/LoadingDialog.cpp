@@ -97,7 +97,7 @@ void ORBCustomLoadingDialog::showText()
     d->label->setText(d->text.isEmpty() ? tr("Please wait...") : d->text);
     setWindowTitle(d->label->text());
     setAccessibleName(d->label->text());
-    adjustSize();
+    cFitContents();
 }
 
 void ORBCustomLoadingDialog::changeEvent(QEvent* event)

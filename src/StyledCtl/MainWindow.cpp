@@ -206,6 +206,15 @@ int ORBCustomMainWindow::minimumHeight() const
     return minimumSize().height();
 }
 
+void ORBCustomMainWindow::cFitContents()
+{
+    // From the inside out: each layout forgets its old size only now.
+    if (d->central && d->central->layout())
+        d->central->layout()->activate();
+    d->layout->activate();
+    adjustSize();
+}
+
 QRect ORBCustomMainWindow::panelRect() const
 {
     return rect().adjusted(d->margin, d->margin, -d->margin, -d->margin);

@@ -125,7 +125,7 @@ void ORBCustomMessageBox::fill(const QString& content, const QString& detail, co
     d->cancel->setVisible(withCancel);
     setTexts();
     setAccessibleDescription(content);
-    adjustSize();
+    cFitContents();
     d->ok->setFocus();
 }
 
@@ -143,7 +143,7 @@ void ORBCustomMessageBox::unfoldDetail(bool unfold)
 {
     d->detail->setVisible(unfold);
     setTexts();
-    adjustSize();
+    cFitContents();
 }
 
 void ORBCustomMessageBox::changeEvent(QEvent* event)

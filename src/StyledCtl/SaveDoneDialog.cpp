@@ -138,7 +138,7 @@ int ORBCustomSaveDoneHintDlg::exec()
     if (answer.answered)
         return answer.result;
     setEnabled(true);
-    adjustSize();
+    cFitContents();
     d->ok->setFocus();
     return ORBCustomMainWindow::exec();
 }
@@ -157,7 +157,7 @@ void ORBCustomSaveDoneHintDlg::setTexts()
 void ORBCustomSaveDoneHintDlg::openFolder()
 {
     d->trouble->setVisible(!showInDesktop(this, folderOf(d->path->text())));
-    adjustSize();
+    cFitContents();
 }
 
 void ORBCustomSaveDoneHintDlg::changeEvent(QEvent* event)

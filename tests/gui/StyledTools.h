@@ -29,8 +29,7 @@ inline void closeByWindowSystem(QWidget* window)
 {
     QCloseEvent event;
     QSpontaneKeyEvent::setSpontaneous(&event);
-    if (QApplication::sendEvent(window, &event) && event.isAccepted())
-        window->hide();
+    qApp->notify(window, &event); // sendEvent() would make it the program's own
 }
 
 // Runs the function once the next modal dialog is open and active. A dialog that is still there afterwards

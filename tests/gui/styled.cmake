@@ -6,6 +6,9 @@ endfunction()
 
 styled_test(table)
 styled_test(header)
+styled_test(loading)
+styled_test(message_box)
+styled_test(save_done)
 
 # Draws every widget into pictures in the build folder, to be looked at, and checks what they must show.
 ie_add_test(styled_gallery LABEL gui SOURCES gallery.cpp LIBRARIES StyledCtl Qt5::Test)

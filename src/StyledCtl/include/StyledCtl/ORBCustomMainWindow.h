@@ -48,6 +48,8 @@ public:
     int minimumHeight() const;
 
 protected:
+    // As large as what it holds now, also when something in it was just hidden.
+    void cFitContents();
     void cStyleChanged() override;
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
