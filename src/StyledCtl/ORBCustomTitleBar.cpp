@@ -175,12 +175,11 @@ void ORBCustomTitleBar::dragWindow(const QPoint& globalPosition)
 {
     QWidget* moved = window();
     if (moved->isMaximized()) {
-        // The restored window comes to lie under the pointer, at the same part of its width.
-        const double part = double(globalPosition.x() - moved->x()) / qMax(1, moved->width());
-        const int fromTop = globalPosition.y() - moved->y();
+        // The restored window comes to lie under the pointer, held at the same part of its width.
+        const QPoint held = d->pressedAt - moved->pos();
+        const double part = double(held.x()) / qMax(1, moved->width());
         moved->showNormal();
-        d->pressedAt = globalPosition;
-        d->windowAt = globalPosition - QPoint(int(part * moved->width()), fromTop);
+        d->windowAt = d->pressedAt - QPoint(int(part * moved->width()), held.y());
     }
     moved->move(d->windowAt + globalPosition - d->pressedAt);
 }

@@ -7,6 +7,7 @@ endfunction()
 styled_test(table)
 styled_test(header)
 styled_test(loading)
+styled_test(main_window)
 styled_test(message_box)
 styled_test(save_done)
 
