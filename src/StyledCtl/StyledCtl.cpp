@@ -4,6 +4,7 @@
 #include "Theme.h"
 
 #include <QApplication>
+#include <QFileInfo>
 
 namespace
 {
@@ -55,8 +56,12 @@ QString getExistingDirectory(QWidget* parent, const QString& caption, const QStr
     request.title = caption;
     request.text = directory;
     const DialogAnswer answer = styled::askHook(request);
-    return answer.answered ? answer.path
-                           : QFileDialog::getExistingDirectory(parent, caption, directory, options);
+    if (answer.answered)
+        return answer.path;
+    // The dialog would take a file for what is chosen already, and then refuse it.
+    const QFileInfo start(directory);
+    return QFileDialog::getExistingDirectory(parent, caption, start.isFile() ? start.path() : directory,
+                                             options);
 }
 
 } // namespace ORBCustom

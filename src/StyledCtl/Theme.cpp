@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QRegularExpression>
+#include <QWidget>
 
 namespace styled
 {
@@ -27,8 +28,14 @@ void dressApplication()
 
 void refreshFont()
 {
-    if (g_dressed)
-        QApplication::setFont(ORBCustom::defaultFont());
+    if (!g_dressed)
+        return;
+    QApplication::setFont(ORBCustom::defaultFont());
+    // Below a style sheet a widget keeps the font that it was made with, until its own part of it is set
+    // again.
+    const QWidgetList widgets = QApplication::allWidgets();
+    for (QWidget* widget : widgets)
+        widget->setFont(widget->font());
 }
 
 const Theme& Theme::current()

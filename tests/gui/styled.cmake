@@ -4,12 +4,14 @@ function(styled_test name)
     set_target_properties(styled_${name}_test PROPERTIES AUTOMOC ON)
 endfunction()
 
-styled_test(table)
+styled_test(controls)
 styled_test(header)
+styled_test(library)
 styled_test(loading)
 styled_test(main_window)
 styled_test(message_box)
 styled_test(save_done)
+styled_test(table)
 
 # Draws every widget into pictures in the build folder, to be looked at, and checks what they must show.
 ie_add_test(styled_gallery LABEL gui SOURCES gallery.cpp LIBRARIES StyledCtl Qt5::Test)
