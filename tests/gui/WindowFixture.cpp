@@ -10,6 +10,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -291,11 +292,15 @@ void WindowFixture::handleEvents()
     QCoreApplication::processEvents();
 }
 
-// Another program of the suite at work on the settings file: one key at a time.
+// Another program of the suite at work on the settings file: one key after the other.
 static int writeSettings(const QString& file, int keys)
 {
-    for (int i = 0; i < keys; ++i)
-        QSettings(file, QSettings::IniFormat).setValue(QString("Other/Key%1").arg(i), i + 1);
+    std::puts("begins");
+    std::fflush(stdout);
+    for (int i = 1; i <= keys; ++i) {
+        QSettings(file, QSettings::IniFormat).setValue(QString("Other/Key%1").arg(i), i);
+        QThread::msleep(5); // leaves the file to the window for a moment
+    }
     return 0;
 }
 

@@ -131,23 +131,19 @@ TEST_F(SettingsTrouble, WhatCanBeReadOfABrokenFileCounts)
 
 TEST_F(SettingsTrouble, AnotherProgramWritesAtTheSameTime)
 {
-    constexpr int kKeys = 30;
+    constexpr int kKeys = 12;
     open();
     QProcess other;
     other.start(QCoreApplication::applicationFilePath(),
                 {"--write-settings", configFile(), QString::number(kKeys)});
-    ASSERT_TRUE(other.waitForStarted());
-    int clicks = 0;
-    for (; other.state() == QProcess::Running; ++clicks) {
+    ASSERT_TRUE(other.waitForReadyRead()); // it begins
+    for (int click = 0; click < 11; ++click) {
         probe->box(2).click();
-        other.waitForFinished(20); // else the other program hardly gets the file
+        other.waitForFinished(10); // both get at the file now and then
     }
-    EXPECT_EQ(other.exitStatus(), QProcess::NormalExit);
+    ASSERT_TRUE(other.state() == QProcess::NotRunning || other.waitForFinished());
     EXPECT_EQ(other.exitCode(), 0);
-    EXPECT_GT(clicks, 3);
-    EXPECT_EQ(setting(kMaskKey).toInt(), clicks % 2 ? 111 : 107); // the last click
-    int kept = 0;
-    for (int i = 0; i < kKeys; ++i)
-        kept += setting(QString("Other/Key%1").arg(i)).toInt() == i + 1;
-    EXPECT_EQ(kept, kKeys);
+    EXPECT_EQ(setting(kMaskKey).toInt(), 107 + 4); // the last click
+    for (int i = 1; i <= kKeys; ++i)
+        EXPECT_EQ(setting(QString("Other/Key%1").arg(i)).toInt(), i);
 }
