@@ -245,10 +245,11 @@ TEST_F(DeviceTable, StatusGroups)
         int stored;
         bool canBeTicked;
         const char* icon;
-    } groups[] = {// The names of these two icons are the wrong way round, and stay so.
-                  {{2, 4, 9, 14}, 3, false, "notuse.png"},
-                  {{1, 8, 13, 18}, 1, true, "use.png"},
-                  {{0, 3, 5, -1, 7, 10, 19, 255}, 2, false, "notreach.png"}};
+        const char* word; // told to who cannot see the icon
+    } groups[] = {        // The names of these two icons are the wrong way round, and stay so.
+                  {{2, 4, 9, 14}, 3, false, "notuse.png", "In Use"},
+                  {{1, 8, 13, 18}, 1, true, "use.png", "Free"},
+                  {{0, 3, 5, -1, 7, 10, 19, 255}, 2, false, "notreach.png", "Unreachable"}};
     find(freeCameras(1));
     QTreeWidgetItem* camera = item("S1");
     StructDeviceInfo device = camera->data(0, Qt::UserRole + 3).value<StructDeviceInfo>();
@@ -260,6 +261,7 @@ TEST_F(DeviceTable, StatusGroups)
             EXPECT_EQ(statusCode(0), group.stored) << "code " << code;
             EXPECT_EQ(table().cellCheckEnable(0, Check), group.canBeTicked) << "code " << code;
             EXPECT_TRUE(icon(0) == stateIcon(group.icon)) << "code " << code;
+            EXPECT_EQ(table().item(0, Status)->data(Qt::AccessibleTextRole), QVariant(group.word));
             EXPECT_EQ(text(0, Status), "") << "code " << code; // the icon alone
         }
 }
