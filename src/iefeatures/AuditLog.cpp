@@ -92,6 +92,7 @@ QByteArray auditLine(const AuditEntry& entry)
                  {"user", loginName().toStdString()},
                  {"host", QSysInfo::machineHostName().toStdString()},
                  {"command", entry.command.toStdString()},
+                 {"source", textOrNull(entry.source)},
                  {"files", filesJson(entry.files)},
                  {"camera", cameraJson(entry)},
                  {"snapshot", textOrNull(entry.snapshot)},
@@ -101,6 +102,7 @@ QByteArray auditLine(const AuditEntry& entry)
     line["notApplied"] = Json::array();
     for (const QString& name : entry.notApplied)
         line["notApplied"].push_back(name.toStdString());
+    line["userSet"] = textOrNull(entry.userSet);
     line["outcome"] = entry.outcome.toStdString();
     line["exit"] = entry.exitCode;
     return QByteArray::fromStdString(line.dump()) + '\n';

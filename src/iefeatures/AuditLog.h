@@ -24,6 +24,7 @@ AuditFile auditFile(const QString& path);
 struct AuditEntry
 {
     QString command;
+    QString source;               // serial number of the camera that they are of; empty: not known
     std::vector<AuditFile> files; // in the order of their use
     Camera camera;
     QString firmware;        // empty: not known
@@ -31,6 +32,7 @@ struct AuditEntry
     std::vector<Change> changes;
     QStringList notApplied; // features
     QString snapshot;       // folder; empty: none
+    QString userSet;        // that it was saved into; empty: none
     QString outcome;        // one word or two: "applied", "failed"
     int exitCode = 0;       // what this camera alone would have given
 };

@@ -23,6 +23,13 @@ void CameraSelection::addOptions(CLI::App& app)
     group->require_option(1, 0);
 }
 
+CameraSelection::Choice CameraSelection::bySerial(const Words& serials, const std::vector<Camera>& cameras)
+{
+    CameraSelection selection;
+    selection.m_serials = serials;
+    return selection.choose(cameras);
+}
+
 CameraSelection::Choice CameraSelection::choose(const std::vector<Camera>& cameras) const
 {
     Choice choice;

@@ -29,9 +29,10 @@ public:
     };
     Choice choose(const std::vector<Camera>& cameras) const;
 
-private:
     using Words = std::vector<std::string>;
+    static Choice bySerial(const Words& serials, const std::vector<Camera>& cameras);
 
+private:
     bool m_all = false;
     Words m_serials;
     Words m_names;

@@ -1,7 +1,19 @@
 #include "iefeatures/Command.h"
 
+#include <iostream>
+
 namespace companion
 {
+
+std::optional<std::string> askOnTerminal(Console& console, const std::string& question)
+{
+    if (!isTerminal(StandardStream::Input) || !isTerminal(StandardStream::Error))
+        return {};
+    console.err(question);
+    std::string answer;
+    std::getline(std::cin, answer);
+    return answer;
+}
 
 bool Command::findCameras(World& world, std::vector<Camera>& cameras)
 {

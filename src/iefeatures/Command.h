@@ -4,6 +4,10 @@
 #include "iefeatures/Camera.h"
 #include "iefeatures/Console.h"
 
+#include <functional>
+#include <optional>
+#include <string>
+
 namespace CLI
 {
 class App;
@@ -12,11 +16,17 @@ class App;
 namespace companion
 {
 
+// Puts a question to the person at the terminal and gives the line that is typed; nothing when nobody can be
+// asked. Blocks.
+using Ask = std::function<std::optional<std::string>(Console& console, const std::string& question)>;
+std::optional<std::string> askOnTerminal(Console& console, const std::string& question);
+
 // What commands reach the world through.
 struct World
 {
     Console& console;
     Enumerate enumerate = enumerateCameras;
+    Ask ask = askOnTerminal;
 };
 
 class Command

@@ -1,9 +1,11 @@
 #include "iefeatures/Companion.h"
 
+#include "iefeatures/CloneCommand.h"
 #include "iefeatures/ExitCode.h"
 #include "iefeatures/ExportCommand.h"
 #include "iefeatures/ImportCommand.h"
 #include "iefeatures/ListCommand.h"
+#include "iefeatures/RollbackCommand.h"
 
 #include <SuiteTools/SuiteTools.h>
 
@@ -25,6 +27,8 @@ Commands allCommands()
     commands.push_back(std::make_unique<ListCommand>());
     commands.push_back(std::make_unique<ExportCommand>());
     commands.push_back(std::make_unique<ImportCommand>());
+    commands.push_back(std::make_unique<RollbackCommand>());
+    commands.push_back(std::make_unique<CloneCommand>());
     return commands;
 }
 

@@ -13,18 +13,21 @@ void ImportCommand::addOptions(CLI::App& app)
         ->required()
         ->type_name("")
         ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
-    app.add_option("--snapshot", m_snapshots,
-                   "Export each camera into a folder below this one first; it must exist")
-        ->type_name("DIR")
-        ->check(
-            [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
-    app.add_flag("--no-audit", m_isUnaudited, "Leave no line in the audit log");
+    m_options.addSnapshot(app);
+    m_options.addVerify(app);
+    m_options.addUserSet(app);
+    m_options.addAudit(app);
     JobCommand::addOptions(app);
 }
 
 QStringList ImportCommand::objections(const std::vector<Camera>&) const
 {
-    return isBag() ? objectionsToBagPath(QString::fromStdString(m_file)) : QStringList();
+    if (!isBag())
+        return {};
+    QStringList sentences = objectionsToBagPath(QString::fromStdString(m_file));
+    if (m_options.isVerified())
+        sentences += "Only the import of a features file can be verified.";
+    return sentences;
 }
 
 int ImportCommand::carryOut(Console& console, const std::vector<Camera>& cameras) const
@@ -32,9 +35,8 @@ int ImportCommand::carryOut(Console& console, const std::vector<Camera>& cameras
     ImportTask task;
     task.command = name();
     (isBag() ? task.bag : task.features) = QString::fromStdString(m_file);
-    task.snapshots = QString::fromStdString(m_snapshots);
-    task.isAudited = !m_isUnaudited;
     task.isJson = wantsJson();
+    m_options.fill(task);
     return ImportProcedure(console, task).run(cameras);
 }
 

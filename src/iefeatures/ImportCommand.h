@@ -1,6 +1,7 @@
 // iefeatures import: one file into each chosen camera.
 #pragma once
 
+#include "iefeatures/ImportOptions.h"
 #include "iefeatures/JobCommand.h"
 
 namespace companion
@@ -18,8 +19,7 @@ private:
     int carryOut(Console& console, const std::vector<Camera>& cameras) const override;
 
     std::string m_file;
-    std::string m_snapshots;
-    bool m_isUnaudited = false;
+    ImportOptions m_options;
 };
 
 } // namespace companion

@@ -1,6 +1,7 @@
 #include "iefeatures/ImportProcedure.h"
 
 #include "iefeatures/ExitCode.h"
+#include "iefeatures/InParallel.h"
 #include "iefeatures/Interrupt.h"
 #include "iefeatures/Text.h"
 
@@ -122,7 +123,14 @@ int exitCodeOf(const CameraImport& result)
 {
     if (result.snapshot && !result.snapshot->snapshot)
         return ExitJobFailed;
-    return importExitCode(summed(result).state);
+    std::vector<int> codes{importExitCode(summed(result).state)};
+    if (result.verification && !result.verification->problem.isEmpty())
+        codes.push_back(ExitJobFailed);
+    else if (result.verification && !result.verification->isClean())
+        codes.push_back(ExitNotAllApplied);
+    if (!result.userSetProblem.isEmpty())
+        codes.push_back(ExitJobFailed);
+    return gravestExitCode(codes);
 }
 
 ImportProcedure::ImportProcedure(Console& console, const ImportTask& task)
@@ -133,13 +141,17 @@ int ImportProcedure::run(const std::vector<Camera>& cameras)
 {
     m_results.clear();
     for (const Camera& camera : cameras)
-        m_results.push_back({camera, {}, {}});
+        m_results.emplace_back().camera = camera;
     if (!m_task.snapshots.isEmpty())
         takeSnapshots();
     if (!m_task.bag.isEmpty())
         import(JOB_FEATURE_BAG_IMPORT, m_task.bag);
     if (!m_task.features.isEmpty())
         import(JOB_FEATURE_XML_IMPORT, m_task.features);
+    if (m_task.isVerified && !Interrupt::isRequested())
+        verify();
+    if (!m_task.userSet.name.isEmpty() && !Interrupt::isRequested())
+        saveUserSets();
     if (Interrupt::isRequested())
         m_console.err(std::string("Interrupted.\n"));
     for (const CameraImport& result : m_results) {
@@ -203,6 +215,38 @@ void ImportProcedure::import(unsigned type, const QString& file)
     }
 }
 
+void ImportProcedure::verify()
+{
+    const Cameras results = going();
+    inParallel(results.size(), [&](size_t i) {
+        ImportTraces traces;
+        traces.changes = changesOf(*results[i], m_named.blocks);
+        for (const ImportOutcome& job : results[i]->jobs)
+            traces.failures.insert(traces.failures.end(), job.record.findings.failures.begin(),
+                                   job.record.findings.failures.end());
+        results[i]->verification = companion::verify(results[i]->camera, m_task.features, traces);
+    });
+}
+
+// What is not as it should be must not become what the camera starts with.
+void ImportProcedure::saveUserSets()
+{
+    Cameras clean;
+    for (CameraImport& result : m_results)
+        if (exitCodeOf(result) == ExitWell && result.verification)
+            clean.push_back(&result);
+        else
+            tell(result.camera, printable(m_task.userSet.name) + " was not saved: not all was applied.");
+    inParallel(clean.size(), [&](size_t i) {
+        clean[i]->userSetProblem = saveUserSet(clean[i]->camera, m_task.userSet);
+        clean[i]->isUserSetSaved = clean[i]->userSetProblem.isEmpty();
+    });
+    for (const CameraImport* result : clean)
+        tell(result->camera, result->isUserSetSaved ? "saved into " + printable(m_task.userSet.name) + '.'
+                                                    : printable(m_task.userSet.name) +
+                                                          " was not saved: " + result->userSetProblem);
+}
+
 void ImportProcedure::tellInterrupted(const CameraImport& result)
 {
     if (goesOn(result) && !result.jobs.empty())
@@ -228,6 +272,12 @@ void ImportProcedure::tellResults()
     for (const CameraImport& result : m_results)
         outcomes.push_back(summed(result));
     m_console.out(m_task.isJson ? importJson(outcomes) : importTable(outcomes).toStdString());
+    for (const CameraImport& result : m_results) {
+        if (!result.verification)
+            continue;
+        m_console.out(m_task.isJson ? verificationJson(*result.verification)
+                                    : verificationText(*result.verification).toStdString());
+    }
 }
 
 void ImportProcedure::audit()
@@ -240,6 +290,7 @@ void ImportProcedure::audit()
     for (const CameraImport& result : m_results) {
         AuditEntry& entry = entries.emplace_back();
         entry.command = m_task.command;
+        entry.source = m_task.source;
         entry.files = files;
         entry.camera = result.camera;
         for (const ImportOutcome& job : result.jobs) {
@@ -249,10 +300,14 @@ void ImportProcedure::audit()
                 entry.firmware = ledger.firmware();
             entry.notApplied += notApplied(job.record.findings);
         }
-        entry.notApplied.removeDuplicates();
         entry.changes = changesOf(result, m_named.blocks);
         if (result.snapshot && result.snapshot->snapshot)
             entry.snapshot = result.snapshot->folder;
+        if (result.verification)
+            entry.notApplied += result.verification->missing();
+        entry.notApplied.removeDuplicates();
+        if (result.isUserSetSaved)
+            entry.userSet = m_task.userSet.name;
         entry.outcome = importWord(summed(result).state);
         entry.exitCode = Interrupt::isRequested() ? int(ExitInterrupted) : exitCodeOf(result);
     }

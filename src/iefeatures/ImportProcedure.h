@@ -8,6 +8,7 @@
 #include "iefeatures/ImportedFeatures.h"
 #include "iefeatures/Snapshot.h"
 #include "iefeatures/UserSet.h"
+#include "iefeatures/Verification.h"
 
 #include <optional>
 #include <vector>
@@ -17,10 +18,13 @@ namespace companion
 
 struct ImportTask
 {
-    QString command;   // for the audit log
-    QString bag;       // a feature bag to load first; empty: none
-    QString features;  // a features file to import; empty: none
-    QString snapshots; // folder to take snapshots into; empty: none
+    QString command;         // for the audit log
+    QString bag;             // a feature bag to load first; empty: none
+    QString features;        // a features file to import; empty: none
+    QString snapshots;       // folder to take snapshots into; empty: none
+    bool isVerified = false; // against the features file
+    UserSet userSet;         // saved where the verification is clean
+    QString source;          // serial number of the camera that the files are of; empty: not known
     bool isAudited = true;
     bool isJson = false;
 };
@@ -31,6 +35,9 @@ struct CameraImport
     Camera camera;
     std::optional<SnapshotResult> snapshot; // when one was asked for
     std::vector<ImportOutcome> jobs;        // feature bag, features file; those that were begun
+    std::optional<Verification> verification;
+    bool isUserSetSaved = false;
+    QString userSetProblem; // a sentence
 };
 
 // What this camera alone would have given, an interrupt apart.
@@ -50,6 +57,8 @@ private:
 
     void takeSnapshots();
     void import(unsigned type, const QString& file);
+    void verify();
+    void saveUserSets();
     void tellInterrupted(const CameraImport& result);
     void offerRollback(const CameraImport& result);
     void tellResults();

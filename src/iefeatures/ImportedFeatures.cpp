@@ -40,7 +40,9 @@ ImportedFeatures featuresOfFile(const QString& featuresFile)
         if (reader.readNext() != QXmlStreamReader::StartElement)
             continue;
         const QXmlStreamAttributes attributes = reader.attributes();
-        if (reader.name() == QLatin1String("Name")) {
+        if (reader.name() == QLatin1String("DeviceModelName")) {
+            features.model = reader.readElementText(QXmlStreamReader::SkipChildElements);
+        } else if (reader.name() == QLatin1String("Name")) {
             takeOnce(reader.readElementText(QXmlStreamReader::SkipChildElements), features.names, isKnown);
         } else if (reader.name() == QLatin1String("ComplexFeature")) {
             block = attributes.value("name").toString();

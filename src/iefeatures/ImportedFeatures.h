@@ -11,6 +11,7 @@ namespace companion
 
 struct ImportedFeatures
 {
+    QString model;     // of a features file
     QStringList names; // in the file's order, each once
     std::map<int64_t, QString>
         blocks; // of the register entries of a features file: the feature they belong to

@@ -1,7 +1,6 @@
 #include "iefeatures/JobCommand.h"
 
 #include "iefeatures/ExitCode.h"
-#include "iefeatures/Interrupt.h"
 #include "iefeatures/Text.h"
 
 #include <CLI/CLI.hpp>
@@ -45,7 +44,7 @@ int JobCommand::execute(World& world)
         tellAll(world.console, reasons);
         return ExitUsage;
     }
-    return runWithLog(world.console, choice.cameras);
+    return runLogged(world.console, m_log, [&] { return carryOut(world.console, choice.cameras); });
 }
 
 QStringList JobCommand::objectionsToBagPath(const QString& path)
@@ -54,22 +53,6 @@ QStringList JobCommand::objectionsToBagPath(const QString& path)
         return {};
     return {QString("A feature bag cannot have the path %1: only Latin-1 characters are possible.")
                 .arg(printable(path))};
-}
-
-int JobCommand::runWithLog(Console& console, const std::vector<Camera>& cameras) const
-{
-    const LogSink log(console, m_log);
-    if (!log.isGood()) {
-        console.err("The log file cannot be opened: " + m_log.file + '\n');
-        return ExitInputOutput;
-    }
-    const Interrupt interrupt;
-    const int code = carryOut(console, cameras);
-    if (code == ExitWell && !log.isGood()) {
-        console.err("The log file cannot be written: " + m_log.file + '\n');
-        return ExitInputOutput;
-    }
-    return code;
 }
 
 } // namespace companion

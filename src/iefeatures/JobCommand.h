@@ -4,7 +4,6 @@
 #include "iefeatures/CameraSelection.h"
 #include "iefeatures/Command.h"
 #include "iefeatures/JobRun.h"
-#include "iefeatures/LogSink.h"
 
 #include <vector>
 
@@ -29,8 +28,6 @@ protected:
     bool wantsJson() const { return m_json; }
 
 private:
-    int runWithLog(Console& console, const std::vector<Camera>& cameras) const;
-
     CameraSelection m_selection;
     LogOptions m_log;
     std::string m_format = "xml";

@@ -1,5 +1,6 @@
 #include "iefeatures/JobRun.h"
 
+#include "iefeatures/ExitCode.h"
 #include "iefeatures/Interrupt.h"
 #include "iefeatures/Progress.h"
 #include "iefeatures/SignalPrinter.h"
@@ -23,6 +24,22 @@ std::vector<JobRecord> runJobs(Console& console, const std::vector<Camera>& came
         records.push_back({outcome, watch.tally(id), watch.findings(id)});
     }
     return records;
+}
+
+int runLogged(Console& console, const LogOptions& options, const std::function<int()>& body)
+{
+    const LogSink log(console, options);
+    if (!log.isGood()) {
+        console.err("The log file cannot be opened: " + options.file + '\n');
+        return ExitInputOutput;
+    }
+    const Interrupt interrupt;
+    const int code = body();
+    if (code == ExitWell && !log.isGood()) {
+        console.err("The log file cannot be written: " + options.file + '\n');
+        return ExitInputOutput;
+    }
+    return code;
 }
 
 } // namespace companion

@@ -4,6 +4,7 @@
 #include "iefeatures/CallWatch.h"
 #include "iefeatures/Console.h"
 #include "iefeatures/JobBatch.h"
+#include "iefeatures/LogSink.h"
 
 #include <vector>
 
@@ -28,5 +29,9 @@ struct JobRun
 
 // In the cameras' order. Blocks until all are over; an interrupt (Interrupt.h) ends them early.
 std::vector<JobRecord> runJobs(Console& console, const std::vector<Camera>& cameras, const JobRun& run);
+
+// Runs `body`, which gives an ExitCode, with the log lines of the jobs going where `options` say, and with
+// Ctrl-C asking for its end. A log that cannot be written turns a good end into a failure of output.
+int runLogged(Console& console, const LogOptions& options, const std::function<int()>& body);
 
 } // namespace companion

@@ -12,6 +12,7 @@ struct TerminalSize
 
 enum class StandardStream
 {
+    Input = 0,
     Output = 1,
     Error = 2
 };

@@ -1,5 +1,6 @@
 #include "iefeatures/UserSet.h"
 
+#include "iefeatures/CameraConnection.h"
 #include "iefeatures/Text.h"
 
 #include <SuiteTools/SuiteTools.h>
@@ -13,30 +14,6 @@ namespace companion
 {
 namespace
 {
-
-// An open connection that ends with its scope.
-class Connection
-{
-public:
-    explicit Connection(const KX_DeviceInfo& device)
-    {
-        status = KX_CC_CreateHandle(&handle, &device);
-        if (status == KX_OK)
-            status = KX_CC_OpenDevice(handle, KX_ACCESS_EXCLUSIVE, 0);
-    }
-    ~Connection()
-    {
-        if (!handle)
-            return;
-        KX_CC_CloseDevice(handle);
-        KX_CC_DestroyHandle(handle);
-    }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-
-    KX_HANDLE handle = nullptr;
-    KX_Status status;
-};
 
 QByteArray descriptionOf(KX_HANDLE handle)
 {
@@ -119,20 +96,20 @@ bool exists(KX_HANDLE handle, const char* name)
 
 QString saveUserSet(const Camera& camera, const UserSet& set)
 {
-    const Connection line(camera.device.stDeviceInfo);
-    if (line.status != KX_OK)
-        return sentence("the camera could not be opened", line.status);
-    const QByteArray description = descriptionOf(line.handle);
-    QString problem = choose(line.handle, description, "UserSetSelector", set.name);
+    const CameraConnection line(camera.device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
+    if (line.status() != KX_OK)
+        return sentence("the camera could not be opened", line.status());
+    const QByteArray description = descriptionOf(line.handle());
+    QString problem = choose(line.handle(), description, "UserSetSelector", set.name);
     if (!problem.isEmpty())
         return problem;
-    const KX_Status saved = KX_CC_ExecuteCommand(line.handle, "UserSetSave");
+    const KX_Status saved = KX_CC_ExecuteCommand(line.handle(), "UserSetSave");
     if (saved != KX_OK)
         return sentence("UserSetSave failed", saved);
     if (!set.isForStartUp)
         return {};
-    const bool isNew = exists(line.handle, "UserSetDefault");
-    return choose(line.handle, description, isNew ? "UserSetDefault" : "UserSetDefaultSelector", set.name);
+    const bool isNew = exists(line.handle(), "UserSetDefault");
+    return choose(line.handle(), description, isNew ? "UserSetDefault" : "UserSetDefaultSelector", set.name);
 }
 
 } // namespace companion

@@ -68,11 +68,12 @@ TEST(Usage, HasATableOfExitCodes)
     EXPECT_EQ(companion::exitCodeTable(),
               "Exit codes:\n"
               "  0    all went well\n"
-              "  1    a job failed; the others went on\n"
+              "  1    a job failed; the others went on; or a clone that was asked about was refused\n"
               "  2    wrong usage, or two chosen cameras that would write one file; nothing was done\n"
               "  3    no such camera; nothing was done\n"
               "  4    a camera did not take all of the file\n"
-              "  5    the file belongs to another model, firmware, board type or version\n"
+              "  5    the file belongs to another model, firmware, board type or version, or the snapshot to "
+              "another camera\n"
               "  6    input or output failed (network, file to import, log file, standard output)\n"
               "  130  interrupted\n");
 }
@@ -109,6 +110,12 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair(Arguments{"export", "--to", ".", "--all", "--format", "zip"}, "--format: zip not in {"),
         std::pair(Arguments{"import", "--all"}, "FILE is required\n"),
         std::pair(Arguments{"import", "", "--all"}, "FILE: Name a file.\n"),
+        std::pair(Arguments{"import", "a.fpk", "--all", "--start-up"}, "--start-up requires --persist\n"),
+        std::pair(Arguments{"import", "a.fpk", "--all", "--snapshot", ""}, "--snapshot: Name a folder.\n"),
+        std::pair(Arguments{"rollback", "--serial", "1"}, "SNAPSHOT is required\n"),
+        std::pair(Arguments{"rollback", "folder"}, "--serial is required\n"),
+        std::pair(Arguments{"clone", "--to", "1"}, "--from is required\n"),
+        std::pair(Arguments{"clone", "--from", "1"}, "--to is required\n"),
         std::pair(Arguments{"import", "a.fpk"}, "At least 1 option from"),
         std::pair(Arguments{"import", "a.fpk", "b.fpk", "--all"},
                   "The following argument was not expected: b.fpk\n"),
@@ -117,9 +124,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(ManPage, NamesEveryOption)
 {
     const QString page = manPage();
-    const QString help = QString::fromStdString(runWithoutCameras({"export", "--help"}).out +
-                                                runWithoutCameras({"import", "--help"}).out +
-                                                runWithoutCameras({"list", "--help"}).out);
+    const QString help = QString::fromStdString(
+        runWithoutCameras({"export", "--help"}).out + runWithoutCameras({"import", "--help"}).out +
+        runWithoutCameras({"rollback", "--help"}).out + runWithoutCameras({"clone", "--help"}).out +
+        runWithoutCameras({"list", "--help"}).out);
     auto options = QRegularExpression("--[a-z]+").globalMatch(help);
     int seen = 0;
     for (; options.hasNext(); ++seen) {

@@ -1,0 +1,154 @@
+#include "companion/ImportCompanion.h"
+
+#include <nlohmann/json.hpp>
+
+#include <QDir>
+
+using nlohmann::json;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using tests::Result;
+using tests::runInProcess;
+
+namespace
+{
+
+class Rollback : public tests::ImportCompanion
+{
+protected:
+    Rollback() { QDir().mkdir(QString::fromStdString(path("snapshots"))); }
+
+    // Imports the file into all cameras and gives the snapshot of the one.
+    std::string importedOver(const std::string& serial, const std::string& file)
+    {
+        import(file, {"--all", "--snapshot", path("snapshots")});
+        const QStringList found = QDir(QString::fromStdString(path("snapshots")))
+                                      .entryList({"*_" + QString::fromStdString(serial)});
+        EXPECT_EQ(found.size(), 1);
+        return path("snapshots/" + found.value(0).toStdString());
+    }
+
+    static Result rollback(const std::string& snapshot, const tests::Arguments& more)
+    {
+        tests::Arguments arguments{"rollback", snapshot};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runInProcess(arguments);
+    }
+};
+
+} // namespace
+
+TEST_F(Rollback, BringsTheCameraBackToTheByte)
+{
+    emu::Camera& camera = addCamera("S1");
+    write("other", fileText(exported("S1")));
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    ASSERT_EQ(camera.setNode("TestPatternSeed", int64_t(-5)), ""); // beyond what a features file brings back
+    ASSERT_EQ(camera.setNode("ExposureTime", 1234.567), "");
+    ASSERT_EQ(camera.setNode("ReverseX", int64_t(0)), "");
+    camera.pokeWord(77824, 7);
+    const QByteArray before = fileText(exported("S1"));
+    const QByteArray bagBefore = fileText(exported("S1", {"--format", "bag"}));
+    const std::string snapshot = importedOver("S1", "other");
+    ASSERT_NE(fileText(exported("S1")), before);
+
+    const Result run = rollback(snapshot, {"--serial", "S1"});
+    EXPECT_EQ(run.code, 0) << run.err << run.out;
+    EXPECT_EQ(fileText(exported("S1")), before);
+    EXPECT_EQ(fileText(exported("S1", {"--format", "bag"})), bagBefore);
+    EXPECT_EQ(controlOf(camera), 0u);
+    EXPECT_THAT(run.out, HasSubstr("\n1 applied, 0 incomplete, 0 incompatible, 0 failed\n"));
+    EXPECT_THAT(run.out, HasSubstr("EMU-1 S1: "));
+    EXPECT_THAT(run.out, EndsWith(" 0 coerced, 0 not applied, 0 absent, 1 skipped\n"));
+}
+
+TEST_F(Rollback, LoadsTheFeatureBagBeforeTheRegisters)
+{
+    addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    const Result run = rollback(snapshot, {"--serial", "S1", "--json"});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_LT(run.out.find("\"begin\",\"device\":1,\"type\":0}"),
+              run.out.find("\"begin\",\"device\":1,\"type\":2}"));
+    EXPECT_THAT(run.out, HasSubstr("{\"verify\":\"clean\",\"device\":1,"));
+}
+
+TEST_F(Rollback, TellsWhatItCannotBringBack)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    emu::Faults faults;
+    faults.refusals = {{0x11014, 4}}; // the height's register
+    camera.setFaults(faults);
+    const Result run = rollback(snapshot, {"--serial", "S1"});
+    EXPECT_EQ(run.code, 4);
+    EXPECT_THAT(run.out, HasSubstr("  Height: not applied, file 480"));
+}
+
+TEST_F(Rollback, RefusesTheSnapshotOfAnotherCamera)
+{
+    emu::Camera& camera = addCamera("S1");
+    emu::Camera& other = addCamera("S2");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    ASSERT_EQ(other.setNode("Height", int64_t(16)), "");
+    other.resetCounters();
+    const Result refused = rollback(snapshot, {"--serial", "S2"});
+    EXPECT_EQ(refused.code, 5);
+    EXPECT_EQ(refused.err,
+              "EMU-1 S2: the snapshot is of another camera, EMU-1_S1; --force takes it all the same.\n");
+    EXPECT_EQ(other.counters().writeReg, 0u);
+
+    EXPECT_EQ(rollback(snapshot, {"--serial", "S2", "--force"}).code, 0);
+    EXPECT_EQ(other.node("Height"), camera.node("Height"));
+}
+
+TEST_F(Rollback, RefusesTheSnapshotOfAnotherModelEvenByForce)
+{
+    addCamera("S1");
+    emu::Camera& other = addCamera("S2", [](emu::CameraConfig& config) { config.model = "Other"; });
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    other.resetCounters();
+    const Result run = rollback(snapshot, {"--serial", "S2", "--force"});
+    EXPECT_EQ(run.code, 5);
+    EXPECT_EQ(run.err, "Other S2: the snapshot is of another model, EMU-1.\n");
+    EXPECT_EQ(other.counters().writeReg, 0u);
+}
+
+TEST_F(Rollback, NeedsASnapshotAndACamera)
+{
+    addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    const Result none = rollback(path("missing"), {"--serial", "S1"});
+    EXPECT_EQ(none.code, 6);
+    EXPECT_EQ(none.err,
+              path("missing") + " is no snapshot: it needs one file in features/ and one in bag/.\n");
+    const Result nobody = rollback(snapshot, {"--serial", "S9"});
+    EXPECT_EQ(nobody.code, 3);
+    EXPECT_EQ(nobody.err, "No camera has the serial number \"S9\".\n");
+}
+
+TEST_F(Rollback, IsInTheAuditLogWithBothFiles)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    ASSERT_EQ(rollback(snapshot, {"--serial", "S1"}).code, 0);
+    const QByteArrayList lines = fileText("user-data/Audit/iefeatures.jsonl").split('\n');
+    ASSERT_EQ(lines.size(), 3);
+    const json line = json::parse(lines[1].toStdString());
+    EXPECT_EQ(line["command"], "rollback");
+    EXPECT_EQ(line["files"][0]["path"], snapshot + "/bag/EMU-1_S1.fpk");
+    EXPECT_EQ(line["files"][1]["path"], snapshot + "/features/EMU-1_S1.fpk");
+    EXPECT_THAT(line["changes"].get<std::vector<json>>(),
+                ::testing::Contains(json{{"feature", "Height"}, {"from", "16"}, {"to", "480"}}));
+}
+
+TEST_F(Rollback, LeavesNoLineWhenTheAuditIsOff)
+{
+    addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    const QByteArray before = fileText("user-data/Audit/iefeatures.jsonl");
+    ASSERT_EQ(rollback(snapshot, {"--serial", "S1", "--no-audit"}).code, 0);
+    EXPECT_EQ(fileText("user-data/Audit/iefeatures.jsonl"), before);
+}

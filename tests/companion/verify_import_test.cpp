@@ -1,0 +1,201 @@
+// What stands behind an import: the check of everything that the file names, and the camera's user set.
+#include "companion/ImportCompanion.h"
+
+#include <nlohmann/json.hpp>
+
+using nlohmann::json;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using tests::Result;
+
+namespace
+{
+
+using VerifiedImport = tests::ImportCompanion;
+
+constexpr uint32_t kGainOfAll = 77824;
+constexpr uint32_t kUserSetSelector = 0x16000;
+constexpr uint32_t kUserSetSave = 0x16008;
+constexpr uint32_t kUserSetDefault = 0x1600C;
+
+json lastLine(const Result& run)
+{
+    const QStringList lines = QString::fromStdString(run.out).split('\n', Qt::SkipEmptyParts);
+    return json::parse(lines.last().toStdString());
+}
+
+json entryOf(const json& verification, const std::string& feature)
+{
+    for (const json& entry : verification["features"])
+        if (entry["feature"] == feature)
+            return entry;
+    return {};
+}
+
+} // namespace
+
+TEST_F(VerifiedImport, TellsWhatWasAppliedAndWhatWasSoBefore)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    camera.pokeWord(kGainOfAll, 7);
+    const Result run = import(file, {"--all", "--verify", "--json"});
+    EXPECT_EQ(run.code, 0) << run.out;
+    const json told = lastLine(run);
+    EXPECT_EQ(told["verify"], "clean");
+    EXPECT_EQ(told["device"], 1);
+    EXPECT_EQ(told["applied"], 3); // the gain's register stands behind another feature as well
+    EXPECT_EQ(told["not applied"], 0);
+    EXPECT_EQ(told["absent"], 0);
+    EXPECT_GT(told["unchanged"], 50);
+    EXPECT_EQ(entryOf(told, "Height"),
+              (json{{"feature", "Height"}, {"verdict", "applied"}, {"file", "480"}, {"camera", "480"}}));
+    EXPECT_EQ(entryOf(told, "Width")["verdict"], "unchanged");
+    EXPECT_EQ(entryOf(told, "Gain")["register"], kGainOfAll);
+    EXPECT_EQ(entryOf(told, "Gain")["verdict"], "applied");
+}
+
+TEST_F(VerifiedImport, NamesWhatDidNotReachItsValueAndWhy)
+{
+    addCamera("S1");
+    const std::string file =
+        altered(exported("S1"), feature("Width", "Integer", "640"),
+                feature("Width", "Integer", "64000") + feature("Nobody", "Float", "1.000000"));
+    const Result run = import(file, {"--all", "--verify"});
+    EXPECT_EQ(run.code, 4);
+    EXPECT_THAT(run.out, HasSubstr(" 1 not applied, 1 absent, 1 skipped\n"));
+    EXPECT_THAT(run.out, HasSubstr("  Width: not applied, file 64000, camera 640: The value is out of the "
+                                   "feature's range.\n"));
+    EXPECT_THAT(run.out,
+                HasSubstr("  Nobody: absent, file 1.000000: The camera has no feature of this name.\n"));
+}
+
+// The import takes all of these for well done.
+TEST_F(VerifiedImport, FindsWhatTheImportDoesNotNotice)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = altered(exported("S1"), feature("TestPatternSeed", "Integer", "3735928559"),
+                                     feature("TestPatternSeed", "Integer", "4294967296"));
+    const Result plain = import(file);
+    EXPECT_EQ(plain.code, 0) << plain.err;
+    EXPECT_EQ(camera.node("TestPatternSeed"), emu::NodeValue(int64_t(0)));
+    const Result run = import(file, {"--all", "--verify", "--json"});
+    EXPECT_EQ(run.code, 4);
+    EXPECT_EQ(entryOf(lastLine(run), "TestPatternSeed")["verdict"], "not applied");
+    EXPECT_EQ(entryOf(lastLine(run), "TestPatternSeed")["camera"], "0");
+}
+
+// Who holds control is another matter behind the export than it was in its midst.
+TEST_F(VerifiedImport, LeavesOutWhatImportsDoNotSet)
+{
+    addCamera("S1");
+    const std::string file =
+        altered(exported("S1"), feature("Width", "Integer", "640"),
+                feature("Width", "Integer", "640") + feature("DeviceUserID", "StringReg", "Other"));
+    const Result run = import(file, {"--all", "--verify", "--json"});
+    EXPECT_EQ(run.code, 0) << run.out;
+    EXPECT_EQ(entryOf(lastLine(run), "GevCCP")["verdict"], "skipped");
+    EXPECT_EQ(entryOf(lastLine(run), "DeviceUserID")["verdict"], "skipped");
+}
+
+// There is no such float.
+TEST_F(VerifiedImport, TellsWhatTheCameraHasRounded)
+{
+    addCamera("S1");
+    const std::string file = altered(exported("S1"), feature("AcquisitionFrameRate", "Float", "25.000000"),
+                                     feature("AcquisitionFrameRate", "Float", "25.000001"));
+    const Result run = import(file, {"--all", "--verify", "--json"});
+    EXPECT_EQ(entryOf(lastLine(run), "AcquisitionFrameRate"), (json{{"feature", "AcquisitionFrameRate"},
+                                                                    {"verdict", "coerced"},
+                                                                    {"file", "25.000001"},
+                                                                    {"camera", "25.000002"}}));
+}
+
+TEST_F(VerifiedImport, LeavesOutCamerasThatWereNotImportedInto)
+{
+    addCamera("S1");
+    addCamera("S2", [](emu::CameraConfig& config) { config.model = "Other"; });
+    const Result run = import(exported("S1"), {"--all", "--verify"});
+    EXPECT_EQ(run.code, 5);
+    EXPECT_THAT(run.out, HasSubstr("EMU-1 S1: 0 applied, "));
+    EXPECT_THAT(run.out, Not(HasSubstr("Other S2: ")));
+}
+
+TEST_F(VerifiedImport, IsForFeaturesFiles)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1", {"--format", "bag"});
+    camera.resetCounters();
+    for (const char* option : {"--verify", "--persist=UserSet1"}) {
+        const Result run = import(file, {"--all", "--format", "bag", option});
+        EXPECT_EQ(run.code, 2);
+        EXPECT_EQ(run.err, "Only the import of a features file can be verified.\n");
+    }
+    EXPECT_EQ(camera.counters().writeReg, 0u);
+}
+
+TEST_F(VerifiedImport, SavesIntoAUserSet)
+{
+    emu::Camera& camera = addCamera("S1");
+    const Result run = import(exported("S1"), {"--all", "--persist", "UserSet1"});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(camera.peekWord(kUserSetSelector), 1u);
+    EXPECT_EQ(camera.peekWord(kUserSetSave), 1u);
+    EXPECT_EQ(camera.peekWord(kUserSetDefault), 0u);
+    EXPECT_EQ(controlOf(camera), 0u);
+    EXPECT_THAT(run.err, EndsWith("EMU-1 S1: saved into UserSet1.\n"));
+    EXPECT_THAT(run.out, HasSubstr("EMU-1 S1: 0 applied, "));
+}
+
+TEST_F(VerifiedImport, MakesTheUserSetTheOneAtPowerUp)
+{
+    emu::Camera& camera = addCamera("S1");
+    EXPECT_EQ(import(exported("S1"), {"--all", "--persist", "UserSet1", "--start-up"}).code, 0);
+    EXPECT_EQ(camera.peekWord(kUserSetDefault), 1u);
+}
+
+TEST_F(VerifiedImport, SavesNothingThatWasNotAllApplied)
+{
+    emu::Camera& camera = addCamera("S1");
+    emu::Camera& sound = addCamera("S2");
+    const std::string file = exported("S1");
+    emu::Faults faults;
+    faults.refusals = {{kGainOfAll, 4}};
+    camera.setFaults(faults);
+    const Result run = import(file, {"--all", "--persist", "UserSet1", "--start-up"});
+    EXPECT_EQ(run.code, 4);
+    EXPECT_EQ(camera.peekWord(kUserSetSave), 0u);
+    EXPECT_EQ(camera.peekWord(kUserSetDefault), 0u);
+    EXPECT_EQ(sound.peekWord(kUserSetSave), 1u);
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: UserSet1 was not saved: not all was applied.\n"));
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S2: saved into UserSet1.\n"));
+}
+
+TEST_F(VerifiedImport, TellsOfAUserSetThatCannotBeSaved)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    const Result other = import(file, {"--all", "--persist", "UserSet9"});
+    EXPECT_EQ(other.code, 1);
+    EXPECT_THAT(other.err,
+                EndsWith("EMU-1 S1: UserSet9 was not saved: UserSetSelector has no entry UserSet9.\n"));
+    EXPECT_EQ(camera.peekWord(kUserSetSave), 0u);
+
+    emu::Faults faults;
+    faults.refusals = {{kUserSetSave, 4}};
+    camera.setFaults(faults);
+    const Result refused = import(file, {"--all", "--persist", "UserSet1", "--start-up"});
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_THAT(refused.err, HasSubstr("EMU-1 S1: UserSet1 was not saved: UserSetSave failed: "));
+    EXPECT_EQ(camera.peekWord(kUserSetDefault), 0u);
+}
+
+TEST_F(VerifiedImport, IsInTheAuditLog)
+{
+    addCamera("S1");
+    ASSERT_EQ(import(exported("S1"), {"--all", "--persist", "UserSet1"}).code, 0);
+    const json line = json::parse(fileText("user-data/Audit/iefeatures.jsonl").toStdString());
+    EXPECT_EQ(line["userSet"], "UserSet1");
+}
