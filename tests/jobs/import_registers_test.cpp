@@ -4,6 +4,8 @@
 
 #include "JobMemory.h"
 
+#include <SuiteTools/SuiteTools.h>
+
 namespace
 {
 
@@ -331,8 +333,10 @@ TEST_F(ImportRegisters, TheRawWordOfAConverterDecides)
 TEST_F(ImportRegisters, TheConvertedValueIsComputedAndNotAsked)
 {
     camera->setWord(0x1000, swapped(3));
-    importBlock("4", registerEntry("0x1000", "3.000000", "to=\"7\" from=\"TO+TO&lt;&lt;0-TO\""));
-    EXPECT_EQ(tests::suiteCalls("Compute"), QStringList({"Compute(3+3<<0-3)"}));
+    importBlock("4", registerEntry("0x1000", "6.000000", "to=\"7\" from=\"TO&lt;&lt;TO-2\""));
+    EXPECT_EQ(tests::suiteCalls("Compute"), QStringList({"Compute(3<<3-2)"}));
+    bool ok = false;
+    EXPECT_EQ(VELAInterface::Compute("3<<3-2", ok), 6);
     EXPECT_EQ(written(), QByteArray("\0\0\0\x07", 4));
     EXPECT_EQ(recorder.calls("WriteMemory").size(), 1);
     expectSilentEnd();

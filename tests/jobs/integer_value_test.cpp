@@ -44,8 +44,8 @@ public:
 
 TEST_F(IntegerValue, ABitIsCountedFromTheLeastSignificant)
 {
-    camera.setWord(0x100, 0x80000001u);
-    for (const auto& [bit, expected] : {std::pair{0, "1"}, {1, "0"}, {30, "0"}, {31, "1"}}) {
+    camera.setWord(0x100, 0x80000004u);
+    for (const auto& [bit, expected] : {std::pair{0, "0"}, {2, "1"}, {29, "0"}, {31, "1"}}) {
         describe(maskedRegister(QString("<Bit>%1</Bit>").arg(bit)));
         EXPECT_VALUES(integer("M"), {expected});
     }
@@ -66,9 +66,12 @@ TEST_F(IntegerValue, ABitRangeMayBeNamedInAnyOrder)
 
 TEST_F(IntegerValue, BitNumbersAreDecimalAndStayInsideAWord)
 {
-    camera.setWord(0x100, 0x80000001u);
+    camera.setWord(0x100, 0x00000001u);
     describe(maskedRegister("<Bit>0x1F</Bit>")); // no decimal number: bit 0
     EXPECT_VALUES(integer("M"), {"1"});
+    describe(maskedRegister("<LSB>0x10</LSB><MSB>0x1F</MSB>"));
+    EXPECT_VALUES(integer("M"), {"1"});
+    camera.setWord(0x100, 0x80000001u);
     for (const char* bit : {"32", "-1", "63", "-2147483648", "2147483647"}) {
         describe(maskedRegister(QString("<Bit>%1</Bit>").arg(bit)));
         const Outcome seen = integer("M");

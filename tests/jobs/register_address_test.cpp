@@ -167,7 +167,8 @@ TEST_F(RegisterAddress, TermsRunInParallel)
         "<IntSwissKnife Name=\"KA\"><pVariable Name=\"X\">LA</pVariable><Formula>X*16</Formula>"
         "</IntSwissKnife>"
         "<IntSwissKnife Name=\"KB\"><pVariable Name=\"X\">LB</pVariable><Formula>X</Formula></IntSwissKnife>"
-        "<Integer Name=\"LA\"><pValue>EnumA</pValue></Integer><Integer Name=\"LB\"><pValue>EnumB</pValue></Integer>"
+        "<Integer Name=\"LA\"><pValue>EnumA</pValue></Integer><Integer "
+        "Name=\"LB\"><pValue>EnumB</pValue></Integer>"
         "<IntReg "
         "Name=\"R\"><pAddress>KA</pAddress><Address>0x1000</Address><pAddress>KB</pAddress></IntReg>");
     camera.setEnumeration("EnumA", 1, {1, 2, 3, 4});

@@ -414,6 +414,26 @@ TEST_F(RegisterBlock, ALaterVariableHitsWhatAnEarlierOnePutIn)
     expectLines("C", {line(0x1000, "27.000000", "7", "12+06+2+TO")});
 }
 
+TEST_F(RegisterBlock, TextsThatMultiplyEnd)
+{
+    QStringList variables{"RAW=R"};
+    QString values;
+    for (int i = 1; i <= 9; ++i) {
+        variables.append(QString("%1=Value%1").arg(i));
+        values += constant(QString("Value%1").arg(i), QString(6, QChar('0' + i % 9 + 1)));
+    }
+    int longest = 0;
+    tests::suiteScript().compute = [&longest](const char* text, bool& ok) {
+        longest = std::max(longest, int(qstrlen(text)));
+        ok = true;
+        return 0.0;
+    };
+    describe(converter(QString(400, '1'), variables) + intReg() + values);
+    EXPECT_EQ(attempt("C"), RegisterAttempt::Written);
+    EXPECT_GT(longest, RegisterEvaluator::kMaximumFormula);
+    EXPECT_LT(longest, 8 * RegisterEvaluator::kMaximumFormula);
+}
+
 TEST_F(RegisterBlock, FromIsEscapedBeforeTheRegisterGoesIn)
 {
     describe(converter("(RAW>5)&&(RAW<9)", {"RAW=R"}) + intReg());

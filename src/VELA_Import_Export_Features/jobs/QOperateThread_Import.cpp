@@ -210,7 +210,8 @@ bool QOperateThread::ReadFeatureElement(const QDomElement& element, QString& str
          child = child.nextSiblingElement()) {
         if (child.tagName() == "Name") {
             strName = child.text();
-            if (ie::isProtectedFeature(strName) || IsSkippedFeature(strName))
+            // The last is never so in this branch, and no pass takes that type anyway. Meant.
+            if (ie::isProtectedFeature(strName) || IsSkippedFeature(strName) || child.tagName() == "Command")
                 return false;
         } else if (child.tagName() == "Type") {
             strType = child.text();

@@ -277,12 +277,15 @@ bool RegisterBlock::convert(int index, quint32 raw, ie::RegisterValue& value)
     return true;
 }
 
-// Plain text, in the order in which the converter names its variables.
+// Plain text, in the order in which the converter names its variables. Names may be digits, and a text of
+// digits multiply: one that has grown beyond its bound is computed as it stands.
 bool RegisterBlock::substitute(int index, QString& formula) const
 {
     for (const QString& variable : m_conversion->variables) {
+        const bool mayGrow = formula.size() <= RegisterEvaluator::kMaximumFormula;
         if (m_conversion->isRegister[variable]) {
-            formula.replace(variable, "TO");
+            if (mayGrow)
+                formula.replace(variable, "TO");
             continue;
         }
         const QList<_FORMULA_RESULT_>& values = qAsConst(m_conversion->values)[variable];
@@ -292,7 +295,8 @@ bool RegisterBlock::substitute(int index, QString& formula) const
                 QString("getValue  failed:%1 out of size variables:%2").arg(m_conversion->name, variable));
             return false;
         }
-        formula.replace(variable, QString::number(double(values[wanted].nValue))); // six significant digits
+        if (mayGrow) // six significant digits
+            formula.replace(variable, QString::number(double(values[wanted].nValue)));
     }
     return true;
 }
