@@ -22,6 +22,8 @@ void dressApplication()
     if (g_dressed)
         return;
     g_dressed = true;
+    // Without it pictures are made for ordinary screens, and drawn larger on fine ones.
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QApplication::setPalette(Theme::current().palette());
     refreshFont();
 }

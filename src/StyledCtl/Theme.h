@@ -27,8 +27,9 @@ private:
     QString m_styleSheet;
 };
 
-// Gives the application the theme's palette and the default font, at the first call; what the application sets
-// later stands. (A window that has a style sheet passes neither on to what lies in it, so they are set here.)
+// Gives the application the theme's palette, the default font and pictures as fine as the screen, at the
+// first call; what the application sets later stands. (A window that has a style sheet passes neither on to
+// what lies in it, so they are set here.)
 void dressApplication();
 // The default font again, after it changed.
 void refreshFont();

@@ -1,5 +1,5 @@
 // Draws every widget of the suite into pictures (in the build folder's gallery/), to be looked at, and checks
-// the colours that must be in them.
+// the colours that must be in them. At any number of screen pixels for one of the window's.
 #include <StyledCtl/ORBCustomControls.h>
 #include <StyledCtl/ORBCustomDialogs.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
@@ -15,10 +15,20 @@
 namespace
 {
 
+int scale()
+{
+    return qRound(qApp->devicePixelRatio());
+}
+
+QString folder()
+{
+    return QString("%1/%2x").arg(GALLERY_FOLDER).arg(scale());
+}
+
 // A stand-in for an icon file, in a size of its own.
 QString drawnIcon(const QString& name, const QColor& color, int size)
 {
-    const QString path = QString(GALLERY_FOLDER) + "/" + name + ".png";
+    const QString path = folder() + "/" + name + ".png";
     QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
     image.fill(Qt::transparent);
     QPainter painter(&image);
@@ -31,23 +41,25 @@ QString drawnIcon(const QString& name, const QColor& color, int size)
     return path;
 }
 
+// In the window's pixels.
 int pixelsOf(const QImage& image, const QColor& color)
 {
     int count = 0;
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x)
             count += image.pixelColor(x, y) == color;
-    return count;
+    return count / (scale() * scale());
 }
 
 QImage save(QWidget& widget, const QString& name)
 {
     const QImage image = widget.grab().toImage().convertToFormat(QImage::Format_ARGB32);
     // On a desktop, so that shadows and round corners can be judged.
-    QImage onDesktop(image.size() + QSize(20, 20), QImage::Format_RGB32);
+    QImage onDesktop(image.size() + QSize(20, 20) * scale(), QImage::Format_RGB32);
+    onDesktop.setDevicePixelRatio(scale());
     onDesktop.fill("#C9D3DF");
     QPainter(&onDesktop).drawImage(10, 10, image);
-    onDesktop.save(QString(GALLERY_FOLDER) + "/" + name + ".png");
+    onDesktop.save(folder() + "/" + name + ".png");
     return image;
 }
 
@@ -69,7 +81,7 @@ class StyledGallery : public QObject
 private slots:
     void initTestCase()
     {
-        QDir().mkpath(GALLERY_FOLDER);
+        QDir().mkpath(folder());
         QApplication::setStyle("Fusion");
         ORBCustom::setShadows(ORBCustom::ShadowsAlways);
     }
@@ -150,12 +162,12 @@ private slots:
         window.resize(520, 380);
         window.show();
         const QImage image = save(window, "controls");
-        QCOMPARE(image.size(), QSize(520 + 28, 380 + 28));
+        QCOMPARE(image.size(), QSize(520 + 28, 380 + 28) * scale());
         QVERIFY(pixelsOf(image, "#D0DF00") > 150);
         QVERIFY(pixelsOf(image, "#00D53C") > 50);
         QCOMPARE(pixelsOf(line->grab().toImage(), "#BFBFBF"), 20);
         QCOMPARE(image.pixelColor(0, 0).alpha(), 0);
-        QVERIFY(image.pixelColor(270, 10).alpha() > 0);
+        QVERIFY(image.pixelColor(270 * scale(), 10 * scale()).alpha() > 0);
 
         window.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&window));
@@ -211,7 +223,7 @@ private slots:
         popup.resize(176, popup.height());
         popup.cPopup();
         const QImage image = save(popup, "chooser");
-        QCOMPARE(image.size(), QSize(176, 350));
+        QCOMPARE(image.size(), QSize(176, 350) * scale());
         QVERIFY(pixelsOf(image, "#8F8B88") > 900);
     }
 
@@ -247,7 +259,7 @@ private slots:
                                          "program may hold it; try again when it shows as free."),
                     style == 2 ? "GX 2050 (00812)\nstatus 0x80000010, no answer in 3 s" : "", "", style,
                     style != 0);
-        QVERIFY(QFile::exists(QString(GALLERY_FOLDER) + "/message_unfolded.png"));
+        QVERIFY(QFile::exists(folder() + "/message_unfolded.png"));
     }
 
 private:

@@ -17,3 +17,6 @@ styled_test(table)
 ie_add_test(styled_gallery LABEL gui SOURCES gallery.cpp LIBRARIES StyledCtl Qt5::Test)
 set_target_properties(styled_gallery PROPERTIES AUTOMOC ON)
 target_compile_definitions(styled_gallery PRIVATE GALLERY_FOLDER="${CMAKE_BINARY_DIR}/gallery")
+add_test(NAME styled_gallery_fine COMMAND styled_gallery)
+set_tests_properties(styled_gallery_fine PROPERTIES LABELS gui TIMEOUT 120
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_SCALE_FACTOR=2;LC_ALL=C.UTF-8")
