@@ -64,7 +64,6 @@ int ORBCustomMessageBox::simple(QWidget* parent, const QString& content, const Q
 ORBCustomMessageBox::ORBCustomMessageBox(QWidget* parent)
     : ORBCustomMainWindow(parent), d(std::make_unique<Private>())
 {
-    setEnabled(true);
     cEnableDefualtShadow();
     cTitleBar()->cSetTitleControls(ORBCustomTitleBar::ControlClose);
 

@@ -109,10 +109,10 @@ void ORBCustomTitleBar::cPutLastInTabOrder()
     QWidget* last = window()->previousInFocusChain();
     while (last != window() && (last->focusPolicy() == Qt::NoFocus || isAncestorOf(last)))
         last = last->previousInFocusChain();
-    for (TitleButton* button : {d->minimize, d->maximize, d->close}) {
+    // From the back: the order is a ring, in which the first button follows the last widget already, and Qt
+    // moves nothing that does.
+    for (TitleButton* button : {d->close, d->maximize, d->minimize})
         setTabOrder(last, button);
-        last = button;
-    }
 }
 
 QSize ORBCustomTitleBar::sizeHint() const

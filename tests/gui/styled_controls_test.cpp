@@ -81,6 +81,23 @@ private slots:
         QCOMPARE(inside(button), kNormal);
     }
 
+    void labelsHaveStatusesToo()
+    {
+        ORBCustomLabel label;
+        label.resize(60, 26);
+        label.cSetBackgroundColor(kNormal);
+        label.cSetBackgroundColor(kHover, StatusHover);
+        label.cSetBackgroundColor(kPressed, StatusPressed);
+        point(label, true);
+        QCOMPARE(inside(label), kHover);
+        QTest::mousePress(&label, Qt::LeftButton);
+        QCOMPARE(inside(label), kPressed);
+        QTest::mouseRelease(&label, Qt::LeftButton);
+        QCOMPARE(inside(label), kHover);
+        point(label, false);
+        QCOMPARE(inside(label), kNormal);
+    }
+
     void aStatusThatWasNotSetLooksNormal()
     {
         ORBCustomPushButton button;

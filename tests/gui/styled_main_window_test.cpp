@@ -268,7 +268,6 @@ private slots:
     {
         Window window;
         window.activate();
-        window.cTitleBar()->setFocus();
         window.first.setFocus();
         QWidget* const order[] = {&window.second, window.button("TitleMinimize"),
                                   window.button("TitleMaximize"), window.button("TitleClose"), &window.first};
@@ -283,6 +282,20 @@ private slots:
         QTRY_VERIFY(!window.isMaximized());
         QTest::keyClick(window.button("TitleClose"), Qt::Key_Enter);
         QCOMPARE(window.closeWishes, 1);
+    }
+
+    void theFocusBeginsInTheContent()
+    {
+        ORBCustomMainWindow window;
+        QWidget* central = new QWidget(&window);
+        QLineEdit* field = new QLineEdit(central);
+        window.cSetCentralWidget(central);
+        window.show();
+        window.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QCOMPARE(QApplication::focusWidget(), field);
+        QTest::keyClick(field, Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget()->objectName(), QString("TitleMinimize"));
     }
 
     void namesFollowTheLanguage()

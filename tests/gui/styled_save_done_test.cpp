@@ -149,8 +149,8 @@ private slots:
     void canBeUsedWhileItsParentIsDisabled()
     {
         QWidget parent;
-        parent.setEnabled(false);
         ORBCustomSaveDoneHintDlg dialog(&parent, "", "");
+        parent.setEnabled(false);
         dialog.SetMsgText("Saved.", "/data", false);
         inNextDialog([&](QDialog* shown) {
             QVERIFY(part<QWidget>(shown, "SaveDoneOk")->isEnabled());
