@@ -109,8 +109,7 @@ QString CloneCommand::exportSource(Console& console, const Camera& source, const
     const QStringList remarks = exportRemarks(result, record.findings);
     for (const QString& remark : remarks)
         console.err(source.title() + ": " + remark + '\n');
-    const bool isWhole = result.state == ExportResult::State::Written && remarks.isEmpty() &&
-                         isWholeFeaturesFile(result.job.path);
+    const bool isWhole = result.state == ExportResult::State::Written && remarks.isEmpty();
     if (!isWhole)
         console.err(source.title() + ": could not be exported, so no camera was set.\n");
     return isWhole ? result.job.path : QString();

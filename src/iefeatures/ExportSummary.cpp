@@ -70,12 +70,6 @@ ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally)
     return result;
 }
 
-bool isWholeFeaturesFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) && file.readAll().endsWith("</FeaturesFile>");
-}
-
 QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings& findings)
 {
     QStringList remarks;

@@ -30,8 +30,6 @@ struct ExportResult
 // Counts the written features. A file that was written although calls of its job were refused lacks features
 // without showing it: it is removed and the job counts as failed.
 ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally);
-// Whether a features file has its end: an export does not tell that the disk was full.
-bool isWholeFeaturesFile(const QString& path);
 // What the job's signals have not told; a sentence each.
 QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings& findings);
 

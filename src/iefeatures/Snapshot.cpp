@@ -136,10 +136,6 @@ private:
         result.snapshot = findSnapshot(result.folder, problem);
         if (!result.snapshot)
             result.problems += problem;
-        else if (!isWholeFeaturesFile(result.snapshot->featuresFile))
-            result.problems += "the features file was not written whole.";
-        if (!result.problems.isEmpty())
-            result.snapshot.reset();
     }
 
     Console& m_console;

@@ -1,0 +1,82 @@
+// Which calls an interrupt still lets through.
+#include "companion/CompanionFixture.h"
+#include "iefeatures/CallWatch.h"
+#include "iefeatures/CameraConnection.h"
+
+using companion::CallWatch;
+using companion::CameraConnection;
+
+namespace
+{
+
+constexpr int64_t kGain = 77824; // three registers
+
+class Watched : public tests::CompanionTest
+{
+protected:
+    void watch(CallWatch::Refusal refusal)
+    {
+        addCamera("S1");
+        std::vector<KX_DeviceEntry> entries;
+        ASSERT_EQ(companion::enumerateCameras(entries), KX_OK);
+        m_cameras = companion::camerasFrom(entries);
+        const CallWatch::Blocks blocks{{kGain, "Gain"}, {kGain + 4, "Gain"}};
+        m_watch = std::make_unique<CallWatch>(
+            m_cameras, [this] { return isInterrupted; }, refusal, blocks);
+        m_line =
+            std::make_unique<CameraConnection>(m_cameras.front().device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
+        ASSERT_EQ(m_line->status(), KX_OK);
+    }
+
+    KX_Status read(const char* name) const
+    {
+        KX_IntegerValue value{};
+        return KX_CC_GetIntValueEx(m_line->handle(), name, &value);
+    }
+    KX_Status write(const char* name, int64_t value) const
+    {
+        return KX_CC_SetIntValueEx(m_line->handle(), name, value);
+    }
+    KX_Status readRegister(int64_t address) const
+    {
+        uint32_t word = 0;
+        return KX_CC_ReadMemory(m_line->handle(), &word, address, sizeof word);
+    }
+
+    bool isInterrupted = false;
+
+private:
+    std::vector<companion::Camera> m_cameras;
+    std::unique_ptr<CallWatch> m_watch;
+    std::unique_ptr<CameraConnection> m_line;
+};
+
+} // namespace
+
+TEST_F(Watched, AFeatureInHandIsEnded)
+{
+    watch(CallWatch::Refusal::BehindFeature);
+    ASSERT_EQ(read("Height"), KX_OK);
+    isInterrupted = true;
+    EXPECT_EQ(write("Height", 16), KX_OK);
+    EXPECT_EQ(read("Width"), KX_E_ABORTED);
+    EXPECT_EQ(write("Height", 32), KX_E_ABORTED); // it is over now
+}
+
+TEST_F(Watched, ARegisterBlockInHandIsEnded)
+{
+    watch(CallWatch::Refusal::BehindFeature);
+    ASSERT_EQ(readRegister(kGain), KX_OK);
+    isInterrupted = true;
+    EXPECT_EQ(readRegister(kGain + 4), KX_OK);
+    EXPECT_EQ(readRegister(kGain + 8), KX_E_ABORTED); // of no block
+    EXPECT_EQ(readRegister(kGain), KX_E_ABORTED);
+}
+
+TEST_F(Watched, NothingMoreIsReadForAFile)
+{
+    watch(CallWatch::Refusal::AtOnce);
+    ASSERT_EQ(read("Height"), KX_OK);
+    isInterrupted = true;
+    EXPECT_EQ(read("Height"), KX_E_ABORTED);
+}
