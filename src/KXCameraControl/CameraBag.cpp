@@ -61,7 +61,12 @@ bool CameraBag::exists(const std::string& feature)
 
 KX_Status CameraBag::accessMode(const std::string& feature, KX_XML_AccessMode& mode)
 {
-    return call(feature, [&](NodeMap& nodes) { return nodes.accessMode(feature.c_str(), mode); });
+    return call(feature, [&](NodeMap& nodes) {
+        const KX_Status status = nodes.accessMode(feature.c_str(), mode);
+        if (nodes.isReadOnly() && mode == KX_AM_READ_WRITE)
+            mode = KX_AM_READ_ONLY; // selectors could not be walked through
+        return status;
+    });
 }
 
 KX_Status CameraBag::readText(const std::string& feature, std::string& text)

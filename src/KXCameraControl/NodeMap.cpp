@@ -24,6 +24,11 @@ NodeMap::NodeMap(RegisterLine& line, bool readOnly) : m_engine(std::make_unique<
 
 NodeMap::~NodeMap() = default;
 
+bool NodeMap::isReadOnly() const
+{
+    return m_engine->isReadOnly;
+}
+
 bool NodeMap::load(const std::string& xml, std::string& problem)
 {
     std::string reason;

@@ -36,7 +36,7 @@ public:
 class NodeMap
 {
 public:
-    // `line` must outlive the map. With `readOnly` nothing is writable.
+    // `line` must outlive the map. With `readOnly` nothing is written; access modes stay the camera's own.
     NodeMap(RegisterLine& line, bool readOnly);
     ~NodeMap();
 
@@ -57,6 +57,7 @@ public:
     KX_Status setString(const char* name, const char* value);
     KX_Status execute(const char* name);
     KX_Status accessMode(const char* name, KX_XML_AccessMode& mode);
+    bool isReadOnly() const;
 
     // The features as texts, for feature files: integers in decimal, floats in the shortest form that reads
     // back, "1" and "0", entry names, strings as they are. Writing takes hexadecimal integers and entries'

@@ -24,7 +24,7 @@ inline bool isTextKind(NodeKind kind)
 class NodeMap::Engine
 {
 public:
-    Engine(RegisterLine& line, bool readOnly) : values(table, line, readOnly) {}
+    Engine(RegisterLine& line, bool readOnly) : values(table, line), isReadOnly(readOnly) {}
 
     const Node& find(const char* name) const
     {
@@ -53,11 +53,14 @@ public:
     {
         const Node& node = find(name, isWanted);
         requireAccess(node, isWritable, "it cannot be written now");
+        if (isReadOnly)
+            throw NodeFailure{KX_E_GC_ACCESS, node.name + ": the camera was opened for monitoring."};
         return node;
     }
 
     NodeTable table;
     NodeValues values;
+    const bool isReadOnly;
 
 private:
     void requireAccess(const Node& node, bool (*isGood)(KX_XML_AccessMode), const char* otherwise)

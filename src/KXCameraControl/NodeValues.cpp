@@ -44,16 +44,14 @@ bool isFloatKind(NodeKind kind)
     }
 }
 
-NodeValues::NodeValues(const NodeTable& table, RegisterLine& line, bool readOnly)
-    : m_table(table), m_registers(table, line,
-                                  [this](const Node& node) {
-                                      try {
-                                          return value(node).asInteger();
-                                      } catch (const FormulaError& error) {
-                                          fail(KX_E_GC_RUNTIME, node, error.text);
-                                      }
-                                  }),
-      m_readOnly(readOnly)
+NodeValues::NodeValues(const NodeTable& table, RegisterLine& line)
+    : m_table(table), m_registers(table, line, [this](const Node& node) {
+          try {
+              return value(node).asInteger();
+          } catch (const FormulaError& error) {
+              fail(KX_E_GC_RUNTIME, node, error.text);
+          }
+      })
 {}
 
 void NodeValues::beginCall()

@@ -24,7 +24,7 @@ struct Range
 class NodeValues
 {
 public:
-    NodeValues(const NodeTable& table, RegisterLine& line, bool readOnly);
+    NodeValues(const NodeTable& table, RegisterLine& line);
 
     void beginCall();
 
@@ -75,7 +75,6 @@ private:
 
     const NodeTable& m_table;
     Registers m_registers;
-    const bool m_readOnly;
     unsigned m_writeDepth = 0;
     // Of this call.
     std::unordered_map<const Node*, Number> m_values;

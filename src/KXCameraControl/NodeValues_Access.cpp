@@ -73,7 +73,7 @@ KX_XML_AccessMode NodeValues::freshAccess(const Node& node)
         return KX_AM_NOT_AVAILABLE;
     KX_XML_AccessMode mode = kindAccess(node);
     mode = combined(mode, namedMode(node.find(Tag::ImposedAccessMode), KX_AM_READ_WRITE));
-    if (isWritable(mode) && (m_readOnly || flag(node, Tag::pIsLocked, false)))
+    if (isWritable(mode) && flag(node, Tag::pIsLocked, false))
         mode = modeOf(isReadable(mode), false);
     return mode;
 }

@@ -73,12 +73,13 @@ TEST_F(NodeAccess, isCheckedBeforeAnythingIsSent)
     EXPECT_EQ(camera.lastError(), "OneWay: it cannot be written now.");
 }
 
-TEST_F(MonitoredNodes, areReadableAndNothingElse)
+TEST_F(MonitoredNodes, tellTheirAccessButAreNotWritten)
 {
     device().set32(0x100, 9);
     EXPECT_EQ(value("Big4"), 9);
-    EXPECT_EQ(mode("Big4"), KX_AM_READ_ONLY);
-    EXPECT_EQ(mode("Start"), KX_AM_NOT_AVAILABLE);
+    EXPECT_EQ(mode("Big4"), KX_AM_READ_WRITE);
+    EXPECT_EQ(mode("Start"), KX_AM_WRITE_ONLY);
+    EXPECT_EQ(mode("Locked"), KX_AM_READ_ONLY);
     takeRequests();
     EXPECT_EQ(setInteger("Big4", 1), KX_E_GC_ACCESS);
     EXPECT_EQ(KX_CC_ExecuteCommand(camera.handle, "Start"), KX_E_GC_ACCESS);

@@ -17,4 +17,20 @@ bool isProtectedFeature(const QString& name)
     return names.contains(name);
 }
 
+const QStringList& importSkipList()
+{
+    static const QStringList names = {"LUTValueAll",
+                                      "GevPAUSEFrameReception",
+                                      "GevCurrentIPConfigurationPersistentIP",
+                                      "GevCurrentIPConfigurationDHCP",
+                                      "GevSCDA",
+                                      "GevPersistentDefaultGateway",
+                                      "GevPersistentSubnetMask",
+                                      "GevPersistentIPAddress",
+                                      "GevCurrentDefaultGateway",
+                                      "GevCurrentSubnetMask",
+                                      "GevCurrentIPAddress"};
+    return names;
+}
+
 } // namespace ie

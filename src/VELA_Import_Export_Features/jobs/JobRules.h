@@ -4,6 +4,7 @@
 #include <KXCameraControl/KXCameraControl.h>
 
 #include <QString>
+#include <QStringList>
 
 namespace ie
 {
@@ -14,5 +15,8 @@ bool isNotApplicable(KX_Status status);
 
 // Names that are neither exported as features nor ever written: identity, and what would switch the user set.
 bool isProtectedFeature(const QString& name);
+
+// What imports leave alone on every camera, beside the protected names: network settings and the like.
+const QStringList& importSkipList();
 
 } // namespace ie

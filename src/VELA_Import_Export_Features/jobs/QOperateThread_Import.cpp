@@ -25,22 +25,6 @@ constexpr qint64 kScratchSize = 256;
 constexpr qint64 kMaximumLength = 16 * 1024 * 1024;
 constexpr qint64 kMaximumFileSize = 512 * 1024 * 1024;
 
-const QStringList& importSkipList()
-{
-    static const QStringList names = {"LUTValueAll",
-                                      "GevPAUSEFrameReception",
-                                      "GevCurrentIPConfigurationPersistentIP",
-                                      "GevCurrentIPConfigurationDHCP",
-                                      "GevSCDA",
-                                      "GevPersistentDefaultGateway",
-                                      "GevPersistentSubnetMask",
-                                      "GevPersistentIPAddress",
-                                      "GevCurrentDefaultGateway",
-                                      "GevCurrentSubnetMask",
-                                      "GevCurrentIPAddress"};
-    return names;
-}
-
 // UTF-8, without a byte-order mark, up to a zero byte. Devices and folders are no files.
 bool readText(const QString& strPath, QString& strText)
 {
@@ -151,7 +135,7 @@ void QOperateThread::ReportImportResult()
 
 void QOperateThread::ChooseImportSkipList()
 {
-    const QStringList& lstNames = importSkipList();
+    const QStringList& lstNames = ie::importSkipList();
     m_setSkipped = QSet<QString>(lstNames.cbegin(), lstNames.cend());
     KX_EnumValue stScanType = {};
     if (!GetEnumerationNodePropertyValue("DeviceScanType", &stScanType) || stScanType.current != 1)

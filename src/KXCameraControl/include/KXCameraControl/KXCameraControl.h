@@ -338,8 +338,9 @@ typedef enum KX_XML_AccessMode
     KX_AM_CYCLE_DETECTED = 6
 } KX_XML_AccessMode;
 
-/* KX_E_HANDLE, KX_E_PARAMETER, KX_E_GC_PROPERTY (no such node), the statuses of a failed line, KX_E_ABORTED.
- * `*mode` is written on success only. */
+/* Of the camera as it stands, whatever the handle was opened for: over one that monitors, a writable node is told as
+ * writable though this handle does not write. KX_E_HANDLE, KX_E_PARAMETER, KX_E_GC_PROPERTY (no such node), the
+ * statuses of a failed line, KX_E_ABORTED. `*mode` is written on success only. */
 KX_API KX_Status KX_XML_GetNodeAccessMode(KX_HANDLE handle, const char* name, KX_XML_AccessMode* mode);
 
 /* Feature files in the GenApi persistence text (GenApi, "Streaming"), so that other makers' files and tools work with
