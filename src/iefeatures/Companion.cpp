@@ -1,5 +1,6 @@
 #include "iefeatures/Companion.h"
 
+#include "iefeatures/CheckCommand.h"
 #include "iefeatures/CloneCommand.h"
 #include "iefeatures/ExitCode.h"
 #include "iefeatures/ExportCommand.h"
@@ -27,6 +28,8 @@ Commands allCommands()
     commands.push_back(std::make_unique<ListCommand>());
     commands.push_back(std::make_unique<ExportCommand>());
     commands.push_back(std::make_unique<ImportCommand>());
+    commands.push_back(std::make_unique<PlanCommand>());
+    commands.push_back(std::make_unique<VerifyCommand>());
     commands.push_back(std::make_unique<RollbackCommand>());
     commands.push_back(std::make_unique<CloneCommand>());
     return commands;

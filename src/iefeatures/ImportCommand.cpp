@@ -1,5 +1,6 @@
 #include "iefeatures/ImportCommand.h"
 
+#include "iefeatures/CheckCommand.h"
 #include "iefeatures/ImportProcedure.h"
 
 #include <CLI/CLI.hpp>
@@ -13,6 +14,7 @@ void ImportCommand::addOptions(CLI::App& app)
         ->required()
         ->type_name("")
         ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
+    app.add_flag("--dry-run", m_isDryRun, "Show what would change and change nothing, as plan does");
     m_options.addSnapshot(app);
     m_options.addVerify(app);
     m_options.addUserSet(app);
@@ -27,11 +29,15 @@ QStringList ImportCommand::objections(const std::vector<Camera>&) const
     QStringList sentences = objectionsToBagPath(QString::fromStdString(m_file));
     if (m_options.isVerified())
         sentences += "Only the import of a features file can be verified.";
+    if (m_isDryRun)
+        sentences += "--dry-run needs a features file: nobody can tell what a feature bag would do.";
     return sentences;
 }
 
 int ImportCommand::carryOut(Console& console, const std::vector<Camera>& cameras) const
 {
+    if (m_isDryRun)
+        return runCheck(console, cameras, QString::fromStdString(m_file), CheckMode::Plan, wantsJson());
     ImportTask task;
     task.command = name();
     (isBag() ? task.bag : task.features) = QString::fromStdString(m_file);

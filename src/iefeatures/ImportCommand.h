@@ -19,6 +19,7 @@ private:
     int carryOut(Console& console, const std::vector<Camera>& cameras) const override;
 
     std::string m_file;
+    bool m_isDryRun = false;
     ImportOptions m_options;
 };
 

@@ -97,8 +97,12 @@ FeaturesHeader readHeader(const QDomElement& root)
 {
     FeaturesHeader header;
     header.version = root.attribute("version");
-    header.firmware = root.firstChildElement("DeviceFirmwareVersion").text();
-    header.model = root.firstChildElement("DeviceModelName").text();
+    const QDomElement firmware = root.firstChildElement("DeviceFirmwareVersion");
+    header.hasFirmware = !firmware.isNull();
+    header.firmware = firmware.text();
+    const QDomElement model = root.firstChildElement("DeviceModelName");
+    header.hasModel = !model.isNull();
+    header.model = model.text();
     const QDomElement boardType = root.firstChildElement("BoardDeviceType");
     header.hasBoardType = !boardType.isNull();
     header.boardType = boardType.text();
@@ -106,14 +110,14 @@ FeaturesHeader readHeader(const QDomElement& root)
 }
 
 // A later child of the same name overwrites an earlier one.
-PlainFeature readPlain(const QDomElement& element)
+PlainFeature readPlain(const QDomElement& element, QStringList& names)
 {
     PlainFeature feature;
     for (QDomElement child = element.firstChildElement(); !child.isNull();
          child = child.nextSiblingElement()) {
         const QString tag = child.tagName();
         if (tag == "Name")
-            feature.name = child.text();
+            names += feature.name = child.text();
         else if (tag == "Type")
             feature.type = child.text();
         else if (tag == "Value")
@@ -125,7 +129,8 @@ PlainFeature readPlain(const QDomElement& element)
 RegisterValue readRegisterValue(const QDomElement& element)
 {
     RegisterValue value;
-    value.address = VELAInterface::string2Int(element.attribute("address"));
+    value.addressText = element.attribute("address");
+    value.address = VELAInterface::string2Int(value.addressText);
     value.variables = element.attribute("variables");
     value.content = element.text();
     value.to = element.attribute("to");
@@ -138,7 +143,8 @@ ComplexFeature readComplex(const QDomElement& element)
 {
     ComplexFeature feature;
     feature.name = element.attribute("name");
-    feature.length = VELAInterface::string2Int(element.attribute("len"));
+    feature.lengthText = element.attribute("len");
+    feature.length = VELAInterface::string2Int(feature.lengthText);
     feature.reg = element.attribute("reg");
     for (QDomElement child = element.firstChildElement(); !child.isNull(); child = child.nextSiblingElement())
         feature.values.append(readRegisterValue(child));
@@ -160,7 +166,7 @@ FeaturesContent readFeatures(const QDomElement& root)
         if (entry.isComplex)
             entry.complex = readComplex(child);
         else
-            entry.plain = readPlain(child);
+            entry.plain = readPlain(child, entry.names);
         content.entries.append(entry);
     }
     return content;

@@ -4,6 +4,7 @@
 #include <QDomElement>
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <QVector>
 
 namespace ie
@@ -22,8 +23,9 @@ struct RegisterValue
     QString variables;
     QString content; // words "1,2,3", or the computed value of a converter
     bool converted = false;
-    QString to;   // raw word; with `converted` only
-    QString from; // formula, unescaped; with `converted` only
+    QString to;          // raw word; with `converted` only
+    QString from;        // formula, unescaped; with `converted` only
+    QString addressText; // as read; not for the writer
 };
 
 struct ComplexFeature
@@ -32,12 +34,15 @@ struct ComplexFeature
     qint64 length = 0; // bytes
     QString reg;
     QList<RegisterValue> values;
+    QString lengthText; // as read; not for the writer
 };
 
 struct FeaturesHeader
 {
     QString version;
+    bool hasFirmware = false;
     QString firmware;
+    bool hasModel = false;
     QString model;
     bool hasBoardType = false;
     QString boardType;
@@ -71,6 +76,7 @@ struct FeaturesContent
     struct Entry
     {
         bool isComplex = false;
+        QStringList names; // all that a plain feature is given; the last one holds
         PlainFeature plain;
         ComplexFeature complex;
     };

@@ -1,0 +1,329 @@
+// iefeatures plan and verify, and import --dry-run, against emulated cameras.
+#include "companion/ImportCompanion.h"
+#include "gvcp/Gvcp.h"
+
+#include <nlohmann/json.hpp>
+
+#include <QRegularExpression>
+
+#include <csignal>
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+using tests::Arguments;
+using tests::Program;
+using tests::Result;
+
+namespace
+{
+
+constexpr uint32_t kGainOfAll = 77824;           // register of the gain, the first of three
+constexpr uint32_t kTriggerMode = 73776;         // of the selected trigger
+constexpr uint32_t kTransferLayerLock = 0x10070; // "TLParamsLockedReg"
+constexpr uint32_t kWidth = 0x11010;
+
+class CheckCommand : public tests::ImportCompanion
+{
+protected:
+    Result run(const std::string& command, const std::string& name, const Arguments& more = {"--all"})
+    {
+        Arguments arguments{command, path(name)};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return tests::runInProcess(arguments);
+    }
+
+    // A file of that features alone, for the emulator's camera.
+    std::string fileOf(const QByteArray& features)
+    {
+        write("small.fpk", "<FeaturesFile version=\"1.0.0\">"
+                           "<DeviceFirmwareVersion>1.2.3</DeviceFirmwareVersion>"
+                           "<DeviceModelName>EMU-1</DeviceModelName><Features>" +
+                               features + "</Features></FeaturesFile>");
+        return "small.fpk";
+    }
+
+    // Behind what the file has to prove.
+    static std::string entriesOf(const Result& result)
+    {
+        const size_t end = result.out.find('\n', result.out.find("\n  model: ") + 1);
+        return result.out.substr(end + 1);
+    }
+};
+
+const char* const kProven = "  version given: good, file \"1.0.0\", camera \"1.0.0\"\n"
+                            "  version: good, file \"1.0.0\", camera \"1.0.0\"\n"
+                            "  board type: good, file \"4711\", camera \"4711\"\n"
+                            "  firmware: good, file \"1.2.3\", camera \"1.2.3\"\n"
+                            "  model: good, file \"EMU-1\", camera \"EMU-1\"\n";
+
+} // namespace
+
+TEST_F(CheckCommand, ShowsWhatAnImportWouldDoWithTheCamerasOwnExport)
+{
+    addCamera("S1");
+    const std::string file = exported("S1");
+    const auto unaligned = [](const char* verdict) {
+        std::string text;
+        for (const auto& [name, address] :
+             {std::pair("Position", "94322"), std::pair("Scale", "94330"), std::pair("Short", "94338")}) {
+            const std::string place = std::string("Unaligned") + name + " (register " + address + ")";
+            text += std::string("  ") + verdict + ": " + place +
+                    ": imports pass over an address that is no multiple of 4\n  warning: " + place +
+                    ": address " + address + " is no multiple of 4\n";
+        }
+        return text;
+    };
+    const std::string control =
+        ": GevCCP: tells who controls the camera: while an import runs, that is the import\n";
+    const Result plan = run("plan", file);
+    EXPECT_EQ(plan.code, 0);
+    EXPECT_EQ(plan.err, "");
+    EXPECT_EQ(plan.out, std::string("EMU-1 S1: ready\n") + kProven + "  would be skipped" + control +
+                            unaligned("would be skipped") +
+                            "  warning: WideScale (register 95328): written again: the texts differ, the "
+                            "values do not\n"
+                            "  149 same, 4 would be skipped\n");
+    const Result verify = run("verify", file);
+    EXPECT_EQ(verify.code, 0);
+    EXPECT_EQ(verify.out, std::string("EMU-1 S1: applied\n") + kProven + "  skipped" + control +
+                              unaligned("skipped") + "  149 applied, 4 skipped\n");
+}
+
+TEST_F(CheckCommand, TakesNoControlAndWritesNothing)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("TestPattern", int64_t(1)), "");
+    camera.pokeWord(kGainOfAll, 7);
+    const emu::Bytes before = camera.peek(0x10000, 0x10000);
+    for (const Arguments& command :
+         {Arguments{"plan"}, Arguments{"verify"}, Arguments{"import", "--dry-run"}}) {
+        camera.resetCounters();
+        Arguments more(command.begin() + 1, command.end());
+        more.push_back("--all");
+        EXPECT_EQ(run(command[0], file, more).code, command[0] == "verify" ? 4 : 0);
+        EXPECT_GT(camera.counters().readReg, 0u);
+        EXPECT_EQ(camera.counters().writeReg, 0u);
+        EXPECT_EQ(camera.counters().writeMem, 0u);
+        EXPECT_EQ(camera.counters().registersWritten, 0u);
+    }
+    EXPECT_TRUE(camera.peek(0x10000, 0x10000) == before);
+    EXPECT_EQ(controlOf(camera), 0u);
+}
+
+TEST_F(CheckCommand, WorksWhileAnotherHostControlsTheCamera)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("TestPattern", int64_t(1)), "");
+    camera.stealControl();
+    const uint32_t control = controlOf(camera);
+    const Result plan = run("plan", file);
+    EXPECT_EQ(plan.code, 0);
+    EXPECT_THAT(plan.out, HasSubstr("\n  would change: TestPattern: 1 -> 2\n"));
+    EXPECT_EQ(controlOf(camera), control);
+    EXPECT_EQ(run("import", file).code, 1);
+
+    camera.releaseControl();
+    camera.stealControl(true); // which forbids others to read
+    const Result refused = run("plan", file);
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_THAT(refused.out, StartsWith("EMU-1 S1: failed: "));
+}
+
+TEST_F(CheckCommand, ADryRunIsThePlan)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("TestPattern", int64_t(1)), "");
+    for (const Arguments& more : {Arguments{"--all"}, Arguments{"--all", "--json"}}) {
+        Arguments dry = more;
+        dry.push_back("--dry-run");
+        EXPECT_EQ(run("import", file, dry).out, run("plan", file, more).out);
+    }
+    EXPECT_EQ(std::get<int64_t>(*camera.node("TestPattern")), 1);
+    const Result bag = run("import", file, {"--all", "--dry-run", "--format", "bag"});
+    EXPECT_EQ(bag.code, 2);
+    EXPECT_EQ(bag.err, "--dry-run needs a features file: nobody can tell what a feature bag would do.\n");
+}
+
+// What a plan tells of each feature is what an import then does.
+TEST_F(CheckCommand, AnImportDoesWhatThePlanSays)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file =
+        fileOf(feature("Height", "Integer", "16") + feature("TestPatternSeed", "Integer", "-5") +
+               feature("SensorHeight", "Integer", "1025") + feature("Width", "Integer", "64000") +
+               feature("Absent", "Float", "1.000000") + feature("TestPattern", "Enumeration", "77") +
+               feature("DeviceUserID", "StringReg", "new") + feature("ReverseY", "Boolean", "0") +
+               "<ComplexFeature name=\"Gain\" len=\"4\" reg=\"GainRawReg\">"
+               "<RegValue address=\"77824\" variables=\"\" to=\"70\" from=\"TO/10\">7.000000</RegValue>"
+               "</ComplexFeature>");
+    const Result plan = run("plan", file);
+    EXPECT_EQ(plan.code, 4);
+    EXPECT_EQ(entriesOf(plan),
+              "  would change: Height: 480 -> 16\n"
+              "  would change: TestPatternSeed: 3735928559 -> 0\n"
+              "  warning: TestPatternSeed: \"-5\" is written as 0: imports take decimal numbers from 0 to "
+              "4294967295\n"
+              "  not writable: SensorHeight: camera 1024, file 1025: read-only now\n"
+              "  out of range: Width: camera 640, file 64000: 64000 is above the maximum 960\n"
+              "  absent: Absent: The camera has no feature of this name.\n"
+              "  out of range: TestPattern: camera 2, file 77: 77 is no entry that it has now\n"
+              "  would be skipped: DeviceUserID: protected: imports never write it\n"
+              "  would change: Gain (register 77824): 100 -> 70\n"
+              "  1 same, 3 would change, 1 would be skipped, 1 not writable, 2 out of range, 1 absent\n");
+
+    EXPECT_EQ(run("import", file).code, 4);
+    EXPECT_EQ(camera.peekWord(kGainOfAll), 70u);
+    const Result verify = run("verify", file);
+    EXPECT_EQ(verify.code, 4);
+    EXPECT_EQ(
+        entriesOf(verify),
+        "  not applied: TestPatternSeed: camera 0, file -5: \"-5\" is written as 0: imports take decimal "
+        "numbers from 0 to 4294967295\n"
+        "  not applied: SensorHeight: camera 1024, file 1025: read-only now\n"
+        "  not applied: Width: camera 640, file 64000: 64000 is above the maximum 960\n"
+        "  absent: Absent: The camera has no feature of this name.\n"
+        "  not applied: TestPattern: camera 2, file 77: 77 is no entry that it has now\n"
+        "  skipped: DeviceUserID: protected: imports never write it\n"
+        "  3 applied, 4 not applied, 1 skipped, 1 absent\n");
+}
+
+TEST_F(CheckCommand, KnowsFeaturesThatAreThereInAModeOnly)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file =
+        fileOf(feature("TriggerDelay", "Float", "2.500000") + feature("Width", "Integer", "320"));
+    camera.pokeWord(kTransferLayerLock, 1);
+    EXPECT_EQ(entriesOf(run("plan", file)),
+              "  not writable: TriggerDelay: file 2.500000: not available now\n"
+              "  not writable: Width: camera 640, file 320: read-only now\n  2 not writable\n");
+    EXPECT_EQ(entriesOf(run("verify", file)),
+              "  not applied: TriggerDelay: file 2.500000: not available now\n"
+              "  not applied: Width: camera 640, file 320: read-only now\n  2 not applied\n");
+    camera.pokeWord(kTransferLayerLock, 0);
+    camera.pokeWord(kTriggerMode, 1);
+    const Result plan = run("plan", file);
+    EXPECT_EQ(plan.code, 0);
+    EXPECT_EQ(entriesOf(plan), "  would change: TriggerDelay: 1.500000 -> 2.500000\n"
+                               "  would change: Width: 640 -> 320\n  2 would change\n");
+}
+
+TEST_F(CheckCommand, KnowsValuesThatTheCameraHasMadeFit)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = fileOf(feature("Width", "Integer", "330") + feature("Height", "Integer", "482"));
+    camera.pokeWord(kWidth, 320); // its increment is 16
+    const Result verify = run("verify", file);
+    EXPECT_EQ(verify.code, 4);
+    EXPECT_EQ(entriesOf(verify), "  coerced: Width: camera 320, file 330\n"
+                                 "  not applied: Height: camera 480, file 482\n"
+                                 "  1 coerced, 1 not applied\n");
+    EXPECT_EQ(run("verify", fileOf(feature("Width", "Integer", "330"))).code, 0);
+}
+
+TEST_F(CheckCommand, NamesTheRegisterThatTheCameraRefuses)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = fileOf(feature("Height", "Integer", "16") + feature("Width", "Integer", "16"));
+    emu::Faults faults;
+    faults.refusals = {{kWidth, 4}};
+    camera.setFaults(faults);
+    const Result plan = run("plan", file);
+    EXPECT_EQ(plan.code, 4);
+    EXPECT_EQ(entriesOf(plan), "  would change: Height: 480 -> 16\n"
+                               "  not writable: Width: file 16: the camera refuses its register\n"
+                               "  1 would change, 1 not writable\n");
+}
+
+TEST_F(CheckCommand, ChecksAllCamerasThoughSomeFail)
+{
+    addCamera("S1");
+    addCamera("S2", [](emu::CameraConfig& config) { config.model = "Other"; });
+    emu::Camera& taken = addCamera("S3");
+    addCamera("S4");
+    const std::string file = fileOf(feature("Height", "Integer", "16"));
+    EXPECT_EQ(run("plan", file, {"--serial", "S1", "S4"}).code, 0);
+    EXPECT_EQ(run("plan", file, {"--serial", "S1", "S2"}).code, 5);
+    taken.stealControl(true);
+    const Result all = run("plan", file);
+    EXPECT_EQ(all.code, 1);
+    EXPECT_THAT(all.out, StartsWith("EMU-1 S1: ready\n"));
+    EXPECT_THAT(all.out, HasSubstr("\nOther S2: incompatible\n"));
+    EXPECT_THAT(all.out, HasSubstr("\n  model: bad, file \"EMU-1\", camera \"Other\"\n"
+                                   "EMU-1 S3: failed: "));
+    EXPECT_THAT(all.out, HasSubstr("\nEMU-1 S4: ready\n"));
+    EXPECT_EQ(QString::fromStdString(all.out).count("  would change: Height: 480 -> 16\n"), 2);
+}
+
+TEST_F(CheckCommand, PrintsAnObjectALineForScripts)
+{
+    addCamera("S1");
+    addCamera("S2");
+    const Result plan = run("plan", fileOf(feature("Height", "Integer", "16")), {"--all", "--json"});
+    const QStringList lines = QString::fromStdString(plan.out).split('\n');
+    ASSERT_EQ(lines.size(), 3);
+    for (int i = 0; i < 2; ++i) {
+        const auto line = nlohmann::json::parse(lines[i].toStdString());
+        EXPECT_EQ(line["result"], "ready");
+        EXPECT_EQ(line["device"], i + 1);
+        EXPECT_EQ(line["features"][0]["new"], "16");
+    }
+}
+
+TEST_F(CheckCommand, ExitsByTheTable)
+{
+    const emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    for (const char* command : {"plan", "verify"}) {
+        EXPECT_EQ(run(command, file, {}).code, 2);
+        EXPECT_EQ(run(command, file, {"--serial", "S9"}).code, 3);
+        const Result missing = run(command, "missing.fpk");
+        EXPECT_EQ(missing.code, 6);
+        EXPECT_EQ(missing.err, "The file cannot be read: " + path("missing.fpk") + "\n");
+        write("text.fpk", "Width = 640\n");
+        EXPECT_EQ(run(command, "text.fpk").err, "The file is no features file: " + path("text.fpk") + "\n");
+        write("none.fpk", "<F version='1.0.0'/>");
+        const Result none = run(command, "none.fpk");
+        EXPECT_EQ(none.code, 6);
+        EXPECT_EQ(none.err, "The file has no features: " + path("none.fpk") + "\n");
+        EXPECT_EQ(run(command, file, {"--model", "EMU-1"}).code, 0);
+    }
+    EXPECT_EQ(camera.counters().settingWrites, 0u);
+}
+
+TEST_F(CheckCommand, EndsProperlyOnCtrlC)
+{
+    const emu::Camera& camera =
+        addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
+    const std::string file = exported("S1");
+    const uint64_t before = camera.counters().requests();
+    Program program({"plan", path(file), "--all"});
+    program.start();
+    awaitRequests(camera, before + 100);
+    program.signal(SIGINT);
+    const Result run = program.finish();
+    EXPECT_EQ(run.code, 130);
+    EXPECT_EQ(run.err, "Interrupted.\n");
+    EXPECT_THAT(run.out, StartsWith("EMU-1 S1: interrupted\n"));
+    EXPECT_EQ(controlOf(camera), 0u);
+}
+
+TEST_F(CheckCommand, RunsAsAProgram)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("TestPattern", int64_t(1)), "");
+    const auto code = [&](const char* command) {
+        Program program({command, path(file), "--all"});
+        program.start();
+        return program.finish().code;
+    };
+    EXPECT_EQ(code("plan"), 0);
+    EXPECT_EQ(code("verify"), 4);
+    EXPECT_EQ(code("import"), 0);
+    EXPECT_EQ(code("verify"), 0);
+}

@@ -1,0 +1,557 @@
+// What an import would do and has done, verdict by verdict, over a camera library that answers from tables.
+#include "iefeatures/CheckReport.h"
+#include "iefeatures/FeatureCheck.h"
+#include "support/QtPrinting.h"
+#include "support/ScriptedCamera.h"
+
+#include <QDomDocument>
+#include <SuiteTools/SuiteTools.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using companion::CameraCheck;
+using companion::CheckMode;
+using companion::Verdict;
+using ::testing::StartsWith;
+
+namespace
+{
+
+constexpr CheckMode kPlan = CheckMode::Plan;
+constexpr CheckMode kVerify = CheckMode::Verify;
+
+QString plain(const char* name, const char* type, const char* value)
+{
+    return QString("<Feature><Name>%1</Name><Type>%2</Type><Value>%3</Value></Feature>")
+        .arg(name, type, value);
+}
+
+QString block(const QString& attributes, const QString& registers)
+{
+    return "<ComplexFeature name='Lut' " + attributes + ">" + registers + "</ComplexFeature>";
+}
+
+ie::FeaturesContent parsed(const QString& text)
+{
+    QDomDocument document;
+    EXPECT_TRUE(document.setContent(text)) << text.toStdString();
+    return ie::readFeatures(document.documentElement());
+}
+
+class FeatureCheck : public ::testing::Test
+{
+protected:
+    FeatureCheck()
+    {
+        tests::resetScriptedCamera();
+        device().setString("DeviceFirmwareVersion", "V1");
+        device().setEnumeration("DeviceScanType", 0, {0, 1});
+        device().setInteger("BoardDeviceType", 7);
+    }
+    ~FeatureCheck() override
+    {
+        EXPECT_EQ(tests::cameraViolations(), QStringList());
+        EXPECT_EQ(tests::livingHandles(), 0);
+    }
+
+    static tests::ScriptedDevice& device() { return tests::scriptedDevice("S1"); }
+
+    static companion::Camera camera(uint32_t transport = KX_TRANSPORT_GIGE)
+    {
+        companion::Camera camera;
+        camera.device.stDeviceInfo = tests::deviceInfo(transport, "S1", "M");
+        camera.model = "M";
+        camera.serial = "S1";
+        return camera;
+    }
+
+    CameraCheck check(const QString& features, CheckMode mode, uint32_t transport = KX_TRANSPORT_GIGE)
+    {
+        const QString file = "<F version='" + VELAInterface::softwareVersion() + "'>" + header +
+                             "<Features>" + features + "</Features></F>";
+        return companion::checkCamera(camera(transport), parsed(file), mode, [] { return true; });
+    }
+
+    // What is told of the entries.
+    std::string told(const QString& features, CheckMode mode, uint32_t transport = KX_TRANSPORT_GIGE)
+    {
+        const CameraCheck done = check(features, mode, transport);
+        EXPECT_EQ(done.state, CameraCheck::State::Checked);
+        const QStringList lines = companion::checkText({done}, mode).split('\n');
+        return lines.mid(1 + int(done.identity.size())).join('\n').toStdString();
+    }
+
+    QString header = "<DeviceFirmwareVersion>V1</DeviceFirmwareVersion><DeviceModelName>M</DeviceModelName>";
+};
+
+} // namespace
+
+TEST_F(FeatureCheck, OpensForMonitoringAndOnlyReads)
+{
+    device().setInteger("Width", 640);
+    tests::Recorder::instance().clear();
+    EXPECT_EQ(told(plain("Width", "Integer", "320"), kPlan),
+              "  would change: Width: 640 -> 320\n  1 would change\n");
+    QStringList calls;
+    for (const tests::TraceEntry& call : tests::Recorder::instance().calls())
+        calls += call.operation + ' ' + call.name;
+    EXPECT_EQ(calls.join('\n'), "CreateHandle S1\nOpenDevice \nGetStringValue DeviceFirmwareVersion\n"
+                                "GetIntValueEx Width\nGetNodeAccessMode Width\nCloseDevice \n"
+                                "DestroyHandle ");
+    EXPECT_EQ(tests::Recorder::instance().calls("OpenDevice").first().arguments.first().toUInt(),
+              uint(KX_ACCESS_MONITOR));
+}
+
+TEST_F(FeatureCheck, TellsWhatWouldChange)
+{
+    device().setBool("Flip", false);
+    device().setInteger("Width", 640);
+    device().setInteger("Raw", 1);
+    device().setEnumeration("Mode", 2, {1, 2});
+    device().setFloat("Gain", 1.5f);
+    device().setString("Place", "here");
+    EXPECT_EQ(told(plain("Flip", "Boolean", "0") + plain("Width", "Integer", "640") +
+                       plain("Mode", "Enumeration", "2") + plain("Gain", "Float", "1.500000") +
+                       plain("Place", "StringReg", "here") + plain("Raw", "IntReg", "1"),
+                   kPlan),
+              "  6 same\n");
+    EXPECT_EQ(told(plain("Flip", "Boolean", "1") + plain("Width", "Integer", "4294967295") +
+                       plain("Mode", "Enumeration", "1") + plain("Gain", "Float", "-0.500000") +
+                       plain("Place", "StringReg", "there") + plain("Raw", "IntReg", "2"),
+                   kPlan),
+              "  would change: Flip: 0 -> 1\n"
+              "  would change: Width: 640 -> 4294967295\n"
+              "  would change: Mode: 2 -> 1\n"
+              "  would change: Gain: 1.500000 -> -0.500000\n"
+              "  would change: Place: here -> there\n"
+              "  would change: Raw: 1 -> 2\n"
+              "  6 would change\n");
+}
+
+TEST_F(FeatureCheck, TellsWhatImportsLeaveAlone)
+{
+    device().setInteger("AcquisitionLineRate", 5);
+    const QString lineRate = plain("AcquisitionLineRate", "Integer", "6");
+    EXPECT_EQ(told(plain("DeviceUserID", "StringReg", "x") + plain("GevCurrentIPAddress", "Integer", "1") +
+                       lineRate + plain("Start", "Command", "1") + plain("NoValue", "Integer", "") +
+                       plain("NoType", "", "1") + plain("", "Integer", "1") +
+                       block("len='4'", "<R address='16'>1</R>").replace("Lut", "LUTValueAll"),
+                   kPlan),
+              "  would be skipped: DeviceUserID: protected: imports never write it\n"
+              "  would be skipped: GevCurrentIPAddress: on the import's skip list\n"
+              "  would be skipped: AcquisitionLineRate: imports write it to line-scan cameras only\n"
+              "  would be skipped: Start: imports write no feature of the type \"Command\"\n"
+              "  would be skipped: NoValue: the file gives no value\n"
+              "  would be skipped: NoType: the file gives no type\n"
+              "  would be skipped: the file gives no name\n"
+              "  would be skipped: LUTValueAll: on the import's skip list\n"
+              "  8 would be skipped\n");
+    device().setEnumeration("DeviceScanType", 1, {0, 1});
+    EXPECT_EQ(told(lineRate, kPlan), "  would change: AcquisitionLineRate: 5 -> 6\n  1 would change\n");
+    device().removeNode("DeviceScanType");
+    EXPECT_THAT(told(lineRate, kVerify), StartsWith("  skipped: AcquisitionLineRate: "));
+}
+
+// Whoever looks on sees another controller than an import, which has exclusive access itself.
+TEST_F(FeatureCheck, DoesNotMistakeAnImportsOwnControlForASetting)
+{
+    device().setEnumeration("GevCCP", 0, {0, 1, 2});
+    EXPECT_EQ(told(plain("GevCCP", "Enumeration", "1"), kPlan),
+              "  would be skipped: GevCCP: tells who controls the camera: while an import runs, that is the "
+              "import\n  1 would be skipped\n");
+    EXPECT_EQ(told(plain("GevCCP", "Enumeration", "2"), kPlan),
+              "  would change: GevCCP: 0 -> 2\n  1 would change\n");
+}
+
+// An import leaves a feature out as soon as one of its names is such.
+TEST_F(FeatureCheck, LooksAtEachNameOfAFeature)
+{
+    device().setInteger("Width", 640);
+    EXPECT_EQ(told("<Feature><Name>UserSetDefault</Name><Name>Width</Name><Type>Integer</Type>"
+                   "<Value>1</Value></Feature>",
+                   kPlan),
+              "  would be skipped: Width: protected: imports never write it\n  1 would be skipped\n");
+}
+
+TEST_F(FeatureCheck, TellsWhatCannotBeWrittenNow)
+{
+    for (const char* name : {"ReadOnly", "Locked", "Off", "WriteOnly", "Never"})
+        device().setInteger(name, 1);
+    device().setAccessMode("ReadOnly", KX_AM_READ_ONLY);
+    device().setAccessMode("Off", KX_AM_NOT_AVAILABLE);
+    device().setAccessMode("WriteOnly", KX_AM_WRITE_ONLY);
+    device().setAccessMode("Never", KX_AM_NOT_IMPLEMENTED);
+    device().setBool("Flag", true);
+    device().addRule({"GetIntValueEx", KX_E_GC_ACCESS, "Locked"});
+    const QString features = plain("ReadOnly", "Integer", "1") + plain("ReadOnly", "Integer", "2") +
+                             plain("Off", "Integer", "2") + plain("WriteOnly", "Integer", "2") +
+                             plain("Never", "Integer", "2") + plain("Nobody", "Integer", "2") +
+                             plain("Flag", "Integer", "2") + plain("Locked", "Integer", "2");
+    EXPECT_EQ(told(features, kPlan), "  not writable: ReadOnly: camera 1, file 2: read-only now\n"
+                                     "  not writable: Off: file 2: not available now\n"
+                                     "  would change: WriteOnly: ? -> 2: write-only now\n"
+                                     "  absent: Never: not implemented\n"
+                                     "  absent: Nobody: A scripted failure.\n"
+                                     "  not writable: Flag: file 2: A scripted failure.\n"
+                                     "  not writable: Locked: file 2: the camera refuses its register\n"
+                                     "  1 same, 1 would change, 4 not writable, 2 absent\n");
+    EXPECT_EQ(told(features, kVerify), "  not applied: ReadOnly: camera 1, file 2: read-only now\n"
+                                       "  not applied: Off: file 2: not available now\n"
+                                       "  skipped: WriteOnly: write-only: it cannot be read back\n"
+                                       "  absent: Never: not implemented\n"
+                                       "  absent: Nobody: A scripted failure.\n"
+                                       "  not applied: Flag: file 2: A scripted failure.\n"
+                                       "  not applied: Locked: file 2: the camera refuses its register\n"
+                                       "  1 applied, 4 not applied, 1 skipped, 2 absent\n");
+}
+
+TEST_F(FeatureCheck, TellsWhatIsOutOfRange)
+{
+    device().setInteger("Width", 640, 16, 1280, 16);
+    device().setInteger("Free", 0, std::numeric_limits<qint64>::min(), 100, 8);
+    device().setEnumeration("Mode", 2, {1, 2});
+    device().setString("Place", "here", 4);
+    EXPECT_EQ(
+        told(plain("Width", "Integer", "0") + plain("Width", "Integer", "1281") +
+                 plain("Width", "Integer", "650") + plain("Width", "Integer", "1264") +
+                 plain("Free", "Integer", "12") + plain("Mode", "Enumeration", "3") +
+                 plain("Place", "StringReg", "there"),
+             kPlan),
+        "  out of range: Width: camera 640, file 0: 0 is below the minimum 16\n"
+        "  out of range: Width: camera 640, file 1281: 1281 is above the maximum 1280\n"
+        "  out of range: Width: camera 640, file 650: 650 is no multiple of the increment 16, counted "
+        "from 16\n"
+        "  would change: Width: 640 -> 1264\n"
+        "  out of range: Free: camera 0, file 12: 12 is no multiple of the increment 8, counted from 0\n"
+        "  out of range: Mode: camera 2, file 3: 3 is no entry that it has now\n"
+        "  out of range: Place: camera here, file there: the text is longer than 4 bytes\n"
+        "  1 would change, 6 out of range\n");
+}
+
+TEST_F(FeatureCheck, WarnsOfValuesThatAreWrittenAsOthers)
+{
+    for (const char* name : {"A", "B", "C", "D"})
+        device().setInteger(name, 1);
+    device().setBool("Flip", true);
+    device().setFloat("Gain", 1.5f);
+    const QString why = "\" is written as 0: imports take decimal numbers from 0 to 4294967295\n";
+    EXPECT_EQ(told(plain("A", "Integer", "-5") + plain("B", "IntReg", "0x10") +
+                       plain("C", "Integer", "4294967296") + plain("D", "Enumeration", "-1") +
+                       plain("Flip", "Boolean", "true") + plain("Gain", "Float", "1,5"),
+                   kPlan),
+              ("  would change: A: 1 -> 0\n  warning: A: \"-5" + why +
+               "  would change: B: 1 -> 0\n  warning: B: \"0x10" + why +
+               "  would change: C: 1 -> 0\n  warning: C: \"4294967296" + why +
+               "  not writable: D: file -1: A scripted failure.\n"
+               "  would change: Flip: 1 -> 0\n"
+               "  warning: Flip: \"true\" is written as 0: imports take 1 and 0\n"
+               "  would change: Gain: 1.500000 -> 0.000000\n"
+               "  warning: Gain: \"1,5\" is written as 0.000000: it is no number of 32 bits\n"
+               "  5 would change, 1 not writable\n")
+                  .toStdString());
+}
+
+TEST_F(FeatureCheck, WarnsOfWritesWithoutNeed)
+{
+    device().setInteger("Width", 640);
+    device().setFloat("Gain", 1.5f);
+    device().setBool("Flip", true);
+    EXPECT_EQ(told(plain("Width", "Integer", "0640") + plain("Gain", "Float", "1.5") +
+                       plain("Flip", "Boolean", "2"),
+                   kPlan),
+              "  warning: Width: written again: the texts differ, the values do not\n"
+              "  warning: Gain: written again: the texts differ, the values do not\n"
+              "  warning: Flip: written again: the texts differ, the values do not\n"
+              "  3 same\n");
+}
+
+// Texts are compared before anything is parsed: what stands there already is not written as something else.
+TEST_F(FeatureCheck, ANegativeValueThatTheCameraHasIsTheSame)
+{
+    device().setInteger("Offset", -5);
+    EXPECT_EQ(told(plain("Offset", "Integer", "-5"), kPlan), "  1 same\n");
+}
+
+TEST_F(FeatureCheck, VerifiesValues)
+{
+    device().setInteger("Width", 640, 16, 1280, 16);
+    device().setInteger("Hex", 16);
+    device().setInteger("Negative", 0);
+    device().setFloat("Gain", 1.5f);
+    device().setBool("Flip", true);
+    device().setEnumeration("Mode", 2, {1, 2});
+    EXPECT_EQ(told(plain("Width", "Integer", "640") + plain("Width", "Integer", "0640") +
+                       plain("Hex", "Integer", "0x10") + plain("Gain", "Float", "1.5") +
+                       plain("Flip", "Boolean", "3") + plain("Mode", "Enumeration", "2"),
+                   kVerify),
+              "  6 applied\n");
+    EXPECT_EQ(told(plain("Width", "Integer", "655") + plain("Width", "Integer", "625") +
+                       plain("Gain", "Float", "1.500001"),
+                   kVerify),
+              "  coerced: Width: camera 640, file 655\n"
+              "  coerced: Width: camera 640, file 625\n"
+              "  coerced: Gain: camera 1.500000, file 1.500001\n"
+              "  3 coerced\n");
+    EXPECT_EQ(told(plain("Width", "Integer", "656") + plain("Width", "Integer", "2000") +
+                       plain("Gain", "Float", "1.500003") + plain("Negative", "Integer", "-5") +
+                       plain("Mode", "Enumeration", "1") + plain("Mode", "Enumeration", "9"),
+                   kVerify),
+              "  not applied: Width: camera 640, file 656\n"
+              "  not applied: Width: camera 640, file 2000: 2000 is above the maximum 1280\n"
+              "  not applied: Gain: camera 1.500000, file 1.500003\n"
+              "  not applied: Negative: camera 0, file -5: \"-5\" is written as 0: imports take decimal "
+              "numbers from 0 to 4294967295\n"
+              "  not applied: Mode: camera 2, file 1\n"
+              "  not applied: Mode: camera 2, file 9: 9 is no entry that it has now\n"
+              "  6 not applied\n");
+}
+
+TEST_F(FeatureCheck, PlansRegisters)
+{
+    device().setMemory(16, QByteArray::fromHex("0000000102000000"));
+    device().setAccessMode("LutReg", KX_AM_READ_WRITE);
+    EXPECT_EQ(told(block("len='4' reg='LutReg'", "<R address='16'>1</R><R address='0x10'>2</R>"), kPlan),
+              "  would change: Lut (register 0x10): 1 -> 2\n  1 same, 1 would change\n");
+    // Only words of 4 bytes, and only on GigE, stand the other way round.
+    EXPECT_EQ(told(block("len='8'", "<R address='16'>16777216,2</R><R address='16'>3,4</R>"), kPlan),
+              "  would change: Lut (register 16): 16777216,2 -> 3,4\n  1 same, 1 would change\n");
+    EXPECT_EQ(told(block("len='4'", "<R address='16'>16777216</R>"), kPlan, KX_TRANSPORT_USB3), "  1 same\n");
+    EXPECT_EQ(told(block("len='5'", "<R address='16'>16777216,2</R>"), kPlan), "  1 same\n");
+    // Behind a converter the raw word counts.
+    EXPECT_EQ(told(block("len='4'", "<R address='16' to='1' from='TO*2'>9.000000</R>"
+                                    "<R address='16' to='5' from='TO*2'>10.000000</R>"),
+                   kPlan),
+              "  would change: Lut (register 16): 1 -> 5\n  1 same, 1 would change\n");
+}
+
+TEST_F(FeatureCheck, WarnsOfRegistersThatAreNotWrittenAsTheFileSays)
+{
+    device().setMemory(16, QByteArray::fromHex("0000000102000000"));
+    const QString eight = "len='8'";
+    EXPECT_EQ(told(block(eight, "<R address='18'>1,2</R>"), kPlan),
+              "  would be skipped: Lut (register 18): imports pass over an address that is no multiple of 4\n"
+              "  warning: Lut (register 18): address 18 is no multiple of 4\n  1 would be skipped\n");
+    EXPECT_EQ(told(block(eight, "<R address='16'>1,2,3</R>"), kPlan),
+              "  would change: Lut (register 16): 16777216,2 -> 1,2\n"
+              "  warning: Lut (register 16): the file has 3 values for 2 words: the others are not written\n"
+              "  1 would change\n");
+    EXPECT_EQ(told(block(eight, "<R address='16'>x,4294967297</R>"), kPlan),
+              "  would change: Lut (register 16): 16777216,2 -> 0,1\n"
+              "  warning: Lut (register 16): \"x\" is written as 0: a word is a number of 32 bits\n"
+              "  warning: Lut (register 16): \"4294967297\" is written as 1: a word is a number of 32 bits\n"
+              "  1 would change\n");
+    EXPECT_EQ(told(block(eight, "<R address='16'>0x1000000</R>"), kPlan),
+              "  warning: Lut (register 16): written again: the texts differ, the values do not\n  1 same\n");
+}
+
+TEST_F(FeatureCheck, TellsOfRegistersThatCannotBeWritten)
+{
+    device().setWord(16, 0x01000000);
+    device().setAccessMode("LutReg", KX_AM_READ_ONLY);
+    device().makeUnreadable(32, 4);
+    const QString four = "len='4' reg='LutReg'";
+    const QString registers = "<R address='16'>1</R><R address='16'>2</R>";
+    EXPECT_EQ(told(block(four, registers), kPlan),
+              "  not writable: Lut (register 16): camera 1, file 2: LutReg: read-only now\n"
+              "  1 same, 1 not writable\n");
+    EXPECT_EQ(told(block(four, registers), kVerify),
+              "  not applied: Lut (register 16): camera 1, file 2: LutReg: read-only now\n"
+              "  1 applied, 1 not applied\n");
+    EXPECT_EQ(told(block("len='4' reg='Gone'", registers), kPlan),
+              "  absent: Lut: its register Gone: A scripted failure.\n  1 absent\n");
+    EXPECT_THAT(told(block("len='4'", "<R address='32'>2</R>"), kPlan),
+                StartsWith("  not writable: Lut (register 32): file 2: "));
+    EXPECT_THAT(told(block("len='0'", registers), kPlan),
+                StartsWith("  not writable: Lut (register 16): file 1: "));
+}
+
+TEST_F(FeatureCheck, TellsWhereABrokenBlockEndsTheImport)
+{
+    device().setInteger("Width", 640);
+    const QString sound = block("len='4'", "<R address='16'>0</R>").replace("Lut", "Later");
+    const QString later = "  broken: Later: imports end before it, at Lut\n";
+    EXPECT_EQ(told(block("", "<R address='16'>0</R>") + sound + plain("Width", "Integer", "640"), kPlan),
+              ("  broken: Lut: the block has no length\n" + later + "  1 same, 2 broken\n").toStdString());
+    EXPECT_EQ(
+        told(block("len='4'", "<R address='16'>0</R><R>0</R><R address='16'>0</R>") + sound, kPlan),
+        ("  broken: Lut: the register has no address\n" + later + "  1 same, 2 broken\n").toStdString());
+    EXPECT_EQ(
+        told(block("len='4'", "<R address='16'/>") + sound, kPlan),
+        ("  broken: Lut (register 16): the register has no value\n" + later + "  2 broken\n").toStdString());
+    EXPECT_EQ(told(block("len='99999999'", "<R address='16'>0</R>") + sound, kPlan),
+              ("  broken: Lut: the block is too large\n" + later + "  2 broken\n").toStdString());
+    // A block whose register is not writable is left before its length is looked at.
+    device().setAccessMode("LutReg", KX_AM_READ_ONLY);
+    EXPECT_EQ(told(block("reg='LutReg'", "<R address='16'>0</R>") + sound, kPlan),
+              "  broken: Lut: the block has no length\n  1 same, 1 broken\n");
+    EXPECT_EQ(told(block("", "<R address='16'>0</R>") + sound, kVerify),
+              "  broken: Lut: the block has no length\n  1 applied, 1 broken\n");
+}
+
+TEST_F(FeatureCheck, VerifiesRegisters)
+{
+    device().setMemory(16, QByteArray::fromHex("0000000102000000"));
+    EXPECT_EQ(told(block("len='8'", "<R address='16'>16777216,2</R><R address='16'>0x1000000,2</R>"
+                                    "<R address='16'>16777216,3</R><R address='16'>16777216,2,3</R>"
+                                    "<R address='17'>1,1</R>"),
+                   kVerify),
+              "  not applied: Lut (register 16): camera 16777216,2, file 16777216,3\n"
+              "  not applied: Lut (register 16): camera 16777216,2, file 16777216,2,3: the file has 3 values "
+              "for 2 words: the others are not written\n"
+              "  skipped: Lut (register 17): imports pass over an address that is no multiple of 4\n"
+              "  warning: Lut (register 17): address 17 is no multiple of 4\n"
+              "  2 applied, 2 not applied, 1 skipped\n");
+}
+
+TEST_F(FeatureCheck, TellsWhatTheFileHasToProve)
+{
+    header += "<BoardDeviceType>7</BoardDeviceType>";
+    const CameraCheck good = check({}, kPlan);
+    EXPECT_EQ(companion::checkText({good}, kPlan),
+              "M S1: ready\n"
+              "  version given: good, file \"" +
+                  VELAInterface::softwareVersion() + "\", camera \"" + VELAInterface::softwareVersion() +
+                  "\"\n  version: good, file \"" + VELAInterface::softwareVersion() + "\", camera \"" +
+                  VELAInterface::softwareVersion() +
+                  "\"\n"
+                  "  board type: good, file \"7\", camera \"7\"\n"
+                  "  firmware: good, file \"V1\", camera \"V1\"\n"
+                  "  model: good, file \"M\", camera \"M\"\n"
+                  "  nothing in the file\n");
+    EXPECT_EQ(companion::checkExitCode({good}), 0);
+}
+
+namespace
+{
+
+struct IdentityCase
+{
+    const char* file;
+    const char* verdicts; // of version given, version, board type, firmware, model: good, tolerated, bad
+    int exitCode;
+};
+
+class Identity : public FeatureCheck, public ::testing::WithParamInterface<IdentityCase>
+{
+};
+
+} // namespace
+
+TEST_P(Identity, IsToldInTheOrderOfTheImport)
+{
+    const CameraCheck done =
+        companion::checkCamera(camera(), parsed(GetParam().file), kPlan, [] { return true; });
+    std::string verdicts;
+    for (const companion::IdentityCheck& line : done.identity)
+        verdicts += "gtb"[int(line.verdict)];
+    EXPECT_EQ(verdicts, GetParam().verdicts);
+    EXPECT_EQ(companion::checkExitCode({done}), GetParam().exitCode);
+    EXPECT_EQ(companion::checkExitCode({done}) == 5, done.entries.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, Identity,
+    ::testing::Values(
+        IdentityCase{"<F version='0.1'><DeviceFirmwareVersion>V1</DeviceFirmwareVersion>"
+                     "<DeviceModelName>M</DeviceModelName><Features><F/></Features></F>",
+                     "gtggg", 0},
+        IdentityCase{"<F><DeviceFirmwareVersion>V1</DeviceFirmwareVersion>"
+                     "<DeviceModelName>M</DeviceModelName><Features><F/></Features></F>",
+                     "btggg", 5},
+        IdentityCase{"<F version='0.1'><DeviceFirmwareVersion>V2</DeviceFirmwareVersion>"
+                     "<DeviceModelName>M</DeviceModelName><Features><F/></Features></F>",
+                     "gtgbg", 5},
+        IdentityCase{"<F version='0.1'><DeviceModelName>M</DeviceModelName><Features><F/></Features></F>",
+                     "gtgbg", 5},
+        IdentityCase{"<F version='0.1'><DeviceFirmwareVersion>V1</DeviceFirmwareVersion>"
+                     "<DeviceModelName>m</DeviceModelName><Features><F/></Features></F>",
+                     "gtggb", 5},
+        IdentityCase{"<F version='0.1'><DeviceFirmwareVersion>V1</DeviceFirmwareVersion>"
+                     "<BoardDeviceType>8</BoardDeviceType><Features><F/></Features></F>",
+                     "gtbgb", 5}));
+
+TEST_F(FeatureCheck, AFirmwareThatCannotBeReadFitsNoFile)
+{
+    device().removeNode("DeviceFirmwareVersion");
+    header = "<DeviceFirmwareVersion></DeviceFirmwareVersion><DeviceModelName>M</DeviceModelName>";
+    EXPECT_EQ(check({}, kPlan).state, CameraCheck::State::Incompatible);
+    device().setString("DeviceFirmwareVersion", "");
+    EXPECT_EQ(check({}, kPlan).state, CameraCheck::State::Checked);
+}
+
+TEST_F(FeatureCheck, FailsWithTheLine)
+{
+    device().setInteger("Width", 640);
+    device().addRule({"GetIntValueEx", KX_E_NO_ANSWER, "Width"});
+    const CameraCheck done = check(plain("Width", "Integer", "640"), kPlan);
+    EXPECT_EQ(done.state, CameraCheck::State::Failed);
+    EXPECT_EQ(done.status, KX_E_NO_ANSWER);
+    EXPECT_TRUE(done.entries.empty());
+    EXPECT_EQ(companion::checkExitCode({done}), 1);
+    EXPECT_THAT(companion::checkText({done}, kPlan).toStdString(),
+                StartsWith(std::string("M S1: failed: ") + KX_CC_StatusText(KX_E_NO_ANSWER) + "\n"));
+
+    device().addRule({"OpenDevice", KX_E_CONTROL_REFUSED});
+    EXPECT_EQ(check({}, kVerify).status, KX_E_CONTROL_REFUSED);
+}
+
+TEST_F(FeatureCheck, EndsBetweenFeaturesWhenInterrupted)
+{
+    device().setInteger("Width", 640);
+    int asked = 0;
+    const QString width = plain("Width", "Integer", "640");
+    const ie::FeaturesContent file =
+        parsed("<F version='1'>" + header + "<Features>" + width + width + width + "</Features></F>");
+    const CameraCheck done = companion::checkCamera(camera(), file, kPlan, [&] { return ++asked <= 3; });
+    EXPECT_EQ(done.state, CameraCheck::State::Interrupted);
+    EXPECT_EQ(done.entries.size(), 2u);
+    EXPECT_EQ(companion::checkExitCode({done}), 130);
+}
+
+TEST_F(FeatureCheck, CountsWhatWouldNotBeApplied)
+{
+    device().setInteger("Width", 640, 0, 1000);
+    const auto code = [&](const QString& features, CheckMode mode) {
+        return companion::checkExitCode({check(features, mode)});
+    };
+    EXPECT_EQ(code(plain("Width", "Integer", "320"), kPlan), 0);
+    EXPECT_EQ(code(plain("Width", "Integer", "320"), kVerify), 4);
+    EXPECT_EQ(code(plain("Width", "Integer", "0x10"), kPlan), 4);
+    EXPECT_EQ(code(plain("Width", "Integer", "1001"), kPlan), 4);
+    EXPECT_EQ(code(plain("Gone", "Integer", "1"), kPlan), 4);
+    EXPECT_EQ(code(plain("DeviceUserID", "StringReg", "x"), kPlan), 0);
+    EXPECT_EQ(code(block("len='4'", "<R address='18'>1</R>"), kPlan), 0);
+    EXPECT_EQ(code(block("len='4'", "<R address='16'>1,2</R>"), kPlan), 4);
+}
+
+TEST_F(FeatureCheck, TellsScriptsEverything)
+{
+    device().setInteger("Width", 640, 0, 1000);
+    device().setMemory(16, QByteArray::fromHex("00000001"));
+    const CameraCheck done = check(plain("Width", "Integer", "-5") + plain("Gone", "Integer", "1") +
+                                       block("len='4'", "<R address='16'>1</R>"),
+                                   kPlan);
+    const std::string version = VELAInterface::softwareVersion().toStdString();
+    EXPECT_EQ(
+        companion::checkJson({done}, kPlan),
+        "{\"result\":\"not all would be applied\",\"device\":" +
+            std::to_string(done.camera.device.nDeviceID) +
+            ",\"model\":\"M\",\"serial\":\"S1\",\"identity\":["
+            "{\"check\":\"version given\",\"verdict\":\"good\",\"file\":\"" +
+            version + "\",\"camera\":\"" + version +
+            "\"},{\"check\":\"version\",\"verdict\":\"good\",\"file\":\"" + version + "\",\"camera\":\"" +
+            version +
+            "\"},{\"check\":\"board type\",\"verdict\":\"good\",\"file\":null,\"camera\":null},"
+            "{\"check\":\"firmware\",\"verdict\":\"good\",\"file\":\"V1\",\"camera\":\"V1\"},"
+            "{\"check\":\"model\",\"verdict\":\"good\",\"file\":\"M\",\"camera\":\"M\"}],\"features\":["
+            "{\"feature\":\"Width\",\"verdict\":\"would change\",\"file\":\"-5\",\"camera\":\"640\","
+            "\"new\":\"0\",\"warnings\":[\"\\\"-5\\\" is written as 0: imports take decimal numbers from 0 "
+            "to 4294967295\"]},"
+            "{\"feature\":\"Gone\",\"verdict\":\"absent\",\"file\":\"1\",\"camera\":null,"
+            "\"reason\":\"A scripted failure.\",\"warnings\":[]},"
+            "{\"feature\":\"Lut\",\"address\":\"16\",\"verdict\":\"same\",\"file\":\"1\",\"camera\":\"1\","
+            "\"warnings\":[]}]}\n");
+}
