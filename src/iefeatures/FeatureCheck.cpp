@@ -1,5 +1,7 @@
 #include "iefeatures/FeatureCheck.h"
 
+#include "iefeatures/CameraConnection.h"
+#include "iefeatures/InParallel.h"
 #include "iefeatures/PlainCheck.h"
 #include "iefeatures/RegisterCheck.h"
 
@@ -7,8 +9,6 @@
 #include <SuiteTools/SuiteTools.h>
 
 #include <algorithm>
-#include <atomic>
-#include <thread>
 
 namespace companion
 {
@@ -56,34 +56,6 @@ bool isBad(const IdentityCheck& check)
     return check.verdict == IdentityVerdict::Bad;
 }
 
-// A handle that monitors, and its end.
-class MonitoredCamera
-{
-public:
-    explicit MonitoredCamera(const KX_DeviceInfo& device)
-    {
-        m_status = KX_CC_CreateHandle(&m_handle, &device);
-        if (m_status == KX_OK)
-            m_status = KX_CC_OpenDevice(m_handle, KX_ACCESS_MONITOR, 0);
-    }
-    ~MonitoredCamera()
-    {
-        if (!m_handle)
-            return;
-        KX_CC_CloseDevice(m_handle);
-        KX_CC_DestroyHandle(m_handle);
-    }
-    MonitoredCamera(const MonitoredCamera&) = delete;
-    MonitoredCamera& operator=(const MonitoredCamera&) = delete;
-
-    KX_Status status() const { return m_status; }
-    KX_HANDLE handle() const { return m_handle; }
-
-private:
-    KX_HANDLE m_handle = nullptr;
-    KX_Status m_status = KX_OK;
-};
-
 CameraCheck::State checkEntries(FeatureReader& reader, const ie::FeaturesContent& file, CheckMode mode,
                                 const std::function<bool()>& mayGoOn, CameraCheck& check)
 {
@@ -125,12 +97,12 @@ CameraCheck checkCamera(const Camera& camera, const ie::FeaturesContent& file, C
     check.camera = camera;
     if (!mayGoOn())
         return check;
-    const MonitoredCamera monitored(camera.device.stDeviceInfo);
-    check.status = monitored.status();
+    const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
+    check.status = connection.status();
     check.state = CameraCheck::State::Failed;
     if (check.status != KX_OK)
         return check;
-    FeatureReader reader(monitored.handle());
+    FeatureReader reader(connection.handle());
     check.identity = checkIdentity(reader, camera.device.stDeviceInfo, file.header);
     if (reader.lineStatus() == KX_OK)
         check.state = std::any_of(check.identity.begin(), check.identity.end(), isBad)
@@ -144,16 +116,7 @@ std::vector<CameraCheck> checkCameras(const std::vector<Camera>& cameras, const 
                                       CheckMode mode, const std::function<bool()>& mayGoOn)
 {
     std::vector<CameraCheck> checks(cameras.size());
-    std::atomic<size_t> next{0};
-    const auto work = [&] {
-        for (size_t i = next++; i < cameras.size(); i = next++)
-            checks[i] = checkCamera(cameras[i], file, mode, mayGoOn);
-    };
-    std::vector<std::thread> threads(std::min<size_t>(cameras.size(), VELAInterface::toolsSupportNum()));
-    for (std::thread& thread : threads)
-        thread = std::thread(work);
-    for (std::thread& thread : threads)
-        thread.join();
+    inParallel(cameras.size(), [&](size_t i) { checks[i] = checkCamera(cameras[i], file, mode, mayGoOn); });
     return checks;
 }
 

@@ -45,6 +45,8 @@ TEST(Usage, HelpsWithCommandsAndExitCodes)
     EXPECT_THAT(run.out, HasSubstr("  list  "));
     EXPECT_THAT(run.out, HasSubstr("  export  "));
     EXPECT_THAT(run.out, HasSubstr("  import  "));
+    EXPECT_THAT(run.out, HasSubstr("  plan  "));
+    EXPECT_THAT(run.out, HasSubstr("  verify  "));
     EXPECT_THAT(run.out, HasSubstr(companion::exitCodeTable()));
     EXPECT_EQ(run.err, "");
 }
@@ -124,11 +126,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(ManPage, NamesEveryOption)
 {
     const QString page = manPage();
-    const QString help = QString::fromStdString(
-        runWithoutCameras({"export", "--help"}).out + runWithoutCameras({"import", "--help"}).out +
-        runWithoutCameras({"rollback", "--help"}).out + runWithoutCameras({"clone", "--help"}).out +
-        runWithoutCameras({"list", "--help"}).out);
-    auto options = QRegularExpression("--[a-z]+").globalMatch(help);
+    QString help;
+    for (const char* command : {"export", "import", "list", "plan", "verify", "rollback", "clone"})
+        help += QString::fromStdString(runWithoutCameras({command, "--help"}).out);
+    auto options = QRegularExpression("--[a-z-]+").globalMatch(help);
     int seen = 0;
     for (; options.hasNext(); ++seen) {
         const QString option = options.next().captured();
