@@ -18,16 +18,27 @@ struct Job
     int size; // pixels
 };
 
-// Images of the window: twice the size that is shown, so that displays of double density stay sharp.
+// So large that displays of double density stay sharp: twice the size that is shown, or a second image of
+// that size where the image's own size counts.
 constexpr Job kJobs[] = {
-    {"feature_bag.svg", "AppIcon/FeatureBag.png", 64},   {"feature_bag.svg", "AppIcon/FeatureBag.ico", 256},
-    {"feature_bag.svg", "hicolor/16.png", 16},           {"feature_bag.svg", "hicolor/24.png", 24},
-    {"feature_bag.svg", "hicolor/32.png", 32},           {"feature_bag.svg", "hicolor/48.png", 48},
-    {"feature_bag.svg", "hicolor/64.png", 64},           {"feature_bag.svg", "hicolor/128.png", 128},
-    {"feature_bag.svg", "hicolor/256.png", 256},         {"state_free.svg", "State/use.png", 68},
-    {"state_in_use.svg", "State/notuse.png", 68},        {"state_unreachable.svg", "State/notreach.png", 68},
-    {"more_normal.svg", "btn/ic_more_normal.png", 40},   {"more_click.svg", "btn/ic_more_click.png", 40},
-    {"more_disable.svg", "btn/ic_more_disable.png", 40},
+    {"feature_bag.svg", "AppIcon/FeatureBag.png", 64},
+    {"feature_bag.svg", "AppIcon/FeatureBag.ico", 256},
+    {"feature_bag.svg", "hicolor/16.png", 16},
+    {"feature_bag.svg", "hicolor/24.png", 24},
+    {"feature_bag.svg", "hicolor/32.png", 32},
+    {"feature_bag.svg", "hicolor/48.png", 48},
+    {"feature_bag.svg", "hicolor/64.png", 64},
+    {"feature_bag.svg", "hicolor/128.png", 128},
+    {"feature_bag.svg", "hicolor/256.png", 256},
+    {"state_free.svg", "State/use.png", 68},
+    {"state_in_use.svg", "State/notuse.png", 68},
+    {"state_unreachable.svg", "State/notreach.png", 68},
+    {"more_normal.svg", "btn/ic_more_normal.png", 20},
+    {"more_normal.svg", "btn/ic_more_normal@2x.png", 40},
+    {"more_click.svg", "btn/ic_more_click.png", 20},
+    {"more_click.svg", "btn/ic_more_click@2x.png", 40},
+    {"more_disable.svg", "btn/ic_more_disable.png", 20},
+    {"more_disable.svg", "btn/ic_more_disable@2x.png", 40},
 };
 
 bool render(const QString& drawing, const QString& target, int size)

@@ -177,6 +177,25 @@ private slots:
         save(window, "controls_focus");
     }
 
+    // The title's picture is shown 18 pixels wide, 12 from the left: here one line of the file for each of
+    // the screen.
+    void picturesAreAsFineAsTheScreen()
+    {
+        const int size = 18 * scale();
+        QImage stripes(size, size, QImage::Format_RGB32);
+        for (int y = 0; y < size; ++y)
+            for (int x = 0; x < size; ++x)
+                stripes.setPixelColor(x, y, x % 2 ? Qt::white : Qt::black);
+        QVERIFY(stripes.save(folder() + "/stripes.png"));
+        ORBCustomMainWindow window;
+        window.cTitleBar()->cSetTitleIcon(folder() + "/stripes.png");
+        window.resize(200, 100);
+        window.show();
+        const QImage shown = window.cTitleBar()->grab().toImage();
+        for (int x = 0; x < size; ++x)
+            QCOMPARE(shown.pixelColor(12 * scale() + x, 18 * scale()), QColor(x % 2 ? Qt::white : Qt::black));
+    }
+
     void table()
     {
         ORBCustomMainWindow window;
