@@ -20,3 +20,10 @@ target_compile_definitions(styled_gallery PRIVATE GALLERY_FOLDER="${CMAKE_BINARY
 add_test(NAME styled_gallery_fine COMMAND styled_gallery)
 set_tests_properties(styled_gallery_fine PROPERTIES LABELS gui TIMEOUT 120
     ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QT_SCALE_FACTOR=2;LC_ALL=C.UTF-8")
+
+# Where a window system has a say: moving, resizing, activation.
+foreach(subject main_window loading message_box)
+    add_test(NAME styled_${subject}_on_a_display
+        COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "$<TARGET_FILE:styled_${subject}_test>")
+    set_tests_properties(styled_${subject}_on_a_display PROPERTIES LABELS gui TIMEOUT 120 ENVIRONMENT "LC_ALL=C.UTF-8")
+endforeach()
