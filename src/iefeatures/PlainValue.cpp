@@ -87,6 +87,11 @@ bool isSameValue(const QString& type, const QString& fileText, const QString& ca
         qint64 inFile = 0;
         return meaning(fileText, inFile) && QString::number(inFile) == cameraText;
     }
+    if (type == "Float") {
+        bool ok = false;
+        const double inFile = fileText.toDouble(&ok);
+        return ok && inFile == cameraText.toDouble();
+    }
     const ImportedValue imported = importedValue(type, fileText);
     return imported.flaw.isNull() && imported.text == cameraText;
 }

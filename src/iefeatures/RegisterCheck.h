@@ -21,6 +21,7 @@ public:
 private:
     struct Block;
     EntryCheck checkEntry(const Block& block, const ie::RegisterValue& value);
+    void checkUnaligned(const Block& block, const ie::RegisterValue& value, EntryCheck& check);
     void compare(const Block& block, const ie::RegisterValue& value, EntryCheck& check);
 
     FeatureReader& m_reader;

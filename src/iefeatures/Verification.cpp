@@ -1,241 +1,103 @@
 #include "iefeatures/Verification.h"
 
-#include "iefeatures/CameraConnection.h"
+#include "iefeatures/FeatureCheck.h"
+#include "iefeatures/FeaturesFileInput.h"
 #include "iefeatures/Interrupt.h"
 #include "iefeatures/Text.h"
 
-#include <FeaturesFile.h>
-#include <JobRules.h>
 #include <SuiteTools/SuiteTools.h>
-#include <XmlDepth.h>
 
 #include <nlohmann/json.hpp>
 
-#include <QDomDocument>
-#include <QFile>
-#include <QFileInfo>
-#include <QtEndian>
-
 #include <algorithm>
-#include <cmath>
-#include <optional>
 
 namespace companion
 {
 namespace
 {
 
-constexpr qint64 kLargestRegister = 16 * 1024 * 1024;
-
-std::optional<ie::FeaturesContent> readFile(const QString& path)
-{
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-        return {};
-    const QString text = QString::fromUtf8(file.readAll());
-    QDomDocument document;
-    if (!ie::isSafeToParse(text) || !document.setContent(text))
-        return {};
-    return ie::readFeatures(document.documentElement());
-}
-
-// A value as the file would have it, and how far off another one may be to count as the camera's rounding.
-struct Reading
-{
-    KX_Status status = KX_OK;
-    QString text;
-    double tolerance = 0; // numbers less than this apart
-};
-
-Reading readInteger(KX_HANDLE handle, const char* name)
-{
-    KX_IntegerValue value{};
-    const KX_Status status = KX_CC_GetIntValueEx(handle, name, &value);
-    return {status, ie::integerText(value.current), double(value.increment)};
-}
-
-Reading readFloat(KX_HANDLE handle, const char* name)
-{
-    KX_FloatValue value{};
-    const KX_Status status = KX_CC_GetFloatValue(handle, name, &value);
-    const double precision = std::abs(double(value.current)) * 1e-6; // some 7 digits are a float's
-    return {status, ie::floatText(double(value.current)), std::max(precision, 2e-6)};
-}
-
-Reading readBoolean(KX_HANDLE handle, const char* name)
-{
-    bool value = false;
-    const KX_Status status = KX_CC_GetBoolValue(handle, name, &value);
-    return {status, ie::booleanText(value)};
-}
-
-Reading readEntry(KX_HANDLE handle, const char* name)
-{
-    KX_EnumValue value{};
-    const KX_Status status = KX_CC_GetEnumValue(handle, name, &value);
-    return {status, ie::enumerationText(value.current)};
-}
-
-Reading readText(KX_HANDLE handle, const char* name)
-{
-    KX_StringValue value{};
-    const KX_Status status = KX_CC_GetStringValue(handle, name, &value);
-    return {status, VELAInterface::char2QStringLocale(value.current, -1)};
-}
-
-Reading readPlain(KX_HANDLE handle, const QString& type, const QString& name)
-{
-    const QByteArray bytes = name.toLatin1();
-    if (type == "Boolean")
-        return readBoolean(handle, bytes);
-    if (type == "Enumeration")
-        return readEntry(handle, bytes);
-    if (type == "Integer" || type == "IntReg")
-        return readInteger(handle, bytes);
-    if (type == "Float")
-        return readFloat(handle, bytes);
-    if (type == "StringReg")
-        return readText(handle, bytes);
-    return {KX_E_GC_LOGICAL, {}};
-}
-
-bool isCoerced(const Reading& reading, const QString& wanted)
-{
-    bool isNumber = false;
-    const double number = wanted.toDouble(&isNumber);
-    return isNumber && reading.tolerance > 0 &&
-           std::abs(reading.text.toDouble() - number) < reading.tolerance;
-}
-
-// A Boolean is applied as true from 1 on.
-bool isEqual(const ie::PlainFeature& feature, const QString& found)
-{
-    return feature.type == "Boolean" ? (feature.value.toInt() >= 1) == (found == "1")
-                                     : feature.value == found;
-}
-
-// Imports do not write the protected ones; who holds control is another matter now than it was then.
-bool isLeftAlone(const QString& name)
-{
-    return ie::isProtectedFeature(name) || name == "GevCCP";
-}
-
-class Verifier
+// What became of one thing that the file names, as the import was seen to go.
+class Traces
 {
 public:
-    Verifier(const Camera& camera, KX_HANDLE handle, const ImportTraces& traces)
-        : m_handle(handle), m_traces(traces),
-          m_isGigE(camera.device.stDeviceInfo.transportType == KX_TRANSPORT_GIGE)
+    Traces(const ImportTraces& traces, const EntryCheck& entry, int64_t address)
+        : m_traces(traces), m_entry(entry), m_address(address)
     {}
 
-    Verified plain(const ie::PlainFeature& feature) const
+    bool isChanged() const
     {
-        Verified verified{feature.name, {}, Standing::NotApplied, feature.value, {}, {}};
-        const Reading reading = readPlain(m_handle, feature.type, feature.name);
-        const auto is = [&](const FailedCall& failure) {
-            return !failure.isRegister && failure.feature == feature.name;
-        };
-        const auto was = [&](const Change& change) {
-            return !change.isRegister && change.feature == feature.name;
-        };
-        judge(verified, reading, isEqual(feature, reading.text), is, was);
-        if (isLeftAlone(feature.name))
-            verified.standing = Standing::Skipped;
-        return verified;
+        return std::any_of(m_traces.changes.begin(), m_traces.changes.end(),
+                           [this](const Change& change) { return isIt(change); });
     }
-
-    Verified entry(const ie::ComplexFeature& block, const ie::RegisterValue& value) const
+    // A sentence; empty when nothing was refused.
+    QString refusal() const
     {
-        const QString wanted = value.to.isEmpty() ? value.content : value.to;
-        const QString address = QString::number(value.address);
-        Verified verified{block.name, address, Standing::NotApplied, wanted, {}, {}};
-        const Reading reading = readRegister(value.address, block.length);
-        const auto is = [&](const FailedCall& failure) {
-            return failure.isRegister && failure.address == value.address;
-        };
-        const auto was = [&](const Change& change) {
-            return change.isRegister && change.address == value.address;
-        };
-        judge(verified, reading, beginsWith(reading.text, wanted), is, was);
-        if (verified.standing == Standing::NotApplied && value.address % 4 != 0)
-            verified.reason = "Imports skip registers at addresses that are no multiple of 4.";
-        return verified;
+        const auto failure = std::find_if(m_traces.failures.begin(), m_traces.failures.end(),
+                                          [this](const FailedCall& call) { return isIt(call); });
+        return failure == m_traces.failures.end() ? QString() : KX_CC_StatusText(failure->status);
     }
 
 private:
-    // More values than the register has words are not written, and words without a value are kept.
-    static bool beginsWith(const QString& found, const QString& wanted)
+    template <class Trace>
+    bool isIt(const Trace& trace) const
     {
-        const QStringList words = found.split(',');
-        const QStringList values = wanted.split(',').mid(0, words.size());
-        return words.mid(0, values.size()) == values;
+        return trace.isRegister == m_entry.isRegister &&
+               (trace.isRegister ? trace.address == m_address : trace.feature == m_entry.feature);
     }
 
-    template <class IsFailure, class IsChange>
-    void judge(Verified& verified, const Reading& reading, bool isAsWanted, IsFailure isFailure,
-               IsChange isChange) const
-    {
-        if (reading.status != KX_OK) {
-            const bool isAbsent = reading.status == KX_E_GC_PROPERTY;
-            verified.standing = isAbsent ? Standing::Absent : Standing::NotApplied;
-            verified.reason = KX_CC_StatusText(reading.status);
-            return;
-        }
-        verified.found = reading.text;
-        if (isAsWanted) {
-            const auto& changes = m_traces.changes;
-            const bool isChanged = std::any_of(changes.begin(), changes.end(), isChange);
-            verified.standing = isChanged ? Standing::Applied : Standing::Unchanged;
-            return;
-        }
-        if (isCoerced(reading, verified.wanted)) {
-            verified.standing = Standing::Coerced;
-            return;
-        }
-        const auto& failures = m_traces.failures;
-        const auto failure = std::find_if(failures.begin(), failures.end(), isFailure);
-        verified.reason =
-            failure == failures.end() ? "The camera holds another value." : KX_CC_StatusText(failure->status);
-    }
-
-    Reading readRegister(qint64 address, qint64 length) const
-    {
-        if (length < 1 || length > kLargestRegister)
-            return {KX_E_PARAMETER, {}};
-        QVector<quint32> words(int((length + 3) / 4), 0);
-        const bool swaps = m_isGigE && length == 4;
-        const KX_Status status = address % 4 == 2 ? readBetween(address, swaps, words[0])
-                                                  : readWords(address, length, swaps, words);
-        return {status, ie::wordsText(words)};
-    }
-
-    KX_Status readWords(qint64 address, qint64 length, bool swaps, QVector<quint32>& words) const
-    {
-        QByteArray bytes(words.size() * 4, '\0');
-        const KX_Status status = KX_CC_ReadMemory(m_handle, bytes.data(), address, length);
-        for (int i = 0; i < words.size(); ++i) {
-            const auto word = qFromLittleEndian<quint32>(bytes.constData() + 4 * i);
-            words[i] = swaps ? qbswap(word) : word;
-        }
-        return status;
-    }
-
-    // Some cameras read at multiples of 4 only. As the export does: out of two reads, the halves exchanged.
-    KX_Status readBetween(qint64 address, bool swaps, quint32& word) const
-    {
-        char both[8] = {};
-        KX_Status status = KX_CC_ReadMemory(m_handle, both, address - 2, 4);
-        if (status == KX_OK)
-            status = KX_CC_ReadMemory(m_handle, both + 4, address + 2, 4);
-        const auto raw = qFromLittleEndian<quint32>(both + 2);
-        word = swaps ? qbswap(raw) : raw << 16 | raw >> 16;
-        return status;
-    }
-
-    const KX_HANDLE m_handle;
     const ImportTraces& m_traces;
-    const bool m_isGigE;
+    const EntryCheck& m_entry;
+    const int64_t m_address;
 };
+
+Standing standingOf(Verdict verdict, const Traces& traces)
+{
+    switch (verdict) {
+    case Verdict::Same:
+        return traces.isChanged() ? Standing::Applied : Standing::Unchanged;
+    case Verdict::Coerced:
+        return Standing::Coerced;
+    case Verdict::Absent:
+        return Standing::Absent;
+    case Verdict::Skipped:
+        return Standing::Skipped;
+    default:
+        return Standing::NotApplied;
+    }
+}
+
+Verified verifiedOf(const EntryCheck& entry, const ImportTraces& importTraces)
+{
+    const qint64 address = VELAInterface::string2Int(entry.address);
+    const Traces traces(importTraces, entry, address);
+    Verified verified{entry.feature,     {},          standingOf(entry.verdict, traces), entry.fileValue,
+                      entry.cameraValue, entry.reason};
+    if (!entry.address.isEmpty())
+        verified.register_ = QString::number(address);
+    if (verified.standing != Standing::NotApplied)
+        return verified;
+    const QString refusal = traces.refusal();
+    if (!refusal.isEmpty())
+        verified.reason = refusal;
+    else if (entry.reason.isEmpty())
+        verified.reason = "The camera holds another value.";
+    return verified;
+}
+
+QString problemOf(const CameraCheck& check)
+{
+    switch (check.state) {
+    case CameraCheck::State::Interrupted:
+        return "Interrupted.";
+    case CameraCheck::State::Failed:
+        return KX_CC_StatusText(check.status);
+    case CameraCheck::State::Incompatible:
+        return "The file belongs to another model, firmware, board type or version.";
+    case CameraCheck::State::Checked:
+        break;
+    }
+    return {};
+}
 
 const char* wordOf(Standing standing)
 {
@@ -308,25 +170,16 @@ QStringList Verification::missing() const
 Verification verify(const Camera& camera, const QString& featuresFile, const ImportTraces& traces)
 {
     Verification verification{camera, {}, {}};
-    const auto content = readFile(featuresFile);
-    if (!content) {
+    const FeaturesFileInput file = readFeaturesFile(featuresFile);
+    if (!file.problem.isNull()) {
         verification.problem = "The file cannot be read again.";
         return verification;
     }
-    const CameraConnection line(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
-    if (line.status() != KX_OK)
-        verification.problem = KX_CC_StatusText(line.status());
-    const Verifier verifier(camera, line.handle(), traces);
-    for (const auto& entry : content->entries) {
-        if (verification.problem.isEmpty() && Interrupt::isRequested())
-            verification.problem = "Interrupted.";
-        if (!verification.problem.isEmpty())
-            break;
-        if (!entry.isComplex)
-            verification.features.push_back(verifier.plain(entry.plain));
-        for (const ie::RegisterValue& value : entry.complex.values)
-            verification.features.push_back(verifier.entry(entry.complex, value));
-    }
+    const CameraCheck check =
+        checkCamera(camera, file.content, CheckMode::Verify, [] { return !Interrupt::isRequested(); });
+    verification.problem = problemOf(check);
+    for (const EntryCheck& entry : check.entries)
+        verification.features.push_back(verifiedOf(entry, traces));
     return verification;
 }
 

@@ -240,7 +240,8 @@ TEST_F(FeatureCheck, WarnsOfValuesThatAreWrittenAsOthers)
     const QString why = "\" is written as 0: imports take decimal numbers from 0 to 4294967295\n";
     EXPECT_EQ(told(plain("A", "Integer", "-5") + plain("B", "IntReg", "0x10") +
                        plain("C", "Integer", "4294967296") + plain("D", "Enumeration", "-1") +
-                       plain("Flip", "Boolean", "true") + plain("Gain", "Float", "1,5"),
+                       plain("Flip", "Boolean", "true") + plain("Flip", "Boolean", "0x1") +
+                       plain("Gain", "Float", "1,5"),
                    kPlan),
               ("  would change: A: 1 -> 0\n  warning: A: \"-5" + why +
                "  would change: B: 1 -> 0\n  warning: B: \"0x10" + why +
@@ -248,9 +249,11 @@ TEST_F(FeatureCheck, WarnsOfValuesThatAreWrittenAsOthers)
                "  not writable: D: file -1: A scripted failure.\n"
                "  would change: Flip: 1 -> 0\n"
                "  warning: Flip: \"true\" is written as 0: imports take 1 and 0\n"
+               "  would change: Flip: 1 -> 0\n"
+               "  warning: Flip: \"0x1\" is written as 0: imports take 1 and 0\n"
                "  would change: Gain: 1.500000 -> 0.000000\n"
                "  warning: Gain: \"1,5\" is written as 0.000000: it is no number of 32 bits\n"
-               "  5 would change, 1 not writable\n")
+               "  6 would change, 1 not writable\n")
                   .toStdString());
 }
 
@@ -289,12 +292,13 @@ TEST_F(FeatureCheck, VerifiesValues)
                    kVerify),
               "  6 applied\n");
     EXPECT_EQ(told(plain("Width", "Integer", "655") + plain("Width", "Integer", "625") +
-                       plain("Gain", "Float", "1.500001"),
+                       plain("Gain", "Float", "1.500001") + plain("Gain", "Float", "1.50000001"),
                    kVerify),
               "  coerced: Width: camera 640, file 655\n"
               "  coerced: Width: camera 640, file 625\n"
               "  coerced: Gain: camera 1.500000, file 1.500001\n"
-              "  3 coerced\n");
+              "  coerced: Gain: camera 1.500000, file 1.50000001\n"
+              "  4 coerced\n");
     EXPECT_EQ(told(plain("Width", "Integer", "656") + plain("Width", "Integer", "2000") +
                        plain("Gain", "Float", "1.500003") + plain("Negative", "Integer", "-5") +
                        plain("Mode", "Enumeration", "1") + plain("Mode", "Enumeration", "9"),
@@ -345,6 +349,24 @@ TEST_F(FeatureCheck, WarnsOfRegistersThatAreNotWrittenAsTheFileSays)
               "  1 would change\n");
     EXPECT_EQ(told(block(eight, "<R address='16'>0x1000000</R>"), kPlan),
               "  warning: Lut (register 16): written again: the texts differ, the values do not\n  1 same\n");
+}
+
+// What an export has put together from the words around.
+TEST_F(FeatureCheck, ComparesRegistersThatImportsPassOver)
+{
+    device().setMemory(16, QByteArray::fromHex("0000010203040000"));
+    const QString same = "<R address='18'>16909060</R>"; // 0x01020304
+    EXPECT_EQ(told(block("len='4'", same), kPlan), "  1 same\n");
+    EXPECT_EQ(told(block("len='4'", same), kVerify), "  1 applied\n");
+    EXPECT_EQ(told(block("len='2'", "<R address='18'>33620995</R>"), kVerify), "  1 applied\n"); // 0x02010403
+    EXPECT_EQ(told(block("len='4'", "<R address='18' to='16909060' from='TO'>1.000000</R>"), kVerify),
+              "  1 applied\n");
+    EXPECT_EQ(
+        told(block("len='4'", "<R address='18'>7</R>"), kVerify),
+        "  not applied: Lut (register 18): camera 16909060, file 7: imports pass over an address that is "
+        "no multiple of 4\n  1 not applied\n");
+    EXPECT_THAT(told(block("len='4'", same), kVerify, KX_TRANSPORT_USB3), StartsWith("  skipped: "));
+    EXPECT_THAT(told(block("len='8'", same), kVerify), StartsWith("  skipped: "));
 }
 
 TEST_F(FeatureCheck, TellsOfRegistersThatCannotBeWritten)
@@ -523,7 +545,9 @@ TEST_F(FeatureCheck, CountsWhatWouldNotBeApplied)
     EXPECT_EQ(code(plain("Width", "Integer", "1001"), kPlan), 4);
     EXPECT_EQ(code(plain("Gone", "Integer", "1"), kPlan), 4);
     EXPECT_EQ(code(plain("DeviceUserID", "StringReg", "x"), kPlan), 0);
-    EXPECT_EQ(code(block("len='4'", "<R address='18'>1</R>"), kPlan), 0);
+    EXPECT_EQ(code(block("len='4'", "<R address='18'>0</R>"), kPlan), 0);
+    EXPECT_EQ(code(block("len='4'", "<R address='18'>1</R>"), kPlan), 4);
+    EXPECT_EQ(code(block("len='4'", "<R address='17'>1</R>"), kPlan), 0); // nobody can tell
     EXPECT_EQ(code(block("len='4'", "<R address='16'>1,2</R>"), kPlan), 4);
 }
 
