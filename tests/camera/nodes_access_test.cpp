@@ -83,6 +83,7 @@ TEST_F(MonitoredNodes, tellTheirAccessButAreNotWritten)
     takeRequests();
     EXPECT_EQ(setInteger("Big4", 1), KX_E_GC_ACCESS);
     EXPECT_EQ(KX_CC_ExecuteCommand(camera.handle, "Start"), KX_E_GC_ACCESS);
+    EXPECT_EQ(camera.lastError(), "Start: the camera was opened for monitoring.");
     EXPECT_EQ(KX_CC_WriteMemory(camera.handle, "1234", 0x100, 4), KX_E_GC_ACCESS);
     EXPECT_TRUE(takeRequests().empty());
 }
