@@ -1,5 +1,8 @@
 #include "iefeatures/Command.h"
 
+#include "iefeatures/Interrupt.h"
+#include "iefeatures/OperatingSystem.h"
+
 #include <iostream>
 
 namespace companion
@@ -11,7 +14,8 @@ std::optional<std::string> askOnTerminal(Console& console, const std::string& qu
         return {};
     console.err(question);
     std::string answer;
-    std::getline(std::cin, answer);
+    if (awaitInput([] { return !Interrupt::isRequested(); }))
+        std::getline(std::cin, answer);
     return answer;
 }
 

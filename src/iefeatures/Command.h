@@ -17,7 +17,7 @@ namespace companion
 {
 
 // Puts a question to the person at the terminal and gives the line that is typed; nothing when nobody can be
-// asked. Blocks.
+// asked. Blocks until then, or until an interrupt (Interrupt.h), which counts as an empty line.
 using Ask = std::function<std::optional<std::string>(Console& console, const std::string& question)>;
 std::optional<std::string> askOnTerminal(Console& console, const std::string& question);
 

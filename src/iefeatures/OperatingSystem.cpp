@@ -2,6 +2,7 @@
 
 #if !defined(_WIN32)
 #include <cerrno>
+#include <poll.h>
 #include <pwd.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -34,6 +35,19 @@ void lock(const QFile& file)
             return;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+#endif
+}
+
+bool awaitInput(const std::function<bool()>& mayWait)
+{
+#if defined(_WIN32)
+    return mayWait();
+#else
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    while (mayWait())
+        if (poll(&input, 1, 100) > 0)
+            return true;
+    return false;
 #endif
 }
 

@@ -3,9 +3,11 @@
 
 #include <QFile>
 
+#include <csignal>
 #include <sstream>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -50,9 +52,45 @@ public:
         return text;
     }
 
+    // Until this has been written; false when it does not come.
+    bool awaits(const std::string& text)
+    {
+        std::string seen;
+        char buffer[4096];
+        pollfd input{m_master, POLLIN, 0};
+        while (seen.find(text) == std::string::npos) {
+            if (::poll(&input, 1, 20000) <= 0)
+                return false;
+            const ssize_t size = ::read(m_master, buffer, sizeof buffer);
+            seen.append(buffer, size > 0 ? static_cast<size_t>(size) : 0);
+        }
+        return true;
+    }
+    void type(const std::string& text)
+    {
+        ASSERT_EQ(::write(m_master, text.data(), text.size()), ssize_t(text.size()));
+    }
+
 private:
     int m_master = -1;
     int m_slave = -1;
+};
+
+class Asked : public CompanionTest
+{
+protected:
+    Asked()
+    {
+        EXPECT_EQ(addCamera("S1").setNode("Height", int64_t(240)), "");
+        target = &addCamera("S2");
+        program.process().setStandardInputFile(terminal.name());
+        program.process().setStandardErrorFile(terminal.name());
+    }
+    int64_t height() const { return std::get<int64_t>(target->node("Height").value()); }
+
+    PseudoTerminal terminal;
+    Program program{{"clone", "--from", "S1", "--to", "S2"}, "export TERM=xterm;"};
+    emu::Camera* target;
 };
 
 class OnATerminal : public CompanionTest
@@ -143,4 +181,23 @@ TEST(Console, DrawsNothingWhereItCannotDrawOver)
     companion::Console console(both, both, false, false);
     console.drawBlock({"a"});
     EXPECT_EQ(both.str(), "");
+}
+
+TEST_F(Asked, APersonAgreesWithALetter)
+{
+    program.start();
+    ASSERT_TRUE(terminal.awaits("[y/N] "));
+    EXPECT_EQ(height(), 480);
+    terminal.type("y\n");
+    EXPECT_EQ(program.finish().code, 0);
+    EXPECT_EQ(height(), 240);
+}
+
+TEST_F(Asked, CtrlCIsAnAnswerToo)
+{
+    program.start();
+    ASSERT_TRUE(terminal.awaits("[y/N] "));
+    program.signal(SIGINT);
+    EXPECT_EQ(program.finish().code, 130);
+    EXPECT_EQ(height(), 480);
 }
