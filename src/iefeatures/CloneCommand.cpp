@@ -1,8 +1,9 @@
 #include "iefeatures/CloneCommand.h"
 
+#include "iefeatures/CheckReport.h"
 #include "iefeatures/ExitCode.h"
 #include "iefeatures/ExportSummary.h"
-#include "iefeatures/InParallel.h"
+#include "iefeatures/FeaturesFileInput.h"
 #include "iefeatures/Interrupt.h"
 #include "iefeatures/Text.h"
 
@@ -19,12 +20,13 @@ namespace companion
 namespace
 {
 
-void tellPlans(Console& console, const std::vector<Camera>& targets, const QString& file)
+// On the message stream: what it looks like is the person's to judge, the results come later.
+void tellPlan(Console& console, const std::vector<Camera>& targets, const QString& file)
 {
-    std::vector<Verification> plans(targets.size());
-    inParallel(targets.size(), [&](size_t i) { plans[i] = verify(targets[i], file, {}); });
-    for (const Verification& plan : plans)
-        console.err(planText(plan));
+    const FeaturesFileInput input = readFeaturesFile(file);
+    const auto plan =
+        checkCameras(targets, input.content, CheckMode::Plan, [] { return !Interrupt::isRequested(); });
+    console.err(input.problem.isNull() ? checkText(plan, CheckMode::Plan) : input.problem + '\n');
 }
 
 } // namespace
@@ -83,7 +85,7 @@ int CloneCommand::clone(World& world, const Roles& roles) const
     const QString file = exportSource(world.console, roles.source, folder.path());
     if (file.isEmpty())
         return Interrupt::isRequested() ? ExitInterrupted : ExitJobFailed;
-    tellPlans(world.console, roles.targets, file);
+    tellPlan(world.console, roles.targets, file);
     int code = ExitWell;
     if (!m_isAgreed && !isAgreedTo(world, roles, code))
         return code;

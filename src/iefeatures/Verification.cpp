@@ -198,25 +198,6 @@ QString verificationText(const Verification& verification)
     return text;
 }
 
-QString planText(const Verification& verification)
-{
-    const QString title = verification.camera.title() + ": ";
-    if (!verification.problem.isEmpty())
-        return title + "cannot be looked at: " + verification.problem + '\n';
-    QString lines;
-    int count = 0;
-    for (const Verified& feature : verification.features) {
-        if (isAsExpected(feature))
-            continue;
-        ++count;
-        lines += "  " + titleOf(feature) + ": " +
-                 (feature.found.isEmpty() ? feature.reason
-                                          : printable(feature.found) + " -> " + printable(feature.wanted)) +
-                 '\n';
-    }
-    return title + QString("%1 of %2 differ\n").arg(count).arg(verification.features.size()) + lines;
-}
-
 std::string verificationJson(const Verification& verification)
 {
     nlohmann::ordered_json json = {{"verify", verification.isClean() ? "clean" : "differs"},

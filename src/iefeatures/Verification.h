@@ -59,8 +59,6 @@ Verification verify(const Camera& camera, const QString& featuresFile, const Imp
 // "EMU-1 S1: 3 applied, 40 unchanged, 1 coerced, 2 not applied, 0 absent", and a line for each feature that
 // is not as the file says.
 QString verificationText(const Verification& verification);
-// The same of a camera that is yet to be set: what is not as the file says, "file" against "camera".
-QString planText(const Verification& verification);
 // {"verify":"...","device":1,...}, one line.
 std::string verificationJson(const Verification& verification);
 

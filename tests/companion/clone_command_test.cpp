@@ -91,7 +91,7 @@ TEST_F(Clone, ShowsThePlanAndAsks)
     const Result no = clone({"--from", "S1", "--to", "S2"}, "");
     EXPECT_EQ(no.code, 1);
     EXPECT_EQ(target.counters().writeReg, 0u);
-    EXPECT_THAT(no.err, HasSubstr("  Height: 480 -> 240\n"));
+    EXPECT_THAT(no.err, HasSubstr("  would change: Height: 480 -> 240\n"));
     EXPECT_THAT(no.err, EndsWith("Set 1 camera(s) as EMU-1 S1 is set? [y/N] \nNothing was written.\n"));
 
     const Result yes = clone({"--from", "S1", "--to", "S2"}, "y");
