@@ -422,6 +422,17 @@ KX_Status KX_CC_GetStringValue(KX_HANDLE handle, const char* name, KX_StringValu
                   [&](NodeMap& nodes) { return nodes.getString(name, *value); });
 }
 
+KX_Status KX_CC_GetEnumEntryName(KX_HANDLE handle, const char* name, uint32_t value, char* text,
+                                 uint32_t capacity, uint32_t* length)
+{
+    const bool isGood = length && (text || capacity == 0);
+    return onNode(handle, KX_OP_GET_ENTRY_NAME, name, nullptr, isGood, [&](NodeMap& nodes) -> KX_Status {
+        std::string entry;
+        const KX_Status status = nodes.entryName(name, value, entry);
+        return status == KX_OK ? copyText(entry, text, capacity, length) : status;
+    });
+}
+
 KX_Status KX_CC_SetBoolValue(KX_HANDLE handle, const char* name, bool value)
 {
     return onNode(handle, KX_OP_SET_BOOL, name, &value, true,

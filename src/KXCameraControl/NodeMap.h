@@ -58,6 +58,8 @@ public:
     KX_Status execute(const char* name);
     KX_Status accessMode(const char* name, KX_XML_AccessMode& mode);
     bool isReadOnly() const;
+    // From the description alone.
+    KX_Status entryName(const char* name, uint32_t value, std::string& text);
 
     // The features as texts, for feature files: integers in decimal, floats in the shortest form that reads
     // back, "1" and "0", entry names, strings as they are. Writing takes hexadecimal integers and entries'

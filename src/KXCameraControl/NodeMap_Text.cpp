@@ -31,7 +31,7 @@ std::string shortest(double value)
 }
 
 // Entries stand in the table under their enumeration's name: the same entry name may occur in many.
-std::string entryName(const Node& enumeration, const Node& entry)
+std::string nameOfEntry(const Node& enumeration, const Node& entry)
 {
     const std::string prefix = "EnumEntry_" + enumeration.name + "_";
     return entry.name.rfind(prefix, 0) == 0 ? entry.name.substr(prefix.size()) : entry.name;
@@ -65,7 +65,7 @@ KX_Status NodeMap::getText(const char* name, std::string& text)
             if (node.kind == NodeKind::Enumeration)
                 for (const Node* entry : engine.values.usableEntries(node))
                     if (engine.values.entryValue(*entry) == value.asInteger())
-                        text = entryName(node, *entry);
+                        text = nameOfEntry(node, *entry);
         }
     });
 }
@@ -89,7 +89,7 @@ KX_Status NodeMap::setText(const char* name, const std::string& text)
         } else if (node.kind == NodeKind::Enumeration) {
             for (const Node* entry : engine.values.usableEntries(node)) {
                 const int64_t number = engine.values.entryValue(*entry);
-                if (entryName(node, *entry) == text || std::to_string(number) == text) {
+                if (nameOfEntry(node, *entry) == text || std::to_string(number) == text) {
                     engine.values.write(node, Number::ofInteger(number));
                     return;
                 }
@@ -98,6 +98,21 @@ KX_Status NodeMap::setText(const char* name, const std::string& text)
         } else {
             engine.values.write(node, Number::ofInteger(integerOf(node, text)));
         }
+    });
+}
+
+KX_Status NodeMap::entryName(const char* name, uint32_t value, std::string& text)
+{
+    return guarded([&](Engine& engine) {
+        const Node& node = engine.find(name, isKind<NodeKind::Enumeration>);
+        for (const Property& property : node.properties) {
+            const bool isEntry = property.tag == Tag::Entry && property.target->find(Tag::Value);
+            if (isEntry && static_cast<uint32_t>(engine.values.entryValue(*property.target)) == value) {
+                text = nameOfEntry(node, *property.target);
+                return;
+            }
+        }
+        throw NodeFailure{KX_E_GC_ARGUMENT, node.name + ": " + std::to_string(value) + " is no entry of it."};
     });
 }
 
@@ -148,7 +163,7 @@ KX_Status NodeMap::selectorValues(const char* selector, size_t limit, std::vecto
         const Node& node = engine.findReadable(selector, hasText);
         if (node.kind == NodeKind::Enumeration) {
             for (const Node* entry : engine.values.usableEntries(node))
-                values.push_back(entryName(node, *entry));
+                values.push_back(nameOfEntry(node, *entry));
         } else if (isIntegerKind(node.kind)) {
             const Range range = engine.values.range(node);
             const int64_t first = range.minimum.asInteger(), last = range.maximum.asInteger();

@@ -49,6 +49,7 @@ std::map<std::string, KX_Status> callEverything(KX_HANDLE handle)
             {"ReadMemory", KX_CC_ReadMemory(handle, bytes, 0x100, 4)},
             {"WriteMemory", KX_CC_WriteMemory(handle, bytes, 0x100, 4)},
             {"GetXml", KX_XML_GetGenICamXML(handle, bytes, sizeof bytes, &length)},
+            {"GetEntryName", KX_CC_GetEnumEntryName(handle, "Mode", 10, bytes, sizeof bytes, &length)},
             {"GetAccessMode", KX_XML_GetNodeAccessMode(handle, "Width", &mode)},
             {"FeatureSave", KX_CC_FeatureSave(handle, "file")},
             {"FeatureLoad", KX_CC_FeatureLoad(handle, "file")}};

@@ -2,6 +2,7 @@
 #include "camera/EveryNodeKind.h"
 
 #include <cfloat>
+#include <cstring>
 #include <limits>
 
 namespace
@@ -211,6 +212,43 @@ TEST_F(NodeValues, enumerationsListTheirUsableEntriesInOrder)
     ASSERT_EQ(KX_CC_GetEnumValue(camera.handle, "Mode", &value), KX_OK);
     supported.assign(value.supported, value.supported + value.supportedCount);
     EXPECT_EQ(supported, (std::vector<uint32_t>{30, 10, 22, 0xFFFFFFFF}));
+}
+
+TEST_F(NodeValues, entriesHaveNamesWhetherTheyAreUsableOrNot)
+{
+    const auto nameOf = [&](uint32_t value) -> std::string {
+        char text[16] = {};
+        uint32_t length = 0;
+        const KX_Status status =
+            KX_CC_GetEnumEntryName(camera.handle, "Mode", value, text, sizeof text, &length);
+        EXPECT_EQ(length, std::strlen(text));
+        return status == KX_OK ? text : "status " + std::to_string(status - KX_E_GC_GENERIC);
+    };
+    EXPECT_EQ(nameOf(30), "Slow");
+    EXPECT_EQ(nameOf(20), "Missing");
+    EXPECT_EQ(nameOf(23), "Lost");
+    EXPECT_EQ(nameOf(0xFFFFFFFF), "Negative");
+    EXPECT_EQ(nameOf(31), "status 1");
+    EXPECT_TRUE(takeRequests().empty());
+}
+
+TEST_F(NodeValues, namesOfEntriesNeedRoomAndAnEnumeration)
+{
+    char text[5] = {'?'};
+    uint32_t length = 0;
+    const auto ask = [&](const char* name, char* into, uint32_t capacity, uint32_t* size) {
+        return KX_CC_GetEnumEntryName(camera.handle, name, 30, into, capacity, size);
+    };
+    EXPECT_EQ(ask("Mode", text, 4, &length), KX_E_BUFFER_TOO_SMALL);
+    EXPECT_EQ(length, 4u);
+    EXPECT_EQ(text[0], '?');
+    EXPECT_EQ(ask("Mode", nullptr, 0, &length), KX_E_BUFFER_TOO_SMALL);
+    EXPECT_EQ(ask("Mode", text, 5, &length), KX_OK);
+    EXPECT_STREQ(text, "Slow");
+    EXPECT_EQ(ask("Mode", nullptr, 5, &length), KX_E_PARAMETER);
+    EXPECT_EQ(ask("Mode", text, 5, nullptr), KX_E_PARAMETER);
+    EXPECT_EQ(ask("Width", text, 5, &length), KX_E_GC_LOGICAL);
+    EXPECT_EQ(ask("Nobody", text, 5, &length), KX_E_GC_PROPERTY);
 }
 
 TEST_F(NodeValues, textsEndAtTheirFirstZeroAndAreCutTo255Bytes)

@@ -200,6 +200,14 @@ KX_API KX_Status KX_CC_GetEnumValue(KX_HANDLE handle, const char* name, KX_EnumV
         .get(&ScriptedNode::enumeration, value);
 }
 
+// The script knows no names of entries.
+KX_API KX_Status KX_CC_GetEnumEntryName(KX_HANDLE handle, const char* name, uint32_t value, char*, uint32_t,
+                                        uint32_t*)
+{
+    return ScriptedCall("GetEnumEntryName", handle, name, {value}, KX_OP_GET_ENTRY_NAME)
+        .run([](ScriptedHandle&, ScriptedDevice&) -> KX_Status { return KX_E_GC_ARGUMENT; });
+}
+
 KX_API KX_Status KX_CC_GetFloatValue(KX_HANDLE handle, const char* name, KX_FloatValue* value)
 {
     return ScriptedCall("GetFloatValue", handle, name, {}, KX_OP_GET_FLOAT).get(&ScriptedNode::real, value);

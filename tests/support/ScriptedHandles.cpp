@@ -53,7 +53,7 @@ bool isOperation(const QByteArray& operation)
         "DestroyHandle", "SetTimeout",         "GetBoolValue",   "GetEnumValue", "GetFloatValue",
         "GetIntValueEx", "GetStringValue",     "SetBoolValue",   "SetEnumValue", "SetFloatValue",
         "SetIntValueEx", "SetStringValue",     "ExecuteCommand", "ReadMemory",   "WriteMemory",
-        "GetGenICamXML", "GetNodeAccessMode",  "FeatureSave",    "FeatureLoad"};
+        "GetGenICamXML", "GetNodeAccessMode",  "FeatureSave",    "FeatureLoad",  "GetEnumEntryName"};
     return operations.contains(operation);
 }
 

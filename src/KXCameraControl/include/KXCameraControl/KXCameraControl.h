@@ -224,6 +224,7 @@ typedef enum KX_Operation
     KX_OP_WRITE_MEMORY = 31,
     KX_OP_GET_DESCRIPTION = 40,
     KX_OP_GET_ACCESS_MODE = 41,
+    KX_OP_GET_ENTRY_NAME = 42,
     KX_OP_FEATURE_SAVE = 50,
     KX_OP_FEATURE_LOAD = 51
 } KX_Operation;
@@ -300,6 +301,15 @@ KX_API KX_Status KX_CC_GetEnumValue(KX_HANDLE handle, const char* name, KX_EnumV
 KX_API KX_Status KX_CC_GetFloatValue(KX_HANDLE handle, const char* name, KX_FloatValue* value);
 KX_API KX_Status KX_CC_GetIntValueEx(KX_HANDLE handle, const char* name, KX_IntegerValue* value);
 KX_API KX_Status KX_CC_GetStringValue(KX_HANDLE handle, const char* name, KX_StringValue* value);
+
+/* The symbolic name of the entry of the enumeration `name` whose number is `value`, from the description alone:
+ * nothing is sent, and entries that are not available now are named too. Of several entries of one number the first
+ * counts. UTF-8, written zero-terminated; `*length` is the length without the zero, also when `capacity` is too small
+ * (KX_E_BUFFER_TOO_SMALL). KX_E_HANDLE, KX_E_PARAMETER (null or empty name, null `length`, null `text` with capacity
+ * > 0), KX_E_GC_PROPERTY (no such node), KX_E_GC_LOGICAL (no enumeration), KX_E_GC_ARGUMENT (no such entry),
+ * KX_E_CONNECTION_LOST, KX_E_ABORTED. */
+KX_API KX_Status KX_CC_GetEnumEntryName(KX_HANDLE handle, const char* name, uint32_t value, char* text,
+                                        uint32_t capacity, uint32_t* length);
 
 /* The setters check before they send: KX_E_GC_ACCESS (not writable now, or opened for monitoring), KX_E_GC_RANGE,
  * KX_E_GC_ARGUMENT (increment, unknown entry, text too long); otherwise as the getters. A float written to an
