@@ -44,6 +44,7 @@ public:
 protected:
     // The cameras on the line; tells the user what went wrong and gives false when nobody could be asked.
     static bool findCameras(World& world, std::vector<Camera>& cameras);
+    static void tellSearchFailure(Console& console, KX_Status status);
 };
 
 } // namespace companion

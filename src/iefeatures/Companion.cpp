@@ -2,11 +2,13 @@
 
 #include "iefeatures/CheckCommand.h"
 #include "iefeatures/CloneCommand.h"
+#include "iefeatures/DiffCommand.h"
 #include "iefeatures/ExitCode.h"
 #include "iefeatures/ExportCommand.h"
 #include "iefeatures/ImportCommand.h"
 #include "iefeatures/ListCommand.h"
 #include "iefeatures/RollbackCommand.h"
+#include "iefeatures/ShowCommand.h"
 
 #include <SuiteTools/SuiteTools.h>
 
@@ -28,6 +30,8 @@ Commands allCommands()
     commands.push_back(std::make_unique<ListCommand>());
     commands.push_back(std::make_unique<ExportCommand>());
     commands.push_back(std::make_unique<ImportCommand>());
+    commands.push_back(std::make_unique<ShowCommand>());
+    commands.push_back(std::make_unique<DiffCommand>());
     commands.push_back(std::make_unique<PlanCommand>());
     commands.push_back(std::make_unique<VerifyCommand>());
     commands.push_back(std::make_unique<RollbackCommand>());

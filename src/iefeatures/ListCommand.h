@@ -15,7 +15,13 @@ public:
     int execute(World& world) override;
 
 private:
+    // Until somebody ends it.
+    int watch(World& world) const;
+    void pause() const;
+
     bool m_json = false;
+    bool m_isWatch = false;
+    double m_interval = 1; // seconds between two looks
 };
 
 } // namespace companion

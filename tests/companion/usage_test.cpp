@@ -1,5 +1,6 @@
 #include "companion/CompanionFixture.h"
 #include "iefeatures/ExitCode.h"
+#include "iefeatures/NamePatterns.h"
 
 #include <SuiteTools/SuiteTools.h>
 
@@ -67,17 +68,19 @@ TEST(Usage, HelpsWithOneCommand)
 
 TEST(Usage, HasATableOfExitCodes)
 {
-    EXPECT_EQ(companion::exitCodeTable(),
-              "Exit codes:\n"
-              "  0    all went well\n"
-              "  1    a job failed; the others went on; or a clone that was asked about was refused\n"
-              "  2    wrong usage, or two chosen cameras that would write one file; nothing was done\n"
-              "  3    no such camera; nothing was done\n"
-              "  4    a camera did not take all of the file\n"
-              "  5    the file belongs to another model, firmware, board type or version, or the snapshot to "
-              "another camera\n"
-              "  6    input or output failed (network, file to import, log file, standard output)\n"
-              "  130  interrupted\n");
+    EXPECT_EQ(
+        companion::exitCodeTable(),
+        "Exit codes:\n"
+        "  0    all went well\n"
+        "  1    a job failed; the others went on; or a clone that was asked about was refused; or what was "
+        "compared differs\n"
+        "  2    wrong usage, or two chosen cameras that would write one file; nothing was done\n"
+        "  3    no such camera; nothing was done\n"
+        "  4    a camera did not take all of the file\n"
+        "  5    the file belongs to another model, firmware, board type or version, or the snapshot to "
+        "another camera; or it is no features file\n"
+        "  6    input or output failed (network, file to import, log file, standard output)\n"
+        "  130  interrupted\n");
 }
 
 class WrongUsage : public ::testing::TestWithParam<std::pair<Arguments, const char*>>
@@ -118,6 +121,12 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair(Arguments{"rollback", "folder"}, "--serial is required\n"),
         std::pair(Arguments{"clone", "--to", "1"}, "--from is required\n"),
         std::pair(Arguments{"clone", "--from", "1"}, "--to is required\n"),
+        std::pair(Arguments{"diff", "a.fpk"}, "B is required\n"),
+        std::pair(Arguments{"diff", "", "b.fpk"}, "A: Name a file or a camera.\n"),
+        std::pair(Arguments{"show"}, "FILE is required\n"),
+        std::pair(Arguments{"show", ""}, "FILE: Name a file.\n"),
+        std::pair(Arguments{"list", "--interval", "2"}, "--interval requires --watch\n"),
+        std::pair(Arguments{"list", "--watch", "--interval", "-1"}, "--interval: Value -1 not in range"),
         std::pair(Arguments{"import", "a.fpk"}, "At least 1 option from"),
         std::pair(Arguments{"import", "a.fpk", "b.fpk", "--all"},
                   "The following argument was not expected: b.fpk\n"),
@@ -127,7 +136,8 @@ TEST(ManPage, NamesEveryOption)
 {
     const QString page = manPage();
     QString help;
-    for (const char* command : {"export", "import", "list", "plan", "verify", "rollback", "clone"})
+    for (const char* command :
+         {"export", "import", "list", "plan", "verify", "rollback", "clone", "diff", "show"})
         help += QString::fromStdString(runWithoutCameras({command, "--help"}).out);
     auto options = QRegularExpression("--[a-z-]+").globalMatch(help);
     int seen = 0;
@@ -136,6 +146,12 @@ TEST(ManPage, NamesEveryOption)
         EXPECT_TRUE(page.contains(option)) << option.toStdString();
     }
     EXPECT_GT(seen, 10);
+}
+
+TEST(ManPage, ListsWhatComparisonsLeaveOut)
+{
+    const QString page = manPage().simplified();
+    EXPECT_TRUE(page.contains(" " + companion::NamePatterns::changingByThemselves().join(", ") + "."));
 }
 
 TEST(ManPage, HasTheSameExitCodes)

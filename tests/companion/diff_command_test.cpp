@@ -1,0 +1,325 @@
+// iefeatures diff: files in golden texts, emulated cameras in what they have differently.
+#include "companion/ImportCompanion.h"
+#include "iefeatures/NamePatterns.h"
+
+#include <nlohmann/json.hpp>
+
+#include <QDir>
+
+#include <csignal>
+#include <thread>
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+using tests::Arguments;
+using tests::entries;
+using tests::gigeEntry;
+using tests::Program;
+using tests::Result;
+using tests::runInProcess;
+
+namespace
+{
+
+constexpr uint32_t kGainOfAll = 77824;   // register of the gain, the first of three
+constexpr uint32_t kTemperature = 65612; // "BoardTemperatureReg"
+
+std::string data(const std::string& name)
+{
+    return std::string(IE_TEST_DATA) + "/compare/" + name;
+}
+
+std::string golden(const std::string& name)
+{
+    QFile file(QString::fromStdString(data(name)));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
+    return file.readAll().toStdString();
+}
+
+Result diffOfFiles(const Arguments& more = {})
+{
+    Arguments arguments{"diff", data("a.fpk"), data("b.fpk")};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    Result run = runInProcess(arguments, entries({}));
+    run.out = QString::fromStdString(run.out).remove(IE_TEST_DATA "/compare/").toStdString();
+    return run;
+}
+
+class DiffOfCameras : public tests::ImportCompanion
+{
+protected:
+    Result diff(const std::string& a, const std::string& b, const Arguments& more = {})
+    {
+        Arguments arguments{"diff", a, b};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runInProcess(arguments);
+    }
+
+    // The lines of the table and the counts.
+    static std::string table(const Result& run)
+    {
+        const size_t end = run.out.find('\n', run.out.find("\nB: ") + 1);
+        return run.out.substr(end + 1);
+    }
+};
+
+} // namespace
+
+TEST(DiffOfFiles, TellsEachFeatureAndRegisterThatDiffers)
+{
+    const Result run = diffOfFiles();
+    EXPECT_EQ(run.out, golden("diff.txt"));
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.code, 1);
+}
+
+TEST(DiffOfFiles, IsTheSameForScripts)
+{
+    const Result run = diffOfFiles({"--json"});
+    EXPECT_EQ(run.out, golden("diff.json"));
+    EXPECT_EQ(run.code, 1);
+}
+
+TEST(DiffOfFiles, ComparesWhatChangesByItselfWhenAsked)
+{
+    EXPECT_THAT(diffOfFiles().out, EndsWith("; 1 more left out: SensorTemperature\n"));
+    const Result run = diffOfFiles({"--all"});
+    EXPECT_THAT(run.out, HasSubstr("\ndiffers    SensorTemperature                 41.500000  "));
+    EXPECT_THAT(run.out, EndsWith(" only in B\n"));
+}
+
+TEST(DiffOfFiles, LeavesOutWhatIsToBeIgnored)
+{
+    const Result some = diffOfFiles({"--ignore", "Gain", "Ki*", "BoardDeviceType"});
+    EXPECT_EQ(some.code, 1);
+    EXPECT_THAT(some.out, Not(HasSubstr("Gain ")));
+    EXPECT_THAT(some.out, Not(HasSubstr("Kind ")));
+    EXPECT_THAT(some.out, HasSubstr("Width")); // "Gain" is not "*Gain*"
+    EXPECT_THAT(some.out, EndsWith("; 4 more left out: BoardDeviceType, SensorTemperature, Kind, Gain\n"));
+
+    const Result all = diffOfFiles({"--ignore", "*", "--json"});
+    EXPECT_EQ(all.code, 0);
+    const auto json = nlohmann::json::parse(all.out);
+    EXPECT_EQ(json["equal"], true);
+    EXPECT_EQ(json["features"], nlohmann::json::array());
+    EXPECT_EQ(json["header"], nlohmann::json::array());
+    EXPECT_EQ(json["leftOut"].size(), 14u);
+}
+
+TEST(DiffOfFiles, SaysThatNothingDiffers)
+{
+    const Result run = runInProcess({"diff", data("a.fpk"), data("a.fpk"), "--all"}, entries({}));
+    EXPECT_EQ(run.code, 0);
+    EXPECT_THAT(run.out, EndsWith("/a.fpk\n0 different, 0 only in A, 0 only in B\n"));
+    EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 3);
+}
+
+// Imports do so: what comes later is written over what came before.
+class DiffOfOddFiles : public tests::ImportCompanion
+{
+protected:
+    std::string file(const std::string& name, const QByteArray& features)
+    {
+        write(name, "<FeaturesFile version=\"1.0.0\"><Features>" + features + "</Features></FeaturesFile>");
+        return path(name);
+    }
+    Result diff(const QByteArray& a, const QByteArray& b)
+    {
+        return runInProcess({"diff", file("a", a), file("b", b)}, entries({}));
+    }
+};
+
+TEST_F(DiffOfOddFiles, TakeTheLastOfSeveralValues)
+{
+    const QByteArray three = feature("X", "Integer", "3");
+    EXPECT_EQ(diff(feature("X", "Integer", "5") + three, three).code, 0);
+    EXPECT_EQ(diff(three + feature("X", "Integer", "5"), three).code, 1);
+}
+
+TEST_F(DiffOfOddFiles, AreComparedAsTextsAsImportsDo)
+{
+    EXPECT_EQ(diff(feature("X", "Integer", "5"), feature("X", "Integer", "05")).code, 1);
+}
+
+TEST_F(DiffOfOddFiles, SendNothingToTheTerminalThatItActsOn)
+{
+    const Result run = diff(feature("X\xC2\x9B", "Integer", "\xC2\x9B"), "<ComplexFeature name='\xC2\x9BY' "
+                                                                         "len='4' reg='R\xC2\x9B'/>");
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(run.out.find("\xC2\x9B"), std::string::npos);
+    EXPECT_THAT(run.out, HasSubstr("\nonly in B  \xEF\xBF\xBDY "));
+}
+
+TEST_F(DiffOfOddFiles, MustBeFeaturesFiles)
+{
+    const auto with = [&](const std::string& other) {
+        return runInProcess({"diff", data("a.fpk"), other}, entries({}));
+    };
+    const Result missing = with(path("missing"));
+    EXPECT_EQ(missing.code, 6);
+    EXPECT_EQ(missing.err, "The file cannot be read: " + path("missing") + "\n");
+    EXPECT_EQ(missing.out, "");
+    EXPECT_EQ(with(folder()).code, 6);
+    write("text", "Width 5");
+    EXPECT_EQ(with(path("text")).code, 6);
+
+    write("other", "<FeaturesFile version=\"1\"><Feature/></FeaturesFile>");
+    const Result other = with(path("other"));
+    EXPECT_EQ(other.code, 5);
+    EXPECT_EQ(other.err, path("other") + " is no features file: it has no features.\n");
+    write("other", "<FeaturesFile><Features/></FeaturesFile>");
+    EXPECT_EQ(with(path("other")).code, 5);
+    EXPECT_EQ(with(path("other")).err, path("other") + " is no features file: it has no version.\n");
+}
+
+TEST(NamePatterns, MatchWholeNames)
+{
+    const companion::NamePatterns patterns({"Gain", "*Value", "A*C"});
+    for (const char* name : {"Gain", "Value", "LUTValue", "AC", "ABBC"})
+        EXPECT_TRUE(patterns.match(name)) << name;
+    for (const char* name : {"Gains", "AGain", "gain", "Values", "ACE", ""})
+        EXPECT_FALSE(patterns.match(name)) << name;
+    EXPECT_FALSE(companion::NamePatterns({}).match(""));
+    EXPECT_FALSE(companion::NamePatterns({"G.in"}).match("Gain"));
+    EXPECT_TRUE(companion::NamePatterns({"G.i("}).match("G.i("));
+}
+
+TEST(NamePatterns, KnowWhatChangesByItselfAndWhatIsASetting)
+{
+    const companion::NamePatterns changing(companion::NamePatterns::changingByThemselves());
+    for (const char* name :
+         {"DeviceTemperature", "BoardTemperature", "Timestamp", "GevTimestampValue", "GevTimestampValueHigh",
+          "TimestampLatchValue", "EventExposureEndTimestamp", "CounterValue", "CounterValueAtReset",
+          "CounterStatus", "TimerValue", "LineStatusAll", "LinkErrorCount", "LinkUptime"})
+        EXPECT_TRUE(changing.match(name)) << name;
+    for (const char* name : {"DeviceTemperatureSelector", "TemperatureThreshold", "AcquisitionFrameCount",
+                             "CounterDuration", "CounterSelector", "GevTimestampTickFrequency",
+                             "TimerDuration", "LineStatusSource", "GevStreamChannelCount"})
+        EXPECT_FALSE(changing.match(name)) << name;
+}
+
+TEST_F(DiffOfCameras, ComparesACameraWithItsFile)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    const Result same = diff(path(file), "serial:S1");
+    EXPECT_EQ(same.code, 0) << same.out;
+    EXPECT_EQ(same.out, "A: " + path(file) + "\nB: camera EMU-1 S1\n0 different, 0 only in A, 0 only in B\n");
+
+    ASSERT_EQ(camera.setNode("Width", int64_t(16)), "");
+    ASSERT_EQ(camera.setNode("PixelFormat", std::string("Mono12")), "");
+    camera.pokeWord(kGainOfAll, 7);
+    camera.pokeWord(kTemperature, 99);
+    const uint64_t settings = camera.counters().settingWrites;
+    const Result run = diff(path(file), "serial:S1");
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(table(run), golden("diff_camera.txt"));
+    EXPECT_EQ(camera.counters().settingWrites, settings);
+    EXPECT_EQ(controlOf(camera), 0u);
+    EXPECT_EQ(filesInFolder(), QStringList{QString::fromStdString(file)});
+}
+
+TEST_F(DiffOfCameras, NamesEntriesOfFilesByTheCameraOnTheOtherSide)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("PixelFormat", std::string("Mono12")), "");
+    const auto json = nlohmann::json::parse(diff("serial:S1", path(file), {"--json"}).out);
+    ASSERT_EQ(json["features"].size(), 1u);
+    EXPECT_EQ(json["features"][0]["entryA"], "Mono12");
+    EXPECT_EQ(json["features"][0]["entryB"], "Mono8");
+    EXPECT_EQ(json["a"], "camera EMU-1 S1");
+}
+
+TEST_F(DiffOfCameras, LeavesOutWhatCannotBeWrittenNow)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("Width", int64_t(16)), "");
+    ASSERT_EQ(camera.setNode("TLParamsLocked", int64_t(1)), ""); // Width is read-only meanwhile
+    const Result run = diff(path(file), "serial:S1");
+    EXPECT_THAT(run.out, HasSubstr("more left out: "));
+    EXPECT_THAT(run.out, Not(HasSubstr("differs  Width")));
+    const Result all = diff(path(file), "serial:S1", {"--all"});
+    EXPECT_EQ(all.code, 1);
+    EXPECT_THAT(all.out, HasSubstr("\ndiffers  Width  "));
+}
+
+TEST_F(DiffOfCameras, ComparesTwoAtOnceByNameAndAddress)
+{
+    emu::Camera& first = addCamera("S1", [](emu::CameraConfig& config) { config.userName = "Gate 3"; });
+    const emu::Camera& second = addCamera("S2", [](emu::CameraConfig& config) { config.model = "EMU-2"; });
+    ASSERT_EQ(first.setNode("Width", int64_t(16)), "");
+    const Result run = diff("name:Gate 3", "address:" + second.config().address);
+    EXPECT_EQ(run.code, 1) << run.err;
+    EXPECT_THAT(run.out, StartsWith("A: camera EMU-1 S1\nB: camera EMU-2 S2\n"));
+    EXPECT_THAT(run.out, HasSubstr("\ndiffers  DeviceModelName  EMU-1  EMU-2\n"
+                                   "differs  Width            16     640\n"));
+}
+
+TEST_F(DiffOfCameras, NeedsOneCameraForASide)
+{
+    addCamera("S1", [](emu::CameraConfig& config) { config.userName = "Gate"; });
+    addCamera("S2", [](emu::CameraConfig& config) { config.userName = "Gate"; });
+    const std::string file = exported("S1");
+    const Result none = diff(path(file), "serial:S9");
+    EXPECT_EQ(none.code, 3);
+    EXPECT_EQ(none.err, "No camera has the serial number \"S9\".\n");
+    EXPECT_EQ(none.out, "");
+    const Result several = diff("name:Gate", path(file));
+    EXPECT_EQ(several.code, 2);
+    EXPECT_EQ(several.err, "More than one camera has the user name \"Gate\".\n");
+    const Result same = diff("serial:S1", "serial:S1");
+    EXPECT_EQ(same.code, 2);
+    EXPECT_EQ(same.err, "A and B are one camera: EMU-1 S1\n");
+}
+
+TEST_F(DiffOfCameras, FailsWhenACameraCannotBeExported)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    camera.stealControl();
+    const Result run = diff(path(file), "serial:S1");
+    EXPECT_EQ(run.code, 6);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, EndsWith("EMU-1 S1: could not be exported.\n"));
+}
+
+TEST_F(DiffOfCameras, AsksNoCameraWhenTheFileIsNoGood)
+{
+    const emu::Camera& camera = addCamera("S1");
+    const Result run = diff("serial:S1", path("missing"));
+    EXPECT_EQ(run.code, 6);
+    EXPECT_EQ(camera.counters().writeReg, 0u);
+}
+
+TEST_F(DiffOfCameras, EndsOnCtrlC)
+{
+    const emu::Camera& camera =
+        addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
+    std::thread person([&] {
+        awaitRequests(camera, 100);
+        std::raise(SIGINT);
+    });
+    const Result run = diff("serial:S1", data("a.fpk"));
+    person.join();
+    EXPECT_EQ(run.code, 130);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(controlOf(camera), 0u);
+}
+
+TEST_F(DiffOfCameras, WorksAsAProgram)
+{
+    emu::Camera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    camera.pokeWord(kGainOfAll, 7);
+    Program program({"diff", path(file), "serial:S1", "--json"});
+    program.start();
+    const Result run = program.finish();
+    EXPECT_EQ(run.code, 1) << run.err;
+    const auto json = nlohmann::json::parse(run.out);
+    EXPECT_EQ(json["equal"], false);
+    EXPECT_EQ(json["features"][0]["registers"][0]["address"], kGainOfAll);
+}
