@@ -2,6 +2,7 @@
 
 #include "iefeatures/DiffReport.h"
 #include "iefeatures/ExitCode.h"
+#include "iefeatures/Interrupt.h"
 #include "iefeatures/JobRun.h"
 #include "iefeatures/LiveDescription.h"
 #include "iefeatures/NamePatterns.h"
@@ -110,6 +111,8 @@ int DiffCommand::compare(Console& console, std::vector<FeatureSource>& sources) 
                     return code;
     }
     const FeatureComparison comparison = comparisonOf(console, sources);
+    if (Interrupt::isRequested())
+        return ExitInterrupted;
     if (m_json)
         console.out(diffJson(comparison, sources[0].title, sources[1].title));
     else

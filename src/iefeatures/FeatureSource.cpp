@@ -112,8 +112,10 @@ int exportSources(Console& console, std::vector<FeatureSource>& sources, const Q
     for (FeatureSource& source : sources)
         if (source.camera)
             isGood = takeExport(console, *record++, source) && isGood;
-    if (Interrupt::isRequested())
+    if (Interrupt::isRequested()) {
+        console.err(std::string("Interrupted.\n"));
         return ExitInterrupted;
+    }
     return isGood ? ExitWell : ExitInputOutput;
 }
 
@@ -121,7 +123,10 @@ int readSource(Console& console, FeatureSource& source)
 {
     const FeaturesFileInput input = readFeaturesFile(source.path);
     if (!input.problem.isNull()) {
-        console.err(printable(input.problem) + '\n');
+        // Exports write text values as they are, also those with a "<" in them.
+        console.err((source.camera ? source.title + ": its export cannot be read as a features file."
+                                   : printable(input.problem)) +
+                    '\n');
         return ExitInputOutput;
     }
     source.content = input.content;

@@ -7,6 +7,7 @@
 #include <QDir>
 
 #include <csignal>
+#include <iostream>
 #include <thread>
 
 using ::testing::EndsWith;
@@ -259,6 +260,24 @@ TEST_F(DiffOfCameras, ComparesTwoAtOnceByNameAndAddress)
                                    "differs  Width            16     640\n"));
 }
 
+TEST_F(DiffOfCameras, KeepsTheExportsOfCamerasApartThatAreAlike)
+{
+    emu::Camera& first = addCamera("S1");
+    const emu::Camera& second = addCamera("S1");
+    ASSERT_EQ(first.setNode("Width", int64_t(16)), "");
+    const Result run = diff("address:" + first.config().address, "address:" + second.config().address);
+    EXPECT_THAT(table(run), HasSubstr("\ndiffers  Width    16  640\n1 different"));
+}
+
+TEST_F(DiffOfCameras, SaysWhoseExportIsNoXml)
+{
+    addCamera("S1", [](emu::CameraConfig& config) { config.model = "E<1"; });
+    const Result run = diff(data("a.fpk"), "serial:S1");
+    EXPECT_EQ(run.code, 6);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, EndsWith("camera E<1 S1: its export cannot be read as a features file.\n"));
+}
+
 TEST_F(DiffOfCameras, NeedsOneCameraForASide)
 {
     addCamera("S1", [](emu::CameraConfig& config) { config.userName = "Gate"; });
@@ -307,7 +326,32 @@ TEST_F(DiffOfCameras, EndsOnCtrlC)
     person.join();
     EXPECT_EQ(run.code, 130);
     EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, EndsWith("Interrupted.\n"));
     EXPECT_EQ(controlOf(camera), 0u);
+}
+
+TEST_F(DiffOfCameras, FindsNothingBetweenAnExportAndTheCameraOfARealDescription)
+{
+    const QDir descriptions(qEnvironmentVariable("KX_DESCRIPTIONS"));
+    const QStringList names = qEnvironmentVariableIsSet("KX_DESCRIPTIONS")
+                                  ? descriptions.entryList({"*.xml"}, QDir::Files, QDir::Name)
+                                  : QStringList();
+    if (names.isEmpty())
+        std::cout << "SKIPPED: KX_DESCRIPTIONS names no folder with descriptions.\n";
+    int compared = 0;
+    for (const QString& name : names) {
+        const emu::Camera& camera = addCamera("R" + name.left(12).toStdString(), [&](auto& config) {
+            config.descriptionFile = descriptions.filePath(name).toStdString();
+        });
+        const std::string address = camera.config().address;
+        if (runInProcess({"export", "--address", address, "--to", folder()}).code != 0)
+            continue; // has no firmware version, without which there is no file
+        const std::string file = "EMU-1_" + camera.config().serial + ".fpk";
+        const Result run = diff(path(file), "address:" + address, {"--all"});
+        EXPECT_EQ(run.code, 0) << name.toStdString() << '\n' << run.out << run.err;
+        ++compared;
+    }
+    EXPECT_EQ(compared > 0, !names.isEmpty());
 }
 
 TEST_F(DiffOfCameras, WorksAsAProgram)

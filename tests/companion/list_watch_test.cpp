@@ -144,6 +144,16 @@ TEST_F(WatchProgram, FollowsACameraUntilCtrlC)
     EXPECT_EQ(run.err, "");
 }
 
+TEST_F(WatchProgram, EndsOnCtrlCAlsoBetweenTwoLooks)
+{
+    addCamera("S1");
+    Program program({"list", "--watch", "--interval", "3600"});
+    program.start();
+    ASSERT_TRUE(program.process().waitForReadyRead(20000));
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.finish().code, 0);
+}
+
 TEST_F(WatchProgram, EndsWhenNobodyReadsItsLines)
 {
     addCamera("S1");
