@@ -117,7 +117,8 @@ int DiffCommand::compare(Console& console, std::vector<FeatureSource>& sources) 
         console.out(diffJson(comparison, sources[0].title, sources[1].title));
     else
         console.out(diffText(comparison, sources[0].title, sources[1].title));
-    return comparison.isEqual() ? ExitWell : ExitJobFailed;
+    // "Different" is no answer when the differences were lost: a good end is checked for that.
+    return comparison.isEqual() || !console.isOutGood() ? ExitWell : ExitJobFailed;
 }
 
 FeatureComparison DiffCommand::comparisonOf(Console& console, const std::vector<FeatureSource>& sources) const

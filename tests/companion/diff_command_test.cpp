@@ -354,6 +354,15 @@ TEST_F(DiffOfCameras, FindsNothingBetweenAnExportAndTheCameraOfARealDescription)
     EXPECT_EQ(compared > 0, !names.isEmpty());
 }
 
+TEST(DiffOfFiles, IsNoAnswerWhenTheDifferencesAreLost)
+{
+    Program program({"diff", data("a.fpk"), data("b.fpk")}, "exec >/dev/full;");
+    program.start();
+    const Result run = program.finish();
+    EXPECT_EQ(run.code, 6);
+    EXPECT_EQ(run.err, "The standard output cannot be written.\n");
+}
+
 TEST_F(DiffOfCameras, WorksAsAProgram)
 {
     emu::Camera& camera = addCamera("S1");
