@@ -10,6 +10,8 @@
 #include <QPainter>
 
 #include <cstring>
+#include <optional>
+#include <utility>
 
 namespace
 {
@@ -101,6 +103,7 @@ public:
     unsigned int m_types = 0;
 
 private:
+    void apply(const QVector<KX_DeviceEntry>& entries);
     void add(int id, const KX_DeviceEntry& entry);
     void update(Camera& camera, const KX_DeviceEntry& entry);
     void remove(int id);
@@ -109,9 +112,25 @@ private:
     QTreeWidgetItem* group(QTreeWidgetItem* parent, int type, const QString& key);
     QString transportText(unsigned int transport) const;
     void removeEmptyGroups(QTreeWidgetItem* item);
+
+    bool m_isApplying = false;
+    std::optional<QVector<KX_DeviceEntry>> m_next;
 };
 
+// Who is told of a camera may open a modal dialog, and the next scan comes while that is open: the newest one
+// waits until the items of this one are done.
 void VELADeviceTree::Private::takeScan(const QVector<KX_DeviceEntry>& entries)
+{
+    m_next = entries;
+    if (m_isApplying)
+        return;
+    m_isApplying = true;
+    while (m_next)
+        apply(*std::exchange(m_next, std::nullopt));
+    m_isApplying = false;
+}
+
+void VELADeviceTree::Private::apply(const QVector<KX_DeviceEntry>& entries)
 {
     QHash<QString, int> occurrences;
     QSet<int> seen;

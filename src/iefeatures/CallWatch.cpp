@@ -31,12 +31,13 @@ QString lastErrorText()
 } // namespace
 
 CallWatch::CallWatch(const std::vector<Camera>& cameras, std::function<bool()> refuse, Refusal refusal,
-                     Blocks blocks)
-    : m_refuse(std::move(refuse)), m_refusal(refusal), m_blocks(std::move(blocks))
+                     Blocks blocks, const QStringList& features)
+    : m_refuse(std::move(refuse)), m_refusal(refusal), m_blocks(std::move(blocks)),
+      m_features(features.begin(), features.end())
 {
     for (const Camera& camera : cameras)
         m_entries.push_back(
-            {camera.device.nDeviceID, camera.device.stDeviceInfo, {}, {}, KX_OK, {}, {}, KX_OK, {}});
+            {camera.device.nDeviceID, camera.device.stDeviceInfo, {}, {}, KX_OK, {}, {}, KX_OK, {}, {}});
     KX_CC_SetCallObserver(nullptr, &CallWatch::observe, this);
 }
 
@@ -117,6 +118,9 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
 {
     Tally& tally = entry.tally;
     tally.reads += isRead(event.operation);
+    if (const QString feature = featureOf(event); m_features.contains(feature))
+        entry.metFeatures.insert(feature);
+    tally.features = entry.metFeatures.size();
     tally.hasLineFailed = tally.hasLineFailed || isLineFailure(event.status);
     if (event.operation == KX_OP_OPEN) {
         entry.openStatus = event.status;

@@ -5,6 +5,9 @@
 #include "iefeatures/Camera.h"
 #include "iefeatures/ChangeLedger.h"
 
+#include <QSet>
+#include <QStringList>
+
 #include <functional>
 #include <map>
 #include <mutex>
@@ -28,8 +31,9 @@ public:
 
     // Watches every handle that is made for one of `cameras` while this lives; one watch at a time, and it
     // must outlive those handles. `refuse` is asked before each call, on the calling thread.
+    // `features`: those that a job is expected to come to, for counting.
     CallWatch(const std::vector<Camera>& cameras, std::function<bool()> refuse,
-              Refusal refusal = Refusal::AtOnce, Blocks blocks = {});
+              Refusal refusal = Refusal::AtOnce, Blocks blocks = {}, const QStringList& features = {});
     ~CallWatch();
     CallWatch(const CallWatch&) = delete;
     CallWatch& operator=(const CallWatch&) = delete;
@@ -38,6 +42,7 @@ public:
     {
         quint64 requests = 0; // sent over the connection, retries included
         quint64 reads = 0;    // of features and memory, that are over
+        int features = 0;     // of the expected ones, that the job has come to
         bool hasLineFailed = false;
         bool wasRefused = false;
         bool wasOpened = false;
@@ -72,6 +77,7 @@ private:
         ChangeLedger changes;
         KX_Status openStatus = KX_OK;
         QString inHand; // the feature of the last call that was not refused
+        QSet<QString> metFeatures;
     };
     bool refuses(const KX_CallEvent& event, Entry& entry) const;
     QString featureOf(const KX_CallEvent& event) const;
@@ -81,6 +87,7 @@ private:
     const std::function<bool()> m_refuse;
     const Refusal m_refusal;
     const Blocks m_blocks;
+    const QSet<QString> m_features;
     mutable std::mutex m_mutex;
     std::vector<Entry> m_entries;
 };

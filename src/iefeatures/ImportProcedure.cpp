@@ -203,7 +203,7 @@ void ImportProcedure::import(unsigned type, const QString& file)
         else
             worker.SetXmlImportJob(device, file);
     };
-    const JobRun run{setUp, m_task.isJson, CallWatch::Refusal::BehindFeature, m_named.blocks};
+    const JobRun run{setUp, m_task.isJson, CallWatch::Refusal::BehindFeature, m_named.blocks, m_named.names};
     std::vector<ImportOutcome> outcomes;
     for (const JobRecord& record : runJobs(m_console, cameras, run))
         outcomes.push_back(examineImport(record));

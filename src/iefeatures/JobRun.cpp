@@ -10,12 +10,12 @@ namespace companion
 
 std::vector<JobRecord> runJobs(Console& console, const std::vector<Camera>& cameras, const JobRun& run)
 {
-    const CallWatch watch(cameras, &Interrupt::isRequested, run.refusal, run.blocks);
+    const CallWatch watch(cameras, &Interrupt::isRequested, run.refusal, run.blocks, run.features);
     std::unique_ptr<JobListener> listener;
     if (run.isJson)
         listener = std::make_unique<SignalPrinter>(console);
     else
-        listener = std::make_unique<Progress>(console, cameras, watch);
+        listener = std::make_unique<Progress>(console, cameras, watch, run.features.size());
 
     JobBatch batch(cameras, run.setUp, *listener);
     std::vector<JobRecord> records;

@@ -25,6 +25,7 @@ struct JobRun
     bool isJson = false; // the jobs' signals as JSON lines instead of progress for people
     CallWatch::Refusal refusal = CallWatch::Refusal::AtOnce; // when interrupted
     CallWatch::Blocks blocks = {};
+    QStringList features = {}; // that the jobs are expected to come to, where that is known beforehand
 };
 
 // In the cameras' order. Blocks until all are over; an interrupt (Interrupt.h) ends them early.

@@ -16,10 +16,18 @@ bool isImport(unsigned type)
     return type == JOB_FEATURE_BAG_IMPORT || type == JOB_FEATURE_XML_IMPORT;
 }
 
+QString timeLeft(qint64 elapsed, int done, int all)
+{
+    const qint64 seconds = (elapsed * (all - done) / done + 999) / 1000; // rounded up
+    if (seconds < 60)
+        return QString("about %1 s left").arg(seconds);
+    return QString("about %1 min left").arg((seconds + 59) / 60);
+}
+
 } // namespace
 
-Progress::Progress(Console& console, const std::vector<Camera>& cameras, const CallWatch& watch)
-    : m_console(console), m_watch(watch)
+Progress::Progress(Console& console, const std::vector<Camera>& cameras, const CallWatch& watch, int features)
+    : m_console(console), m_watch(watch), m_features(features)
 {
     for (const Camera& camera : cameras)
         m_lines.push_back({camera});
@@ -33,7 +41,9 @@ Progress::~Progress()
 void Progress::begin(const Camera& camera, unsigned type)
 {
     m_verb = isImport(type) ? "importing" : "exporting";
-    lineOf(camera).state = State::Running;
+    Line& line = lineOf(camera);
+    line.state = State::Running;
+    line.clock.start();
     if (!m_console.redraws())
         tell(camera, m_verb);
 }
@@ -85,10 +95,8 @@ QString Progress::stateText(const Line& line) const
     switch (line.state) {
     case State::Waiting:
         return "waiting";
-    case State::Running: {
-        const CallWatch::Tally tally = m_watch.tally(line.camera.device.nDeviceID);
-        return QString("%1, %2 reads, %3 requests").arg(m_verb).arg(tally.reads).arg(tally.requests);
-    }
+    case State::Running:
+        return runningText(line);
     case State::Done:
         return "done";
     case State::Incomplete:
@@ -97,6 +105,19 @@ QString Progress::stateText(const Line& line) const
         return "failed";
     }
     return {};
+}
+
+// A job goes over its features once and then over those that have not settled: how long that takes, nobody
+// knows.
+QString Progress::runningText(const Line& line) const
+{
+    const CallWatch::Tally tally = m_watch.tally(line.camera.device.nDeviceID);
+    if (m_features == 0)
+        return QString("%1, %2 reads, %3 requests").arg(m_verb).arg(tally.reads).arg(tally.requests);
+    const QString text = QString("%1, %2 of %3 features").arg(m_verb).arg(tally.features).arg(m_features);
+    if (tally.features == 0 || tally.features >= m_features)
+        return text;
+    return text + ", " + timeLeft(line.clock.elapsed(), tally.features, m_features);
 }
 
 // Never as high as the screen: what has scrolled away cannot be drawn over. Where not all have room, those

@@ -6,13 +6,16 @@
 #include "iefeatures/Console.h"
 #include "iefeatures/JobBatch.h"
 
+#include <QElapsedTimer>
+
 namespace companion
 {
 
 class Progress : public JobListener
 {
 public:
-    Progress(Console& console, const std::vector<Camera>& cameras, const CallWatch& watch);
+    // `features`: how many a job is expected to come to; 0 where nobody knows.
+    Progress(Console& console, const std::vector<Camera>& cameras, const CallWatch& watch, int features = 0);
     ~Progress() override; // takes the drawn lines away
 
     void begin(const Camera& camera, unsigned type) override;
@@ -34,16 +37,19 @@ private:
         Camera camera;
         State state = State::Waiting;
         bool hasFailed = false;
+        QElapsedTimer clock = {}; // since the job's begin
     };
 
     Line& lineOf(const Camera& camera);
     State endOf(const Line& line, unsigned type) const;
     void tell(const Camera& camera, const QString& text);
     QString stateText(const Line& line) const;
+    QString runningText(const Line& line) const;
     QStringList block() const;
 
     Console& m_console;
     const CallWatch& m_watch;
+    const int m_features;
     std::vector<Line> m_lines;
     QString m_verb = "working";
 };

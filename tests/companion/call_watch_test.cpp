@@ -1,4 +1,4 @@
-// Which calls an interrupt still lets through.
+// Which calls an interrupt still lets through, and what is counted of the others.
 #include "companion/CompanionFixture.h"
 #include "iefeatures/CallWatch.h"
 #include "iefeatures/CameraConnection.h"
@@ -22,7 +22,8 @@ protected:
         m_cameras = companion::camerasFrom(entries);
         const CallWatch::Blocks blocks{{kGain, "Gain"}, {kGain + 4, "Gain"}};
         m_watch = std::make_unique<CallWatch>(
-            m_cameras, [this] { return isInterrupted; }, refusal, blocks);
+            m_cameras, [this] { return isInterrupted; }, refusal, blocks,
+            QStringList{"Height", "Gain", "Width"});
         m_line =
             std::make_unique<CameraConnection>(m_cameras.front().device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
         ASSERT_EQ(m_line->status(), KX_OK);
@@ -43,6 +44,8 @@ protected:
         return KX_CC_ReadMemory(m_line->handle(), &word, address, sizeof word);
     }
 
+    int features() const { return m_watch->tally(m_cameras.front().device.nDeviceID).features; }
+
     bool isInterrupted = false;
 
 private:
@@ -52,6 +55,19 @@ private:
 };
 
 } // namespace
+
+TEST_F(Watched, FeaturesThatWereExpectedCountOnce)
+{
+    watch(CallWatch::Refusal::AtOnce);
+    EXPECT_EQ(features(), 0);
+    for (int cycle = 0; cycle < 2; ++cycle) {
+        EXPECT_EQ(read("Height"), KX_OK);
+        EXPECT_EQ(readRegister(kGain), KX_OK);
+        EXPECT_EQ(readRegister(kGain + 4), KX_OK); // of the same block
+        EXPECT_EQ(read("OffsetX"), KX_OK);         // not expected
+    }
+    EXPECT_EQ(features(), 2);
+}
 
 TEST_F(Watched, AFeatureInHandIsEnded)
 {

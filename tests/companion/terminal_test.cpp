@@ -1,5 +1,6 @@
 // What a person at a terminal sees: the program's messages go to a pseudo terminal.
 #include "companion/CompanionFixture.h"
+#include "iefeatures/ImportedFeatures.h"
 
 #include <QFile>
 
@@ -128,6 +129,25 @@ TEST_F(OnATerminal, ProgressIsDrawnOverItself)
     EXPECT_THAT(screen, ::testing::EndsWith("\033[JEMU-1 Faulty: the camera could not be opened: The camera "
                                             "does not answer.\r\n"));
     EXPECT_THAT(screen, Not(HasSubstr(": exporting")));
+}
+
+TEST_F(OnATerminal, AnImportTellsHowManyFeaturesItHasDoneOfAll)
+{
+    addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(2); });
+    ASSERT_EQ(tests::runInProcess({"export", "--all", "--to", folder()}).code, 0);
+    const std::string file = path("EMU-1_S1.fpk");
+    const int all = companion::featuresOfFile(QString::fromStdString(file)).names.size();
+    ASSERT_GT(all, 100);
+    PseudoTerminal terminal;
+    Program program({"import", file, "--all"}, "export TERM=xterm;");
+    program.process().setStandardErrorFile(terminal.name());
+    program.start();
+    program.finish();
+    const std::string screen = terminal.written();
+    const std::string ofAll = " of " + std::to_string(all) + " features";
+    EXPECT_THAT(screen,
+                ::testing::ContainsRegex("EMU-1 S1  importing, [0-9]+" + ofAll + ", about [0-9]+ s left"));
+    EXPECT_THAT(screen, Not(HasSubstr(" reads, ")));
 }
 
 TEST_F(OnATerminal, ColoursAreLeftOutOnDemand)

@@ -129,6 +129,37 @@ private slots:
         QCOMPARE(g_mask, 13u); // GigE and USB3 were asked for; Camera Link is always looked for
     }
 
+    void scansThatComeWhileADialogIsOpenWait()
+    {
+        show({gige("1"), gige("2")});
+        VELADeviceTree tree;
+        tree.updateDeviceTypes(5, true);
+        QTRY_VERIFY(tree.findCameraItem(1) && tree.findCameraItem(2));
+        bool wasOpen = false;
+        QStringList log;
+        connect(&tree, &VELADeviceTree::sigDeleteDeviceItem, [&](QTreeWidgetItem* item) {
+            log << QString("delete %1").arg(deviceOf(item).nDeviceID);
+            if (wasOpen)
+                return;
+            wasOpen = true;
+            // As a modal dialog: the event loop runs while more scans come.
+            for (int scan = 0; scan < 3; ++scan) {
+                const int before = g_searches;
+                ++g_stamp;
+                QTRY_VERIFY(g_searches > before);
+                QTest::qWait(20);
+            }
+            log << "closed";
+        });
+        connect(&tree, &VELADeviceTree::sigNewDeviceItem,
+                [&](QTreeWidgetItem* item) { log << QString("new %1").arg(deviceOf(item).nDeviceID); });
+        show({});
+        QTRY_COMPARE_WITH_TIMEOUT(log, (QStringList{"delete 1", "closed", "delete 2"}), 15000);
+        show({gige("1"), gige("2")});
+        QTRY_COMPARE(log.mid(3), (QStringList{"new 1", "new 2"}));
+        QVERIFY(tree.findCameraItem(1) && tree.findCameraItem(2));
+    }
+
     void groupsByTransportAndInterface()
     {
         show({gige("1", "eth0"), gige("2", "eth1"), usb("3")});

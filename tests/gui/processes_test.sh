@@ -83,7 +83,6 @@ VELA_LANGUAGE=CH start eng
 expect "eng is no language" within_seconds 20 has_windows 1 "$chinese"
 
 # A crash: a report beside the dump folder, nothing on the screen.
-mkdir -p "$VELA_USER_DATA/Dump"
 kill -SEGV "$program"
 expect "a crashed copy ends" within_seconds 20 is_gone "$program"
 expect "a crashed copy does not end well" eval '[ "$(exit_code "$program")" -ne 0 ]'

@@ -63,8 +63,8 @@ struct WindowHost
     std::function<void()> showWithoutActivation;
     std::function<void()> bringToFront;
 };
-// Does nothing on Windows. `folder` is where lock and socket lie elsewhere. Default-constructed host: nobody
-// answers any more; when the call returns, none of the functions runs.
+// Does nothing on Windows. Default-constructed host: nobody answers any more; when the call returns, none of
+// the functions runs.
 void setWindowHost(WindowHost host);
 
 } // namespace Platform

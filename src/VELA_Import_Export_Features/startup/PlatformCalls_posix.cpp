@@ -9,6 +9,7 @@
 #include <ctime>
 #include <execinfo.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <mutex>
 #include <poll.h>
 #include <string>
@@ -332,6 +333,8 @@ int miniDumpWriteDump(Handle, unsigned long, Handle, int, const DumpException* e
 {
     std::string path = g_dumpPath;
     path += "_" + std::to_string(std::time(nullptr)) + ".backtrace.txt";
+    std::error_code ignored; // what cannot be made shows when the file is opened
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
     const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (descriptor < 0)
         return 0;

@@ -8,15 +8,16 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QEvent>
 #include <QFontDatabase>
 #include <QResource>
 #include <QWidget>
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <future>
 #include <memory>
+#include <mutex>
+#include <string>
 
 namespace
 {
@@ -36,17 +37,20 @@ void endWithoutDisplay(QtMsgType type, const QMessageLogContext&, const QString&
     std::_Exit(1);
 }
 
-// Lets a second copy find, show and raise the window. The questions come on another thread; the title is
-// asked for there as it stood last, everything else goes through the event loop.
+// Lets a second copy find, show and raise the window. The questions come on another thread. The title is told
+// from a note of it, so that a window which is busy is found too; everything else goes through the event
+// loop.
 class WindowAnswers : public QObject
 {
 public:
     explicit WindowAnswers(QWidget& window) : m_window(window)
     {
+        noteTitle();
+        m_window.installEventFilter(this);
         Platform::WindowHost host;
         host.hasWindow = [this](const std::wstring& title) {
-            return onWindowThread<bool>(
-                [this, title] { return m_window.windowTitle() == QString::fromStdWString(title); });
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            return m_title == title;
         };
         host.showWithoutActivation = [this] { post([this] { show(); }); };
         host.bringToFront = [this] { post([this] { raise(); }); };
@@ -54,18 +58,19 @@ public:
     }
     ~WindowAnswers() override { Platform::setWindowHost({}); }
 
-private:
-    // The event loop runs as long as this object lives, but it may be about to end: the answer is not waited
-    // for without a bound.
-    template <typename Result, typename Function>
-    Result onWindowThread(Function function)
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
     {
-        auto result = std::make_shared<std::promise<Result>>();
-        std::future<Result> answer = result->get_future();
-        QMetaObject::invokeMethod(
-            this, [function, result] { result->set_value(function()); }, Qt::QueuedConnection);
-        return answer.wait_for(std::chrono::milliseconds(800)) == std::future_status::ready ? answer.get()
-                                                                                            : Result();
+        if (event->type() == QEvent::WindowTitleChange)
+            noteTitle();
+        return false;
+    }
+
+private:
+    void noteTitle()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_title = m_window.windowTitle().toStdWString();
     }
 
     template <typename Function>
@@ -90,6 +95,8 @@ private:
     }
 
     QWidget& m_window;
+    std::mutex m_mutex;
+    std::wstring m_title;
 };
 
 } // namespace
