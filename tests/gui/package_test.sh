@@ -18,7 +18,9 @@ dpkg-deb -x "$package" "$root"
 dpkg-deb -f "$package" Depends | grep -q libqt5widgets5 || fail "the package does not name what it needs"
 
 for file in share/applications/import-export-features.desktop share/man/man1/iefeatures.1 \
-    share/icons/hicolor/48x48/apps/import-export-features.png share/doc/import-export-features/LICENSE; do
+    share/doc/import-export-features/LICENSE share/doc/import-export-features/LICENSE.Lato \
+    share/icons/hicolor/{16x16,24x24,32x32,48x48,64x64,128x128,256x256}/apps/import-export-features.png \
+    lib/import-export-features/Translation/qt_zh_CN.qm lib/import-export-features/FontLato/Lato-Regular.ttf; do
     [ -s "$root/usr/$file" ] || fail "$file is missing"
 done
 if command -v desktop-file-validate >/dev/null; then

@@ -25,3 +25,16 @@ set_tests_properties(processes_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 
 add_test(NAME package_test COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/package_test.sh" "${CMAKE_BINARY_DIR}")
 set_tests_properties(package_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 180
     ENVIRONMENT "LC_ALL=C.UTF-8;KX_CAMERA_INTERFACES=none;${IE_GUI_SANITIZERS}")
+
+add_test(NAME start_order_test
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/start_order_test.sh" "${CMAKE_SOURCE_DIR}/src/VELA_Import_Export_Features")
+set_tests_properties(start_order_test PROPERTIES LABELS gui)
+
+# Takes translations away beside itself, so in a folder of its own.
+ie_add_test(translations_load_test LABEL gui SOURCES translations_load_test.cpp LIBRARIES ie_window KXCameraControl SuiteTools Qt5::Test)
+set_target_properties(translations_load_test PROPERTIES AUTOMOC ON
+    RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests/translations")
+target_compile_definitions(translations_load_test PRIVATE
+    IE_TRANSLATIONS="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/Translation")
+target_link_options(translations_load_test PRIVATE -Wl,--no-as-needed)
+add_dependencies(translations_load_test program_translations)

@@ -66,6 +66,27 @@ close_window "$english"
 expect "the window's button ends the program" within_seconds 20 is_gone "$first"
 expect "with exit code 0" exits_with 0 "$first"
 
+# What still runs of the program when the window closes goes along; another session's copy stays.
+mkdir -m 700 "$work/other-session"
+(XDG_RUNTIME_DIR="$work/other-session" start && echo "$program" >"$work/other.id")
+other=$(cat "$work/other.id")
+started+=("$other")
+expect "another session has its own copy" within_seconds 20 has_windows 1 "$english"
+start CH
+first=$program
+expect "and this one too" within_seconds 20 has_windows 1 "$chinese"
+cp "$(command -v sleep)" "$work/Import_Export_Features"
+"$work/Import_Export_Features" 300 &
+left_over=$!
+started+=("$left_over")
+close_window "$chinese"
+expect "the window closes" within_seconds 20 is_gone "$first"
+expect "a process of that name is ended" within_seconds 20 is_gone "$left_over"
+expect "with exit code 0 of the one that ended it" exits_with 0 "$first"
+expect "the other session's copy goes on" has_windows 1 "$english"
+kill "$other"
+expect "until it is ended itself" within_seconds 20 has_windows 0 "$english"
+
 # The first argument overrides the suite's language, where it is exactly one of the two words.
 start CH
 expect "CH is Chinese" within_seconds 20 has_windows 1 "$chinese"
