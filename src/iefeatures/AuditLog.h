@@ -2,7 +2,7 @@
 #pragma once
 
 #include "iefeatures/Camera.h"
-#include "iefeatures/ChangeLedger.h"
+#include "iefeatures/ObservedChanges.h"
 
 #include <QString>
 #include <QStringList>

@@ -66,7 +66,8 @@ CallWatch::Findings CallWatch::findings(int deviceId) const
     const Entry* entry = entryOf(deviceId);
     if (!entry)
         return {};
-    return {entry->ledger.failures(), entry->bagStatus, entry->bagText, entry->changes, entry->openStatus};
+    return {entry->failedCalls.failures(), entry->bagStatus, entry->bagText, entry->changes,
+            entry->openStatus};
 }
 
 int CallWatch::observe(void* user, const KX_CallEvent* event)
@@ -126,7 +127,7 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
         entry.openStatus = event.status;
         (event.status == KX_OK ? tally.wasOpened : tally.hasOpenFailed) = true;
     }
-    entry.ledger.take(event);
+    entry.failedCalls.take(event);
     entry.changes.take(event);
     if (isBag(event.operation))
         entry.bagStatus = event.status;

@@ -1,9 +1,9 @@
 // Watches the calls of all jobs on the camera library: counts them, and refuses further ones when asked to.
 #pragma once
 
-#include "iefeatures/CallLedger.h"
 #include "iefeatures/Camera.h"
-#include "iefeatures/ChangeLedger.h"
+#include "iefeatures/FailedCalls.h"
+#include "iefeatures/ObservedChanges.h"
 
 #include <QSet>
 #include <QStringList>
@@ -57,7 +57,7 @@ public:
         std::vector<FailedCall> failures;
         KX_Status bagStatus = KX_OK; // of saving or loading a feature bag
         QString bagText;             // what the camera library had to say about that
-        ChangeLedger changes;
+        ObservedChanges changes;
         KX_Status openStatus = KX_OK; // of the last try
     };
     Findings findings(int deviceId) const;
@@ -71,10 +71,10 @@ private:
         int deviceId;
         KX_DeviceInfo info;
         Tally tally;
-        CallLedger ledger;
+        FailedCalls failedCalls;
         KX_Status bagStatus = KX_OK;
         QString bagText;
-        ChangeLedger changes;
+        ObservedChanges changes;
         KX_Status openStatus = KX_OK;
         QString inHand; // the feature of the last call that was not refused
         QSet<QString> metFeatures;

@@ -84,9 +84,9 @@ QStringList notReached(const CameraImport& result, const ImportedFeatures& named
     QStringList names = named.names;
     const auto drop = [&names](const QString& name) { names.removeAll(name); };
     for (const ImportOutcome& job : result.jobs) {
-        const ChangeLedger& ledger = job.record.findings.changes;
-        std::for_each(ledger.seenFeatures().begin(), ledger.seenFeatures().end(), drop);
-        for (const int64_t address : ledger.seenRegisters())
+        const ObservedChanges& observed = job.record.findings.changes;
+        std::for_each(observed.seenFeatures().begin(), observed.seenFeatures().end(), drop);
+        for (const int64_t address : observed.seenRegisters())
             if (const auto block = named.blocks.find(address); block != named.blocks.end())
                 drop(block->second);
     }
@@ -294,10 +294,10 @@ void ImportProcedure::audit()
         entry.files = files;
         entry.camera = result.camera;
         for (const ImportOutcome& job : result.jobs) {
-            const ChangeLedger& ledger = job.record.findings.changes;
-            entry.descriptionHash = ledger.descriptionHash();
-            if (!ledger.firmware().isEmpty())
-                entry.firmware = ledger.firmware();
+            const ObservedChanges& observed = job.record.findings.changes;
+            entry.descriptionHash = observed.descriptionHash();
+            if (!observed.firmware().isEmpty())
+                entry.firmware = observed.firmware();
             entry.notApplied += notApplied(job.record.findings);
         }
         entry.changes = changesOf(result, m_named.blocks);

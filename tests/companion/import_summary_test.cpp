@@ -137,7 +137,7 @@ namespace
 {
 
 // Events as the camera library tells them.
-class Ledger : public ::testing::Test
+class WritesThatFail : public ::testing::Test
 {
 protected:
     void node(uint32_t operation, const char* name, KX_Status status)
@@ -147,7 +147,7 @@ protected:
         event.finished = 1;
         event.nodeName = name;
         event.status = status;
-        ledger.take(event);
+        calls.take(event);
     }
     void memory(uint32_t operation, int64_t address, KX_Status status)
     {
@@ -156,23 +156,23 @@ protected:
         event.finished = 1;
         event.address = address;
         event.status = status;
-        ledger.take(event);
+        calls.take(event);
     }
     // "Width Gain 4096"
     QString open() const
     {
         QStringList words;
-        for (const FailedCall& failure : ledger.failures())
+        for (const FailedCall& failure : calls.failures())
             words += failure.isRegister ? QString::number(failure.address) : failure.feature;
         return words.join(' ');
     }
 
-    CallLedger ledger;
+    FailedCalls calls;
 };
 
 } // namespace
 
-TEST_F(Ledger, KeepsWritesThatFailed)
+TEST_F(WritesThatFail, KeepsWritesThatFailed)
 {
     node(KX_OP_GET_INT, "Width", KX_OK);
     node(KX_OP_SET_INT, "Width", KX_E_GC_RANGE);
@@ -181,7 +181,7 @@ TEST_F(Ledger, KeepsWritesThatFailed)
     EXPECT_EQ(open(), "Gain Width 4096");
 }
 
-TEST_F(Ledger, ForgetsWhatALaterWriteHasSet)
+TEST_F(WritesThatFail, ForgetsWhatALaterWriteHasSet)
 {
     node(KX_OP_SET_INT, "Width", KX_E_GC_RANGE);
     memory(KX_OP_WRITE_MEMORY, 4096, KX_E_GC_ACCESS);
@@ -190,7 +190,7 @@ TEST_F(Ledger, ForgetsWhatALaterWriteHasSet)
     EXPECT_EQ(open(), "");
 }
 
-TEST_F(Ledger, ForgetsWhatALaterReadFoundInOrder)
+TEST_F(WritesThatFail, ForgetsWhatALaterReadFoundInOrder)
 {
     node(KX_OP_SET_INT, "Width", KX_E_GC_RANGE);
     memory(KX_OP_WRITE_MEMORY, 4096, KX_E_GC_ACCESS);
@@ -199,7 +199,7 @@ TEST_F(Ledger, ForgetsWhatALaterReadFoundInOrder)
     EXPECT_EQ(open(), "");
 }
 
-TEST_F(Ledger, IsNotMisledByALookBehindAFailedWrite)
+TEST_F(WritesThatFail, IsNotMisledByALookBehindAFailedWrite)
 {
     memory(KX_OP_WRITE_MEMORY, 4096, KX_E_GC_ACCESS);
     memory(KX_OP_READ_MEMORY, 4096, KX_OK);
@@ -208,7 +208,7 @@ TEST_F(Ledger, IsNotMisledByALookBehindAFailedWrite)
     EXPECT_EQ(open(), "");
 }
 
-TEST_F(Ledger, KeepsReadsAndQuestionsThatTheLineFailed)
+TEST_F(WritesThatFail, KeepsReadsAndQuestionsThatTheLineFailed)
 {
     node(KX_OP_GET_ENUM, "DeviceScanType", KX_E_NO_ANSWER);
     node(KX_OP_GET_ACCESS_MODE, "GainReg", KX_E_CONNECTION_LOST);
@@ -219,7 +219,7 @@ TEST_F(Ledger, KeepsReadsAndQuestionsThatTheLineFailed)
     EXPECT_EQ(open(), "DeviceScanType");
 }
 
-TEST_F(Ledger, ForgetsNoWriteForAQuestionThatWasAnswered)
+TEST_F(WritesThatFail, ForgetsNoWriteForAQuestionThatWasAnswered)
 {
     node(KX_OP_SET_INT, "Width", KX_E_GC_RANGE);
     node(KX_OP_GET_ACCESS_MODE, "Width", KX_OK);

@@ -25,7 +25,7 @@ struct FailedCall
 // A job reads a value before it writes it, and tries again what failed. So a write that failed counts until a
 // write of the same thing succeeds, or a read shows that nothing is left to be written. Reads and questions
 // count when the line failed them, since a job goes on without their answer.
-class CallLedger
+class FailedCalls
 {
 public:
     // The events of one camera that are over, in their order.

@@ -1,4 +1,4 @@
-#include "iefeatures/ChangeLedger.h"
+#include "iefeatures/ObservedChanges.h"
 
 #include <SuiteTools/SuiteTools.h>
 
@@ -60,7 +60,7 @@ bool isOnFeature(uint32_t operation)
 
 } // namespace
 
-void ChangeLedger::take(const KX_CallEvent& event)
+void ObservedChanges::take(const KX_CallEvent& event)
 {
     if (!event.finished || event.status != KX_OK || !event.value)
         return;
@@ -79,7 +79,7 @@ void ChangeLedger::take(const KX_CallEvent& event)
     }
 }
 
-void ChangeLedger::takeValue(const Change& thing, bool isWrite, const QString& text, QString& known)
+void ObservedChanges::takeValue(const Change& thing, bool isWrite, const QString& text, QString& known)
 {
     if (isWrite && (known.isNull() || known != text)) {
         m_changes.push_back(thing);
@@ -89,7 +89,7 @@ void ChangeLedger::takeValue(const Change& thing, bool isWrite, const QString& t
     known = text.isNull() ? QString("") : text;
 }
 
-QString ChangeLedger::firmware() const
+QString ObservedChanges::firmware() const
 {
     const auto found = m_features.find("DeviceFirmwareVersion");
     return found == m_features.end() ? QString() : found->second;

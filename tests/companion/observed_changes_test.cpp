@@ -1,4 +1,4 @@
-#include "iefeatures/ChangeLedger.h"
+#include "iefeatures/ObservedChanges.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <cstring>
 
 using companion::Change;
-using companion::ChangeLedger;
+using companion::ObservedChanges;
 
 namespace
 {
@@ -23,7 +23,7 @@ protected:
         event.nodeName = name;
         event.status = status;
         event.value = value;
-        ledger.take(event);
+        observed.take(event);
     }
     void readInteger(const char* name, int64_t value)
     {
@@ -43,19 +43,19 @@ protected:
         event.address = address;
         event.length = int64_t(bytes.size());
         event.value = bytes.data();
-        ledger.take(event);
+        observed.take(event);
     }
     // "Width 1->2, 4096 00->01"; "?" for what was not read.
     QString told() const
     {
         QStringList words;
-        for (const Change& change : ledger.changes())
+        for (const Change& change : observed.changes())
             words += (change.isRegister ? QString::number(change.address) : change.feature) + ' ' +
                      (change.from.isNull() ? "?" : change.from) + "->" + change.to;
         return words.join(", ");
     }
 
-    ChangeLedger ledger;
+    ObservedChanges observed;
 };
 
 } // namespace
@@ -78,7 +78,7 @@ TEST_F(Changes, AreNotReadsAndWhatFailed)
     EXPECT_EQ(told(), "");
     writeInteger("Width", 160);
     EXPECT_EQ(told(), "Width 640->160");
-    EXPECT_EQ(ledger.seenFeatures(), std::set<QString>{"Width"});
+    EXPECT_EQ(observed.seenFeatures(), std::set<QString>{"Width"});
 }
 
 TEST_F(Changes, FollowTheCamerasOwnValue)
@@ -114,23 +114,23 @@ TEST_F(Changes, TellRegistersAsBytes)
     memory(KX_OP_WRITE_MEMORY, 4096, {0, 0, 0, 255});
     memory(KX_OP_READ_MEMORY, 4100, {1});
     EXPECT_EQ(told(), "4096 00000064->000000ff");
-    EXPECT_EQ(ledger.seenRegisters(), (std::set<int64_t>{4096, 4100}));
+    EXPECT_EQ(observed.seenRegisters(), (std::set<int64_t>{4096, 4100}));
 }
 
 TEST_F(Changes, KnowTheCamera)
 {
-    EXPECT_EQ(ledger.descriptionHash(), "");
-    EXPECT_EQ(ledger.firmware(), "");
+    EXPECT_EQ(observed.descriptionHash(), "");
+    EXPECT_EQ(observed.firmware(), "");
     node(KX_OP_OPEN, nullptr, "abc");
     KX_StringValue firmware{};
     std::strcpy(firmware.current, "1.2.3");
     node(KX_OP_GET_STRING, "DeviceFirmwareVersion", &firmware);
-    EXPECT_EQ(ledger.descriptionHash(), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-    EXPECT_EQ(ledger.firmware(), "1.2.3");
+    EXPECT_EQ(observed.descriptionHash(), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    EXPECT_EQ(observed.firmware(), "1.2.3");
 }
 
 TEST_F(Changes, HaveNoDescriptionWhereTheCameraHasNone)
 {
     node(KX_OP_OPEN, nullptr, "");
-    EXPECT_EQ(ledger.descriptionHash(), "");
+    EXPECT_EQ(observed.descriptionHash(), "");
 }

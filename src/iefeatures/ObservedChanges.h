@@ -24,7 +24,7 @@ struct Change
 
 // Values are told as features files have them (an enumeration's number, six digits of a float); registers as
 // hexadecimal bytes in the order of their addresses.
-class ChangeLedger
+class ObservedChanges
 {
 public:
     // The events of one camera in their order.

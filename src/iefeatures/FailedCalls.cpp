@@ -1,4 +1,4 @@
-#include "iefeatures/CallLedger.h"
+#include "iefeatures/FailedCalls.h"
 
 namespace companion
 {
@@ -36,7 +36,7 @@ bool isLineFailure(KX_Status status)
     return status >= KX_E_NO_ANSWER && status <= KX_E_NO_DEVICE;
 }
 
-void CallLedger::take(const KX_CallEvent& event)
+void FailedCalls::take(const KX_CallEvent& event)
 {
     // A register that is read right behind its failed write is looked at to see whether the write took all
     // the same; only the next cycle's read tells that nothing is left to do.
@@ -52,7 +52,7 @@ void CallLedger::take(const KX_CallEvent& event)
     m_lastAddress = event.address;
 }
 
-std::vector<FailedCall> CallLedger::failures() const
+std::vector<FailedCall> FailedCalls::failures() const
 {
     std::vector<FailedCall> failures;
     for (const auto* named : {&m_features, &m_questions})
