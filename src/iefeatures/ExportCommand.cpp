@@ -35,6 +35,10 @@ QStringList ExportCommand::objections(const std::vector<Camera>& cameras) const
         writers[file] += QString::number(camera.device.nDeviceID);
         if (isBag())
             sentences += objectionsToBagPath(QString::fromStdString(m_folder) + '/' + file);
+        // The job for features files refuses such a name by itself; for a bag the camera library writes.
+        if (isBag() && file.contains('/'))
+            sentences += QString("The camera %1 would write outside of the folder: %2.")
+                             .arg(QString::number(camera.device.nDeviceID), printable(file));
     }
     for (auto it = writers.cbegin(); it != writers.cend(); ++it)
         if (it->size() > 1)

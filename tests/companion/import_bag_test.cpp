@@ -1,6 +1,7 @@
 // The feature bag from the command line.
 #include "companion/ImportCompanion.h"
 
+#include <QDir>
 #include <QFile>
 
 using ::testing::EndsWith;
@@ -93,6 +94,19 @@ TEST_F(BagCommand, TakesOtherFilesForBadInput)
     EXPECT_THAT(other.err, HasSubstr("it does not begin with the identification line"));
     EXPECT_EQ(importBag("missing").code, 6);
     EXPECT_EQ(import(exportedBag()).code, 6);
+}
+
+// Names come from the camera.
+TEST_F(BagCommand, WritesNothingOutsideOfTheFolder)
+{
+    const emu::Camera& camera =
+        addCamera("S1", [](emu::CameraConfig& config) { config.model = "../elsewhere"; });
+    QDir().mkdir(QString::fromStdString(path("to")));
+    const Result save = tests::runInProcess({"export", "--all", "--to", path("to"), "--format", "bag"});
+    EXPECT_EQ(save.code, 2);
+    EXPECT_EQ(save.err, "The camera 1 would write outside of the folder: ../elsewhere_S1.fpk.\n");
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(path("elsewhere_S1.fpk"))));
+    EXPECT_EQ(camera.counters().writeReg, 0u);
 }
 
 // The camera library takes paths as Latin-1; the bag would get another name than the one that was asked for.

@@ -42,6 +42,11 @@ JobFixture::JobFixture()
 JobFixture::~JobFixture()
 {
     EXPECT_EQ(tests::cameraViolations(), QStringList());
+    for (const tests::TraceEntry& line : recorder.logs()) {
+        EXPECT_EQ(line.level, QtCriticalMsg) << line.text.toStdString();
+        EXPECT_EQ(line.file, QByteArray("..\\..\\src\\VELA_Import_Export_Features\\QOperateThread"))
+            << line.text.toStdString();
+    }
 }
 
 void JobFixture::watch(QOperateThread& watched)

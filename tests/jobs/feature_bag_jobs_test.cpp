@@ -55,6 +55,16 @@ TEST_F(FeatureBagJobs, SavesUnderTheNamesOfTheRecordsOwnPart)
     EXPECT_EQ(trace().filter("FeatureSave"), QStringList({"FeatureSave " + folder.path() + "/_.fpk"}));
 }
 
+// What the library says of an error is no template.
+TEST_F(FeatureBagJobs, AnErrorsTextIsTakenAsItIs)
+{
+    tests::suiteScript().errorDescription = [](int) { return QString("50%1 of %2"); };
+    failCall("FeatureSave", KX_E_FILE);
+    save();
+    EXPECT_EQ(trace().filter("info"),
+              QStringList({"info 7 failed Failed to save feature.[8000030f]50%1 of %2"}));
+}
+
 TEST_F(FeatureBagJobs, LoadsTheFileAsItIsNamed)
 {
     load(); // there is no such file: not the worker's business

@@ -4,6 +4,7 @@
 #include <QTextCodec>
 
 #include <limits>
+#include <utility>
 
 namespace
 {
@@ -251,11 +252,15 @@ TEST_F(NodeAccess, SettersWriteAndStoreSuccess)
     camera->setInteger("I", 0);
     camera->setString("S", "");
     EXPECT_TRUE(probe.setBoolean("B", true, &code));
-    EXPECT_EQ(code, 0);
+    EXPECT_EQ(std::exchange(code, 77), 0);
     EXPECT_TRUE(probe.setEnumeration("E", 4294967295u, &code));
+    EXPECT_EQ(std::exchange(code, 77), 0);
     EXPECT_TRUE(probe.setFloat("F", -0.5f, &code));
+    EXPECT_EQ(std::exchange(code, 77), 0);
     EXPECT_TRUE(probe.setInteger("I", std::numeric_limits<__int64>::min(), &code));
+    EXPECT_EQ(std::exchange(code, 77), 0);
     EXPECT_TRUE(probe.setString("S", "text", &code));
+    EXPECT_EQ(code, 0);
     EXPECT_TRUE(probe.setString("S", "text", nullptr));
     EXPECT_EQ(trace(), QStringList({"SetBoolValue B true", "SetEnumValue E 4294967295",
                                     "SetFloatValue F -0.5", "SetIntValueEx I -9223372036854775808",
