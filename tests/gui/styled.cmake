@@ -25,5 +25,6 @@ set_tests_properties(styled_gallery_fine PROPERTIES LABELS gui TIMEOUT 120
 foreach(subject main_window loading message_box)
     add_test(NAME styled_${subject}_on_a_display
         COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "$<TARGET_FILE:styled_${subject}_test>")
-    set_tests_properties(styled_${subject}_on_a_display PROPERTIES LABELS gui TIMEOUT 120 ENVIRONMENT "LC_ALL=C.UTF-8")
+    set_tests_properties(styled_${subject}_on_a_display PROPERTIES LABELS gui TIMEOUT 120
+        ENVIRONMENT "LC_ALL=C.UTF-8;${IE_GUI_SANITIZERS}")
 endforeach()
