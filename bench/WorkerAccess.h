@@ -1,7 +1,7 @@
 // Runs the worker's steps on the calling thread.
 #pragma once
 
-#include "QOperateThread.h"
+#include "jobs/worker/QOperateThread.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -2,9 +2,9 @@
 // eight cameras against one when each answer takes a millisecond.
 #include "Measure.h"
 
-#include "QOperateThread.h"
+#include "jobs/worker/QOperateThread.h"
 
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 
 #include <QCoreApplication>
 #include <QTemporaryDir>
@@ -75,7 +75,7 @@ public:
         config.description = description(features);
         config.seed = R"({"nodes": {"DeviceFirmwareVersion": "1.0.0"}})";
         config.latency = latency;
-        m_camera = std::make_unique<emu::Camera>(config);
+        m_camera = std::make_unique<emu::EmulatedCamera>(config);
         const emu::StartResult started = m_camera->start();
         if (!started)
             std::fprintf(stderr, "%s\n", started.message.c_str());
@@ -110,7 +110,7 @@ public:
 
 private:
     const int m_features;
-    std::unique_ptr<emu::Camera> m_camera;
+    std::unique_ptr<emu::EmulatedCamera> m_camera;
     QTemporaryDir m_folder;
     StructDeviceInfo m_device;
     QOperateThread m_worker;

@@ -1,7 +1,7 @@
 // The device table in its window, offscreen: what filling, filtering, ticking, sorting and emptying it costs
 // as the number of cameras grows, with all that is drawn of it.
-#include "MainWidget.h"
 #include "Measure.h"
+#include "window/MainWidget.h"
 
 #include <DevListMgr/VELADeviceTree.h>
 #include <StyledCtl/ORBCustomTableWidget.h>

@@ -1,8 +1,8 @@
 // One export over UDP: requests per exported feature, counted by the emulated camera, and peak memory.
 // usage: bench_wire [FILE]   (default: the emulator's own description)
-#include "QOperateThread.h"
+#include "jobs/worker/QOperateThread.h"
 
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -32,7 +32,7 @@ constexpr char kAddress[] = "127.0.73.1";
         config.descriptionFile = description;
         config.seed = R"({"nodes": {"DeviceFirmwareVersion": "1.0.0"}})";
     }
-    emu::Camera camera(config);
+    emu::EmulatedCamera camera(config);
     const emu::StartResult started = camera.start();
     if (!started)
         std::fprintf(stderr, "%s\n", started.message.c_str());

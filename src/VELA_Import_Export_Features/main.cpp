@@ -1,6 +1,6 @@
-#include "MainWidget.h"
-#include "ProcessGuards.h"
-#include "Startup.h"
+#include "startup/ProcessGuards.h"
+#include "startup/Startup.h"
+#include "window/MainWidget.h"
 
 #include <SuiteTools/SuiteToolsWidgets.h>
 

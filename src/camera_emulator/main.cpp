@@ -1,4 +1,4 @@
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 #include "camera_emulator/Files.h"
 #include "camera_emulator/Options.h"
 
@@ -16,10 +16,10 @@ enum ExitCode
     CannotBind = 6
 };
 
-std::string statistics(const std::list<emu::Camera>& cameras)
+std::string statistics(const std::list<emu::EmulatedCamera>& cameras)
 {
     std::string text;
-    for (const emu::Camera& camera : cameras)
+    for (const emu::EmulatedCamera& camera : cameras)
         text += (text.empty() ? "[{\"address\":\"" : ",\n {\"address\":\"") + camera.config().address +
                 "\",\"counters\":" + toJson(camera.counters()) + "}";
     return text + "]\n";
@@ -37,15 +37,15 @@ sigset_t blockSignals()
     return signals;
 }
 
-void tellProblem(const emu::Camera& camera, const std::string& problem)
+void tellProblem(const emu::EmulatedCamera& camera, const std::string& problem)
 {
     std::cerr << "camera_emulator: " << camera.config().address << ": " << problem << std::endl;
 }
 
-int startAll(const emu::Options& options, std::list<emu::Camera>& cameras)
+int startAll(const emu::Options& options, std::list<emu::EmulatedCamera>& cameras)
 {
     for (const emu::CameraOptions& wanted : options.cameras) {
-        emu::Camera& camera = cameras.emplace_back(wanted.config);
+        emu::EmulatedCamera& camera = cameras.emplace_back(wanted.config);
         for (const std::string& problem : camera.seedProblems())
             tellProblem(camera, "not seeded: " + problem);
         camera.setFaults(wanted.faults);
@@ -58,10 +58,10 @@ int startAll(const emu::Options& options, std::list<emu::Camera>& cameras)
     return Good;
 }
 
-void changeAll(const emu::Options& options, std::list<emu::Camera>& cameras)
+void changeAll(const emu::Options& options, std::list<emu::EmulatedCamera>& cameras)
 {
     auto wanted = options.cameras.begin();
-    for (emu::Camera& camera : cameras) {
+    for (emu::EmulatedCamera& camera : cameras) {
         const std::string& file = (wanted++)->changesFile;
         if (file.empty())
             continue;
@@ -78,7 +78,7 @@ void changeAll(const emu::Options& options, std::list<emu::Camera>& cameras)
 int run(const emu::Options& options)
 {
     const sigset_t signals = blockSignals();
-    std::list<emu::Camera> cameras;
+    std::list<emu::EmulatedCamera> cameras;
     if (const int code = startAll(options, cameras))
         return code;
     if (!options.readyFile.empty() && !emu::writeFile(options.readyFile, "ready\n")) {
@@ -90,7 +90,7 @@ int run(const emu::Options& options)
     int signal = 0;
     while (sigwait(&signals, &signal) == 0 && signal == SIGUSR1)
         changeAll(options, cameras);
-    for (emu::Camera& camera : cameras)
+    for (emu::EmulatedCamera& camera : cameras)
         camera.stop();
     if (options.statsFile.empty())
         std::cout << statistics(cameras) << std::flush;

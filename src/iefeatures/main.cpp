@@ -1,4 +1,4 @@
-#include "iefeatures/Companion.h"
+#include "iefeatures/commands/Companion.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "camera/GvcpClient.h"
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 #include "support/LoopbackAddress.h"
 
 #include <gtest/gtest.h>
@@ -36,7 +36,7 @@ protected:
         return values ? values->front() : 0xDEADBEEF;
     }
 
-    emu::Camera camera;
+    emu::EmulatedCamera camera;
     GvcpClient host;
     GvcpClient other;
 };

@@ -1,5 +1,5 @@
 // The shared library as programs link it, over UDP to emulated cameras.
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 #include "gvcp/Gvcp.h"
 #include "support/LoopbackAddress.h"
 
@@ -45,7 +45,7 @@ protected:
         return status == KX_OK ? value.current : -static_cast<int64_t>(status);
     }
 
-    emu::Camera camera;
+    emu::EmulatedCamera camera;
     KX_HANDLE handle = nullptr;
 };
 
@@ -238,9 +238,9 @@ TEST_F(CameraOnEmulator, manyHandlesTalkToTheirCamerasAtOnce)
 {
     std::atomic<unsigned> good{0};
     std::vector<std::thread> threads;
-    std::vector<std::unique_ptr<emu::Camera>> cameras;
+    std::vector<std::unique_ptr<emu::EmulatedCamera>> cameras;
     for (int i = 0; i < 4; ++i) {
-        cameras.push_back(std::make_unique<emu::Camera>(freshConfig()));
+        cameras.push_back(std::make_unique<emu::EmulatedCamera>(freshConfig()));
         ASSERT_TRUE(cameras.back()->start());
     }
     for (const auto& each : cameras) {

@@ -1,5 +1,5 @@
 // Fetching descriptions and judging them, and what a camera is worth whose description is bad.
-#include "Description.h"
+#include "KXCameraControl/description/Description.h"
 #include "camera/FakePort.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // Who is there: the cameras that KX_CAMERA_INTERFACES and KX_CAMERA_ADDRESSES lead to.
+#include "KXCameraControl/ports/Discovery.h"
+#include "KXCameraControl/ports/gige/Inquiry.h"
 #include "camera/GvcpClient.h"
 #include "camera/ScriptedCamera.h"
-#include "camera_emulator/Camera.h"
-#include "ports/Discovery.h"
-#include "ports/Inquiry.h"
+#include "camera_emulator/EmulatedCamera.h"
 
 #include <gtest/gtest.h>
 
@@ -23,10 +23,10 @@ emu::CameraConfig configOf(const std::string& serial)
 }
 
 // One emulated camera, running.
-struct Emulated : emu::Camera
+struct Emulated : emu::EmulatedCamera
 {
     explicit Emulated(const std::string& serial) : Emulated(configOf(serial)) {}
-    explicit Emulated(const emu::CameraConfig& cameraConfig) : emu::Camera(cameraConfig)
+    explicit Emulated(const emu::CameraConfig& cameraConfig) : emu::EmulatedCamera(cameraConfig)
     {
         const auto started = start();
         EXPECT_TRUE(started) << started.message;

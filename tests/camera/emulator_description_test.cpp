@@ -96,7 +96,7 @@ Place placeOf(const std::string& url)
 
 TEST(EmulatorUrls, plainFirstAndZippedSecond)
 {
-    emu::Camera camera(freshConfig());
+    emu::EmulatedCamera camera(freshConfig());
     ASSERT_TRUE(camera.start());
     GvcpClient host(camera.config().address);
     const Place first = placeOf(urlAt(host, RegFirstUrl));
@@ -115,7 +115,7 @@ TEST(EmulatorUrls, zippedFirstWhenAskedFor)
     emu::CameraConfig config = freshConfig();
     config.description = "<RegisterDescription SchemaMajorVersion=\"1\" SchemaMinorVersion=\"0\"/>";
     config.zipped = true;
-    emu::Camera camera(config);
+    emu::EmulatedCamera camera(config);
     ASSERT_TRUE(camera.start());
     GvcpClient host(config.address);
     const std::string url = urlAt(host, RegFirstUrl);
@@ -132,7 +132,7 @@ TEST(EmulatorUrls, otherFormsCanBeServed)
     config.description = "<a/>";
     config.firstUrl = "local:///{name};{address};{length}";
     config.secondUrl = "http://camera/{name}?SchemaVersion={schema}";
-    emu::Camera camera(config);
+    emu::EmulatedCamera camera(config);
     ASSERT_TRUE(camera.start());
     GvcpClient host(config.address);
     EXPECT_EQ(urlAt(host, RegFirstUrl), "local:///camera_emulator.xml;C8000000;4");
@@ -145,7 +145,7 @@ TEST(EmulatorUrls, theFileGivesTheName)
     ASSERT_TRUE(emu::writeFile(path, "<a/>"));
     emu::CameraConfig config = freshConfig();
     config.descriptionFile = path;
-    emu::Camera camera(config);
+    emu::EmulatedCamera camera(config);
     ASSERT_TRUE(camera.start());
     EXPECT_EQ(camera.description(), "<a/>");
     GvcpClient host(config.address);
@@ -157,7 +157,7 @@ TEST(EmulatorUrls, aMissingDescriptionIsSaidSo)
 {
     emu::CameraConfig config = freshConfig();
     config.descriptionFile = "/nowhere/camera.xml";
-    emu::Camera camera(config);
+    emu::EmulatedCamera camera(config);
     const auto result = camera.start();
     EXPECT_EQ(result.code, emu::StartCode::BadConfiguration);
     EXPECT_EQ(result.message, "The description /nowhere/camera.xml cannot be read or is empty.");
@@ -273,7 +273,7 @@ TEST_F(BuiltInDescription, namesAreUniqueAndReferencesLeadSomewhere)
 
 TEST_F(BuiltInDescription, firstValuesAreInTheRegisters)
 {
-    emu::Camera camera(freshConfig());
+    emu::EmulatedCamera camera(freshConfig());
     EXPECT_EQ(camera.seedProblems(), std::vector<std::string>());
     EXPECT_EQ(camera.node("DeviceFirmwareVersion"), emu::NodeValue(std::string("1.2.3")));
     EXPECT_EQ(camera.node("DeviceModelName"), emu::NodeValue(std::string("Model-7")));
@@ -289,7 +289,7 @@ TEST_F(BuiltInDescription, ownSeedsComeOnTop)
 {
     emu::CameraConfig config = freshConfig();
     config.seed = R"({"nodes": {"Width": 128, "Gain": 3}, "memory": {"0x20000": "01"}})";
-    emu::Camera camera(config);
+    emu::EmulatedCamera camera(config);
     EXPECT_EQ(camera.node("Width"), emu::NodeValue(int64_t(128)));
     EXPECT_EQ(camera.node("Height"), emu::NodeValue(int64_t(480)));
     EXPECT_EQ(camera.peek(0x20000, 1), Bytes{1});

@@ -206,7 +206,7 @@ TEST(EmulatorConfiguration, aCameraWithoutConcatenationSaysSo)
 {
     emu::CameraConfig config = freshConfig();
     config.concatenation = false;
-    emu::Camera camera(config);
+    emu::EmulatedCamera camera(config);
     ASSERT_TRUE(camera.start());
     GvcpClient host(config.address);
     EXPECT_EQ(get32(host.read({RegCapabilities}).payload.data()) & kCapabilityConcatenation, 0u);
@@ -217,7 +217,7 @@ TEST(EmulatorConfiguration, theDescriptionCanEndEarly)
 {
     emu::CameraConfig config = freshConfig();
     config.descriptionLimit = 1000;
-    emu::Camera camera(config);
+    emu::EmulatedCamera camera(config);
     ASSERT_TRUE(camera.start());
     GvcpClient host(config.address);
     const Bytes url = host.fetch(RegFirstUrl, 512);
@@ -232,7 +232,7 @@ TEST(EmulatorConfiguration, everyAnswerTakesTheTransportsLatency)
 {
     emu::CameraConfig config = freshConfig();
     config.latency = milliseconds(40);
-    emu::Camera camera(config);
+    emu::EmulatedCamera camera(config);
     ASSERT_TRUE(camera.start());
     GvcpClient host(config.address);
     const auto begin = std::chrono::steady_clock::now();

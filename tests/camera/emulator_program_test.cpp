@@ -170,7 +170,7 @@ TEST(EmulatorProgram, withoutAStatsFileTheCountersArePrinted)
 TEST(EmulatorProgram, exitCodesSayWhatWentWrong)
 {
     const std::string free = tests::freshLoopbackAddress();
-    emu::Camera occupant(freshConfig());
+    emu::EmulatedCamera occupant(freshConfig());
     ASSERT_TRUE(occupant.start());
     struct Case
     {

@@ -224,7 +224,7 @@ TEST_F(EmulatorProtocol, camerasOfOneProcessKeepApart)
 {
     emu::CameraConfig config = freshConfig();
     config.serial = "SN-2";
-    emu::Camera second(config);
+    emu::EmulatedCamera second(config);
     ASSERT_TRUE(second.start());
     GvcpClient secondHost(config.address);
     second.pokeWord(0x20000, 2);
@@ -236,7 +236,7 @@ TEST_F(EmulatorProtocol, camerasOfOneProcessKeepApart)
 
 TEST_F(EmulatorProtocol, anAddressIsTakenOnce)
 {
-    emu::Camera twin(camera.config());
+    emu::EmulatedCamera twin(camera.config());
     const auto result = twin.start();
     EXPECT_EQ(result.code, emu::StartCode::CannotBind);
     EXPECT_NE(result.message.find(camera.config().address), std::string::npos) << result.message;
@@ -246,9 +246,9 @@ TEST_F(EmulatorProtocol, camerasShareTheBroadcastAddress)
 {
     emu::CameraConfig config = freshConfig();
     config.broadcast = true;
-    emu::Camera first(config);
+    emu::EmulatedCamera first(config);
     config.address = tests::freshLoopbackAddress();
-    emu::Camera second(config);
+    emu::EmulatedCamera second(config);
     EXPECT_TRUE(first.start());
     const auto result = second.start();
     EXPECT_TRUE(result) << result.message;

@@ -23,7 +23,7 @@ TEST(EmulatorRealDescriptions, areServedAndSeeded)
         emu::CameraConfig config = freshConfig();
         config.descriptionFile = entry.path().string();
         config.seed = R"({"nodes": {"DeviceFirmwareVersion": "1.2.3"}})";
-        emu::Camera camera(config);
+        emu::EmulatedCamera camera(config);
         const auto started = camera.start();
         ASSERT_TRUE(started) << started.message;
         GvcpClient host(config.address);

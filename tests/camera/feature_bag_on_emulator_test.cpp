@@ -1,5 +1,5 @@
 // Feature files through the C functions, over UDP to an emulated camera.
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 #include "gvcp/Gvcp.h"
 #include "support/LoopbackAddress.h"
 
@@ -67,7 +67,7 @@ protected:
         return std::count(all.begin(), all.end(), line) > 0;
     }
 
-    emu::Camera camera;
+    emu::EmulatedCamera camera;
     KX_HANDLE handle = nullptr;
     std::string folder, file;
 };

@@ -1,5 +1,5 @@
 // The feature bag over nodes that a test makes up: what is saved in which order, and how a file is applied.
-#include "KXCameraControl/FeatureBag.h"
+#include "KXCameraControl/bag/FeatureBag.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The line to a camera, against an emulated one.
+#include "KXCameraControl/ports/gige/GvcpPort.h"
 #include "camera/GvcpClient.h"
-#include "camera_emulator/Camera.h"
-#include "ports/GvcpPort.h"
+#include "camera_emulator/EmulatedCamera.h"
 #include "support/LoopbackAddress.h"
 
 #include <gtest/gtest.h>
@@ -51,7 +51,7 @@ protected:
         return reason.wait_for(std::chrono::seconds(5)) == std::future_status::ready ? reason.get() : KX_OK;
     }
 
-    emu::Camera camera;
+    emu::EmulatedCamera camera;
     std::atomic<int> losses{0};
     std::promise<KX_Status> lost;
     kx::GvcpPort port; // goes first: its thread uses what stands above

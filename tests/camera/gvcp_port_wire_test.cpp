@@ -1,6 +1,6 @@
 // What the line to a camera sends, and what it makes of answers that a well-behaved camera never gives.
+#include "KXCameraControl/ports/gige/GvcpPort.h"
 #include "camera/ScriptedCamera.h"
-#include "ports/GvcpPort.h"
 
 #include <gtest/gtest.h>
 

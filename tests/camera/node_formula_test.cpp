@@ -1,7 +1,7 @@
 // Formulas of the nodes: exact results and exact complaints, and agreement with another evaluator where that
 // one is right (it fails on a division by zero in a branch that is not taken, and takes no functions in
 // integer formulas).
-#include "Formula.h"
+#include "KXCameraControl/nodes/Formula.h"
 
 #include <arv.h>
 #include <gtest/gtest.h>

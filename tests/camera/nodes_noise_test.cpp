@@ -1,6 +1,6 @@
 // Descriptions whose parts were exchanged, renamed and torn out at random: whatever they say, every call on
 // every node ends, with a status that speaks of the node.
-#include "NodeTable.h"
+#include "KXCameraControl/nodes/NodeTable.h"
 #include "camera/EveryNodeKind.h"
 
 #include <random>

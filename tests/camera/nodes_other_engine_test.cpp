@@ -1,6 +1,6 @@
 // The same descriptions over the same registers, read by another GenICam engine: what both can read, both
 // read alike. Real descriptions come from the folder that KX_DESCRIPTIONS names.
-#include "NodeValues.h"
+#include "KXCameraControl/nodes/NodeValues.h"
 #include "camera/EveryNodeKind.h"
 #include "camera_emulator/BuiltIn.h"
 

@@ -1,7 +1,7 @@
 // Descriptions of real cameras, from the folder that KX_DESCRIPTIONS names: every one loads, and reading
 // every feature from a camera whose memory is all zeros neither crashes nor hangs nor ends in anything but a
 // status that speaks of the feature.
-#include "NodeTable.h"
+#include "KXCameraControl/nodes/NodeTable.h"
 #include "camera/FakePort.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // What is read from the wire and what from memory.
-#include "ReadMemo.h"
+#include "KXCameraControl/nodes/ReadMemo.h"
 #include "camera/EveryNodeKind.h"
 
 namespace

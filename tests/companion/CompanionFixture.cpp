@@ -124,14 +124,14 @@ CompanionTest::CompanionTest()
 
 CompanionTest::~CompanionTest() = default;
 
-emu::Camera& CompanionTest::addCamera(const std::string& serial, const Configure& configure)
+emu::EmulatedCamera& CompanionTest::addCamera(const std::string& serial, const Configure& configure)
 {
     emu::CameraConfig config;
     config.address = freshLoopbackAddress();
     config.serial = serial;
     if (configure)
         configure(config);
-    emu::Camera& camera = m_cameras.emplace_back(config);
+    emu::EmulatedCamera& camera = m_cameras.emplace_back(config);
     const emu::StartResult started = camera.start();
     EXPECT_TRUE(started) << started.message;
     m_addresses += QByteArray::fromStdString(config.address);
@@ -151,14 +151,14 @@ QByteArray CompanionTest::fileText(const std::string& name) const
     return file.readAll();
 }
 
-void CompanionTest::awaitRequests(const emu::Camera& camera, uint64_t count)
+void CompanionTest::awaitRequests(const emu::EmulatedCamera& camera, uint64_t count)
 {
     ASSERT_TRUE(
         camera.waitFor([count](const emu::Counters& counters) { return counters.requests() >= count; },
                        std::chrono::seconds(20)));
 }
 
-uint32_t CompanionTest::controlOf(const emu::Camera& camera)
+uint32_t CompanionTest::controlOf(const emu::EmulatedCamera& camera)
 {
     return camera.peekWord(gvcp::RegControlPrivilege);
 }

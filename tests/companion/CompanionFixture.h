@@ -2,8 +2,8 @@
 // program.
 #pragma once
 
-#include "camera_emulator/Camera.h"
-#include "iefeatures/Companion.h"
+#include "camera_emulator/EmulatedCamera.h"
+#include "iefeatures/commands/Companion.h"
 #include "support/QtPrinting.h"
 
 #include <QByteArray>
@@ -71,7 +71,7 @@ protected:
 
     using Configure = std::function<void(emu::CameraConfig&)>;
     // Starts a camera on an address of its own; the companion is told of it. In the order of the addresses.
-    emu::Camera& addCamera(const std::string& serial, const Configure& configure = {});
+    emu::EmulatedCamera& addCamera(const std::string& serial, const Configure& configure = {});
 
     std::string folder() const { return m_folder.path().toStdString(); }
     std::string path(const std::string& name) const { return folder() + "/" + name; }
@@ -79,11 +79,11 @@ protected:
     QByteArray fileText(const std::string& name) const;
 
     // Until `count` requests have come. Fails the test when they do not.
-    static void awaitRequests(const emu::Camera& camera, uint64_t count);
-    static uint32_t controlOf(const emu::Camera& camera);
+    static void awaitRequests(const emu::EmulatedCamera& camera, uint64_t count);
+    static uint32_t controlOf(const emu::EmulatedCamera& camera);
 
 private:
-    std::list<emu::Camera> m_cameras;
+    std::list<emu::EmulatedCamera> m_cameras;
     QByteArrayList m_addresses;
     QTemporaryDir m_folder;
 };

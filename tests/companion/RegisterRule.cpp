@@ -18,7 +18,7 @@ quint32 exchanged(quint32 word)
 
 // Fills the words of a register as an export reads it over GigE Vision: an address that is no multiple of 4
 // gives the first word alone, with its halves exchanged.
-void readWords(const emu::Camera& camera, qint64 address, qint64 length, QVector<quint32>& words)
+void readWords(const emu::EmulatedCamera& camera, qint64 address, qint64 length, QVector<quint32>& words)
 {
     const auto start = static_cast<uint32_t>(address);
     if (address % 4 != 0) {
@@ -58,7 +58,7 @@ QString converted(QString formula, const QString& raw)
 
 } // namespace
 
-QStringList registerDifferences(const ie::ComplexFeature& feature, const emu::Camera& camera)
+QStringList registerDifferences(const ie::ComplexFeature& feature, const emu::EmulatedCamera& camera)
 {
     if (feature.length <= 0)
         return {"length " + QString::number(feature.length)};

@@ -1,6 +1,6 @@
 #include "companion/ImportCompanion.h"
-#include "iefeatures/AuditLog.h"
-#include "iefeatures/OperatingSystem.h"
+#include "iefeatures/console/OperatingSystem.h"
+#include "iefeatures/imports/AuditLog.h"
 
 #include <nlohmann/json.hpp>
 
@@ -50,7 +50,8 @@ protected:
 
 TEST_F(Audit, TellsWhenWhoWhatWhichCameraAndWhatChanged)
 {
-    emu::Camera& camera = addCamera("S1", [](emu::CameraConfig& config) { config.userName = "Gate 3"; });
+    emu::EmulatedCamera& camera =
+        addCamera("S1", [](emu::CameraConfig& config) { config.userName = "Gate 3"; });
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     ASSERT_EQ(camera.setNode("TestPattern", int64_t(1)), "");
@@ -110,7 +111,7 @@ TEST_F(Audit, HasALineForEachCameraAndKeepsTheOldOnes)
 
 TEST_F(Audit, TellsWhatAFeatureBagChanged)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1", {"--format", "bag"});
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     ASSERT_EQ(import(file, {"--all", "--format", "bag"}).code, 0);
@@ -122,7 +123,7 @@ TEST_F(Audit, TellsWhatAFeatureBagChanged)
 
 TEST_F(Audit, KnowsNoFirmwareOfACameraThatCannotBeOpened)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     camera.stealControl();
     EXPECT_EQ(import("missing.fpk").code, 1);
     const json line = lines().front();
@@ -142,7 +143,7 @@ TEST_F(Audit, IsSwitchedOff)
 
 TEST_F(Audit, ThatCannotBeWrittenFailsNoImport)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     write("user-data", "a file where the folder should be");

@@ -1,7 +1,7 @@
 // Which calls an interrupt still lets through, and what is counted of the others.
 #include "companion/CompanionFixture.h"
-#include "iefeatures/CallWatch.h"
-#include "iefeatures/CameraConnection.h"
+#include "iefeatures/cameras/CameraConnection.h"
+#include "iefeatures/running/CallWatch.h"
 
 using companion::CallWatch;
 using companion::CameraConnection;
@@ -49,7 +49,7 @@ protected:
     bool isInterrupted = false;
 
 private:
-    std::vector<companion::Camera> m_cameras;
+    std::vector<companion::ListedCamera> m_cameras;
     std::unique_ptr<CallWatch> m_watch;
     std::unique_ptr<CameraConnection> m_line;
 };

@@ -81,7 +81,7 @@ TEST_F(CheckCommand, ShowsWhatAnImportWouldDoWithTheCamerasOwnExport)
 
 TEST_F(CheckCommand, TakesNoControlAndWritesNothing)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("TestPattern", int64_t(1)), "");
     camera.pokeWord(kGainOfAll, 7);
@@ -103,7 +103,7 @@ TEST_F(CheckCommand, TakesNoControlAndWritesNothing)
 
 TEST_F(CheckCommand, WorksWhileAnotherHostControlsTheCamera)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("TestPattern", int64_t(1)), "");
     camera.stealControl();
@@ -123,7 +123,7 @@ TEST_F(CheckCommand, WorksWhileAnotherHostControlsTheCamera)
 
 TEST_F(CheckCommand, ADryRunIsThePlan)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("TestPattern", int64_t(1)), "");
     for (const Arguments& more : {Arguments{"--all"}, Arguments{"--all", "--json"}}) {
@@ -140,7 +140,7 @@ TEST_F(CheckCommand, ADryRunIsThePlan)
 // What a plan tells of each feature is what an import then does.
 TEST_F(CheckCommand, AnImportDoesWhatThePlanSays)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file =
         fileOf(feature("Height", "Integer", "16") + feature("TestPatternSeed", "Integer", "-5") +
                feature("SensorHeight", "Integer", "1025") + feature("Width", "Integer", "64000") +
@@ -182,7 +182,7 @@ TEST_F(CheckCommand, AnImportDoesWhatThePlanSays)
 
 TEST_F(CheckCommand, KnowsFeaturesThatAreThereInAModeOnly)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file =
         fileOf(feature("TriggerDelay", "Float", "2.500000") + feature("Width", "Integer", "320"));
     camera.pokeWord(kTransferLayerLock, 1);
@@ -202,7 +202,7 @@ TEST_F(CheckCommand, KnowsFeaturesThatAreThereInAModeOnly)
 
 TEST_F(CheckCommand, KnowsValuesThatTheCameraHasMadeFit)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = fileOf(feature("Width", "Integer", "330") + feature("Height", "Integer", "482"));
     camera.pokeWord(kWidth, 320); // its increment is 16
     const Result verify = run("verify", file);
@@ -215,7 +215,7 @@ TEST_F(CheckCommand, KnowsValuesThatTheCameraHasMadeFit)
 
 TEST_F(CheckCommand, NamesTheRegisterThatTheCameraRefuses)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = fileOf(feature("Height", "Integer", "16") + feature("Width", "Integer", "16"));
     emu::Faults faults;
     faults.refusals = {{kWidth, 4}};
@@ -231,7 +231,7 @@ TEST_F(CheckCommand, ChecksAllCamerasThoughSomeFail)
 {
     addCamera("S1");
     addCamera("S2", [](emu::CameraConfig& config) { config.model = "Other"; });
-    emu::Camera& taken = addCamera("S3");
+    emu::EmulatedCamera& taken = addCamera("S3");
     addCamera("S4");
     const std::string file = fileOf(feature("Height", "Integer", "16"));
     EXPECT_EQ(run("plan", file, {"--serial", "S1", "S4"}).code, 0);
@@ -264,7 +264,7 @@ TEST_F(CheckCommand, PrintsAnObjectALineForScripts)
 
 TEST_F(CheckCommand, ExitsByTheTable)
 {
-    const emu::Camera& camera = addCamera("S1");
+    const emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     for (const char* command : {"plan", "verify"}) {
         EXPECT_EQ(run(command, file, {}).code, 2);
@@ -285,7 +285,7 @@ TEST_F(CheckCommand, ExitsByTheTable)
 
 TEST_F(CheckCommand, EndsProperlyOnCtrlC)
 {
-    const emu::Camera& camera =
+    const emu::EmulatedCamera& camera =
         addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
     const std::string file = exported("S1");
     const uint64_t before = camera.counters().requests();
@@ -302,7 +302,7 @@ TEST_F(CheckCommand, EndsProperlyOnCtrlC)
 
 TEST_F(CheckCommand, RunsAsAProgram)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("TestPattern", int64_t(1)), "");
     const auto code = [&](const char* command) {

@@ -18,7 +18,7 @@ namespace
 
 constexpr uint32_t kGainOfAll = 77824;
 
-int64_t heightOf(const emu::Camera& camera)
+int64_t heightOf(const emu::EmulatedCamera& camera)
 {
     return std::get<int64_t>(camera.node("Height").value());
 }
@@ -49,10 +49,10 @@ protected:
 
 TEST_F(Clone, SetsSixteenCamerasOfWhichThreeFail)
 {
-    emu::Camera& source = addCamera("Source");
+    emu::EmulatedCamera& source = addCamera("Source");
     ASSERT_EQ(source.setNode("Height", int64_t(240)), "");
     source.pokeWord(kGainOfAll, 77);
-    std::vector<emu::Camera*> targets;
+    std::vector<emu::EmulatedCamera*> targets;
     tests::Arguments arguments{"--from", "Source", "--yes", "--json", "--to"};
     for (int i = 10; i < 26; ++i) {
         const std::string serial = "T" + std::to_string(i);
@@ -84,8 +84,8 @@ TEST_F(Clone, SetsSixteenCamerasOfWhichThreeFail)
 
 TEST_F(Clone, ShowsThePlanAndAsks)
 {
-    emu::Camera& source = addCamera("S1");
-    emu::Camera& target = addCamera("S2");
+    emu::EmulatedCamera& source = addCamera("S1");
+    emu::EmulatedCamera& target = addCamera("S2");
     ASSERT_EQ(source.setNode("Height", int64_t(240)), "");
     target.resetCounters();
     const Result no = clone({"--from", "S1", "--to", "S2"}, "");
@@ -103,7 +103,7 @@ TEST_F(Clone, ShowsThePlanAndAsks)
 TEST_F(Clone, AsksNobodyWhereThereIsNoTerminal)
 {
     addCamera("S1");
-    emu::Camera& target = addCamera("S2");
+    emu::EmulatedCamera& target = addCamera("S2");
     tests::Program program({"clone", "--from", "S1", "--to", "S2"});
     program.start();
     const Result run = program.finish();
@@ -114,8 +114,8 @@ TEST_F(Clone, AsksNobodyWhereThereIsNoTerminal)
 
 TEST_F(Clone, TakesSnapshotsAndSavesUserSets)
 {
-    emu::Camera& source = addCamera("S1");
-    emu::Camera& target = addCamera("S2");
+    emu::EmulatedCamera& source = addCamera("S1");
+    emu::EmulatedCamera& target = addCamera("S2");
     ASSERT_EQ(source.setNode("Height", int64_t(240)), "");
     QDir().mkdir(QString::fromStdString(path("snapshots")));
     const Result run = clone({"--from", "S1", "--to", "S2", "--yes", "--snapshot", path("snapshots"),
@@ -146,8 +146,8 @@ TEST_F(Clone, NamesTheSourceInTheAuditLog)
 
 TEST_F(Clone, SetsNobodyWhenTheSourceCannotBeExported)
 {
-    emu::Camera& source = addCamera("S1");
-    emu::Camera& target = addCamera("S2");
+    emu::EmulatedCamera& source = addCamera("S1");
+    emu::EmulatedCamera& target = addCamera("S2");
     source.stealControl();
     const Result run = clone({"--from", "S1", "--to", "S2", "--yes"});
     EXPECT_EQ(run.code, 1);
@@ -159,7 +159,7 @@ TEST_F(Clone, SetsNobodyWhenTheSourceCannotBeExported)
 
 TEST_F(Clone, WantsTheCamerasNamed)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const Result same = clone({"--from", "S1", "--to", "S1", "--yes"});
     EXPECT_EQ(same.code, 2);
     EXPECT_EQ(same.err, "--from and --to name one camera: S1\n");
@@ -173,7 +173,7 @@ TEST_F(Clone, WantsTheCamerasNamed)
 // Two companions at once: the other one has the camera open all the while.
 TEST_F(Clone, IsRefusedByACameraThatAnotherCompanionSets)
 {
-    emu::Camera& camera =
+    emu::EmulatedCamera& camera =
         addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
     const std::string file = exported("S1");
     camera.resetCounters();

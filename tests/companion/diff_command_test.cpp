@@ -1,6 +1,6 @@
 // iefeatures diff: files in golden texts, emulated cameras in what they have differently.
 #include "companion/ImportCompanion.h"
-#include "iefeatures/NamePatterns.h"
+#include "iefeatures/compare/NamePatterns.h"
 
 #include <nlohmann/json.hpp>
 
@@ -203,7 +203,7 @@ TEST(NamePatterns, KnowWhatChangesByItselfAndWhatIsASetting)
 
 TEST_F(DiffOfCameras, ComparesACameraWithItsFile)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     const Result same = diff(path(file), "serial:S1");
     EXPECT_EQ(same.code, 0) << same.out;
@@ -224,7 +224,7 @@ TEST_F(DiffOfCameras, ComparesACameraWithItsFile)
 
 TEST_F(DiffOfCameras, NamesEntriesOfFilesByTheCameraOnTheOtherSide)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("PixelFormat", std::string("Mono12")), "");
     const auto json = nlohmann::json::parse(diff("serial:S1", path(file), {"--json"}).out);
@@ -236,7 +236,7 @@ TEST_F(DiffOfCameras, NamesEntriesOfFilesByTheCameraOnTheOtherSide)
 
 TEST_F(DiffOfCameras, LeavesOutWhatCannotBeWrittenNow)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("Width", int64_t(16)), "");
     ASSERT_EQ(camera.setNode("TLParamsLocked", int64_t(1)), ""); // Width is read-only meanwhile
@@ -250,8 +250,10 @@ TEST_F(DiffOfCameras, LeavesOutWhatCannotBeWrittenNow)
 
 TEST_F(DiffOfCameras, ComparesTwoAtOnceByNameAndAddress)
 {
-    emu::Camera& first = addCamera("S1", [](emu::CameraConfig& config) { config.userName = "Gate 3"; });
-    const emu::Camera& second = addCamera("S2", [](emu::CameraConfig& config) { config.model = "EMU-2"; });
+    emu::EmulatedCamera& first =
+        addCamera("S1", [](emu::CameraConfig& config) { config.userName = "Gate 3"; });
+    const emu::EmulatedCamera& second =
+        addCamera("S2", [](emu::CameraConfig& config) { config.model = "EMU-2"; });
     ASSERT_EQ(first.setNode("Width", int64_t(16)), "");
     const Result run = diff("name:Gate 3", "address:" + second.config().address);
     EXPECT_EQ(run.code, 1) << run.err;
@@ -262,8 +264,8 @@ TEST_F(DiffOfCameras, ComparesTwoAtOnceByNameAndAddress)
 
 TEST_F(DiffOfCameras, KeepsTheExportsOfCamerasApartThatAreAlike)
 {
-    emu::Camera& first = addCamera("S1");
-    const emu::Camera& second = addCamera("S1");
+    emu::EmulatedCamera& first = addCamera("S1");
+    const emu::EmulatedCamera& second = addCamera("S1");
     ASSERT_EQ(first.setNode("Width", int64_t(16)), "");
     const Result run = diff("address:" + first.config().address, "address:" + second.config().address);
     EXPECT_THAT(table(run), HasSubstr("\ndiffers  Width    16  640\n1 different"));
@@ -297,7 +299,7 @@ TEST_F(DiffOfCameras, NeedsOneCameraForASide)
 
 TEST_F(DiffOfCameras, FailsWhenACameraCannotBeExported)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     camera.stealControl();
     const Result run = diff(path(file), "serial:S1");
@@ -308,7 +310,7 @@ TEST_F(DiffOfCameras, FailsWhenACameraCannotBeExported)
 
 TEST_F(DiffOfCameras, AsksNoCameraWhenTheFileIsNoGood)
 {
-    const emu::Camera& camera = addCamera("S1");
+    const emu::EmulatedCamera& camera = addCamera("S1");
     const Result run = diff("serial:S1", path("missing"));
     EXPECT_EQ(run.code, 6);
     EXPECT_EQ(camera.counters().writeReg, 0u);
@@ -316,7 +318,7 @@ TEST_F(DiffOfCameras, AsksNoCameraWhenTheFileIsNoGood)
 
 TEST_F(DiffOfCameras, EndsOnCtrlC)
 {
-    const emu::Camera& camera =
+    const emu::EmulatedCamera& camera =
         addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
     std::thread person([&] {
         awaitRequests(camera, 100);
@@ -340,7 +342,7 @@ TEST_F(DiffOfCameras, FindsNothingBetweenAnExportAndTheCameraOfARealDescription)
         std::cout << "SKIPPED: KX_DESCRIPTIONS names no folder with descriptions.\n";
     int compared = 0;
     for (const QString& name : names) {
-        const emu::Camera& camera = addCamera("R" + name.left(12).toStdString(), [&](auto& config) {
+        const emu::EmulatedCamera& camera = addCamera("R" + name.left(12).toStdString(), [&](auto& config) {
             config.descriptionFile = descriptions.filePath(name).toStdString();
         });
         const std::string address = camera.config().address;
@@ -365,7 +367,7 @@ TEST(DiffOfFiles, IsNoAnswerWhenTheDifferencesAreLost)
 
 TEST_F(DiffOfCameras, WorksAsAProgram)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     camera.pokeWord(kGainOfAll, 7);
     Program program({"diff", path(file), "serial:S1", "--json"});

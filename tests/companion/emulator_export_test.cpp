@@ -1,6 +1,6 @@
 // The export of the emulator's own camera, byte for byte and line for line, against what was worked out from
 // its description (tests/data/emulator_export.md).
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 #include "support/LoopbackAddress.h"
 #include "support/QtPrinting.h"
 #include "support/RealExport.h"
@@ -50,14 +50,14 @@ protected:
     EmulatorExport()
     {
         config.address = tests::freshLoopbackAddress();
-        camera = std::make_unique<emu::Camera>(config);
+        camera = std::make_unique<emu::EmulatedCamera>(config);
         const auto started = camera->start();
         EXPECT_TRUE(started) << started.message;
         EXPECT_EQ(camera->seedProblems(), std::vector<std::string>());
     }
 
     emu::CameraConfig config;
-    std::unique_ptr<emu::Camera> camera;
+    std::unique_ptr<emu::EmulatedCamera> camera;
     QTemporaryDir folder;
 };
 

@@ -1,7 +1,7 @@
 #include "companion/CompanionFixture.h"
-#include "iefeatures/JobBatch.h"
+#include "iefeatures/running/JobBatch.h"
 
-#include <QOperateThread.h>
+#include "jobs/worker/QOperateThread.h"
 #include <SuiteTools/SuiteTools.h>
 
 #include <QRegularExpression>
@@ -57,7 +57,7 @@ TEST_F(ExportCommand, WritesAFileOfEachCameraAndPrintsALineForEach)
 
 TEST_F(ExportCommand, CountsTheRequestsThatTheCameraGot)
 {
-    const emu::Camera& camera = addCamera("S1");
+    const emu::EmulatedCamera& camera = addCamera("S1");
     const Result run = runInProcess({"export", "--all", "--to", folder()});
     ASSERT_EQ(run.code, 0);
     // The search has asked two things as well: who is there, and whether it is in use. On a busy machine more
@@ -70,7 +70,7 @@ TEST_F(ExportCommand, CountsTheRequestsThatTheCameraGot)
 TEST_F(ExportCommand, PrintsTheSignalsAsJsonLines)
 {
     addCamera("S1");
-    emu::Camera& taken = addCamera("S2");
+    emu::EmulatedCamera& taken = addCamera("S2");
     taken.stealControl();
     const Result one = runInProcess({"export", "--serial", "S1", "--to", folder(), "--json"});
     EXPECT_EQ(one.code, 0);
@@ -99,7 +99,7 @@ TEST_F(ExportCommand, GivesDevicesTheNumbersOfTheList)
 
 TEST_F(ExportCommand, ChoosesByEverySelector)
 {
-    const emu::Camera& byAddress = addCamera("S1");
+    const emu::EmulatedCamera& byAddress = addCamera("S1");
     addCamera("S2", [](emu::CameraConfig& config) { config.userName = "门 2"; });
     addCamera("S3", [](emu::CameraConfig& config) { config.model = "Other"; });
     addCamera("S4");
@@ -112,7 +112,7 @@ TEST_F(ExportCommand, ChoosesByEverySelector)
 
 TEST_F(ExportCommand, DoesNothingWhenASelectorFitsNobody)
 {
-    const emu::Camera& camera = addCamera("S1");
+    const emu::EmulatedCamera& camera = addCamera("S1");
     const Result run = runInProcess({"export", "--serial", "S1", "S9", "--to", folder()});
     EXPECT_EQ(run.code, 3);
     EXPECT_EQ(run.out, "");
@@ -130,8 +130,8 @@ TEST_F(ExportCommand, FindsNoCameraAtAll)
 
 TEST_F(ExportCommand, RefusesTwoCamerasThatWouldWriteOneFile)
 {
-    const emu::Camera& one = addCamera("S1");
-    const emu::Camera& other = addCamera("S1");
+    const emu::EmulatedCamera& one = addCamera("S1");
+    const emu::EmulatedCamera& other = addCamera("S1");
     addCamera("S2");
     const Result run = runInProcess({"export", "--all", "--to", folder()});
     EXPECT_EQ(run.code, 2);
@@ -155,9 +155,9 @@ TEST_F(ExportCommand, RunsAsManyJobsAtOnceAsTheSuiteSupports)
 {
     struct Counter : companion::JobListener
     {
-        void begin(const companion::Camera&, unsigned) override { most = std::max(most, ++running); }
-        void info(const companion::Camera&, const QString&, bool) override {}
-        void end(const companion::Camera&, unsigned, const QString&) override
+        void begin(const companion::ListedCamera&, unsigned) override { most = std::max(most, ++running); }
+        void info(const companion::ListedCamera&, const QString&, bool) override {}
+        void end(const companion::ListedCamera&, unsigned, const QString&) override
         {
             --running;
             ++ended;

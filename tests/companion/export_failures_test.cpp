@@ -40,7 +40,7 @@ protected:
 
 TEST_F(ExportFailures, LeaveACameraAloneThatAnotherHostControls)
 {
-    emu::Camera& faulty = addCamera("Faulty");
+    emu::EmulatedCamera& faulty = addCamera("Faulty");
     addCamera("Sound");
     faulty.stealControl();
     const uint32_t control = controlOf(faulty);
@@ -81,7 +81,7 @@ TEST_F(ExportFailures, KeepTheFileOfAnEarlierExport)
 
 TEST_F(ExportFailures, NameAFolderThatIsMissing)
 {
-    const emu::Camera& camera = addCamera("S1");
+    const emu::EmulatedCamera& camera = addCamera("S1");
     const Result run = runInProcess({"export", "--all", "--to", path("missing"), "--json"});
     EXPECT_EQ(run.code, 1);
     EXPECT_EQ(run.out, "{\"signal\":\"begin\",\"device\":1,\"type\":3}\n"
@@ -131,7 +131,7 @@ TEST_F(ExportFailures, LeaveNoPartOfAFileThatCouldNotBeWrittenWhole)
 // Meant; but a person should know.
 TEST_F(ExportFailures, WarnWhenTheLineFailedAndAFileWasWrittenAllTheSame)
 {
-    emu::Camera& camera =
+    emu::EmulatedCamera& camera =
         addCamera("S1", [](emu::CameraConfig& config) { config.description = descriptionWithOneRegister(); });
     const Result sound = runInProcess({"export", "--all", "--to", folder()});
     ASSERT_EQ(sound.code, 0);

@@ -1,8 +1,8 @@
-#include "iefeatures/ExportSummary.h"
+#include "iefeatures/exports/ExportVerdict.h"
 
 #include "companion/CompanionFixture.h"
 
-#include <QOperateThread.h>
+#include "jobs/worker/QOperateThread.h"
 
 #include <QFile>
 
@@ -15,7 +15,7 @@ namespace
 class ExportSummary : public tests::CompanionTest
 {
 protected:
-    static Camera camera(const std::string& model, const std::string& serial)
+    static ListedCamera camera(const std::string& model, const std::string& serial)
     {
         return camerasFrom({tests::gigeEntry(model, serial)}).front();
     }

@@ -1,6 +1,6 @@
 // What an import would do and has done, verdict by verdict, over a camera library that answers from tables.
-#include "iefeatures/CheckReport.h"
-#include "iefeatures/FeatureCheck.h"
+#include "iefeatures/check/CameraCheck.h"
+#include "iefeatures/check/CheckReport.h"
 #include "support/QtPrinting.h"
 #include "support/ScriptedCamera.h"
 
@@ -59,9 +59,9 @@ protected:
 
     static tests::ScriptedDevice& device() { return tests::scriptedDevice("S1"); }
 
-    static companion::Camera camera(uint32_t transport = KX_TRANSPORT_GIGE)
+    static companion::ListedCamera camera(uint32_t transport = KX_TRANSPORT_GIGE)
     {
-        companion::Camera camera;
+        companion::ListedCamera camera;
         camera.device.stDeviceInfo = tests::deviceInfo(transport, "S1", "M");
         camera.model = "M";
         camera.serial = "S1";

@@ -27,7 +27,7 @@ protected:
 
 TEST_F(BagCommand, CarriesSettingsBothWays)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exportedBag();
     const QByteArray text = fileText(file);
     EXPECT_TRUE(text.startsWith("# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n"));
@@ -66,7 +66,7 @@ TEST_F(BagCommand, NamesWhatDidNotTakeWithTheReason)
 // The jobs themselves say nothing of a camera that they cannot open.
 TEST_F(BagCommand, TellsOfACameraThatCannotBeOpened)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exportedBag();
     camera.stealControl();
     const QByteArray before = fileText(file);
@@ -99,7 +99,7 @@ TEST_F(BagCommand, TakesOtherFilesForBadInput)
 // Names come from the camera.
 TEST_F(BagCommand, WritesNothingOutsideOfTheFolder)
 {
-    const emu::Camera& camera =
+    const emu::EmulatedCamera& camera =
         addCamera("S1", [](emu::CameraConfig& config) { config.model = "../elsewhere"; });
     QDir().mkdir(QString::fromStdString(path("to")));
     const Result save = tests::runInProcess({"export", "--all", "--to", path("to"), "--format", "bag"});
@@ -112,7 +112,7 @@ TEST_F(BagCommand, WritesNothingOutsideOfTheFolder)
 // The camera library takes paths as Latin-1; the bag would get another name than the one that was asked for.
 TEST_F(BagCommand, RefusesPathsThatTheCameraLibraryCannotBeTold)
 {
-    const emu::Camera& camera = addCamera("S1");
+    const emu::EmulatedCamera& camera = addCamera("S1");
     const std::string folderOnly = path("门");
     const Result save = tests::runInProcess({"export", "--all", "--to", folderOnly, "--format", "bag"});
     EXPECT_EQ(save.code, 2);

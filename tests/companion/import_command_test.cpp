@@ -12,7 +12,7 @@ using ImportCommand = tests::ImportCompanion;
 
 constexpr uint32_t kGainOfAll = 77824; // register of the gain, the first of three
 
-int64_t number(const emu::Camera& camera, const std::string& name)
+int64_t number(const emu::EmulatedCamera& camera, const std::string& name)
 {
     return std::get<int64_t>(camera.node(name).value());
 }
@@ -21,11 +21,11 @@ int64_t number(const emu::Camera& camera, const std::string& name)
 
 TEST_F(ImportCommand, SetsEveryCameraAsTheFileSays)
 {
-    std::vector<emu::Camera*> cameras;
+    std::vector<emu::EmulatedCamera*> cameras;
     for (const char* serial : {"S1", "S2", "S3", "S4"})
         cameras.push_back(&addCamera(serial));
     const std::string file = exported("S1");
-    for (emu::Camera* camera : cameras) {
+    for (emu::EmulatedCamera* camera : cameras) {
         ASSERT_EQ(camera->setNode("TestPattern", int64_t(1)), "");
         ASSERT_EQ(camera->setNode("ReverseY", int64_t(1)), "");
         ASSERT_EQ(camera->setNode("Height", int64_t(16)), "");
@@ -33,7 +33,7 @@ TEST_F(ImportCommand, SetsEveryCameraAsTheFileSays)
     }
     const Result run = import(file);
     EXPECT_EQ(run.code, 0);
-    for (emu::Camera* camera : cameras) {
+    for (emu::EmulatedCamera* camera : cameras) {
         EXPECT_EQ(number(*camera, "TestPattern"), 2);
         EXPECT_EQ(number(*camera, "ReverseY"), 0);
         EXPECT_EQ(number(*camera, "Height"), 480);
@@ -48,8 +48,8 @@ TEST_F(ImportCommand, SetsEveryCameraAsTheFileSays)
 
 TEST_F(ImportCommand, GoesOnWithTheOthersWhenOneFails)
 {
-    emu::Camera& taken = addCamera("S1");
-    emu::Camera& sound = addCamera("S2");
+    emu::EmulatedCamera& taken = addCamera("S1");
+    emu::EmulatedCamera& sound = addCamera("S2");
     addCamera("S3", [](emu::CameraConfig& config) { config.model = "Other"; });
     const std::string file = exported("S2");
     taken.stealControl();
@@ -100,7 +100,7 @@ TEST_F(ImportCommand, NamesTheFeaturesThatDidNotTakeTheirValue)
 // The camera refuses the register to hosts, reads and writes alike.
 TEST_F(ImportCommand, NamesTheRegistersThatDidNotTakeTheirValue)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     emu::Faults faults;
     faults.refusals = {{kGainOfAll + 4, 4}};
@@ -115,7 +115,7 @@ TEST_F(ImportCommand, NamesTheRegistersThatDidNotTakeTheirValue)
 // A write that fails at first and takes later has taken.
 TEST_F(ImportCommand, IsNotMisledByWhatSettlesLater)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     // The offset's largest value depends on the width: the file's offset does not fit before its width does.
     ASSERT_EQ(camera.setNode("OffsetX", int64_t(0)), "");
@@ -129,7 +129,7 @@ TEST_F(ImportCommand, IsNotMisledByWhatSettlesLater)
 
 TEST_F(ImportCommand, SaysWhenTheFileIsOfAnotherVersionAndAppliesIt)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file =
         altered(exported("S1"), "<FeaturesFile version=\"1.0.0\">", "<FeaturesFile version=\"0.9\">");
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
@@ -166,7 +166,7 @@ TEST_F(ImportCommand, TellsOfABrokenRegisterBlockWhatTheJobDoesNot)
 
 TEST_F(ImportCommand, TellsOfACameraThatVanishes)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     addCamera("S2");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
@@ -181,7 +181,7 @@ TEST_F(ImportCommand, TellsOfACameraThatVanishes)
 
 TEST_F(ImportCommand, DoesNothingWhenASelectorFitsNobody)
 {
-    const emu::Camera& camera = addCamera("S1");
+    const emu::EmulatedCamera& camera = addCamera("S1");
     const Result run = import("missing.fpk", {"--serial", "S1", "S9"});
     EXPECT_EQ(run.code, 3);
     EXPECT_EQ(run.err, "No camera has the serial number \"S9\".\n");
@@ -194,7 +194,7 @@ class BadFile : public ImportCommand, public ::testing::WithParamInterface<const
 
 TEST_P(BadFile, IsAFailureOfInput)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     write("empty", "");
     write("text", "Width = 640\n");
     write("half", fileText(exported("S1")).left(5000));

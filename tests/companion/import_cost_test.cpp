@@ -1,5 +1,5 @@
 // What an import costs on the camera library.
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 #include "support/LoopbackAddress.h"
 #include "support/QtPrinting.h"
 #include "support/RealExport.h"
@@ -51,7 +51,7 @@ protected:
     ImportCost()
     {
         config.address = tests::freshLoopbackAddress();
-        camera = std::make_unique<emu::Camera>(config);
+        camera = std::make_unique<emu::EmulatedCamera>(config);
         const auto started = camera->start();
         EXPECT_TRUE(started) << started.message;
         QString text = QString::fromUtf8(tests::exportCamera(config, folder.path()).file);
@@ -78,7 +78,7 @@ protected:
     }
 
     emu::CameraConfig config;
-    std::unique_ptr<emu::Camera> camera;
+    std::unique_ptr<emu::EmulatedCamera> camera;
     QTemporaryDir folder;
     QString file;
     int plain = 0;

@@ -34,7 +34,7 @@ const Case kCases[] = {
 class Incompatible : public tests::ImportCompanion
 {
 protected:
-    void expectUntouched(emu::Camera& camera, const std::string& file, const std::string& message)
+    void expectUntouched(emu::EmulatedCamera& camera, const std::string& file, const std::string& message)
     {
         // Everything that the file would set stands otherwise.
         ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
@@ -62,7 +62,7 @@ class IncompatibleFile : public Incompatible, public ::testing::WithParamInterfa
 
 TEST_P(IncompatibleFile, LeavesTheCameraUntouched)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = altered(exported("S1"), GetParam().text, GetParam().by);
     expectUntouched(camera, file, GetParam().message);
 }
@@ -74,13 +74,13 @@ TEST_F(Incompatible, LeavesACameraOfAnotherModelUntouched)
 {
     addCamera("S1");
     const std::string file = exported("S1");
-    emu::Camera& other = addCamera("S2", [](emu::CameraConfig& config) { config.model = "EMU-2"; });
+    emu::EmulatedCamera& other = addCamera("S2", [](emu::CameraConfig& config) { config.model = "EMU-2"; });
     expectUntouched(other, file, kMismatch);
 }
 
 TEST_F(Incompatible, LeavesACameraOfAnotherFirmwareUntouched)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("DeviceFirmwareVersion", std::string("9.9")), "");
     expectUntouched(camera, file, kMismatch);
@@ -88,7 +88,7 @@ TEST_F(Incompatible, LeavesACameraOfAnotherFirmwareUntouched)
 
 TEST_F(Incompatible, LeavesACameraOfAnotherBoardUntouched)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("BoardDeviceType", int64_t(9)), "");
     expectUntouched(camera, file, kMismatch);
@@ -96,7 +96,7 @@ TEST_F(Incompatible, LeavesACameraOfAnotherBoardUntouched)
 
 TEST_F(Incompatible, WouldHaveBeenSetByAFileThatFits)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     camera.resetCounters();

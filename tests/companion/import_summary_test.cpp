@@ -1,9 +1,9 @@
-#include "iefeatures/ImportSummary.h"
+#include "iefeatures/imports/ImportSummary.h"
 
 #include "companion/CompanionFixture.h"
-#include "iefeatures/ExitCode.h"
+#include "iefeatures/console/ExitCode.h"
 
-#include <QOperateThread.h>
+#include "jobs/worker/QOperateThread.h"
 
 using namespace companion;
 using State = ImportOutcome::State;

@@ -1,5 +1,5 @@
 #include "companion/CompanionFixture.h"
-#include "iefeatures/Interrupt.h"
+#include "iefeatures/console/Interrupt.h"
 
 #include <csignal>
 #include <thread>
@@ -20,14 +20,14 @@ constexpr uint64_t kMiddle = 100;
 class Interrupted : public CompanionTest
 {
 protected:
-    emu::Camera& addSlowCamera(const std::string& serial)
+    emu::EmulatedCamera& addSlowCamera(const std::string& serial)
     {
         return addCamera(serial,
                          [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
     }
 
     // Runs the command and raises the signal when the camera has got so many requests.
-    Result interruptAt(const emu::Camera& camera, uint64_t requests, int signal,
+    Result interruptAt(const emu::EmulatedCamera& camera, uint64_t requests, int signal,
                        const tests::Arguments& arguments)
     {
         std::thread person([&] {
@@ -48,8 +48,8 @@ class InterruptedBy : public Interrupted, public ::testing::WithParamInterface<i
 
 TEST_P(InterruptedBy, GivesTheCamerasBackAndLeavesNoFile)
 {
-    const emu::Camera& one = addSlowCamera("S1");
-    const emu::Camera& other = addSlowCamera("S2");
+    const emu::EmulatedCamera& one = addSlowCamera("S1");
+    const emu::EmulatedCamera& other = addSlowCamera("S2");
     const Result run = interruptAt(one, kMiddle, GetParam(), {"export", "--all", "--to", folder()});
     EXPECT_EQ(run.code, 130);
     EXPECT_EQ(filesInFolder(), QStringList());
@@ -66,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(Signals, InterruptedBy, ::testing::Values(SIGINT, SIGTE
 TEST_F(Interrupted, KeepsWhatWasDoneAndSaysSo)
 {
     addCamera("Fast");
-    const emu::Camera& slow = addSlowCamera("Slow");
+    const emu::EmulatedCamera& slow = addSlowCamera("Slow");
     const Result run = interruptAt(slow, kMiddle, SIGINT, {"export", "--all", "--to", folder(), "--json"});
     EXPECT_EQ(run.code, 130);
     EXPECT_EQ(filesInFolder(), QStringList{"EMU-1_Fast.fpk"});
@@ -84,7 +84,7 @@ TEST_F(Interrupted, KeepsWhatWasDoneAndSaysSo)
 // The job goes on when the read of its last registers is refused, and writes a file that lacks them.
 TEST_F(Interrupted, KeepsNoFileThatOnlyLooksWhole)
 {
-    const emu::Camera& camera = addCamera("S1", [](emu::CameraConfig& config) {
+    const emu::EmulatedCamera& camera = addCamera("S1", [](emu::CameraConfig& config) {
         config.description = tests::descriptionWithOneRegister();
         config.latency = std::chrono::milliseconds(100);
     });
@@ -105,7 +105,7 @@ TEST_F(Interrupted, KeepsNoFileThatOnlyLooksWhole)
 // Height has been read when the signal comes: it is still written. The registers behind it are not reached.
 TEST_F(Interrupted, EndsAnImportBehindTheFeatureInHand)
 {
-    emu::Camera& camera = addSlowCamera("S1");
+    emu::EmulatedCamera& camera = addSlowCamera("S1");
     ASSERT_EQ(runInProcess({"export", "--all", "--to", folder()}).code, 0);
     const std::string file = path("EMU-1_S1.fpk");
     ASSERT_EQ(camera.setNode("ReverseY", int64_t(1)), "");
@@ -132,7 +132,7 @@ TEST_F(Interrupted, StartsNoJobThatStillWaits)
 {
     for (int i = 0; i < 34; ++i)
         addSlowCamera("S" + std::to_string(100 + i));
-    const emu::Camera& first = addSlowCamera("S000");
+    const emu::EmulatedCamera& first = addSlowCamera("S000");
     const Result run = interruptAt(first, kMiddle, SIGINT, {"export", "--all", "--to", folder()});
     EXPECT_EQ(run.code, 130);
     EXPECT_THAT(run.out, EndsWith("\n0 exported, 32 failed, 3 not started\n"));
@@ -141,7 +141,7 @@ TEST_F(Interrupted, StartsNoJobThatStillWaits)
 
 TEST_F(Interrupted, GivesTheCameraBackInTheMiddleOfAnImport)
 {
-    emu::Camera& camera = addSlowCamera("S1");
+    emu::EmulatedCamera& camera = addSlowCamera("S1");
     ASSERT_EQ(runInProcess({"export", "--all", "--to", folder()}).code, 0);
     camera.setNode("AcquisitionFrameCount", int64_t(99)); // first in the pass of the numbers
     camera.setNode("Width", int64_t(16));                 // among the last

@@ -76,9 +76,10 @@ class ListOnTheWire : public CompanionTest
 
 TEST_F(ListOnTheWire, ShowsWhoIsThereInOneOrderAndTakesNothing)
 {
-    emu::Camera& second = addCamera("B2", [](emu::CameraConfig& config) { config.userName = "Gate 2"; });
-    emu::Camera& first = addCamera("A1", [](emu::CameraConfig& config) { config.model = "Other"; });
-    emu::Camera& third = addCamera("C3");
+    emu::EmulatedCamera& second =
+        addCamera("B2", [](emu::CameraConfig& config) { config.userName = "Gate 2"; });
+    emu::EmulatedCamera& first = addCamera("A1", [](emu::CameraConfig& config) { config.model = "Other"; });
+    emu::EmulatedCamera& third = addCamera("C3");
     second.stealControl();
     emu::Faults deaf;
     deaf.discoveryOnly = true;
@@ -109,7 +110,7 @@ TEST_F(ListOnTheWire, ShowsWhoIsThereInOneOrderAndTakesNothing)
                                                   {"address", third.config().address},
                                                   {"status", "unreachable"}}});
     EXPECT_EQ(list, expected);
-    for (const emu::Camera* camera : {&first, &second, &third})
+    for (const emu::EmulatedCamera* camera : {&first, &second, &third})
         EXPECT_EQ(camera->counters().writeReg, 0u);
     EXPECT_EQ(runInProcess({"list", "--json"}).out, run.out);
 }

@@ -1,6 +1,6 @@
 // iefeatures list --watch: over lists that a script gives, and as a program beside an emulated camera.
 #include "companion/CompanionFixture.h"
-#include "iefeatures/CameraWatch.h"
+#include "iefeatures/cameras/LineWatch.h"
 
 #include <nlohmann/json.hpp>
 
@@ -124,7 +124,7 @@ TEST(ListWatch, KeepsControlSequencesFromTheTerminal)
 
 TEST_F(WatchProgram, FollowsACameraUntilCtrlC)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     Program program({"list", "--watch", "--interval", "0.01"});
     program.start();
     const auto nextLine = [&] {

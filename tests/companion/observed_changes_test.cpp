@@ -1,4 +1,4 @@
-#include "iefeatures/ObservedChanges.h"
+#include "iefeatures/running/ObservedChanges.h"
 
 #include <gtest/gtest.h>
 

@@ -22,7 +22,7 @@ protected:
         return program.finish();
     }
 
-    emu::Camera& addSlowCamera(const std::string& serial)
+    emu::EmulatedCamera& addSlowCamera(const std::string& serial)
     {
         return addCamera(serial,
                          [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
@@ -33,7 +33,8 @@ protected:
 
 TEST_F(ProgramTest, ListsAndExports)
 {
-    const emu::Camera& camera = addCamera("S1", [](emu::CameraConfig& config) { config.userName = "门 1"; });
+    const emu::EmulatedCamera& camera =
+        addCamera("S1", [](emu::CameraConfig& config) { config.userName = "门 1"; });
     for (const char* serial : {"S2", "S3", "S4"})
         addCamera(serial);
     const Result list = runProgram({"list"});
@@ -60,7 +61,7 @@ TEST_F(ProgramTest, ExitsByTheTable)
 
 TEST_F(ProgramTest, ImportsAndExitsByTheTable)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     addCamera("S2", [](emu::CameraConfig& config) { config.model = "Other"; });
     const std::string file = path("EMU-1_S1.fpk");
     ASSERT_EQ(runProgram({"export", "--serial", "S1", "--to", folder()}).code, 0);
@@ -91,7 +92,7 @@ TEST_F(ProgramTest, NoticesThatItsResultsCannotBeWritten)
 
 TEST_F(ProgramTest, FinishesItsJobsWhenTheReaderOfItsResultsIsGone)
 {
-    const emu::Camera& camera = addSlowCamera("S1");
+    const emu::EmulatedCamera& camera = addSlowCamera("S1");
     Program program({"export", "--all", "--to", folder(), "--json"});
     QProcess reader;
     program.process().setStandardOutputProcess(&reader);
@@ -106,7 +107,7 @@ TEST_F(ProgramTest, FinishesItsJobsWhenTheReaderOfItsResultsIsGone)
 
 TEST_F(ProgramTest, EndsProperlyOnCtrlC)
 {
-    const emu::Camera& camera = addSlowCamera("S1");
+    const emu::EmulatedCamera& camera = addSlowCamera("S1");
     Program program({"export", "--all", "--to", folder()});
     program.start();
     awaitRequests(camera, 100);
@@ -121,7 +122,7 @@ TEST_F(ProgramTest, EndsProperlyOnCtrlC)
 
 TEST_F(ProgramTest, EndsAtOnceOnTheSecondCtrlC)
 {
-    emu::Camera& camera =
+    emu::EmulatedCamera& camera =
         addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(1); });
     Program program({"export", "--all", "--to", folder()});
     program.start();

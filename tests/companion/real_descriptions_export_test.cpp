@@ -1,13 +1,13 @@
 // Exports from emulated cameras that serve the descriptions of real ones, from the folder that
 // KX_DESCRIPTIONS names. What is in such a file has to agree with the camera, and what is missing has to be
 // explained.
-#include "FeaturesFile.h"
-#include "QOperateThread.h"
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 #include "companion/RegisterRule.h"
 #include "companion/WhyLeftOut.h"
 #include "gvcp/Gvcp.h"
 #include "jobs/QOperateThreadProbe.h"
+#include "jobs/file/FeaturesFile.h"
+#include "jobs/worker/QOperateThread.h"
 #include "support/LoopbackAddress.h"
 #include "support/QtPrinting.h"
 #include "support/RealExport.h"
@@ -163,7 +163,7 @@ void expectVisitOrder(const ie::FeaturesContent& content)
 }
 
 // Plain values as the camera library gives them, registers as they lie in the camera.
-void expectTheCamerasValues(const ie::FeaturesContent& content, const emu::Camera& camera)
+void expectTheCamerasValues(const ie::FeaturesContent& content, const emu::EmulatedCamera& camera)
 {
     const Connection connection(camera.config());
     for (const auto& entry : content.entries) {
@@ -191,7 +191,8 @@ void expectNoFile(const tests::ExportOutcome& outcome)
     EXPECT_EQ(outcome.log.value(outcome.log.size() - 1), "Get XML_NODE_FIRMWARE failed.");
 }
 
-void checkFile(const tests::ExportOutcome& outcome, const emu::Camera& camera, const Indexed& index, Row& row)
+void checkFile(const tests::ExportOutcome& outcome, const emu::EmulatedCamera& camera, const Indexed& index,
+               Row& row)
 {
     EXPECT_EQ(outcome.messages, QStringList());
     QDomDocument document;
@@ -211,7 +212,7 @@ void checkFile(const tests::ExportOutcome& outcome, const emu::Camera& camera, c
     expectExplanations(leftOut, index.probe.nodes, outcome.log);
 }
 
-Row exportOnce(emu::Camera& camera, const Indexed& index, const QString& name)
+Row exportOnce(emu::EmulatedCamera& camera, const Indexed& index, const QString& name)
 {
     Row row;
     row.name = name;
@@ -233,7 +234,7 @@ Row exportOnce(emu::Camera& camera, const Indexed& index, const QString& name)
 
 // Gives the registers of an export small values that differ from word to word, so that what is read from a
 // wrong place shows. The registers of GigE Vision stay as they are.
-void fillRegisters(const ie::FeaturesContent& content, emu::Camera& camera)
+void fillRegisters(const ie::FeaturesContent& content, emu::EmulatedCamera& camera)
 {
     for (const auto& entry : content.entries) {
         for (const ie::RegisterValue& value : entry.complex.values) {
@@ -249,7 +250,7 @@ void fillRegisters(const ie::FeaturesContent& content, emu::Camera& camera)
 QList<Row> tryDescription(const QFileInfo& description)
 {
     const Indexed index(description.filePath());
-    emu::Camera camera(configFor(description, index.probe.nodes));
+    emu::EmulatedCamera camera(configFor(description, index.probe.nodes));
     const auto started = camera.start();
     EXPECT_TRUE(started) << started.message;
     QList<Row> rows{exportOnce(camera, index, description.completeBaseName())};

@@ -40,7 +40,7 @@ protected:
 
 TEST_F(Rollback, BringsTheCameraBackToTheByte)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     write("other", fileText(exported("S1")));
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     ASSERT_EQ(camera.setNode("TestPatternSeed", int64_t(-5)), ""); // beyond what a features file brings back
@@ -75,7 +75,7 @@ TEST_F(Rollback, LoadsTheFeatureBagBeforeTheRegisters)
 
 TEST_F(Rollback, TellsWhatItCannotBringBack)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string snapshot = importedOver("S1", exported("S1"));
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     emu::Faults faults;
@@ -88,8 +88,8 @@ TEST_F(Rollback, TellsWhatItCannotBringBack)
 
 TEST_F(Rollback, RefusesTheSnapshotOfAnotherCamera)
 {
-    emu::Camera& camera = addCamera("S1");
-    emu::Camera& other = addCamera("S2");
+    emu::EmulatedCamera& camera = addCamera("S1");
+    emu::EmulatedCamera& other = addCamera("S2");
     const std::string snapshot = importedOver("S1", exported("S1"));
     ASSERT_EQ(other.setNode("Height", int64_t(16)), "");
     other.resetCounters();
@@ -106,7 +106,7 @@ TEST_F(Rollback, RefusesTheSnapshotOfAnotherCamera)
 TEST_F(Rollback, RefusesTheSnapshotOfAnotherModelEvenByForce)
 {
     addCamera("S1");
-    emu::Camera& other = addCamera("S2", [](emu::CameraConfig& config) { config.model = "Other"; });
+    emu::EmulatedCamera& other = addCamera("S2", [](emu::CameraConfig& config) { config.model = "Other"; });
     const std::string snapshot = importedOver("S1", exported("S1"));
     other.resetCounters();
     const Result run = rollback(snapshot, {"--serial", "S2", "--force"});
@@ -130,7 +130,7 @@ TEST_F(Rollback, NeedsASnapshotAndACamera)
 
 TEST_F(Rollback, IsInTheAuditLogWithBothFiles)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string snapshot = importedOver("S1", exported("S1"));
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     ASSERT_EQ(rollback(snapshot, {"--serial", "S1"}).code, 0);

@@ -1,6 +1,6 @@
 // What an import brings back: every feature of the emulated camera's export is changed behind the program's
 // back, alone and then all together.
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 #include "support/LoopbackAddress.h"
 #include "support/QtPrinting.h"
 #include "support/RealExport.h"
@@ -97,7 +97,7 @@ protected:
     RoundTrip()
     {
         config.address = tests::freshLoopbackAddress();
-        camera = std::make_unique<emu::Camera>(config);
+        camera = std::make_unique<emu::EmulatedCamera>(config);
         const auto started = camera->start();
         EXPECT_TRUE(started) << started.message;
         first = exported();
@@ -149,7 +149,7 @@ protected:
     }
 
     emu::CameraConfig config;
-    std::unique_ptr<emu::Camera> camera;
+    std::unique_ptr<emu::EmulatedCamera> camera;
     QTemporaryDir folder;
     QByteArray first;
     QString firstFile;

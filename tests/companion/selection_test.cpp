@@ -1,4 +1,4 @@
-#include "iefeatures/CameraSelection.h"
+#include "iefeatures/cameras/CameraSelection.h"
 
 #include "companion/CompanionFixture.h"
 
@@ -14,7 +14,7 @@ using tests::gigeEntry;
 namespace
 {
 
-std::vector<Camera> fourCameras()
+std::vector<ListedCamera> fourCameras()
 {
     return camerasFrom(
         {gigeEntry("A1", "100", "Gate 1", 0x7F000001), gigeEntry("A1", "200", "Gate 2", 0x7F000002),
@@ -24,13 +24,13 @@ std::vector<Camera> fourCameras()
 std::vector<int> ids(const CameraSelection::Choice& choice)
 {
     std::vector<int> result;
-    for (const Camera& camera : choice.cameras)
+    for (const ListedCamera& camera : choice.cameras)
         result.push_back(camera.device.nDeviceID);
     return result;
 }
 
 CameraSelection::Choice choose(const tests::Arguments& arguments,
-                               const std::vector<Camera>& cameras = fourCameras())
+                               const std::vector<ListedCamera>& cameras = fourCameras())
 {
     CLI::App app;
     CameraSelection selection;
@@ -53,7 +53,7 @@ TEST(Cameras, AreNumberedInTheOrderOfTheLibrary)
 TEST(Cameras, CarryTheLibrarysRecordForTheWorker)
 {
     const KX_DeviceEntry entry = gigeEntry("A1", "100", "", 0x0A000001, KX_AVAILABILITY_IN_USE);
-    const Camera camera = camerasFrom({entry}).front();
+    const ListedCamera camera = camerasFrom({entry}).front();
     EXPECT_EQ(std::memcmp(&camera.device.stDeviceInfo, &entry.info, sizeof entry.info), 0);
     EXPECT_EQ(camera.device.nStatus, 2);
 }
@@ -85,7 +85,7 @@ TEST(Cameras, AreDescribedByTheirTransport)
 
 TEST(Cameras, TakeTextsThatFillTheirFieldWithoutAZero)
 {
-    const Camera camera = camerasFrom({gigeEntry(std::string(32, 'm'), std::string(16, 's'))}).front();
+    const ListedCamera camera = camerasFrom({gigeEntry(std::string(32, 'm'), std::string(16, 's'))}).front();
     EXPECT_EQ(camera.model, QString(32, 'm'));
     EXPECT_EQ(camera.serial, QString(16, 's'));
 }

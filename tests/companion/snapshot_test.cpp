@@ -1,5 +1,5 @@
 #include "companion/ImportCompanion.h"
-#include "iefeatures/Snapshot.h"
+#include "iefeatures/imports/Snapshot.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -32,14 +32,14 @@ protected:
         return import(file, arguments);
     }
 
-    static uint64_t commandsOf(const emu::Camera& camera)
+    static uint64_t commandsOf(const emu::EmulatedCamera& camera)
     {
         const emu::Counters counters = camera.counters();
         return counters.readReg + counters.writeReg + counters.readMem + counters.writeMem;
     }
 };
 
-int64_t heightOf(const emu::Camera& camera)
+int64_t heightOf(const emu::EmulatedCamera& camera)
 {
     return std::get<int64_t>(camera.node("Height").value());
 }
@@ -48,7 +48,7 @@ int64_t heightOf(const emu::Camera& camera)
 
 TEST_F(SnapshotTest, HoldsWhatTheCameraWasSetToBefore)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     write("target", fileText(exported("S1")));
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     const QByteArray before = fileText(exported("S1"));
@@ -70,8 +70,8 @@ TEST_F(SnapshotTest, HoldsWhatTheCameraWasSetToBefore)
 
 TEST_F(SnapshotTest, IsTakenOfEveryCameraBeforeTheFirstWrite)
 {
-    emu::Camera& one = addCamera("S1");
-    emu::Camera& other = addCamera("S2");
+    emu::EmulatedCamera& one = addCamera("S1");
+    emu::EmulatedCamera& other = addCamera("S2");
     const std::string file = exported("S1");
     ASSERT_EQ(one.setNode("Height", int64_t(16)), "");
     ASSERT_EQ(other.setNode("Height", int64_t(32)), "");
@@ -85,8 +85,8 @@ TEST_F(SnapshotTest, IsTakenOfEveryCameraBeforeTheFirstWrite)
 
 TEST_F(SnapshotTest, ThatFailsKeepsTheCameraAsItIsAndTheOthersGoOn)
 {
-    emu::Camera& taken = addCamera("S1");
-    emu::Camera& sound = addCamera("S2");
+    emu::EmulatedCamera& taken = addCamera("S1");
+    emu::EmulatedCamera& sound = addCamera("S2");
     const std::string file = exported("S2");
     ASSERT_EQ(taken.setNode("Height", int64_t(16)), "");
     ASSERT_EQ(sound.setNode("Height", int64_t(16)), "");
@@ -106,7 +106,7 @@ TEST_F(SnapshotTest, ThatFailsKeepsTheCameraAsItIsAndTheOthersGoOn)
 
 TEST_F(SnapshotTest, WithoutAFolderToWriteIntoNothingIsImported)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     camera.resetCounters();
@@ -123,7 +123,7 @@ TEST_F(SnapshotTest, WithoutAFolderToWriteIntoNothingIsImported)
 // The camera library could not write the bag there.
 TEST_F(SnapshotTest, BeyondLatin1IsRefusedBeforeAnythingIsDone)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_TRUE(QDir().mkdir(QString::fromStdString(path("门"))));
     camera.resetCounters();
@@ -146,7 +146,7 @@ TEST_F(SnapshotTest, OfAModelBeyondLatin1IsFoundAgain)
 // A process of its own that may write no file beyond a few kilobytes.
 TEST_F(SnapshotTest, OnAFullDiskKeepsTheCameraAsItIs)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     const QByteArray target = fileText(file);
@@ -167,8 +167,8 @@ TEST_F(SnapshotTest, OnAFullDiskKeepsTheCameraAsItIs)
 
 TEST_F(SnapshotTest, OutlivesACameraThatVanishesBeforeTheImport)
 {
-    emu::Camera& camera = addCamera("S1");
-    emu::Camera& other = addCamera("S2");
+    emu::EmulatedCamera& camera = addCamera("S1");
+    emu::EmulatedCamera& other = addCamera("S2");
     const std::string file = exported("S2");
     camera.resetCounters();
     exported("S1");
@@ -200,7 +200,7 @@ TEST_F(SnapshotTest, OutlivesACameraThatVanishesBeforeTheImport)
 
 TEST_F(SnapshotTest, IsOfferedForTheWayBackWhenNotAllWasApplied)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file =
         altered(exported("S1"), feature("Width", "Integer", "640"), feature("Width", "Integer", "64000"));
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");

@@ -1,6 +1,6 @@
 // What a person at a terminal sees: the program's messages go to a pseudo terminal.
 #include "companion/CompanionFixture.h"
-#include "iefeatures/ImportedFeatures.h"
+#include "iefeatures/files/NamedFeatures.h"
 
 #include <QFile>
 
@@ -91,7 +91,7 @@ protected:
 
     PseudoTerminal terminal;
     Program program{{"clone", "--from", "S1", "--to", "S2"}, "export TERM=xterm;"};
-    emu::Camera* target;
+    emu::EmulatedCamera* target;
 };
 
 class OnATerminal : public CompanionTest

@@ -1,4 +1,4 @@
-#include "iefeatures/Text.h"
+#include "iefeatures/console/Text.h"
 
 #include "companion/CompanionFixture.h"
 

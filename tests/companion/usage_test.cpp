@@ -1,6 +1,6 @@
 #include "companion/CompanionFixture.h"
-#include "iefeatures/ExitCode.h"
-#include "iefeatures/NamePatterns.h"
+#include "iefeatures/compare/NamePatterns.h"
+#include "iefeatures/console/ExitCode.h"
 
 #include <SuiteTools/SuiteTools.h>
 

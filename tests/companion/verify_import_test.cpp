@@ -37,7 +37,7 @@ json entryOf(const json& verification, const std::string& feature)
 
 TEST_F(VerifiedImport, TellsWhatWasAppliedAndWhatWasSoBefore)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     camera.pokeWord(kGainOfAll, 7);
@@ -75,7 +75,7 @@ TEST_F(VerifiedImport, NamesWhatDidNotReachItsValueAndWhy)
 // The import takes all of these for well done.
 TEST_F(VerifiedImport, FindsWhatTheImportDoesNotNotice)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = altered(exported("S1"), feature("TestPatternSeed", "Integer", "3735928559"),
                                      feature("TestPatternSeed", "Integer", "4294967296"));
     const Result plain = import(file);
@@ -125,7 +125,7 @@ TEST_F(VerifiedImport, LeavesOutCamerasThatWereNotImportedInto)
 
 TEST_F(VerifiedImport, IsForFeaturesFiles)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1", {"--format", "bag"});
     camera.resetCounters();
     for (const char* option : {"--verify", "--persist=UserSet1"}) {
@@ -138,7 +138,7 @@ TEST_F(VerifiedImport, IsForFeaturesFiles)
 
 TEST_F(VerifiedImport, SavesIntoAUserSet)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const Result run = import(exported("S1"), {"--all", "--persist", "UserSet1"});
     EXPECT_EQ(run.code, 0);
     EXPECT_EQ(camera.peekWord(kUserSetSelector), 1u);
@@ -151,15 +151,15 @@ TEST_F(VerifiedImport, SavesIntoAUserSet)
 
 TEST_F(VerifiedImport, MakesTheUserSetTheOneAtPowerUp)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     EXPECT_EQ(import(exported("S1"), {"--all", "--persist", "UserSet1", "--start-up"}).code, 0);
     EXPECT_EQ(camera.peekWord(kUserSetDefault), 1u);
 }
 
 TEST_F(VerifiedImport, SavesNothingThatWasNotAllApplied)
 {
-    emu::Camera& camera = addCamera("S1");
-    emu::Camera& sound = addCamera("S2");
+    emu::EmulatedCamera& camera = addCamera("S1");
+    emu::EmulatedCamera& sound = addCamera("S2");
     const std::string file = exported("S1");
     emu::Faults faults;
     faults.refusals = {{kGainOfAll, 4}};
@@ -175,7 +175,7 @@ TEST_F(VerifiedImport, SavesNothingThatWasNotAllApplied)
 
 TEST_F(VerifiedImport, TellsOfAUserSetThatCannotBeSaved)
 {
-    emu::Camera& camera = addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
     const Result other = import(file, {"--all", "--persist", "UserSet9"});
     EXPECT_EQ(other.code, 1);

@@ -1,9 +1,9 @@
 // Opens the window's inside to tests: its fields as references.
 #pragma once
 
-#include "ImportExportFeaturesSelectedWidget.h"
-#include "MainWidget.h"
-#include "QOperateThread.h"
+#include "jobs/worker/QOperateThread.h"
+#include "window/ImportExportFeaturesSelectedWidget.h"
+#include "window/MainWidget.h"
 
 #include <DevListMgr/VELADeviceTree.h>
 #include <StyledCtl/ORBCustomControls.h>

@@ -1,6 +1,6 @@
 // The two settings of the window in the suite's shared file.
-#include "LocalConfig.h"
 #include "WindowFixture.h"
+#include "window/LocalConfig.h"
 
 namespace
 {

@@ -1,10 +1,10 @@
 // A person at the window, with cameras on the line: what is clicked, typed and seen, in both languages. Runs
 // on a real display where there is one; IE_SCREENSHOTS names a folder for pictures of what was seen.
-#include "MainWidget.h"
-#include "Startup.h"
-#include "Translations.h"
+#include "startup/Startup.h"
+#include "window/MainWidget.h"
+#include "window/Translations.h"
 
-#include "camera_emulator/Camera.h"
+#include "camera_emulator/EmulatedCamera.h"
 #include "support/LoopbackAddress.h"
 
 #include <StyledCtl/ORBCustomControls.h>
@@ -60,7 +60,7 @@ private:
     void back();
 
     QTemporaryDir m_folder;
-    std::vector<std::unique_ptr<emu::Camera>> m_cameras;
+    std::vector<std::unique_ptr<emu::EmulatedCamera>> m_cameras;
     std::unique_ptr<MainWidget> m_window;
     ORBCustomTableWidget* m_table = nullptr;
 };
@@ -168,7 +168,7 @@ void PersonTest::initTestCase()
         config.model = models[i].toStdString();
         config.serial = QString("C-%1").arg(i + 1, 3, 10, QChar('0')).toStdString();
         config.userName = QString("Line %1").arg(i + 1).toStdString();
-        m_cameras.push_back(std::make_unique<emu::Camera>(config));
+        m_cameras.push_back(std::make_unique<emu::EmulatedCamera>(config));
         const emu::StartResult started = m_cameras.back()->start();
         QVERIFY2(started, started.message.c_str());
         addresses.append(QString::fromStdString(config.address));

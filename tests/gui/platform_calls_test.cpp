@@ -1,5 +1,5 @@
 // What the platform's calls really do off Windows.
-#include "PlatformCalls.h"
+#include "startup/PlatformCalls.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The guards over a recorded table of platform calls: their order and arguments are the same on every system.
-#include "ProcessGuards.h"
+#include "startup/ProcessGuards.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -1,5 +1,5 @@
 // Which translations are in force after which of their files could be loaded.
-#include "Translations.h"
+#include "window/Translations.h"
 
 #include <StyledCtl/StyledCtl.h>
 

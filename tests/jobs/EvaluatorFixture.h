@@ -2,7 +2,7 @@
 // script, and one evaluator over both.
 #pragma once
 
-#include "RegisterEvaluator.h"
+#include "jobs/export/RegisterEvaluator.h"
 #include "support/QtPrinting.h"
 #include "support/Recorder.h"
 #include "support/RecordingSuiteTools.h"

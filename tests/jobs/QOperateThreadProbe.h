@@ -1,7 +1,7 @@
 // Opens a worker's inside to tests: its fields as references, its operations one by one.
 #pragma once
 
-#include "QOperateThread.h"
+#include "jobs/worker/QOperateThread.h"
 
 class QOperateThreadProbe
 {

@@ -1,5 +1,5 @@
 // The text of a features file: exact lines, and records that come back as they went in.
-#include "FeaturesFile.h"
+#include "jobs/file/FeaturesFile.h"
 #include "support/QtPrinting.h"
 #include "support/RecordingSuiteTools.h"
 

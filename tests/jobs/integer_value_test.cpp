@@ -1,7 +1,7 @@
 // Values of integer-like nodes: bit fields, registers, links and constants.
 #include "EvaluatorFixture.h"
 
-#include "JobMemory.h"
+#include "jobs/nodes/JobMemory.h"
 
 #include <cstdlib>
 

@@ -1,8 +1,8 @@
 // The block of raw registers behind one feature: bytes of the file, reads of the camera, log lines.
 #include "EvaluatorFixture.h"
 
-#include "JobMemory.h"
-#include "RegisterBlock.h"
+#include "jobs/export/RegisterBlock.h"
+#include "jobs/nodes/JobMemory.h"
 
 #include <SuiteTools/SuiteTools.h>
 

@@ -1,5 +1,5 @@
 // What foreign XML is refused before QDomDocument sees it.
-#include "XmlDepth.h"
+#include "jobs/file/XmlDepth.h"
 
 #include <QDomDocument>
 

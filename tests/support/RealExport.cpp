@@ -1,8 +1,8 @@
 #include "support/RealExport.h"
 
-#include "JobLog.h"
-#include "QOperateThread.h"
 #include "gvcp/Gvcp.h"
+#include "jobs/worker/JobLog.h"
+#include "jobs/worker/QOperateThread.h"
 
 #include <QFile>
 #include <QMutex>

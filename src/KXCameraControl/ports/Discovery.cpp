@@ -1,6 +1,6 @@
-#include "ports/Discovery.h"
+#include "KXCameraControl/ports/Discovery.h"
 
-#include "ports/Inquiry.h"
+#include "KXCameraControl/ports/gige/Inquiry.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -60,8 +59,5 @@ public:
     virtual uint64_t requestCount() const = 0;
     virtual std::string lastError() const = 0;
 };
-
-// Null for a transport that this build has no port for.
-std::unique_ptr<Port> makePort(const KX_DeviceInfo& device);
 
 } // namespace kx

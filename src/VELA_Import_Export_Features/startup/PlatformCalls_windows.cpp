@@ -1,4 +1,4 @@
-#include "PlatformCalls.h"
+#include "startup/PlatformCalls.h"
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-#include "ProcessGuards.h"
+#include "startup/ProcessGuards.h"
 
 #include <SuiteTools/SuiteTools.h>
 #include <SuiteTools/SuiteToolsWidgets.h>

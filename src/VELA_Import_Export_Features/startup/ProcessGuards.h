@@ -1,7 +1,7 @@
 // One copy at a time, and a trace of every crash; written once, against the platform's calls.
 #pragma once
 
-#include "PlatformCalls.h"
+#include "startup/PlatformCalls.h"
 
 namespace ProcessGuards
 {

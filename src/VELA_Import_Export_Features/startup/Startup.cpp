@@ -1,7 +1,7 @@
-#include "Startup.h"
+#include "startup/Startup.h"
 
-#include "PlatformCalls.h"
-#include "Translations.h"
+#include "startup/PlatformCalls.h"
+#include "window/Translations.h"
 
 #include <SuiteTools/SuiteTools.h>
 #include <SuiteTools/SuiteToolsWidgets.h>

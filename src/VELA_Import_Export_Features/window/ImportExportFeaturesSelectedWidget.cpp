@@ -1,6 +1,6 @@
-#include "ImportExportFeaturesSelectedWidget.h"
+#include "window/ImportExportFeaturesSelectedWidget.h"
 
-#include "LocalConfig.h"
+#include "window/LocalConfig.h"
 
 #include <QEvent>
 

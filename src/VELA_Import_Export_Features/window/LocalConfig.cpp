@@ -1,4 +1,4 @@
-#include "LocalConfig.h"
+#include "window/LocalConfig.h"
 
 #include <SuiteTools/SuiteTools.h>
 

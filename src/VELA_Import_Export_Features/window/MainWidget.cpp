@@ -1,10 +1,10 @@
 // Set-up, layout, texts and events of the window.
-#include "MainWidget.h"
+#include "window/MainWidget.h"
 
-#include "ImportExportFeaturesSelectedWidget.h"
-#include "LocalConfig.h"
-#include "QOperateThread.h"
-#include "Translations.h"
+#include "jobs/worker/QOperateThread.h"
+#include "window/ImportExportFeaturesSelectedWidget.h"
+#include "window/LocalConfig.h"
+#include "window/Translations.h"
 
 #include <DevListMgr/VELADeviceTree.h>
 #include <StyledCtl/ORBCustomControls.h>

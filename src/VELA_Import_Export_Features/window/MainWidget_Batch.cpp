@@ -1,7 +1,7 @@
 // Imports and exports of all ticked devices: start, progress, end.
-#include "MainWidget.h"
+#include "window/MainWidget.h"
 
-#include "QOperateThread.h"
+#include "jobs/worker/QOperateThread.h"
 
 #include <DevListMgr/VELADeviceTree.h>
 #include <StyledCtl/ORBCustomControls.h>

@@ -1,9 +1,9 @@
 // The device table: its set-up, its rows, who is shown and who is ticked.
-#include "MainWidget.h"
+#include "window/MainWidget.h"
 
-#include "ImportExportFeaturesSelectedWidget.h"
-#include "LocalConfig.h"
-#include "QOperateThread.h"
+#include "jobs/worker/QOperateThread.h"
+#include "window/ImportExportFeaturesSelectedWidget.h"
+#include "window/LocalConfig.h"
 
 #include <DevListMgr/VELADeviceTree.h>
 #include <StyledCtl/ORBCustomControls.h>

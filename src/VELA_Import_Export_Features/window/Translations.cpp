@@ -1,4 +1,4 @@
-#include "Translations.h"
+#include "window/Translations.h"
 
 #include <StyledCtl/StyledCtl.h>
 

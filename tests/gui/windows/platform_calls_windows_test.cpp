@@ -1,6 +1,6 @@
 // What the platform's calls do on Windows. Built by a cross compiler without Qt and without a test library;
 // each process of the test is this program again, told by its first argument what to be.
-#include "PlatformCalls.h"
+#include "startup/PlatformCalls.h"
 
 #include <windows.h>
 

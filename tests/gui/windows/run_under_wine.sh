@@ -11,9 +11,9 @@ done
 
 mkdir -p "$build"
 program="$build/platform_calls_windows_test.exe"
-startup="$root/src/VELA_Import_Export_Features/startup"
-"$compiler" -std=c++17 -O1 -Wall -Wextra -Werror -static -I"$startup" \
-    "$root/tests/gui/windows/platform_calls_windows_test.cpp" "$startup/PlatformCalls_windows.cpp" \
+sources="$root/src/VELA_Import_Export_Features"
+"$compiler" -std=c++17 -O1 -Wall -Wextra -Werror -static -I"$sources" \
+    "$root/tests/gui/windows/platform_calls_windows_test.cpp" "$sources/startup/PlatformCalls_windows.cpp" \
     -o "$program" -ldbghelp
 
 # The prefix is kept: making one takes longer than the test.

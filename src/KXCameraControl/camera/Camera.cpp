@@ -1,0 +1,188 @@
+#include "KXCameraControl/camera/Camera.h"
+
+#include "KXCameraControl/camera/PortFactory.h"
+
+#include "KXCameraControl/description/Description.h"
+
+#include <cstring>
+
+namespace kx
+{
+
+namespace
+{
+
+std::mutex factoryMutex;
+PortFactory factoryInUse;
+
+} // namespace
+
+void setPortFactory(PortFactory factory)
+{
+    const std::lock_guard<std::mutex> lock(factoryMutex);
+    factoryInUse = std::move(factory);
+}
+
+std::unique_ptr<Port> newPort(const KX_DeviceInfo& device)
+{
+    const std::lock_guard<std::mutex> lock(factoryMutex);
+    return factoryInUse ? factoryInUse(device) : makePort(device);
+}
+
+Camera::Camera(const KX_DeviceInfo& device, std::unique_ptr<Port> port)
+    : m_device(device), m_control(m_device), m_port(std::move(port))
+{
+    m_port->setConnectionLostHandler([this](KX_Status status) { connectionLost(status); });
+}
+
+Camera::~Camera()
+{
+    close();
+    // The port's thread calls back into this object: it must be gone before any other member.
+    m_port.reset();
+}
+
+KX_Status Camera::open(uint32_t accessMode, uint16_t switchOverKey)
+{
+    m_lost = false;
+    if (const KX_Status status = m_port->open(accessMode, switchOverKey))
+        return status;
+    m_readOnly = accessMode == KX_ACCESS_MONITOR;
+    if (!m_readOnly)
+        m_control.take();
+    const KX_Status status = loadNodes(m_readOnly);
+    if (status != KX_OK)
+        close();
+    return status;
+}
+
+// A description that cannot be fetched or used leaves an empty map; only a failed line is a failure.
+KX_Status Camera::loadNodes(bool readOnly)
+{
+    RegisterLine& line = *this;
+    auto nodes = std::make_unique<NodeMap>(line, readOnly);
+    m_memo.clear();
+    m_descriptionProblem.clear();
+    const KX_Status status = fetchDescription(*m_port, m_description, m_descriptionProblem);
+    if (status != KX_OK && status != KX_E_DESCRIPTION)
+        return status;
+    if (status == KX_OK && isParsable(m_description, m_descriptionProblem))
+        nodes->load(m_description, m_descriptionProblem);
+    m_nodes = std::move(nodes);
+    return KX_OK;
+}
+
+void Camera::close()
+{
+    m_nodes.reset();
+    m_memo.clear();
+    m_description.clear();
+    m_port->close();
+    m_control.release();
+    m_lost = false;
+}
+
+NodeMap& Camera::nodesForCall()
+{
+    m_memo.beginCall(ReadMemo::Clock::now());
+    return *m_nodes;
+}
+
+KX_Status Camera::readMemory(uint64_t address, void* data, size_t size)
+{
+    std::vector<uint8_t> bytes(size);
+    const KX_Status status = m_port->readMemory(address, bytes.data(), size);
+    if (status == KX_OK)
+        std::memcpy(data, bytes.data(), size);
+    return status;
+}
+
+KX_Status Camera::writeMemory(uint64_t address, const void* data, size_t size)
+{
+    m_memo.clear();
+    return m_readOnly ? KX_E_GC_ACCESS : m_port->writeMemory(address, data, size);
+}
+
+// Asks the memo, then the camera by `ask`.
+template <class Ask>
+KX_Status Camera::readRemembered(uint64_t address, void* data, size_t size, Ask ask)
+{
+    if (m_freshness != Freshness::Wire) {
+        if (const auto* known = m_memo.find(address, size)) {
+            std::memcpy(data, known->data(), size);
+            return KX_OK;
+        }
+    }
+    std::vector<uint8_t> bytes(size);
+    const KX_Status status = ask(bytes.data());
+    if (status != KX_OK)
+        return status;
+    std::memcpy(data, bytes.data(), size);
+    m_memo.store(address, std::move(bytes), m_freshness == Freshness::Keep, ReadMemo::Clock::now());
+    return KX_OK;
+}
+
+KX_Status Camera::readBlock(uint64_t address, void* data, size_t size)
+{
+    return readRemembered(address, data, size,
+                          [&](uint8_t* bytes) { return m_port->readMemory(address, bytes, size); });
+}
+
+KX_Status Camera::writeBlock(uint64_t address, const void* data, size_t size)
+{
+    return writeMemory(address, data, size);
+}
+
+// One description reads its four-byte registers always by register or always by memory command, so the two
+// never meet in the memo with different byte orders.
+KX_Status Camera::readRegister(uint64_t address, uint32_t& value)
+{
+    return readRemembered(address, &value, sizeof value, [&](uint8_t* bytes) {
+        uint32_t answer = 0;
+        const KX_Status status = m_port->readRegister(address, answer);
+        std::memcpy(bytes, &answer, sizeof answer);
+        return status;
+    });
+}
+
+KX_Status Camera::writeRegister(uint64_t address, uint32_t value)
+{
+    m_memo.clear();
+    return m_readOnly ? KX_E_GC_ACCESS : m_port->writeRegister(address, value);
+}
+
+void Camera::setConnectionLostHandler(KX_ConnectionLostHandler handler, void* user)
+{
+    const std::lock_guard<std::mutex> lock(m_sideMutex);
+    m_lostHandler = handler;
+    m_lostUser = user;
+}
+
+// On a thread of the port.
+void Camera::connectionLost(KX_Status status)
+{
+    m_lost = true;
+    KX_ConnectionLostHandler handler = nullptr;
+    void* user = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(m_sideMutex);
+        handler = m_lostHandler;
+        user = m_lostUser;
+    }
+    if (handler)
+        handler(user, status);
+}
+
+void Camera::setErrorText(std::string text)
+{
+    const std::lock_guard<std::mutex> lock(m_sideMutex);
+    m_errorText = std::move(text);
+}
+
+std::string Camera::errorText() const
+{
+    const std::lock_guard<std::mutex> lock(m_sideMutex);
+    return m_errorText;
+}
+
+} // namespace kx

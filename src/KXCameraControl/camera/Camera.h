@@ -1,0 +1,99 @@
+// One camera that a handle stands for: the port, the node map over it, and what was read a moment ago.
+#pragma once
+
+#include "KXCameraControl/camera/OwnControl.h"
+#include "KXCameraControl/nodes/NodeMap.h"
+#include "KXCameraControl/nodes/ReadMemo.h"
+#include "KXCameraControl/ports/Port.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace kx
+{
+
+struct Observer
+{
+    KX_CallObserver function = nullptr;
+    void* user = nullptr;
+};
+
+class Camera : private RegisterLine
+{
+public:
+    Camera(const KX_DeviceInfo& device, std::unique_ptr<Port> port);
+    ~Camera() override;
+    Camera(const Camera&) = delete;
+    Camera& operator=(const Camera&) = delete;
+
+    // Held by the caller around everything below up to the next remark.
+    std::mutex& mutex() { return m_mutex; }
+
+    KX_Status open(uint32_t accessMode, uint16_t switchOverKey);
+    void close();
+    bool isOpen() const { return m_nodes != nullptr; }
+    // Why further calls are vain: KX_OK, or KX_E_CONNECTION_LOST.
+    KX_Status lineStatus() const { return m_lost ? KX_E_CONNECTION_LOST : KX_OK; }
+
+    void setTimeouts(const PortTimeouts& timeouts) { m_port->setTimeouts(timeouts); }
+    uint64_t requestCount() const { return m_port->requestCount(); }
+
+    // The nodes, ready for one more call; only while open.
+    NodeMap& nodesForCall();
+    // Straight to the wire.
+    KX_Status readMemory(uint64_t address, void* data, size_t size);
+    KX_Status writeMemory(uint64_t address, const void* data, size_t size);
+    // Empty when none could be fetched.
+    const std::string& description() const { return m_description; }
+    // Why there is no description, or no node.
+    const std::string& descriptionProblem() const { return m_descriptionProblem; }
+    std::string portError() const { return m_port->lastError(); }
+
+    Observer observer;
+
+    // From here on without the lock, from any thread.
+    const KX_DeviceInfo& device() const { return m_device; }
+    void setConnectionLostHandler(KX_ConnectionLostHandler handler, void* user);
+    void setErrorText(std::string text);
+    std::string errorText() const;
+
+private:
+    KX_Status readBlock(uint64_t address, void* data, size_t size) override;
+    KX_Status writeBlock(uint64_t address, const void* data, size_t size) override;
+    KX_Status readRegister(uint64_t address, uint32_t& value) override;
+    KX_Status writeRegister(uint64_t address, uint32_t value) override;
+    void setFreshness(Freshness freshness) override { m_freshness = freshness; }
+    std::string lineError() const override { return m_port->lastError(); }
+
+    template <class Ask>
+    KX_Status readRemembered(uint64_t address, void* data, size_t size, Ask ask);
+    void connectionLost(KX_Status status);
+    KX_Status loadNodes(bool readOnly);
+
+    const KX_DeviceInfo m_device;
+    OwnControl m_control;
+    std::mutex m_mutex;
+    std::unique_ptr<Port> m_port;
+    std::unique_ptr<NodeMap> m_nodes;
+    std::string m_description;
+    std::string m_descriptionProblem;
+    ReadMemo m_memo;
+    Freshness m_freshness = Freshness::Keep;
+    bool m_readOnly = false;
+    std::atomic<bool> m_lost{false};
+
+    mutable std::mutex m_sideMutex; // the members below; never held while calling out
+    KX_ConnectionLostHandler m_lostHandler = nullptr;
+    void* m_lostUser = nullptr;
+    std::string m_errorText;
+};
+
+// Where the ports of new handles come from: makePort(), unless a test says otherwise.
+using PortFactory = std::function<std::unique_ptr<Port>(const KX_DeviceInfo&)>;
+void setPortFactory(PortFactory factory); // empty: makePort() again
+std::unique_ptr<Port> newPort(const KX_DeviceInfo& device);
+
+} // namespace kx

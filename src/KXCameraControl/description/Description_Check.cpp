@@ -1,0 +1,152 @@
+// A look over a description before a parser sees it: what a parser would crash on, hang on or blow up on is
+// found here in one pass without recursion and without memory but the open elements' names.
+#include "KXCameraControl/description/Description.h"
+
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+namespace kx
+{
+
+namespace
+{
+
+class XmlScanner
+{
+public:
+    explicit XmlScanner(std::string_view text) : m_text(text) {}
+
+    // Null when all is well, else what is wrong.
+    const char* scan()
+    {
+        skipByteOrderMark();
+        while (m_at < m_text.size()) {
+            const char* problem = m_text[m_at] == '<' ? scanMarkup() : scanText();
+            if (problem)
+                return problem;
+        }
+        if (!m_open.empty())
+            return "it is cut short";
+        return m_rootSeen ? nullptr : "it is no XML";
+    }
+
+private:
+    static bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+    bool startsWith(std::string_view what) const { return m_text.compare(m_at, what.size(), what) == 0; }
+
+    void skipByteOrderMark()
+    {
+        if (startsWith("\xEF\xBB\xBF"))
+            m_at += 3;
+    }
+
+    const char* scanText()
+    {
+        for (; m_at < m_text.size() && m_text[m_at] != '<'; ++m_at) {
+            if (m_open.empty() && !isSpace(m_text[m_at]))
+                return "it is no XML";
+        }
+        return nullptr;
+    }
+
+    const char* scanMarkup()
+    {
+        if (startsWith("<!--"))
+            return skipPast("-->", 4);
+        if (startsWith("<![CDATA["))
+            return m_open.empty() ? "it is no XML" : skipPast("]]>", 9);
+        if (startsWith("<?"))
+            return skipPast("?>", 2);
+        if (startsWith("<!"))
+            return "it declares a document type, which may hide entities";
+        return startsWith("</") ? scanEndTag() : scanStartTag();
+    }
+
+    const char* skipPast(std::string_view end, size_t skipped)
+    {
+        const auto found = m_text.find(end, m_at + skipped);
+        if (found == std::string_view::npos)
+            return "it is cut short";
+        m_at = found + end.size();
+        return nullptr;
+    }
+
+    std::string_view takeName()
+    {
+        const size_t start = m_at;
+        while (m_at < m_text.size() && !isSpace(m_text[m_at]) && !std::strchr("<>/=\"'", m_text[m_at]))
+            ++m_at;
+        return m_text.substr(start, m_at - start);
+    }
+
+    const char* scanEndTag()
+    {
+        m_at += 2;
+        const std::string_view name = takeName();
+        while (m_at < m_text.size() && isSpace(m_text[m_at]))
+            ++m_at;
+        if (m_at == m_text.size())
+            return "it is cut short";
+        if (m_text[m_at] != '>' || m_open.empty() || m_open.back() != name)
+            return "its tags do not match";
+        ++m_at;
+        m_open.pop_back();
+        return nullptr;
+    }
+
+    const char* scanStartTag()
+    {
+        ++m_at;
+        const std::string_view name = takeName();
+        if (name.empty() || (m_open.empty() && m_rootSeen))
+            return "it is no XML";
+        m_rootSeen = true;
+        if (!skipAttributes())
+            return m_at >= m_text.size() ? "it is cut short" : "its tags do not match";
+        const bool isEmptyElement = m_text[m_at - 1] == '/';
+        ++m_at;
+        if (isEmptyElement)
+            return nullptr;
+        if (m_open.size() >= maximumXmlDepth)
+            return "it is nested too deeply";
+        m_open.push_back(name);
+        return nullptr;
+    }
+
+    // Stops on the '>' of the tag; a '>' within quotes does not end it.
+    bool skipAttributes()
+    {
+        for (; m_at < m_text.size() && m_text[m_at] != '>'; ++m_at) {
+            const char c = m_text[m_at];
+            if (c == '<')
+                return false;
+            if (c == '"' || c == '\'')
+                m_at = std::min(m_text.find(c, m_at + 1), m_text.size() - 1);
+        }
+        return m_at < m_text.size();
+    }
+
+    std::string_view m_text;
+    size_t m_at = 0;
+    bool m_rootSeen = false;
+    std::vector<std::string_view> m_open;
+};
+
+} // namespace
+
+bool isParsable(const std::string& text, std::string& problem)
+{
+    const char* reason = nullptr;
+    if (text.size() > maximumParsedBytes)
+        reason = "it is too long";
+    else
+        reason = XmlScanner(text).scan();
+    if (!reason)
+        return true;
+    problem = std::string("The description cannot be used: ") + reason + ".";
+    return false;
+}
+
+} // namespace kx

@@ -1,0 +1,95 @@
+// What the parts of NodeMap share: the table, the values, and the way failures become statuses. Not for
+// others.
+#pragma once
+
+#include "KXCameraControl/nodes/NodeMap.h"
+#include "KXCameraControl/nodes/NodeValues.h"
+
+namespace kx
+{
+
+using KindTest = bool (*)(NodeKind);
+
+template <NodeKind wanted>
+bool isKind(NodeKind kind)
+{
+    return kind == wanted;
+}
+
+inline bool isTextKind(NodeKind kind)
+{
+    return kind == NodeKind::String || kind == NodeKind::StringReg;
+}
+
+class NodeMap::Engine
+{
+public:
+    Engine(RegisterLine& line, bool readOnly) : values(table, line), isReadOnly(readOnly) {}
+
+    const Node& find(const char* name) const
+    {
+        const Node* node = table.find(name);
+        if (!node)
+            throw NodeFailure{KX_E_GC_PROPERTY, std::string("There is no feature \"") + name + "\"."};
+        return *node;
+    }
+
+    const Node& find(const char* name, KindTest isWanted) const
+    {
+        const Node& node = find(name);
+        if (!isWanted(node.kind))
+            throw NodeFailure{KX_E_GC_LOGICAL, node.name + ": it has another type."};
+        return node;
+    }
+
+    const Node& findReadable(const char* name, KindTest isWanted)
+    {
+        const Node& node = find(name, isWanted);
+        requireAccess(node, isReadable, "it cannot be read now");
+        return node;
+    }
+
+    const Node& findWritable(const char* name, KindTest isWanted)
+    {
+        const Node& node = find(name, isWanted);
+        requireAccess(node, isWritable, "it cannot be written now");
+        if (isReadOnly)
+            throw NodeFailure{KX_E_GC_ACCESS, node.name + ": the camera was opened for monitoring."};
+        return node;
+    }
+
+    NodeTable table;
+    NodeValues values;
+    const bool isReadOnly;
+
+private:
+    void requireAccess(const Node& node, bool (*isGood)(KX_XML_AccessMode), const char* otherwise)
+    {
+        const KX_XML_AccessMode mode = values.access(node);
+        if (mode == KX_AM_CYCLE_DETECTED)
+            throw NodeFailure{KX_E_GC_RUNTIME, node.name + ": it depends on itself."};
+        if (mode == KX_AM_UNDEFINED)
+            throw NodeFailure{KX_E_GC_RUNTIME, node.name + ": its description is broken."};
+        if (!isGood(mode))
+            throw NodeFailure{KX_E_GC_ACCESS, node.name + ": " + otherwise + "."};
+    }
+};
+
+template <class Body>
+KX_Status NodeMap::guarded(Body body)
+{
+    m_lastError.clear();
+    m_engine->values.beginCall();
+    try {
+        body(*m_engine);
+        return KX_OK;
+    } catch (const NodeFailure& failure) {
+        m_lastError = failure.text;
+        return failure.status;
+    } catch (const FormulaError& error) {
+        m_lastError = error.text;
+        return KX_E_GC_RUNTIME;
+    }
+}
+
+} // namespace kx

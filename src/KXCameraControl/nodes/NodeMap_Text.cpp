@@ -1,0 +1,182 @@
+// Features as texts, and what a feature file has to know of them.
+#include "KXCameraControl/nodes/NodeMap_Guard.h"
+
+#include <charconv>
+#include <set>
+
+namespace kx
+{
+
+namespace
+{
+
+constexpr size_t longestText = 65536; // of a string register
+
+bool hasText(NodeKind kind)
+{
+    return isIntegerKind(kind) || isFloatKind(kind) || isTextKind(kind) || kind == NodeKind::Boolean ||
+           kind == NodeKind::Enumeration;
+}
+
+std::string shortest(double value)
+{
+    char text[64];
+    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
+    return std::string(text, end);
+}
+
+[[noreturn]] void refuse(const Node& node, const std::string& text)
+{
+    throw NodeFailure{KX_E_GC_ARGUMENT, node.name + ": it cannot take \"" + text + "\"."};
+}
+
+// Entries stand in the table under their enumeration's name: the same entry name may occur in many.
+std::string nameOfEntry(const Node& enumeration, const Node& entry)
+{
+    const std::string prefix = "EnumEntry_" + enumeration.name + "_";
+    return entry.name.rfind(prefix, 0) == 0 ? entry.name.substr(prefix.size()) : entry.name;
+}
+
+int64_t integerOf(const Node& node, const std::string& text)
+{
+    int64_t value = 0;
+    if (!parseInteger(text, value))
+        refuse(node, text);
+    return value;
+}
+
+} // namespace
+
+KX_Status NodeMap::getText(const char* name, std::string& text)
+{
+    return guarded([&](Engine& engine) {
+        const Node& node = engine.findReadable(name, hasText);
+        if (isTextKind(node.kind)) {
+            text = engine.values.text(node, longestText).c_str();
+            return;
+        }
+        const Number value = engine.values.value(node);
+        if (isFloatKind(node.kind)) {
+            text = shortest(value.asReal());
+        } else if (node.kind == NodeKind::Boolean) {
+            text = value.isTrue() ? "1" : "0";
+        } else {
+            text = std::to_string(value.asInteger());
+            if (node.kind == NodeKind::Enumeration)
+                for (const Node* entry : engine.values.usableEntries(node))
+                    if (engine.values.entryValue(*entry) == value.asInteger())
+                        text = nameOfEntry(node, *entry);
+        }
+    });
+}
+
+KX_Status NodeMap::setText(const char* name, const std::string& text)
+{
+    return guarded([&](Engine& engine) {
+        const Node& node = engine.findWritable(name, hasText);
+        if (isTextKind(node.kind)) {
+            engine.values.writeText(node, text);
+        } else if (isFloatKind(node.kind)) {
+            double value = 0;
+            if (!parseReal(text, value))
+                refuse(node, text);
+            engine.values.write(node, Number::ofReal(value));
+        } else if (node.kind == NodeKind::Boolean) {
+            const bool isTrue = text == "1" || text == "true" || text == "True";
+            if (!isTrue && text != "0" && text != "false" && text != "False")
+                refuse(node, text);
+            engine.values.write(node, Number::ofInteger(isTrue ? 1 : 0));
+        } else if (node.kind == NodeKind::Enumeration) {
+            for (const Node* entry : engine.values.usableEntries(node)) {
+                const int64_t number = engine.values.entryValue(*entry);
+                if (nameOfEntry(node, *entry) == text || std::to_string(number) == text) {
+                    engine.values.write(node, Number::ofInteger(number));
+                    return;
+                }
+            }
+            refuse(node, text);
+        } else {
+            engine.values.write(node, Number::ofInteger(integerOf(node, text)));
+        }
+    });
+}
+
+KX_Status NodeMap::entryName(const char* name, uint32_t value, std::string& text)
+{
+    return guarded([&](Engine& engine) {
+        const Node& node = engine.find(name, isKind<NodeKind::Enumeration>);
+        for (const Property& property : node.properties) {
+            const bool isEntry = property.tag == Tag::Entry && property.target->find(Tag::Value);
+            if (isEntry && static_cast<uint32_t>(engine.values.entryValue(*property.target)) == value) {
+                text = nameOfEntry(node, *property.target);
+                return;
+            }
+        }
+        throw NodeFailure{KX_E_GC_ARGUMENT, node.name + ": " + std::to_string(value) + " is no entry of it."};
+    });
+}
+
+bool NodeMap::has(const std::string& name) const
+{
+    return m_engine->table.find(name) != nullptr;
+}
+
+std::vector<std::string> NodeMap::streamableFeatures() const
+{
+    std::set<std::string> listed;
+    for (const Node& node : m_engine->table.nodes())
+        for (const Property& property : node.properties)
+            if (node.kind == NodeKind::Category && property.tag == Tag::pFeature)
+                listed.insert(property.text);
+    std::vector<std::string> features;
+    for (const Node& node : m_engine->table.nodes()) {
+        const Property* streamable = node.find(Tag::Streamable);
+        if (streamable && streamable->text == "Yes" && hasText(node.kind) && listed.count(node.name))
+            features.push_back(node.name);
+    }
+    return features;
+}
+
+std::vector<std::string> NodeMap::selectors() const
+{
+    std::vector<std::string> names;
+    for (const Node& node : m_engine->table.nodes())
+        if (node.find(Tag::pSelected))
+            names.push_back(node.name);
+    return names;
+}
+
+std::vector<std::string> NodeMap::selectedFeatures(const std::string& selector) const
+{
+    std::vector<std::string> names;
+    if (const Node* node = m_engine->table.find(selector))
+        for (const Property& property : node->properties)
+            if (property.tag == Tag::pSelected)
+                names.push_back(property.text);
+    return names;
+}
+
+KX_Status NodeMap::selectorValues(const char* selector, size_t limit, std::vector<std::string>& values)
+{
+    values.clear();
+    return guarded([&](Engine& engine) {
+        const Node& node = engine.findReadable(selector, hasText);
+        if (node.kind == NodeKind::Enumeration) {
+            for (const Node* entry : engine.values.usableEntries(node))
+                values.push_back(nameOfEntry(node, *entry));
+        } else if (isIntegerKind(node.kind)) {
+            const Range range = engine.values.range(node);
+            const int64_t first = range.minimum.asInteger(), last = range.maximum.asInteger();
+            const uint64_t steps = last < first
+                                       ? limit
+                                       : (static_cast<uint64_t>(last) - static_cast<uint64_t>(first)) /
+                                             static_cast<uint64_t>(range.increment);
+            for (uint64_t i = 0; steps < limit && i <= steps; ++i)
+                values.push_back(std::to_string(first + static_cast<int64_t>(i) * range.increment));
+        }
+        if (values.size() > limit)
+            values.clear();
+    });
+}
+
+} // namespace kx

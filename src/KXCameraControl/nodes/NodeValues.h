@@ -1,0 +1,93 @@
+// What nodes are worth, may be worth and may be asked: values, ranges and access modes, and writing along the
+// ways that lead from a feature to its register.
+#pragma once
+
+#include "KXCameraControl/nodes/Registers.h"
+
+#include <optional>
+#include <unordered_map>
+
+namespace kx
+{
+
+// What an integer or a float may take. Inclusive.
+struct Range
+{
+    Number minimum;
+    Number maximum;
+    int64_t increment = 1;          // at least 1
+    bool countsFromMinimum = false; // multiples of the increment start at the minimum, not at 0
+};
+
+// All questions throw NodeFailure. Answers are remembered within one call, so that a register or a formula
+// that several parts of a feature share is asked once.
+class NodeValues
+{
+public:
+    NodeValues(const NodeTable& table, RegisterLine& line);
+
+    void beginCall();
+
+    // Of integers, floats, booleans (1 and 0), enumerations and entries.
+    Number value(const Node& node);
+    Range range(const Node& node);
+    KX_XML_AccessMode access(const Node& node);
+    // Entries that are implemented and available now, in the description's order.
+    std::vector<const Node*> usableEntries(const Node& node);
+    int64_t entryValue(const Node& entry) const;
+    std::string text(const Node& node, size_t limit);
+    int64_t maximumTextLength(const Node& node);
+
+    // Each checks the ranges on its way; access is the caller's to check.
+    void write(const Node& node, const Number& number);
+    void writeText(const Node& node, const std::string& text);
+    void execute(const Node& node);
+
+private:
+    // Where a node's value stands: another node, or a literal of its own.
+    struct Source
+    {
+        const Node* node = nullptr;
+        const Property* literal = nullptr;
+    };
+
+    Source source(const Node& node);
+    Number freshValue(const Node& node);
+    Number sourceValue(const Node& node);
+    Number formulaValue(const Node& node, const CompiledFormula& compiled,
+                        const std::optional<Number>& input);
+    Number variable(const Node& node, const Property& property);
+    bool isOn(const Node& node);
+    int64_t booleanLiteral(const Node& node, Tag tag, int64_t otherwise) const;
+
+    Range freshRange(const Node& node);
+    Range ownRange(const Node& node, bool isReal);
+    Range converterRange(const Node& node);
+
+    KX_XML_AccessMode freshAccess(const Node& node);
+    KX_XML_AccessMode kindAccess(const Node& node);
+    bool flag(const Node& node, Tag tag, bool otherwise);
+
+    void writeSource(const Node& node, const Number& number);
+    void checkRange(const Node& node, Number& number);
+    void requireSound(const Node& node, Aspect aspect) const;
+    void forgetAnswers();
+
+    const NodeTable& m_table;
+    Registers m_registers;
+    unsigned m_writeDepth = 0;
+    // Of this call.
+    std::unordered_map<const Node*, Number> m_values;
+    std::unordered_map<const Node*, Range> m_ranges;
+    std::unordered_map<const Node*, KX_XML_AccessMode> m_access;
+    // Written literals: they live in the host, as long as the camera is open.
+    std::unordered_map<const Property*, Number> m_literals;
+    std::unordered_map<const Property*, std::string> m_literalTexts;
+};
+
+bool isIntegerKind(NodeKind kind);
+bool isFloatKind(NodeKind kind);
+bool isReadable(KX_XML_AccessMode mode);
+bool isWritable(KX_XML_AccessMode mode);
+
+} // namespace kx

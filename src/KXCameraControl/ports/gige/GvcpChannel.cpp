@@ -1,0 +1,187 @@
+#include "KXCameraControl/ports/gige/GvcpChannel.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace kx
+{
+
+using namespace gvcp;
+using std::chrono::milliseconds;
+
+namespace
+{
+
+constexpr milliseconds kBusyPause{50};
+
+KX_Status toStatus(uint16_t refusal)
+{
+    switch (refusal) {
+    case Success:
+        return KX_OK;
+    case NotImplemented:
+    case InvalidParameter:
+    case InvalidAddress:
+    case WriteProtect:
+    case BadAlignment:
+    case AccessDenied:
+        return KX_E_GC_ACCESS;
+    case Busy:
+        return KX_E_BUSY;
+    default:
+        return KX_E_DEVICE;
+    }
+}
+
+const char* refusalText(uint16_t refusal)
+{
+    switch (refusal) {
+    case NotImplemented:
+        return "not implemented";
+    case InvalidParameter:
+        return "invalid parameter";
+    case InvalidAddress:
+        return "invalid address";
+    case WriteProtect:
+        return "write-protected";
+    case BadAlignment:
+        return "bad alignment";
+    case AccessDenied:
+        return "access denied";
+    case Busy:
+        return "busy";
+    default:
+        return "a fault of the camera";
+    }
+}
+
+const char* commandText(uint16_t command)
+{
+    switch (command) {
+    case DiscoveryCmd:
+        return "discovery";
+    case ReadRegCmd:
+        return "reading register";
+    case WriteRegCmd:
+        return "writing register";
+    case ReadMemCmd:
+        return "reading memory at";
+    default:
+        return "writing memory at";
+    }
+}
+
+// "reading register 0x00000A00 of 127.0.0.11"
+std::string describe(const Bytes& command, const std::string& peer)
+{
+    std::string text = commandText(get16(&command[2]));
+    if (command.size() >= kHeaderSize + 4) {
+        char address[16];
+        std::snprintf(address, sizeof address, " 0x%08X",
+                      static_cast<unsigned>(get32(&command[kHeaderSize])));
+        text += address;
+    }
+    return text + " of " + peer;
+}
+
+} // namespace
+
+KX_Status GvcpChannel::open(uint32_t address, uint32_t localAddress, std::string& error)
+{
+    m_peer = formatAddress(address);
+    // The interface may have another address than when the camera was found.
+    if ((m_socket.open(localAddress) || m_socket.open(0)) && m_socket.connect({address, kPort}))
+        return KX_OK;
+    error = "no socket to " + m_peer + ": " + m_socket.errorText();
+    return KX_E_NETWORK;
+}
+
+void GvcpChannel::close()
+{
+    m_socket.close();
+}
+
+void GvcpChannel::giveNextId(Bytes& command)
+{
+    m_lastId = nextId(m_lastId);
+    setId(command, m_lastId);
+}
+
+GvcpAnswer GvcpChannel::request(Bytes command, const PayloadCheck& isWellFormed, const PortTimeouts& timeouts)
+{
+    const std::lock_guard lock(m_mutex);
+    Exchange exchange{std::move(command), isWellFormed, timeouts.perTry,
+                      Clock::now() + timeouts.longestPending};
+    giveNextId(exchange.command);
+    GvcpAnswer answer;
+    for (unsigned left = timeouts.tries; left > 0; --left) {
+        answer = tryOnce(exchange);
+        if (answer.status == KX_E_BUSY && left > 1) {
+            // A camera takes a repeated id for a repeated command and may repeat its answer.
+            giveNextId(exchange.command);
+            if (m_interrupt.waitUntil(Clock::now() + std::min(kBusyPause, timeouts.perTry)))
+                return {KX_E_ABORTED, Success, {}, "interrupted"};
+        } else if (answer.status != KX_E_NO_ANSWER) {
+            break;
+        }
+    }
+    if (answer.status == KX_E_NO_ANSWER && exchange.sawMalformed)
+        answer = {KX_E_MALFORMED_ANSWER, Success, {}, "malformed answer"};
+    else if (answer.status == KX_E_NO_ANSWER)
+        answer.text = "no answer in " + std::to_string(timeouts.tries) + " tries";
+    if (answer.status != KX_OK)
+        answer.text = describe(exchange.command, m_peer) + ": " + answer.text;
+    return answer;
+}
+
+GvcpAnswer GvcpChannel::tryOnce(Exchange& exchange)
+{
+    Outcome outcome = m_socket.send(exchange.command);
+    if (outcome == Outcome::Done)
+        ++m_requestCount;
+    Clock::time_point deadline = Clock::now() + exchange.perTry;
+    Bytes datagram;
+    while (outcome == Outcome::Done) {
+        outcome = m_socket.receive(datagram, deadline, nullptr, &m_interrupt);
+        if (outcome != Outcome::Done)
+            break;
+        if (auto answer = judge(exchange, datagram, deadline))
+            return *answer;
+        // Other datagrams must not keep a request alive that nobody answers.
+        if (Clock::now() >= deadline)
+            outcome = Outcome::TimedOut;
+    }
+    if (outcome == Outcome::Woken)
+        return {KX_E_ABORTED, Success, {}, "interrupted"};
+    if (outcome == Outcome::Failed)
+        return {KX_E_NETWORK, Success, {}, m_socket.errorText()};
+    return {};
+}
+
+// Nothing when the datagram is not the answer that is waited for.
+std::optional<GvcpAnswer> GvcpChannel::judge(Exchange& exchange, const Bytes& datagram,
+                                             Clock::time_point& deadline)
+{
+    auto ack = decodeAck(datagram.data(), datagram.size());
+    if (ack && ack->id != get16(&exchange.command[6]))
+        return std::nullopt; // late answer to an earlier command
+    if (ack && ack->command == PendingAck) {
+        if (const auto time = parsePendingAck(ack->payload)) {
+            const auto wanted = Clock::now() + milliseconds(*time) + exchange.perTry;
+            deadline = std::max(deadline, std::min(wanted, exchange.pendingEnd));
+            return std::nullopt;
+        }
+    } else if (ack && ack->status != Success) {
+        char code[16];
+        std::snprintf(code, sizeof code, " (0x%04X)", ack->status);
+        return GvcpAnswer{
+            toStatus(ack->status), ack->status, {}, std::string(refusalText(ack->status)) + code};
+    } else if (ack && ack->command == get16(&exchange.command[2]) + 1 &&
+               exchange.isWellFormed(ack->payload)) {
+        return GvcpAnswer{KX_OK, Success, std::move(ack->payload), {}};
+    }
+    exchange.sawMalformed = true;
+    return std::nullopt;
+}
+
+} // namespace kx

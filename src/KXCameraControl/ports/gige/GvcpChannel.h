@@ -1,0 +1,68 @@
+// Commands to one camera and its acknowledges (GigE Vision, chapter "GVCP"): request ids, repetitions,
+// PENDING_ACK and BUSY. Knows nothing of what the registers mean.
+#pragma once
+
+#include "KXCameraControl/ports/Port.h"
+#include "KXCameraControl/ports/gige/Socket.h"
+#include "gvcp/Gvcp.h"
+
+#include <atomic>
+#include <mutex>
+
+namespace kx
+{
+
+struct GvcpAnswer
+{
+    KX_Status status = KX_E_NO_ANSWER;
+    uint16_t refusal = gvcp::Success; // the camera's own status where it refused
+    gvcp::Bytes payload;              // where `status` is KX_OK
+    std::string text;                 // what went wrong, in English
+};
+
+// Thread-safe between open() and close(); one command is under way at a time, as the protocol wants it.
+class GvcpChannel
+{
+public:
+    // Sends nothing. `localAddress`: the interface to use, 0 for the system's choice.
+    KX_Status open(uint32_t address, uint32_t localAddress, std::string& error);
+    void close();
+    bool isOpen() const { return m_socket.isOpen(); }
+
+    // Says whether a payload is what the command asks for.
+    using PayloadCheck = std::function<bool(const gvcp::Bytes&)>;
+
+    // Sends `command` (under an id of its own) until it is answered or the tries are used up. An answer that
+    // fails `isWellFormed` counts as none; the request fails as malformed when no good one follows.
+    // KX_E_ABORTED: the channel was interrupted.
+    GvcpAnswer request(gvcp::Bytes command, const PayloadCheck& isWellFormed, const PortTimeouts& timeouts);
+
+    // Ends the request that is under way and every later one, until resume().
+    void interrupt() { m_interrupt.raise(); }
+    void resume() { m_interrupt.clear(); }
+
+    uint64_t requestCount() const { return m_requestCount; }
+
+private:
+    struct Exchange
+    {
+        gvcp::Bytes command;
+        const PayloadCheck& isWellFormed;
+        std::chrono::milliseconds perTry;
+        Clock::time_point pendingEnd; // a camera that asks for more time gets it until then
+        bool sawMalformed = false;
+    };
+    GvcpAnswer tryOnce(Exchange& exchange);
+    std::optional<GvcpAnswer> judge(Exchange& exchange, const gvcp::Bytes& datagram,
+                                    Clock::time_point& deadline);
+    void giveNextId(gvcp::Bytes& command);
+
+    std::mutex m_mutex;
+    UdpSocket m_socket;
+    WakeSignal m_interrupt;
+    std::string m_peer;
+    uint16_t m_lastId = 0;
+    std::atomic<uint64_t> m_requestCount{0};
+};
+
+} // namespace kx

@@ -1,0 +1,549 @@
+#include "jobs/export/RegisterEvaluator.h"
+
+#include "jobs/nodes/JobMemory.h"
+#include "jobs/worker/JobLog.h"
+
+#include <SuiteTools/SuiteTools.h>
+
+#include <QStringList>
+#include <QtEndian>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <optional>
+
+namespace
+{
+
+constexpr qint64 kScratchSize = 256;
+
+QString nameOf(const QDomElement& element)
+{
+    return element.attribute("Name");
+}
+
+bool isRegister(const QString& tag)
+{
+    return tag == QLatin1String("IntReg") || tag == QLatin1String("MaskedIntReg") ||
+           tag == QLatin1String("StructReg") || tag == QLatin1String("StringReg");
+}
+
+// Handles, not copies of what they stand for: who asks for a register may only read it.
+QDomElement* handleOf(const QDomElement& element)
+{
+    return const_cast<QDomElement*>(&element);
+}
+
+_FORMULA_RESULT_ constant(qint64 value)
+{
+    _FORMULA_RESULT_ result;
+    result.nValue = value;
+    return result;
+}
+
+// Sums of addresses wrap instead of overflowing.
+qint64 sum(qint64 a, qint64 b)
+{
+    return static_cast<qint64>(static_cast<quint64>(a) + static_cast<quint64>(b));
+}
+
+qint64 truncated(double value)
+{
+    constexpr double limit = 9223372036854775808.0; // 2^63
+    if (value >= limit)
+        return std::numeric_limits<qint64>::max();
+    return value >= -limit ? static_cast<qint64>(value) : std::numeric_limits<qint64>::min();
+}
+
+// Shifts that cut a bit range out of a word: left, then right.
+struct BitShifts
+{
+    unsigned int left = 0;
+    unsigned int right = 0;
+};
+
+// Nothing where the node names no range. Bit 0 is the least significant one whatever the register's byte
+// order. Meant. Counts stay within a word.
+std::optional<BitShifts> bitShifts(const QDomElement& node)
+{
+    const QDomElement bit = node.firstChildElement("Bit");
+    if (!bit.isNull())
+        return BitShifts{(31u - static_cast<unsigned int>(bit.text().toInt())) & 31, 31};
+    const QDomElement lsb = node.firstChildElement("LSB");
+    const QDomElement msb = node.firstChildElement("MSB");
+    if (lsb.isNull() || msb.isNull())
+        return std::nullopt;
+    const auto low = static_cast<unsigned int>(std::min(lsb.text().toInt(), msb.text().toInt()));
+    const auto high = static_cast<unsigned int>(std::max(lsb.text().toInt(), msb.text().toInt()));
+    return BitShifts{(31u - high) & 31, (31u - high + low) & 31};
+}
+
+} // namespace
+
+// Variables of one IntSwissKnife; walked in the order of their names.
+struct RegisterEvaluator::Formula
+{
+    QString swissKnife;
+    QString text;
+    QMap<QString, QList<_FORMULA_RESULT_>> values;
+    QMap<QString, QString> nodes;
+};
+
+// One level of the operations that call each other.
+class RegisterEvaluator::Nesting
+{
+public:
+    explicit Nesting(RegisterEvaluator& evaluator) : m_evaluator(evaluator)
+    {
+        if (m_evaluator.m_nDepth++ == 0)
+            m_evaluator.m_nSteps = 0;
+        ++m_evaluator.m_nSteps;
+    }
+    ~Nesting() { --m_evaluator.m_nDepth; }
+
+    bool isTooDeep() const
+    {
+        return m_evaluator.m_nDepth > kMaximumDepth || m_evaluator.m_nSteps > kMaximumSteps;
+    }
+
+private:
+    RegisterEvaluator& m_evaluator;
+};
+
+RegisterEvaluator::RegisterEvaluator(KX_HANDLE& handle, QMap<QString, QDomElement>& nodes,
+                                     const QList<SelectorPair>& selectorPairs, bool gige)
+    : m_hDevice(handle), m_mapNodeElement(nodes), m_bGigE(gige)
+{
+    for (const SelectorPair& pair : selectorPairs)
+        m_mapSelectorsOf[pair.strSelected].append(pair.strSelector);
+}
+
+bool RegisterEvaluator::isNumber(const QString& text)
+{
+    const int digits = text.startsWith("0x") ? 2 : 0;
+    if (text.size() == digits)
+        return false;
+    return std::all_of(text.cbegin() + digits, text.cend(), [](QChar c) {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+    });
+}
+
+QDomElement* RegisterEvaluator::getRegNode(const QDomElement& node, QDomElement** converter)
+{
+    const Nesting nesting(*this);
+    if (nesting.isTooDeep())
+        return nullptr;
+    const QString tag = node.tagName();
+    if (tag == QLatin1String("Register") || isRegister(tag))
+        return handleOf(node);
+    if (tag == QLatin1String("IntConverter") || tag == QLatin1String("Converter"))
+        *converter = handleOf(node);
+
+    QString key = nameOf(node);
+    if (tag != QLatin1String("StructEntry")) {
+        const QDomElement value = node.firstChildElement("pValue");
+        if (value.isNull())
+            return nullptr;
+        key = value.text();
+    }
+    QDomElement& target = m_mapNodeElement[key];
+    if (isRegister(target.tagName()))
+        return &target;
+    if (target.tagName() != QLatin1String("StructEntry"))
+        return getRegNode(target, converter);
+    const QDomElement owner = target.parentNode().toElement();
+    if (owner.isNull())
+        return nullptr;
+    QDomElement& stored = m_mapNodeElement[key + "_"];
+    stored = owner;
+    return &stored;
+}
+
+bool RegisterEvaluator::getIntRegAddress(const QDomElement& reg, QList<_FORMULA_RESULT_>& out)
+{
+    const auto fail = [&reg] {
+        IE_JOB_LOG(QString("getIntRegAddress  failed:%1").arg(nameOf(reg)));
+        return false;
+    };
+    QList<QList<_FORMULA_RESULT_>> terms;
+    for (QDomElement child = reg.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
+        if (child.tagName() != QLatin1String("Address") && child.tagName() != QLatin1String("pAddress"))
+            continue;
+        const QString text = child.text();
+        QList<_FORMULA_RESULT_> term;
+        if (isNumber(text)) {
+            term.append(constant(VELAInterface::string2Int(text)));
+        } else if (!getValue(m_mapNodeElement[text], term)) {
+            IE_JOB_LOG(QString("getIntRegAddress getValue failed:%1").arg(text));
+            return false;
+        }
+        terms.append(term);
+    }
+    const auto single =
+        std::find_if(terms.cbegin(), terms.cend(), [](const auto& term) { return term.size() == 1; });
+    if (single == terms.cend())
+        return fail();
+    const _FORMULA_RESULT_ base = single->first();
+    terms.removeAt(int(single - terms.cbegin()));
+    if (terms.isEmpty()) {
+        out.append(base);
+        return true;
+    }
+    const int count = terms.first().size();
+    if (!std::all_of(terms.cbegin(), terms.cend(),
+                     [count](const auto& term) { return term.size() == count; }))
+        return fail();
+    // Terms run in parallel, never as a cross product.
+    for (int k = 0; k < count; ++k) {
+        _FORMULA_RESULT_ address = base;
+        for (const QList<_FORMULA_RESULT_>& term : qAsConst(terms)) {
+            address.strVariables += term[k].strVariables;
+            address.nValue = sum(address.nValue, term[k].nValue);
+        }
+        out.append(address);
+    }
+    return true;
+}
+
+bool RegisterEvaluator::getValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out)
+{
+    const Nesting nesting(*this);
+    if (node.isNull() || nesting.isTooDeep())
+        return false;
+    const QString tag = node.tagName();
+    if (tag == QLatin1String("Integer")) {
+        if (getIntValue(node, out))
+            return true;
+        IE_JOB_LOG(QString("getValue  getIntValue failed:%1").arg(nameOf(node)));
+        return false;
+    }
+    if (tag == QLatin1String("Enumeration")) {
+        if (node.hasAttribute("Name") && appendSupported(nameOf(node), out))
+            return true;
+        IE_JOB_LOG(QString("getValue  GetEnumerationNodePropertyValue failed:%1").arg(nameOf(node)));
+        return false;
+    }
+    if (tag == QLatin1String("IntSwissKnife"))
+        return getSwissKnifeValue(node, out);
+    IE_JOB_LOG(QString("getValue  failed:%1 unsupport tagname%2").arg(nameOf(node), tag));
+    return false;
+}
+
+bool RegisterEvaluator::getSwissKnifeValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out)
+{
+    Formula formula;
+    formula.swissKnife = nameOf(node);
+    for (QDomElement child = node.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
+        if (child.tagName() == QLatin1String("Formula"))
+            formula.text = child.text();
+        else if (child.tagName() == QLatin1String("pVariable") &&
+                 !takeVariable(child, formula.swissKnife, formula))
+            return false;
+    }
+    if (formula.text.isEmpty() || formula.values.isEmpty()) {
+        IE_JOB_LOG(QString("getValue  failed:%1 no formula or variables").arg(formula.swissKnife));
+        return false;
+    }
+    if (!isAffordable(formula)) {
+        IE_JOB_LOG(QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
+                       .arg(formula.swissKnife, formula.text, "too many combinations"));
+        return false;
+    }
+    bool ok = true;
+    computeFormula(formula, formula.text, QString(), 0, out, ok);
+    return ok;
+}
+
+// Counts the formula's combinations as steps.
+bool RegisterEvaluator::isAffordable(const Formula& formula)
+{
+    quint64 combinations = 1;
+    for (const QList<_FORMULA_RESULT_>& values : formula.values)
+        combinations = std::min(kMaximumValues + 1, combinations * quint64(values.size()));
+    m_nSteps += int(combinations);
+    return combinations <= kMaximumValues && m_nSteps <= kMaximumSteps &&
+           formula.values.size() <= kMaximumVariables;
+}
+
+bool RegisterEvaluator::takeVariable(const QDomElement& variable, const QString& swissKnife, Formula& formula)
+{
+    const QString node = variable.text();
+    const QString name = nameOf(variable);
+    if (node.isEmpty() || name.isEmpty()) {
+        IE_JOB_LOG(QString("getValue failed:%1 pVariable noname").arg(swissKnife));
+        return false;
+    }
+    if (!m_mapNodeElement.contains(node)) {
+        IE_JOB_LOG(QString("getValue failed:pVariable%1 %2 no mapdom").arg(name, node));
+        return false;
+    }
+    QList<_FORMULA_RESULT_> values;
+    if (!getIntValue(m_mapNodeElement[node], values)) {
+        IE_JOB_LOG(QString("getValue getIntValue failed:%1").arg(node));
+        return false;
+    }
+    if (values.isEmpty()) {
+        IE_JOB_LOG(QString("getValue getIntValue failed:%1 value is empty").arg(node));
+        return false;
+    }
+    formula.values[name] = values;
+    formula.nodes[name] = node;
+    return true;
+}
+
+// One result per combination, the alphabetically last variable changing fastest. Substitution is plain text:
+// a name inside a longer one is replaced too. Meant.
+void RegisterEvaluator::computeFormula(const Formula& formula, const QString& text, const QString& variables,
+                                       int index, QList<_FORMULA_RESULT_>& out, bool& ok)
+{
+    if (index < formula.values.size()) {
+        const auto variable = std::next(formula.values.cbegin(), index);
+        for (const _FORMULA_RESULT_& value : variable.value()) {
+            const QString number = QString::number(value.nValue);
+            QString substituted = text;
+            if (text.size() <= kMaximumFormula) // names may be digits, and a text of digits multiply
+                substituted.replace(variable.key(), number);
+            computeFormula(formula, substituted,
+                           variables + QString("[%1:%2]").arg(formula.nodes[variable.key()], number),
+                           index + 1, out, ok);
+        }
+        return;
+    }
+    bool computed = false;
+    const double value = VELAInterface::Compute(text.toLocal8Bit().constData(), computed);
+    if (!computed) {
+        ok = false; // the remaining combinations are computed all the same
+        IE_JOB_LOG(QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
+                       .arg(formula.swissKnife, text, VELAInterface::GetCalculatorErro()));
+        return;
+    }
+    out.append({formula.text, variables, truncated(value)});
+}
+
+bool RegisterEvaluator::getIntValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out)
+{
+    const Nesting nesting(*this);
+    if (nesting.isTooDeep())
+        return false;
+    const QString tag = node.tagName();
+    if (tag == QLatin1String("StructEntry") || tag == QLatin1String("MaskedIntReg"))
+        return getBitFieldValue(node, out);
+    return node.firstChildElement("Value").isNull() ? getLinkedValue(node, out) : getConstantValue(node, out);
+}
+
+RegisterEvaluator::LengthText RegisterEvaluator::lengthText(const QDomElement& reg)
+{
+    const QDomElement length = reg.firstChildElement("Length");
+    if (!length.isNull())
+        return {length.text(), false};
+    return {reg.firstChildElement("pLength").text(), true};
+}
+
+bool RegisterEvaluator::length(const LengthText& length, qint64& bytes)
+{
+    if (isNumber(length.text)) {
+        bytes = VELAInterface::string2Int(length.text);
+        return true;
+    }
+    if (!length.isReference || !m_mapNodeElement.contains(length.text))
+        return false;
+    QList<_FORMULA_RESULT_> values;
+    const bool ok = getValue(m_mapNodeElement[length.text], values);
+    // A failed evaluation that left exactly one value counts too. Meant.
+    if (values.isEmpty() || !(ok || values.size() == 1))
+        return false;
+    bytes = values.first().nValue;
+    return true;
+}
+
+quint64 RegisterEvaluator::wholeWords(qint64 bytes)
+{
+    return (static_cast<quint64>(bytes) + 3) / 4;
+}
+
+bool RegisterEvaluator::getBitFieldValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out)
+{
+    QDomElement* converter = nullptr;
+    const QDomElement* reg = getRegNode(node, &converter);
+    if (!reg)
+        return false;
+    const LengthText text = lengthText(*reg);
+    if (text.text.isEmpty()) {
+        IE_JOB_LOG(QString("Reg has no value length:%1").arg(nameOf(*reg)));
+        return false;
+    }
+    qint64 bytes = 0;
+    if (!length(text, bytes)) {
+        if (!text.isReference)
+            IE_JOB_LOG(QString("Reg%1 value length:%2 is erro").arg(nameOf(*reg), text.text));
+        return false;
+    }
+    QList<_FORMULA_RESULT_> addresses;
+    if (bytes <= 0 || !getIntRegAddress(*reg, addresses))
+        return false;
+    return readBitFields(node, *reg, bytes, addresses, out);
+}
+
+bool RegisterEvaluator::readBitFields(const QDomElement& node, const QDomElement& reg, qint64 bytes,
+                                      const QList<_FORMULA_RESULT_>& addresses, QList<_FORMULA_RESULT_>& out)
+{
+    const quint64 size = wholeWords(bytes) * 4;
+    quint32 scratch[kScratchSize / 4] = {};
+    quint32* words = scratch;
+    ie::MemoryBlock heap;
+    if (bytes > kScratchSize) {
+        if (bytes <= kMaximumLength)
+            heap.reset(ie::allocateZeroed(std::size_t(size)));
+        words = static_cast<quint32*>(heap.get());
+    }
+    if (!words) {
+        IE_JOB_LOG(QString("malloc size  failed:%1 size:%2").arg(nameOf(reg), QString::number(size)));
+        return false;
+    }
+    const std::optional<BitShifts> shifts = bitShifts(node); // of the node, not of its register
+    if (!shifts)
+        return false;
+    const bool swap = m_bGigE && bytes == 4;
+    for (const _FORMULA_RESULT_& address : addresses) {
+        if (!readMemory(address.nValue, words, bytes))
+            return false;
+        const quint32 word = qFromLittleEndian(words[0]);
+        const quint32 value = ((swap ? qbswap(word) : word) << shifts->left) >> shifts->right;
+        out.append(constant(value)); // the address's formula and variables are not passed on. Meant.
+    }
+    return true;
+}
+
+bool RegisterEvaluator::getLinkedValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out)
+{
+    QDomElement* converter = nullptr; // a converter on the way is not applied. Meant.
+    if (const QDomElement* reg = getRegNode(node, &converter))
+        return getRegisterValue(*reg, out);
+    if (node.tagName() == QLatin1String("IntSwissKnife"))
+        return getValue(node, out);
+    const QString text = node.firstChildElement("pValue").text();
+    if (text.isEmpty()) {
+        IE_JOB_LOG(QString("getIntReg failed:%1").arg(nameOf(node)));
+        return false;
+    }
+    if (!isNumber(text))
+        return getValue(m_mapNodeElement[text], out);
+    out.append(constant(VELAInterface::string2Int(text)));
+    return true;
+}
+
+// Four bytes, swapped on GigE, whatever the register's length. Meant.
+bool RegisterEvaluator::getRegisterValue(const QDomElement& reg, QList<_FORMULA_RESULT_>& out)
+{
+    QList<_FORMULA_RESULT_> addresses;
+    if (!getIntRegAddress(reg, addresses)) {
+        IE_JOB_LOG(QString("getIntRegAddress failed:%1").arg(nameOf(reg)));
+        return false;
+    }
+    for (const _FORMULA_RESULT_& address : qAsConst(addresses)) {
+        quint32 word = 0;
+        if (!readMemory(address.nValue, &word, sizeof word)) {
+            IE_JOB_LOG(QString("getIntRegAddress failed:%1 GetValueFromReg failed addr%2")
+                           .arg(nameOf(reg), QString::number(address.nValue)));
+            return false;
+        }
+        word = qFromLittleEndian(word);
+        out.append({address.strFormula, address.strVariables, qint64(m_bGigE ? qbswap(word) : word)});
+    }
+    return true;
+}
+
+bool RegisterEvaluator::getConstantValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out)
+{
+    if (!node.hasAttribute("Name")) {
+        IE_JOB_LOG(QString("getIntValue failed: name isNull"));
+        return false;
+    }
+    const QString name = nameOf(node);
+    const auto selector = m_mapSelected.constFind(name);
+    if (selector != m_mapSelected.constEnd())
+        return getSelectorValue(selector.value(), out);
+    const QDomElement value = node.firstChildElement("Value");
+    if (!value.firstChildElement("pSelected").isNull())
+        return appendRange(name, out);
+    if (!isNumber(value.text())) {
+        IE_JOB_LOG(QString("getIntValue failed:%1 valuenode content is unsupport").arg(name));
+        return false;
+    }
+    out.append(constant(VELAInterface::string2Int(value.text())));
+    return true;
+}
+
+bool RegisterEvaluator::getSelectorValue(const QDomElement& selector, QList<_FORMULA_RESULT_>& out)
+{
+    if (!selector.hasAttribute("Name")) {
+        IE_JOB_LOG(QString("getIntValue failed: domName isNull"));
+        return false;
+    }
+    const QString name = nameOf(selector);
+    if (selector.tagName() == QLatin1String("Integer"))
+        return appendRange(name, out);
+    if (selector.tagName() != QLatin1String("Enumeration")) {
+        IE_JOB_LOG(QString("getIntValue failed:%1 tagName%2 unsupport").arg(name, selector.tagName()));
+        return false;
+    }
+    if (appendSupported(name, out))
+        return true;
+    IE_JOB_LOG(QString("getIntValue failed:%1 GetEnumerationNodePropertyValue failed").arg(name));
+    return false;
+}
+
+bool RegisterEvaluator::appendSupported(const QString& name, QList<_FORMULA_RESULT_>& out)
+{
+    KX_EnumValue value = {};
+    if (!m_hDevice || KX_CC_GetEnumValue(m_hDevice, name.toLatin1().constData(), &value) != KX_OK)
+        return false;
+    const quint32 count = std::min<quint32>(value.supportedCount, KX_ENUM_CAPACITY);
+    for (quint32 i = 0; i < count; ++i)
+        out.append(constant(value.supported[i]));
+    return true;
+}
+
+// Every value from the minimum to the maximum in steps of the increment; the minimum alone without a step.
+bool RegisterEvaluator::appendRange(const QString& name, QList<_FORMULA_RESULT_>& out)
+{
+    KX_IntegerValue value = {};
+    const bool read =
+        m_hDevice && KX_CC_GetIntValueEx(m_hDevice, name.toLatin1().constData(), &value) == KX_OK;
+    quint64 steps = 0; // behind the minimum
+    if (read && value.increment > 0 && value.maximum > value.minimum)
+        steps = (quint64(value.maximum) - quint64(value.minimum)) / quint64(value.increment);
+    if (!read || steps >= kMaximumValues) {
+        IE_JOB_LOG(QString("getIntValue failed:%1 GetIntegerNodePropertyValue failed").arg(name));
+        return false;
+    }
+    if (value.minimum > value.maximum)
+        return true;
+    for (quint64 i = 0; i <= steps; ++i)
+        out.append(constant(qint64(quint64(value.minimum) + i * quint64(value.increment))));
+    return true;
+}
+
+bool RegisterEvaluator::readMemory(qint64 address, void* buffer, qint64 bytes)
+{
+    return m_hDevice && KX_CC_ReadMemory(m_hDevice, buffer, address, bytes) == KX_OK;
+}
+
+bool RegisterEvaluator::isSelectedFeature(const QString& name)
+{
+    const auto selectors = m_mapSelectorsOf.constFind(name);
+    if (selectors == m_mapSelectorsOf.constEnd())
+        return false;
+    for (const QString& selectorName : selectors.value()) {
+        const QDomElement selector = m_mapNodeElement.value(selectorName);
+        if (selector.tagName() != QLatin1String("Enumeration") &&
+            selector.tagName() != QLatin1String("Integer"))
+            continue;
+        const QDomElement value = selector.firstChildElement("pValue");
+        const QString key = value.isNull() ? selectorName : value.text();
+        if (!m_mapSelected.contains(key)) // the first selector that stands for it stays
+            m_mapSelected.insert(key, selector);
+    }
+    return true;
+}

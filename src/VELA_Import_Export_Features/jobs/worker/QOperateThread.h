@@ -1,0 +1,178 @@
+// The worker: one import or export job on one camera, on its own thread.
+#pragma once
+
+#include "jobs/description/SelectorPair.h"
+#include "jobs/nodes/JobMemory.h"
+#include "jobs/worker/Compatibility.h"
+
+#include <KXCameraControl/KXCameraControl.h>
+#include <SuiteTools/StructDeviceInfo.h>
+
+#include <QDomDocument>
+#include <QDomElement>
+#include <QList>
+#include <QMap>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+#include <QThread>
+
+class RegisterEvaluator;
+
+enum JobType : unsigned int
+{
+    JOB_FEATURE_BAG_IMPORT = 0,
+    JOB_FEATURE_BAG_EXPORT = 1,
+    JOB_FEATURE_XML_IMPORT = 2,
+    JOB_FEATURE_XML_EXPORT = 3
+};
+
+enum ImportResult : unsigned int
+{
+    IMPORT_OK = 0,
+    IMPORT_ERR_NO_FEATURES = 0xE0000002,
+    IMPORT_ERR_VERSION = 0xE0000003,
+    IMPORT_ERR_MODEL = 0xE0000004,
+    IMPORT_ERR_APPLY = 0xE0000005
+};
+
+// Set up while it is idle, then started; every job ends with SigEndThread after its connection is closed, and
+// the worker may be set up and started again. The signals come from the worker's own thread. The destructor
+// neither closes the connection (each job does) nor waits.
+class QOperateThread : public QThread
+{
+    Q_OBJECT
+
+public:
+    explicit QOperateThread(QObject* parent = nullptr);
+    ~QOperateThread() override;
+
+    void SetXmlImportJob(const StructDeviceInfo& stDevice, const QString& strFile);
+    void SetXmlExportJob(const StructDeviceInfo& stDevice, const QString& strFolder);
+    void SetFeatureBagImportJob(const StructDeviceInfo& stDevice, const QString& strFile);
+    void SetFeatureBagExportJob(const StructDeviceInfo& stDevice, const QString& strFolder);
+
+    // The result of the last XML import (ImportResult); to be asked when the job is over.
+    unsigned int ErrorCode() const { return m_nErrorCode; }
+
+signals:
+    void SigBeginThread(long nDeviceID, unsigned int nThreadType);
+    void SigEndThread(long nDeviceID, unsigned int nThreadType, QString strFilePath);
+    // bFailed: strMsg is the user text of a failure; else it is information.
+    void SigThreadInfo(long nDeviceID, QString strMsg, bool bFailed);
+
+protected:
+    void run() override;
+
+private:
+    friend class QOperateThreadProbe; // tests look at the worker's state through it
+
+    void SetJob(JobType eType, const StructDeviceInfo& stDevice, const QString& strPath);
+
+    // Connection and end report.
+    bool OpenDevice();
+    void CloseDevice();
+    void ReportEnd();
+    QString TargetPath() const;
+
+    // Jobs.
+    void FeatureBagImport();
+    void FeatureBagExport();
+    void FeatureXmlImport();
+    void FeatureXmlExport();
+
+    // Node access. A status is stored in *pErrorCode whenever the camera library was called.
+    bool GetBooleanNodePropertyValue(const QString& strName, bool* pValue, int* pErrorCode = nullptr);
+    bool GetEnumerationNodePropertyValue(const QString& strName, KX_EnumValue* pValue,
+                                         int* pErrorCode = nullptr);
+    bool GetFloatNodePropertyValue(const QString& strName, KX_FloatValue* pValue, int* pErrorCode = nullptr);
+    bool GetIntegerNodePropertyValue(const QString& strName, KX_IntegerValue* pValue,
+                                     int* pErrorCode = nullptr);
+    bool GetStringRegNodePropertyValue(const QString& strName, QString& strValue,
+                                       __int64* pMaxLength = nullptr, int* pErrorCode = nullptr);
+    KX_XML_AccessMode GetNodeAccessMode(const QString& strName, int* pErrorCode = nullptr);
+    bool SetBooleanNodePropertyValue(const QString& strName, bool bValue, int* pErrorCode = nullptr);
+    bool SetEnumerationNodePropertyValue(const QString& strName, unsigned int nValue,
+                                         int* pErrorCode = nullptr);
+    bool SetFloatNodePropertyValue(const QString& strName, float fValue, int* pErrorCode = nullptr);
+    bool SetIntegerNodePropertyValue(const QString& strName, __int64 nValue, int* pErrorCode = nullptr);
+    bool SetStringRegNodePropertyValue(const QString& strName, const QString& strValue,
+                                       int* pErrorCode = nullptr);
+    bool ReadRegisterMemory(const __int64& nAddress, void* pBuffer, __int64 nLength,
+                            int* pErrorCode = nullptr);
+    bool WriteRegisterMemory(const __int64& nAddress, void* pBuffer, __int64 nLength,
+                             int* pErrorCode = nullptr);
+
+    // Description.
+    void GenerateFeatureXmlMap();
+    QString FetchDescription();
+    void IndexDescription();
+    void WalkFeatureNodes(const QDomElement& parent);
+    void TakeListedFeature(const QDomElement& parent, const QString& strFeature);
+    void TakeCategory(const QString& strName);
+    void GenerateSelectorMap();
+    bool GetNodeElement(const QString& strName, QDomElement& element) const;
+    void GetSelectedFeatures(const QString& strName, QStringList& lstSelected);
+    QDomElement FindElementByName(const QString& strName, const QDomNodeList& nodes) const;
+    void CollectNodeReferences(const QString& strName, QStringList* pReferences,
+                               QStringList* pVariables) const;
+
+    // Export. Those that append to a text answer false when the export has to stop.
+    bool export_xml();
+    void LoadStreamableFilter();
+    void ChooseSkipList();
+    bool IsSkippedFeature(const QString& strName) const;
+    bool AppendHeader(const QString& strModel, QString& strText);
+    bool AppendFeatures(QString& strText);
+    bool AppendFeature(RegisterEvaluator& evaluator, const QDomElement& element, QString& strText);
+    bool IsGigE() const;
+    bool ReadPlainValue(const QString& strTag, const QString& strName, QString& strValue, int* pErrorCode);
+    bool WriteFeaturesFile(const QString& strFileName, const QString& strText);
+
+    // Import.
+    struct ImportRun;
+    struct RegisterBuffer;
+    void FailImport(const QString& strLog, const QString& strUserText);
+    void ReportImportResult();
+    void ChooseImportSkipList();
+    bool import_feature_xml(const QDomDocument& document);
+    bool BelongsToCamera(const QDomElement& root);
+    bool ReadFeatureElement(const QDomElement& element, QString& strName, QString& strType,
+                            QString& strValue) const;
+    bool ApplyFeatures(const QDomElement& root);
+    bool ApplyCycle(ImportRun& run);
+    bool GiveUpImport(const QString& strName, const QString& strValue);
+    KX_Status setFeatureIntoDevice(const QString& strName, const QString& strType, const QString& strValue,
+                                   ImportRun& run);
+    bool WritePlainValue(const QString& strType, const QString& strName, const QString& strValue,
+                         int* pErrorCode);
+    bool ApplyRegisterBlock(const QDomElement& element, ImportRun& run);
+    bool PrepareBuffer(const QString& strLength, RegisterBuffer& buffer);
+    bool SetValueFromReg(const QDomElement& entry, qint64 nAddress, RegisterBuffer& buffer);
+    void FillBuffer(const QDomElement& entry, RegisterBuffer& buffer) const;
+    bool WriteRegister(qint64 nAddress, RegisterBuffer& buffer, int nCycle);
+    void LogRegisterFailure(const QString& strName, qint64 nAddress);
+
+    // Feature bag.
+    void ReportBagFailure(const QString& strLog, const QString& strUserText, KX_Status status);
+
+    bool m_bRunning = true; // true until the first end report; the jobs do not ask it
+    unsigned int m_nThreadType = JOB_FEATURE_XML_IMPORT;
+    StructDeviceInfo m_stDevice;
+    QString m_strFilePath;
+    KX_HANDLE m_hDevice = nullptr;
+    QMap<QString, QDomElement> m_mapNodeElement;
+    QDomDocument m_domGenICam;
+    QMap<QString, QString> m_mapFeatureCategory;
+    QStringList m_lstFeatureNames;
+    QStringList m_lstCategoryNames;
+    unsigned int m_nErrorCode = IMPORT_OK;
+    QMap<QString, QStringList> m_mapSelectorFeatures;
+    QList<SelectorPair> m_lstSelectorPairs;
+    QMap<QString, QStringList> m_mapFeatureFilter;
+
+    // Not part of what a job leaves behind.
+    QSet<QString> m_setSkipped;           // the running job's skip list
+    QSet<QString> m_setCategoryNames;     // m_lstCategoryNames again, for the walk
+    ie::MemoryBlock m_pDescriptionBuffer; // of the last fetch; kept until the next one
+};

@@ -1,0 +1,31 @@
+// The verdict on one plain feature of a features file.
+#pragma once
+
+#include "iefeatures/check/CameraCheck.h"
+#include "iefeatures/check/ImportSkips.h"
+
+namespace companion
+{
+
+class PlainCheck
+{
+public:
+    PlainCheck(FeatureReader& reader, ImportSkips& skips, CheckMode mode)
+        : m_reader(reader), m_skips(skips), m_mode(mode)
+    {}
+
+    EntryCheck check(const ie::FeaturesContent::Entry& entry);
+
+private:
+    QString skipReason(const ie::FeaturesContent::Entry& entry);
+    void plan(const ie::PlainFeature& feature, EntryCheck& check);
+    void planUnread(const ie::PlainFeature& feature, KX_Status status, EntryCheck& check);
+    void verify(const ie::PlainFeature& feature, EntryCheck& check);
+    void verifyUnread(const ie::PlainFeature& feature, KX_Status status, EntryCheck& check);
+
+    FeatureReader& m_reader;
+    ImportSkips& m_skips;
+    const CheckMode m_mode;
+};
+
+} // namespace companion

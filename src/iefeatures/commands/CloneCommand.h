@@ -1,0 +1,42 @@
+// iefeatures clone: cameras set as another one is.
+#pragma once
+
+#include "iefeatures/cameras/CameraSelection.h"
+#include "iefeatures/commands/Command.h"
+#include "iefeatures/commands/ImportOptions.h"
+#include "iefeatures/console/LogSink.h"
+
+#include <string>
+
+namespace companion
+{
+
+class CloneCommand : public Command
+{
+public:
+    const char* name() const override { return "clone"; }
+    const char* summary() const override { return "Set cameras as another one is set"; }
+    void addOptions(CLI::App& app) override;
+    int execute(World& world) override;
+
+private:
+    // What is known of the cameras once the command line has been looked at.
+    struct Roles
+    {
+        ListedCamera source;
+        std::vector<ListedCamera> targets;
+    };
+    int assign(World& world, Roles& roles) const;
+    int clone(World& world, const Roles& roles) const;
+    QString exportSource(Console& console, const ListedCamera& source, const QString& folder) const;
+    bool isAgreedTo(World& world, const Roles& roles, int& code) const;
+
+    std::string m_source;
+    CameraSelection::Words m_targets;
+    bool m_isAgreed = false;
+    bool m_json = false;
+    ImportOptions m_options;
+    LogOptions m_log;
+};
+
+} // namespace companion

@@ -1,0 +1,94 @@
+#include "iefeatures/commands/Companion.h"
+
+#include "iefeatures/commands/CheckCommand.h"
+#include "iefeatures/commands/CloneCommand.h"
+#include "iefeatures/commands/DiffCommand.h"
+#include "iefeatures/commands/ExportCommand.h"
+#include "iefeatures/commands/ImportCommand.h"
+#include "iefeatures/commands/ListCommand.h"
+#include "iefeatures/commands/RollbackCommand.h"
+#include "iefeatures/commands/ShowCommand.h"
+#include "iefeatures/console/ExitCode.h"
+
+#include <SuiteTools/SuiteTools.h>
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <memory>
+
+namespace companion
+{
+namespace
+{
+
+using Commands = std::vector<std::unique_ptr<Command>>;
+
+Commands allCommands()
+{
+    Commands commands;
+    commands.push_back(std::make_unique<ListCommand>());
+    commands.push_back(std::make_unique<ExportCommand>());
+    commands.push_back(std::make_unique<ImportCommand>());
+    commands.push_back(std::make_unique<ShowCommand>());
+    commands.push_back(std::make_unique<DiffCommand>());
+    commands.push_back(std::make_unique<PlanCommand>());
+    commands.push_back(std::make_unique<VerifyCommand>());
+    commands.push_back(std::make_unique<RollbackCommand>());
+    commands.push_back(std::make_unique<CloneCommand>());
+    return commands;
+}
+
+void describe(CLI::App& app, const Commands& commands)
+{
+    app.set_version_flag("--version", "iefeatures " + VELAInterface::softwareVersion().toStdString());
+    app.footer(exitCodeTable());
+    app.require_subcommand(0, 1);
+    for (const auto& command : commands) {
+        CLI::App* parser = app.add_subcommand(command->name(), command->summary());
+        parser->footer(exitCodeTable());
+        command->addOptions(*parser);
+    }
+}
+
+int tellUsage(Console& console, const CLI::App& app, const std::string& problem)
+{
+    console.err(problem + "\n\n" + app.help());
+    return ExitUsage;
+}
+
+// A result that nobody could read is not a good end.
+int withOutputChecked(Console& console, int code)
+{
+    if (code != ExitWell || console.isOutGood())
+        return code;
+    console.err(std::string("The standard output cannot be written.\n"));
+    return ExitInputOutput;
+}
+
+} // namespace
+
+int runCompanion(const std::vector<std::string>& arguments, World world)
+{
+    const Commands commands = allCommands();
+    CLI::App app("Copies the features of GenICam cameras into files and back.", "iefeatures");
+    describe(app, commands);
+    try {
+        std::vector<std::string> reversed(arguments.rbegin(), arguments.rend()); // as CLI11 takes them
+        app.parse(std::move(reversed));
+    } catch (const CLI::CallForHelp&) {
+        world.console.out(app.help());
+        return withOutputChecked(world.console, ExitWell);
+    } catch (const CLI::CallForVersion& version) {
+        world.console.out(std::string(version.what()) + "\n");
+        return withOutputChecked(world.console, ExitWell);
+    } catch (const CLI::ParseError& problem) {
+        return tellUsage(world.console, app, problem.what());
+    }
+    for (const auto& command : commands)
+        if (app.got_subcommand(command->name()))
+            return withOutputChecked(world.console, command->execute(world));
+    return tellUsage(world.console, app, "Name a command.");
+}
+
+} // namespace companion

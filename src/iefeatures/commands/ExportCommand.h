@@ -1,0 +1,23 @@
+// iefeatures export: a features file of each chosen camera.
+#pragma once
+
+#include "iefeatures/commands/JobCommand.h"
+
+namespace companion
+{
+
+class ExportCommand : public JobCommand
+{
+public:
+    const char* name() const override { return "export"; }
+    const char* summary() const override { return "Write the features of cameras into files, one a camera"; }
+    void addOptions(CLI::App& app) override;
+
+private:
+    QStringList objections(const std::vector<ListedCamera>& cameras) const override;
+    int carryOut(Console& console, const std::vector<ListedCamera>& cameras) const override;
+
+    std::string m_folder;
+};
+
+} // namespace companion

@@ -1,0 +1,47 @@
+#include "iefeatures/commands/ImportOptions.h"
+
+#include <CLI/CLI.hpp>
+
+namespace companion
+{
+
+void ImportOptions::addSnapshot(CLI::App& app)
+{
+    app.add_option("--snapshot", m_snapshots,
+                   "Export each camera into a folder below this one first; it must exist")
+        ->type_name("DIR")
+        ->check(
+            [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
+}
+
+void ImportOptions::addVerify(CLI::App& app)
+{
+    app.add_flag("--verify", m_isVerified,
+                 "Read everything again that the file names, and tell what did not reach its value");
+}
+
+void ImportOptions::addUserSet(CLI::App& app)
+{
+    auto* persist = app.add_option("--persist", m_userSet,
+                                   "Save into this user set of the camera, e.g. UserSet1, when all was "
+                                   "applied; verifies");
+    persist->type_name("SET")->check(
+        [](const std::string& set) { return std::string(set.empty() ? "Name a user set." : ""); });
+    app.add_flag("--start-up", m_isForStartUp, "Make that user set the one that is loaded at power-up")
+        ->needs(persist);
+}
+
+void ImportOptions::addAudit(CLI::App& app)
+{
+    app.add_flag("--no-audit", m_isUnaudited, "Leave no line in the audit log");
+}
+
+void ImportOptions::fill(ImportTask& task) const
+{
+    task.snapshots = QString::fromStdString(m_snapshots);
+    task.isVerified = isVerified();
+    task.userSet = {QString::fromStdString(m_userSet), m_isForStartUp};
+    task.isAudited = !m_isUnaudited;
+}
+
+} // namespace companion

@@ -1,0 +1,58 @@
+#include "iefeatures/commands/JobCommand.h"
+
+#include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/Text.h"
+
+#include <CLI/CLI.hpp>
+
+namespace companion
+{
+namespace
+{
+
+void tellAll(Console& console, const QStringList& sentences)
+{
+    for (const QString& sentence : sentences)
+        console.err(sentence + '\n');
+}
+
+} // namespace
+
+void JobCommand::addOptions(CLI::App& app)
+{
+    m_selection.addOptions(app);
+    app.add_option("--format", m_format,
+                   "xml: features file (default); bag: the camera library's feature bag")
+        ->check(CLI::IsMember({"xml", "bag"}))
+        ->type_name("FORMAT");
+    app.add_flag("--json", m_json, "One JSON object a line for each signal of the jobs");
+    m_log.addOptions(app);
+}
+
+int JobCommand::execute(World& world)
+{
+    std::vector<ListedCamera> cameras;
+    if (!findCameras(world, cameras))
+        return ExitInputOutput;
+    const CameraSelection::Choice choice = m_selection.choose(cameras);
+    if (!choice.misses.isEmpty()) {
+        tellAll(world.console, choice.misses);
+        return ExitNoSuchCamera;
+    }
+    const QStringList reasons = objections(choice.cameras);
+    if (!reasons.isEmpty()) {
+        tellAll(world.console, reasons);
+        return ExitUsage;
+    }
+    return runLogged(world.console, m_log, [&] { return carryOut(world.console, choice.cameras); });
+}
+
+QStringList JobCommand::objectionsToBagPath(const QString& path)
+{
+    if (QString::fromLatin1(path.toLatin1()) == path)
+        return {};
+    return {QString("A feature bag cannot have the path %1: only Latin-1 characters are possible.")
+                .arg(printable(path))};
+}
+
+} // namespace companion

@@ -1,0 +1,37 @@
+// What commands have in common that run jobs on each chosen camera.
+#pragma once
+
+#include "iefeatures/cameras/CameraSelection.h"
+#include "iefeatures/commands/Command.h"
+#include "iefeatures/running/JobRun.h"
+
+#include <vector>
+
+namespace companion
+{
+
+class JobCommand : public Command
+{
+public:
+    void addOptions(CLI::App& app) override;
+    int execute(World& world) override;
+
+protected:
+    // A sentence for each reason not to begin at all.
+    virtual QStringList objections(const std::vector<ListedCamera>&) const { return {}; }
+    // Does the work, tells people (or scripts) what it has come to and gives an ExitCode.
+    virtual int carryOut(Console& console, const std::vector<ListedCamera>& cameras) const = 0;
+
+    bool isBag() const { return m_format == "bag"; }
+    // A sentence when this path cannot be handed to the camera library, which takes it as Latin-1.
+    static QStringList objectionsToBagPath(const QString& path);
+    bool wantsJson() const { return m_json; }
+
+private:
+    CameraSelection m_selection;
+    LogOptions m_log;
+    std::string m_format = "xml";
+    bool m_json = false;
+};
+
+} // namespace companion

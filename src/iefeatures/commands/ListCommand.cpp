@@ -1,0 +1,173 @@
+#include "iefeatures/commands/ListCommand.h"
+
+#include "iefeatures/cameras/LineWatch.h"
+#include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/Text.h"
+
+#include <CLI/CLI.hpp>
+#include <nlohmann/json.hpp>
+
+#include <QDateTime>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+namespace companion
+{
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+// A Ctrl-C is noticed within this.
+constexpr std::chrono::milliseconds kShortPause{50};
+
+void addFields(const ListedCamera& camera, Json& json)
+{
+    json["transport"] = camera.transport.toStdString();
+    json["model"] = camera.model.toStdString();
+    json["serial"] = camera.serial.toStdString();
+    json["userName"] = camera.userName.toStdString();
+    json["address"] = camera.address.toStdString();
+    json["status"] = camera.status.toStdString();
+}
+
+std::string jsonText(const std::vector<ListedCamera>& cameras)
+{
+    Json list = Json::array();
+    for (const ListedCamera& camera : cameras) {
+        Json json = {{"id", camera.device.nDeviceID}};
+        addFields(camera, json);
+        list.push_back(json);
+    }
+    return list.dump(2) + "\n";
+}
+
+QString tableText(const std::vector<ListedCamera>& cameras)
+{
+    QList<QStringList> rows = {{"ID", "TRANSPORT", "MODEL", "SERIAL", "NAME", "ADDRESS", "STATUS"}};
+    for (const ListedCamera& camera : cameras)
+        rows += {QString::number(camera.device.nDeviceID),
+                 camera.transport,
+                 printable(camera.model),
+                 printable(camera.serial),
+                 printable(camera.userName),
+                 printable(camera.address),
+                 camera.status};
+    const Align left = Align::Left;
+    return alignedRows({Align::Right, left, left, left, left, left, left}, rows);
+}
+
+const char* kindWord(CameraEvent::Kind kind)
+{
+    switch (kind) {
+    case CameraEvent::Kind::Appeared:
+        return "appeared";
+    case CameraEvent::Kind::Changed:
+        return "changed";
+    case CameraEvent::Kind::Gone:
+        break;
+    }
+    return "gone";
+}
+
+QString now()
+{
+    return QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
+}
+
+std::string eventJson(const CameraEvent& event)
+{
+    Json json = {{"time", now().toStdString()}, {"event", kindWord(event.kind)}};
+    addFields(event.camera, json);
+    if (event.kind == CameraEvent::Kind::Changed)
+        json["was"] = Json::object();
+    for (const CameraEvent::Change& change : event.changes)
+        json["was"][change.field.toStdString()] = change.from.toStdString();
+    return json.dump() + "\n";
+}
+
+// "2026-01-02T03:04:05Z  changed   GigE  EMU-1 S1  127.0.0.11  free  (status was in use)"
+QString eventText(const CameraEvent& event)
+{
+    const ListedCamera& camera = event.camera;
+    QStringList cells = {now(), fitted(kindWord(event.kind), 8), camera.transport, camera.title()};
+    if (!camera.userName.isEmpty())
+        cells += '"' + printable(camera.userName) + '"';
+    if (!camera.address.isEmpty())
+        cells += printable(camera.address);
+    if (event.kind != CameraEvent::Kind::Gone)
+        cells += camera.status;
+    QStringList changes;
+    for (const CameraEvent::Change& change : event.changes)
+        changes += change.field + " was " + printable(change.from);
+    if (!changes.isEmpty())
+        cells += '(' + changes.join(", ") + ')';
+    return cells.join("  ") + '\n';
+}
+
+} // namespace
+
+void ListCommand::addOptions(CLI::App& app)
+{
+    app.add_flag("--json", m_json, "A JSON array instead of a table");
+    CLI::Option* watch = app.add_flag(
+        "--watch", m_isWatch, "Go on: a line for each camera that appears, changes or goes, until Ctrl-C");
+    app.add_option("--interval", m_interval, "Seconds between two looks of --watch (default 1)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 3600.0))
+        ->needs(watch);
+}
+
+int ListCommand::execute(World& world)
+{
+    if (m_isWatch)
+        return watch(world);
+    std::vector<ListedCamera> cameras;
+    if (!findCameras(world, cameras))
+        return ExitInputOutput;
+    if (cameras.empty())
+        world.console.err(std::string("No camera was found.\n"));
+    if (m_json)
+        world.console.out(jsonText(cameras));
+    else if (!cameras.empty())
+        world.console.out(tableText(cameras));
+    return ExitWell;
+}
+
+int ListCommand::watch(World& world) const
+{
+    const Interrupt interrupt;
+    LineWatch watch;
+    std::vector<KX_DeviceEntry> entries;
+    KX_Status status = world.enumerate(entries);
+    if (status != KX_OK) {
+        tellSearchFailure(world.console, status);
+        return ExitInputOutput;
+    }
+    while (world.console.isOutGood() && !Interrupt::isRequested()) {
+        if (status == KX_OK)
+            for (const CameraEvent& event : watch.look(camerasFrom(entries)))
+                world.console.out(m_json ? eventJson(event) : eventText(event).toStdString());
+        pause();
+        // A network that is away for a while is told once and outlived.
+        const KX_Status before = status;
+        status = world.enumerate(entries);
+        if (status != KX_OK && before == KX_OK)
+            tellSearchFailure(world.console, status);
+    }
+    return ExitWell; // to be ended is what it is there for
+}
+
+void ListCommand::pause() const
+{
+    using Clock = std::chrono::steady_clock;
+    const auto end =
+        Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(m_interval));
+    while (!Interrupt::isRequested() && Clock::now() < end)
+        std::this_thread::sleep_for(std::min<Clock::duration>(kShortPause, end - Clock::now()));
+}
+
+} // namespace companion

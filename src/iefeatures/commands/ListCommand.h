@@ -1,0 +1,27 @@
+// iefeatures list: the cameras on the line.
+#pragma once
+
+#include "iefeatures/commands/Command.h"
+
+namespace companion
+{
+
+class ListCommand : public Command
+{
+public:
+    const char* name() const override { return "list"; }
+    const char* summary() const override { return "Show the cameras on the line"; }
+    void addOptions(CLI::App& app) override;
+    int execute(World& world) override;
+
+private:
+    // Until somebody ends it.
+    int watch(World& world) const;
+    void pause() const;
+
+    bool m_json = false;
+    bool m_isWatch = false;
+    double m_interval = 1; // seconds between two looks
+};
+
+} // namespace companion

@@ -1,0 +1,79 @@
+#include "iefeatures/commands/RollbackCommand.h"
+
+#include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/Text.h"
+
+#include "jobs/rules/DeviceNames.h"
+
+#include <CLI/CLI.hpp>
+
+#include <QFileInfo>
+
+#include <cstring>
+
+namespace companion
+{
+
+void RollbackCommand::addOptions(CLI::App& app)
+{
+    app.add_option("SNAPSHOT", m_snapshot, "Folder of one snapshot, as --snapshot has made it")
+        ->required()
+        ->type_name("")
+        ->check(
+            [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
+    app.add_option("--serial", m_serial, "Serial number of the camera")->required()->type_name("S");
+    app.add_flag("--force", m_isForced, "Take the snapshot of another camera of the same model");
+    app.add_flag("--json", m_json, "JSON lines instead of text");
+    m_options.addAudit(app);
+    m_log.addOptions(app);
+}
+
+int RollbackCommand::execute(World& world)
+{
+    QString problem;
+    const auto snapshot = findSnapshot(QString::fromStdString(m_snapshot), problem);
+    if (!snapshot) {
+        world.console.err(problem + '\n');
+        return ExitInputOutput;
+    }
+    std::vector<ListedCamera> cameras;
+    if (!findCameras(world, cameras))
+        return ExitInputOutput;
+    const CameraSelection::Choice choice = CameraSelection::bySerial({m_serial}, cameras);
+    if (!choice.misses.isEmpty()) {
+        world.console.err(choice.misses.join('\n') + '\n');
+        return ExitNoSuchCamera;
+    }
+    for (const ListedCamera& camera : choice.cameras)
+        if (const int code = objectTo(world.console, camera, *snapshot))
+            return code;
+
+    ImportTask task;
+    task.command = name();
+    task.bag = snapshot->bagFile;
+    task.features = snapshot->featuresFile;
+    task.isJson = m_json;
+    m_options.fill(task);
+    task.isVerified = true;
+    return runLogged(world.console, m_log,
+                     [&] { return ImportProcedure(world.console, task).run(choice.cameras); });
+}
+
+// The feature bag is loaded without a look at whom it belongs to, so that has to come before.
+int RollbackCommand::objectTo(Console& console, const ListedCamera& camera, const Snapshot& snapshot) const
+{
+    const QString model = featuresOfFile(snapshot.featuresFile).model;
+    if (model != ie::modelNameAsUtf8(camera.device.stDeviceInfo)) {
+        console.err(camera.title() + ": the snapshot is of another model, " + printable(model) + ".\n");
+        return ExitIncompatible;
+    }
+    const auto names = ie::deviceNames(camera.device.stDeviceInfo, ie::FieldEnd::AtSize);
+    const QString file = QFileInfo(snapshot.featuresFile).fileName();
+    if (m_isForced || file == ie::featuresFileName(names))
+        return ExitWell;
+    console.err(camera.title() + ": the snapshot is of another camera, " +
+                printable(file.chopped(int(std::strlen(".fpk")))) + "; --force takes it all the same.\n");
+    return ExitIncompatible;
+}
+
+} // namespace companion

@@ -1,0 +1,34 @@
+#include "iefeatures/commands/ShowCommand.h"
+
+#include "iefeatures/compare/FeatureSource.h"
+#include "iefeatures/compare/FeaturesReport.h"
+#include "iefeatures/console/ExitCode.h"
+
+#include <CLI/CLI.hpp>
+
+namespace companion
+{
+
+void ShowCommand::addOptions(CLI::App& app)
+{
+    app.add_option("FILE", m_file, "Features file")
+        ->required()
+        ->type_name("")
+        ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
+    app.add_flag("--json", m_json, "A JSON object instead of text");
+}
+
+int ShowCommand::execute(World& world)
+{
+    FeatureSource source;
+    source.path = QString::fromStdString(m_file);
+    if (const int code = readSource(world.console, source))
+        return code;
+    if (m_json)
+        world.console.out(featuresJson(source.content));
+    else
+        world.console.out(featuresText(source.content));
+    return ExitWell;
+}
+
+} // namespace companion

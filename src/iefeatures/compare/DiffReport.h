@@ -1,0 +1,19 @@
+// A comparison of two features files as people and scripts read it.
+#pragma once
+
+#include "iefeatures/compare/FeatureComparison.h"
+
+#include <QString>
+
+#include <string>
+
+namespace companion
+{
+
+// Two lines that name the sides; a table with a line for each header field, plain feature and register word
+// that differs; a line that counts them.
+QString diffText(const FeatureComparison& comparison, const QString& titleA, const QString& titleB);
+// One object.
+std::string diffJson(const FeatureComparison& comparison, const QString& titleA, const QString& titleB);
+
+} // namespace companion

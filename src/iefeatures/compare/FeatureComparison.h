@@ -1,0 +1,56 @@
+// What two features files say differently. No camera and no file access here.
+#pragma once
+
+#include "jobs/file/FeaturesFile.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <optional>
+
+namespace companion
+{
+
+// What is null is on the other side alone.
+struct RegisterDifference
+{
+    qint64 address = 0;
+    QString variables;        // "[GainSelector:1]", of the side that has them
+    std::optional<QString> a; // "0x0000000A", behind a converter "0x0000000A (5.000000)"
+    std::optional<QString> b;
+};
+
+struct FeatureDifference
+{
+    struct Side
+    {
+        QString type;      // the type word, "Register" for a register block
+        QString value;     // as the file has it; of a register block "4 bytes of GainReg"
+        QString entryName; // of an enumeration's value; filled in by who knows it
+    };
+
+    QString name;
+    std::optional<Side> a;
+    std::optional<Side> b;
+    QList<RegisterDifference> registers; // of a register block, by address
+
+    bool isRegisterBlock() const { return (a ? *a : *b).type == "Register"; }
+};
+
+struct FeatureComparison
+{
+    QList<FeatureDifference> header;   // no types; a board type may be on one side alone
+    QList<FeatureDifference> features; // in A's order, then what B alone has in its order
+    QStringList leftOut;               // what differs too, but is not asked for
+
+    bool isEqual() const { return header.isEmpty() && features.isEmpty(); }
+};
+
+// Values are compared as texts, as imports compare them; of several values of one feature the last one
+// counts. `isLeftOut` is asked about features and header fields that differ.
+FeatureComparison compareFeatures(const ie::FeaturesContent& a, const ie::FeaturesContent& b,
+                                  const std::function<bool(const QString& name, bool isHeader)>& isLeftOut);
+
+} // namespace companion

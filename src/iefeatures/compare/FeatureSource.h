@@ -1,0 +1,39 @@
+// What a command may be given in place of a features file: the file, or a camera, which stands for what an
+// export of it writes now.
+#pragma once
+
+#include "iefeatures/cameras/ListedCamera.h"
+#include "iefeatures/console/Console.h"
+
+#include "jobs/file/FeaturesFile.h"
+
+#include <QString>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace companion
+{
+
+struct FeatureSource
+{
+    QString title; // the path as it was given, or "camera MODEL SERIAL"
+    std::optional<ListedCamera> camera;
+    QString path; // of the file; of a camera after its export
+    ie::FeaturesContent content;
+};
+
+// A camera by "serial:...", "name:..." or "address:...", else the path of a file.
+bool namesCamera(const std::string& word);
+// Gives an ExitCode and tells what went wrong: 3 when no camera fits, 2 when several do.
+int findSource(Console& console, const std::string& word, const std::vector<ListedCamera>& cameras,
+               FeatureSource& source);
+// Exports those of the sources that are cameras, all at the same time, into folders of their own below
+// `folder`. Gives an ExitCode and tells what went wrong.
+int exportSources(Console& console, std::vector<FeatureSource>& sources, const QString& folder);
+// Gives an ExitCode and tells what went wrong: 6 when the file cannot be read, 5 when it is no features file
+// that imports would take.
+int readSource(Console& console, FeatureSource& source);
+
+} // namespace companion

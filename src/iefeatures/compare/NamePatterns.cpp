@@ -1,0 +1,56 @@
+#include "iefeatures/compare/NamePatterns.h"
+
+namespace companion
+{
+namespace
+{
+
+QString expressionFor(const QStringList& patterns)
+{
+    QStringList alternatives;
+    for (const QString& pattern : patterns)
+        alternatives += QRegularExpression::escape(pattern).replace("\\*", ".*");
+    const QString nothing = "(?!)";
+    return QRegularExpression::anchoredPattern(patterns.isEmpty() ? nothing : alternatives.join('|'));
+}
+
+} // namespace
+
+NamePatterns::NamePatterns(const QStringList& patterns)
+    : m_expression(expressionFor(patterns), QRegularExpression::DotMatchesEverythingOption)
+{}
+
+bool NamePatterns::match(const QString& name) const
+{
+    return m_expression.match(name).hasMatch();
+}
+
+const QStringList& NamePatterns::changingByThemselves()
+{
+    // AcquisitionFrameCount and its like are settings, so "*Count" would be too much.
+    static const QStringList patterns = {"*Temperature",
+                                         "*TemperatureRaw",
+                                         "*Timestamp",
+                                         "*TimestampValue*",
+                                         "*TimestampLatchValue*",
+                                         "CounterValue*",
+                                         "CounterStatus",
+                                         "TimerValue",
+                                         "TimerStatus",
+                                         "EncoderValue*",
+                                         "EncoderStatus",
+                                         "*ErrorCount",
+                                         "*ErrorCounter",
+                                         "*OverflowCount",
+                                         "*Uptime",
+                                         "*UpTime",
+                                         "DeviceRunTime",
+                                         "DeviceOperatingTime",
+                                         "LineStatus",
+                                         "LineStatusAll",
+                                         "PtpStatus",
+                                         "PtpOffsetFromMaster"};
+    return patterns;
+}
+
+} // namespace companion

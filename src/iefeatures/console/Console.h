@@ -1,0 +1,53 @@
+// Where the companion writes: results to one stream, messages and progress to the other, all in UTF-8. May be
+// used from any thread.
+#pragma once
+
+#include "iefeatures/console/Terminal.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <mutex>
+#include <ostream>
+#include <string>
+
+namespace companion
+{
+
+class Console
+{
+public:
+    // `redraws`: the message stream is a terminal, on which progress may be drawn over itself.
+    Console(std::ostream& out, std::ostream& err, bool redraws, bool colours);
+
+    // A result; flushed, so that a script can follow line by line.
+    void out(const std::string& text);
+    void out(const QString& text) { out(text.toStdString()); }
+    // A message; a progress block that stands there is drawn again below it.
+    void err(const std::string& text);
+    void err(const QString& text) { err(text.toStdString()); }
+
+    // A block of lines at the lower end of the terminal that takes the place of the block before it; an empty
+    // one takes the block away. Nothing happens where the stream does not redraw. The lines must fit the
+    // terminal.
+    void drawBlock(const QStringList& lines);
+
+    bool redraws() const { return m_redraws; }
+    bool colours() const { return m_colours; }
+    TerminalSize size() const { return terminalSize(StandardStream::Error); }
+    // False once a result could not be written.
+    bool isOutGood() const;
+
+private:
+    void eraseBlock();
+    void paintBlock();
+
+    mutable std::mutex m_mutex;
+    std::ostream& m_out;
+    std::ostream& m_err;
+    const bool m_redraws;
+    const bool m_colours;
+    QStringList m_block;
+};
+
+} // namespace companion

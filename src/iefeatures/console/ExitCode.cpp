@@ -1,0 +1,42 @@
+#include "iefeatures/console/ExitCode.h"
+
+#include <algorithm>
+#include <iomanip>
+#include <sstream>
+#include <utility>
+
+namespace companion
+{
+
+int gravestExitCode(const std::vector<int>& codes)
+{
+    for (const ExitCode code :
+         {ExitInterrupted, ExitJobFailed, ExitInputOutput, ExitIncompatible, ExitNotAllApplied})
+        if (std::find(codes.begin(), codes.end(), code) != codes.end())
+            return code;
+    return ExitWell;
+}
+
+std::string exitCodeTable()
+{
+    static const std::pair<ExitCode, const char*> rows[] = {
+        {ExitWell, "all went well"},
+        {ExitJobFailed,
+         "a job failed; the others went on; or a clone that was asked about was refused; or what was "
+         "compared differs"},
+        {ExitUsage, "wrong usage, or two chosen cameras that would write one file; nothing was done"},
+        {ExitNoSuchCamera, "no such camera; nothing was done"},
+        {ExitNotAllApplied, "a camera did not take all of the file"},
+        {ExitIncompatible, "the file belongs to another model, firmware, board type or version, or the "
+                           "snapshot to another camera; or it is no features file"},
+        {ExitInputOutput, "input or output failed (network, file to import, log file, standard output)"},
+        {ExitInterrupted, "interrupted"},
+    };
+    std::ostringstream text;
+    text << "Exit codes:\n";
+    for (const auto& [code, meaning] : rows)
+        text << "  " << std::left << std::setw(5) << code << meaning << '\n';
+    return text.str();
+}
+
+} // namespace companion

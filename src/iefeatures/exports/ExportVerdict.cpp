@@ -1,0 +1,121 @@
+#include "iefeatures/exports/ExportVerdict.h"
+
+#include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/Text.h"
+
+#include "jobs/worker/QOperateThread.h"
+
+#include <QFile>
+
+#include <algorithm>
+
+namespace companion
+{
+namespace
+{
+
+using State = ExportResult::State;
+
+// By line and not as XML: a text value with a "<" in it is allowed and makes the file no XML.
+int countFeatures(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    int count = 0;
+    for (const QByteArray& line : file.readAll().split('\n'))
+        count += line == "<Feature>\r" || line.startsWith("<ComplexFeature ");
+    return count;
+}
+
+int countBagLines(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    int count = 0;
+    for (const QByteArray& line : file.readAll().split('\n'))
+        count += !line.isEmpty() && !line.startsWith('#');
+    return count;
+}
+
+State stateOf(const JobOutcome& job, const CallWatch::Tally& tally)
+{
+    if (!job.hasStarted)
+        return State::NotStarted;
+    return job.hasFailed || tally.wasRefused || !tally.wasOpened ? State::Failed : State::Written;
+}
+
+QString fate(const ExportResult& result)
+{
+    return result.state == State::Written ? printable(result.job.path) : QString("not written");
+}
+
+auto countOf(const std::vector<ExportResult>& results, State state)
+{
+    return std::count_if(results.begin(), results.end(),
+                         [state](const ExportResult& result) { return result.state == state; });
+}
+
+} // namespace
+
+ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally)
+{
+    ExportResult result{job, tally, stateOf(job, tally)};
+    if (result.state == State::Written)
+        result.features =
+            job.type == JOB_FEATURE_BAG_EXPORT ? countBagLines(job.path) : countFeatures(job.path);
+    else if (tally.wasOpened && !job.hasFailed)
+        QFile::remove(job.path);
+    return result;
+}
+
+QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings& findings)
+{
+    QStringList remarks;
+    if (result.state == State::Written && result.tally.hasLineFailed)
+        remarks += "the line failed during the export; the file may lack features.";
+    if (result.state == State::Failed && !result.tally.wasOpened)
+        remarks += openRemark(findings);
+    return remarks + printableLines(findings.bagText);
+}
+
+QString exportTable(const std::vector<ExportResult>& results)
+{
+    QList<QStringList> rows = {{"MODEL", "SERIAL", "FEATURES", "REQUESTS", "SECONDS", "PATH"}};
+    for (const ExportResult& result : results) {
+        const ListedCamera& camera = result.job.camera;
+        const QString features = result.state == State::Written ? QString::number(result.features) : "-";
+        rows += {printable(camera.model),
+                 printable(camera.serial),
+                 features,
+                 QString::number(result.tally.requests),
+                 QString::number(result.job.seconds, 'f', 2),
+                 fate(result)};
+    }
+    QString text =
+        alignedRows({Align::Left, Align::Left, Align::Right, Align::Right, Align::Right, Align::Left}, rows);
+    text += QString("%1 exported, %2 failed")
+                .arg(countOf(results, State::Written))
+                .arg(countOf(results, State::Failed));
+    if (const auto waiting = countOf(results, State::NotStarted))
+        text += QString(", %1 not started").arg(waiting);
+    return text + '\n';
+}
+
+QString exportFates(const std::vector<ExportResult>& results)
+{
+    QString text;
+    for (const ExportResult& result : results)
+        text += result.job.camera.title() + ": " + fate(result) + '\n';
+    return text;
+}
+
+int exportExitCode(const std::vector<ExportResult>& results, bool isInterrupted)
+{
+    if (isInterrupted)
+        return ExitInterrupted;
+    return countOf(results, State::Written) == int(results.size()) ? ExitWell : ExitJobFailed;
+}
+
+} // namespace companion

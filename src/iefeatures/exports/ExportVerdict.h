@@ -1,0 +1,44 @@
+// What an export has come to: the lines for people and the exit code.
+#pragma once
+
+#include "iefeatures/running/CallWatch.h"
+#include "iefeatures/running/JobBatch.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+namespace companion
+{
+
+struct ExportResult
+{
+    enum class State
+    {
+        Written,
+        Failed,
+        NotStarted
+    };
+
+    JobOutcome job;
+    CallWatch::Tally tally;
+    State state = State::NotStarted;
+    int features = 0; // blocks of the written file, lines of a feature bag
+};
+
+// Counts the written features. A file that was written although calls of its job were refused lacks features
+// without showing it: it is removed and the job counts as failed.
+ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally);
+// What the job's signals have not told; a sentence each.
+QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings& findings);
+
+// A header, a line a camera: model, serial number, features written, requests on the wire, seconds, path; and
+// "4 exported, 0 failed".
+QString exportTable(const std::vector<ExportResult>& results);
+// "model serial: path" or "model serial: not written", a line a camera.
+QString exportFates(const std::vector<ExportResult>& results);
+
+int exportExitCode(const std::vector<ExportResult>& results, bool isInterrupted);
+
+} // namespace companion

@@ -1,0 +1,75 @@
+// An import with what stands around it: a snapshot before, the check and the camera's own user set behind,
+// and the record of it all. Each step is done on all cameras at the same time before the next one begins; a
+// camera that fails one has no further.
+#pragma once
+
+#include "iefeatures/check/ImportProof.h"
+#include "iefeatures/files/NamedFeatures.h"
+#include "iefeatures/imports/AuditLog.h"
+#include "iefeatures/imports/ImportSummary.h"
+#include "iefeatures/imports/Snapshot.h"
+#include "iefeatures/imports/UserSet.h"
+
+#include <optional>
+#include <vector>
+
+namespace companion
+{
+
+struct ImportTask
+{
+    QString command;         // for the audit log
+    QString bag;             // a feature bag to load first; empty: none
+    QString features;        // a features file to import; empty: none
+    QString snapshots;       // folder to take snapshots into; empty: none
+    bool isVerified = false; // against the features file
+    UserSet userSet;         // saved where the verification is clean
+    QString source;          // serial number of the camera that the files are of; empty: not known
+    bool isAudited = true;
+    bool isJson = false;
+};
+
+// What has come of one camera.
+struct CameraImport
+{
+    ListedCamera camera;
+    std::optional<SnapshotResult> snapshot; // when one was asked for
+    std::vector<ImportOutcome> jobs;        // feature bag, features file; those that were begun
+    std::optional<Verification> verification;
+    bool isUserSetSaved = false;
+    QString userSetProblem; // a sentence
+};
+
+// What this camera alone would have given, an interrupt apart.
+int exitCodeOf(const CameraImport& result);
+
+class ImportProcedure
+{
+public:
+    ImportProcedure(Console& console, const ImportTask& task);
+
+    // Does it all, tells messages as they come up and results at the end, and gives an ExitCode.
+    int run(const std::vector<ListedCamera>& cameras);
+
+private:
+    using Cameras = std::vector<CameraImport*>;
+    Cameras going();
+
+    void takeSnapshots();
+    void import(unsigned type, const QString& file);
+    void verify();
+    void saveUserSets();
+    void tellInterrupted(const CameraImport& result);
+    void offerRollback(const CameraImport& result);
+    void tellResults();
+    void audit();
+    int exitCode() const;
+    void tell(const ListedCamera& camera, const QString& text);
+
+    Console& m_console;
+    const ImportTask m_task;
+    const ImportedFeatures m_named; // by either file
+    std::vector<CameraImport> m_results;
+};
+
+} // namespace companion

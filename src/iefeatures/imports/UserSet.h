@@ -1,0 +1,23 @@
+// Saving what a camera is set to into one of its own user sets (SFNC, "User Set Control"), so that it
+// outlives a power cut.
+#pragma once
+
+#include "iefeatures/cameras/ListedCamera.h"
+
+#include <QString>
+
+namespace companion
+{
+
+struct UserSet
+{
+    QString name;              // an entry of UserSetSelector, e.g. "UserSet1"; empty: none is saved
+    bool isForStartUp = false; // the camera loads it when it is switched on
+};
+
+// Selects the set and saves into it; for start-up sets UserSetDefault (before SFNC 2.0:
+// UserSetDefaultSelector) as well. The set stays selected. Takes the camera exclusively, blocks until the
+// camera has answered. Gives what went wrong as a sentence, or an empty text.
+QString saveUserSet(const ListedCamera& camera, const UserSet& set);
+
+} // namespace companion

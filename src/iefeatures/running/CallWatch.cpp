@@ -1,0 +1,146 @@
+#include "iefeatures/running/CallWatch.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace companion
+{
+namespace
+{
+
+bool isRead(uint32_t operation)
+{
+    return (operation >= KX_OP_GET_BOOL && operation <= KX_OP_GET_STRING) || operation == KX_OP_READ_MEMORY;
+}
+
+bool isBag(uint32_t operation)
+{
+    return operation == KX_OP_FEATURE_SAVE || operation == KX_OP_FEATURE_LOAD;
+}
+
+// Of the calling thread.
+QString lastErrorText()
+{
+    uint32_t length = 0;
+    KX_CC_GetLastErrorText(nullptr, nullptr, 0, &length);
+    std::string text(length + 1, '\0');
+    KX_CC_GetLastErrorText(nullptr, text.data(), length + 1, &length);
+    return QString::fromUtf8(text.c_str());
+}
+
+} // namespace
+
+CallWatch::CallWatch(const std::vector<ListedCamera>& cameras, std::function<bool()> refuse, Refusal refusal,
+                     Blocks blocks, const QStringList& features)
+    : m_refuse(std::move(refuse)), m_refusal(refusal), m_blocks(std::move(blocks)),
+      m_features(features.begin(), features.end())
+{
+    for (const ListedCamera& camera : cameras)
+        m_entries.push_back(
+            {camera.device.nDeviceID, camera.device.stDeviceInfo, {}, {}, KX_OK, {}, {}, KX_OK, {}, {}});
+    KX_CC_SetCallObserver(nullptr, &CallWatch::observe, this);
+}
+
+CallWatch::~CallWatch()
+{
+    KX_CC_SetCallObserver(nullptr, nullptr, nullptr);
+}
+
+const CallWatch::Entry* CallWatch::entryOf(int deviceId) const
+{
+    const auto entry = std::find_if(m_entries.begin(), m_entries.end(),
+                                    [deviceId](const Entry& known) { return known.deviceId == deviceId; });
+    return entry == m_entries.end() ? nullptr : &*entry;
+}
+
+CallWatch::Tally CallWatch::tally(int deviceId) const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const Entry* entry = entryOf(deviceId);
+    return entry ? entry->tally : Tally();
+}
+
+CallWatch::Findings CallWatch::findings(int deviceId) const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const Entry* entry = entryOf(deviceId);
+    if (!entry)
+        return {};
+    return {entry->failedCalls.failures(), entry->bagStatus, entry->bagText, entry->changes,
+            entry->openStatus};
+}
+
+int CallWatch::observe(void* user, const KX_CallEvent* event)
+{
+    return static_cast<CallWatch*>(user)->take(*event);
+}
+
+int CallWatch::take(const KX_CallEvent& event)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto entry = std::find_if(m_entries.begin(), m_entries.end(), [&](const Entry& known) {
+        return std::memcmp(&known.info, event.device, sizeof known.info) == 0;
+    });
+    if (entry == m_entries.end())
+        return !event.finished && event.operation != KX_OP_CLOSE && m_refuse();
+    Tally& tally = entry->tally;
+    tally.requests = std::max<quint64>(tally.requests, event.requests);
+    if (event.finished) {
+        takeFinished(event, *entry);
+        return false;
+    }
+    const bool isRefused = refuses(event, *entry);
+    tally.wasRefused = tally.wasRefused || isRefused;
+    return isRefused;
+}
+
+bool CallWatch::refuses(const KX_CallEvent& event, Entry& entry) const
+{
+    const QString feature = featureOf(event);
+    const bool mayEnd = m_refusal == Refusal::BehindFeature && !entry.tally.wasRefused &&
+                        !feature.isEmpty() && feature == entry.inHand;
+    if (event.operation != KX_OP_CLOSE && !mayEnd && m_refuse())
+        return true;
+    entry.inHand = feature;
+    return false;
+}
+
+QString CallWatch::featureOf(const KX_CallEvent& event) const
+{
+    if (event.nodeName)
+        return QString::fromUtf8(event.nodeName);
+    if (event.operation != KX_OP_READ_MEMORY && event.operation != KX_OP_WRITE_MEMORY)
+        return {};
+    const auto block = m_blocks.find(event.address);
+    return block == m_blocks.end() ? QString::number(event.address) : block->second;
+}
+
+void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
+{
+    Tally& tally = entry.tally;
+    tally.reads += isRead(event.operation);
+    if (const QString feature = featureOf(event); m_features.contains(feature))
+        entry.metFeatures.insert(feature);
+    tally.features = entry.metFeatures.size();
+    tally.hasLineFailed = tally.hasLineFailed || isLineFailure(event.status);
+    if (event.operation == KX_OP_OPEN) {
+        entry.openStatus = event.status;
+        (event.status == KX_OK ? tally.wasOpened : tally.hasOpenFailed) = true;
+    }
+    entry.failedCalls.take(event);
+    entry.changes.take(event);
+    if (isBag(event.operation))
+        entry.bagStatus = event.status;
+    // The bag's text is there once its call has returned; closing is what comes next on this thread.
+    if (event.operation == KX_OP_CLOSE && entry.bagStatus != KX_OK)
+        entry.bagText = lastErrorText();
+}
+
+QString openRemark(const CallWatch::Findings& findings)
+{
+    if (findings.openStatus == KX_OK)
+        return "the camera could not be opened.";
+    return QString("the camera could not be opened: ") + KX_CC_StatusText(findings.openStatus);
+}
+
+} // namespace companion

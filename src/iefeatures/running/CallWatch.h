@@ -1,0 +1,98 @@
+// Watches the calls of all jobs on the camera library: counts them, and refuses further ones when asked to.
+#pragma once
+
+#include "iefeatures/cameras/ListedCamera.h"
+#include "iefeatures/running/FailedCalls.h"
+#include "iefeatures/running/ObservedChanges.h"
+
+#include <QSet>
+#include <QStringList>
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <vector>
+
+namespace companion
+{
+
+class CallWatch
+{
+public:
+    // Which call may still run once calls are to be refused.
+    enum class Refusal
+    {
+        AtOnce,
+        BehindFeature // a feature that was read may be written, a register block may be ended
+    };
+    // Of register blocks by their addresses: the features that they make up. Registers that are not in it
+    // are each taken for a block of their own.
+    using Blocks = std::map<int64_t, QString>;
+
+    // Watches every handle that is made for one of `cameras` while this lives; one watch at a time, and it
+    // must outlive those handles. `refuse` is asked before each call, on the calling thread.
+    // `features`: those that a job is expected to come to, for counting.
+    CallWatch(const std::vector<ListedCamera>& cameras, std::function<bool()> refuse,
+              Refusal refusal = Refusal::AtOnce, Blocks blocks = {}, const QStringList& features = {});
+    ~CallWatch();
+    CallWatch(const CallWatch&) = delete;
+    CallWatch& operator=(const CallWatch&) = delete;
+
+    struct Tally
+    {
+        quint64 requests = 0; // sent over the connection, retries included
+        quint64 reads = 0;    // of features and memory, that are over
+        int features = 0;     // of the expected ones, that the job has come to
+        bool hasLineFailed = false;
+        bool wasRefused = false;
+        bool wasOpened = false;
+        bool hasOpenFailed = false;
+    };
+    // From any thread; an empty one for an unknown id.
+    Tally tally(int deviceId) const;
+
+    // What a job leaves behind and its signals do not tell.
+    struct Findings
+    {
+        std::vector<FailedCall> failures;
+        KX_Status bagStatus = KX_OK; // of saving or loading a feature bag
+        QString bagText;             // what the camera library had to say about that
+        ObservedChanges changes;
+        KX_Status openStatus = KX_OK; // of the last try
+    };
+    Findings findings(int deviceId) const;
+
+private:
+    static int observe(void* user, const KX_CallEvent* event);
+    int take(const KX_CallEvent& event);
+
+    struct Entry
+    {
+        int deviceId;
+        KX_DeviceInfo info;
+        Tally tally;
+        FailedCalls failedCalls;
+        KX_Status bagStatus = KX_OK;
+        QString bagText;
+        ObservedChanges changes;
+        KX_Status openStatus = KX_OK;
+        QString inHand; // the feature of the last call that was not refused
+        QSet<QString> metFeatures;
+    };
+    bool refuses(const KX_CallEvent& event, Entry& entry) const;
+    QString featureOf(const KX_CallEvent& event) const;
+    void takeFinished(const KX_CallEvent& event, Entry& entry);
+    const Entry* entryOf(int deviceId) const;
+
+    const std::function<bool()> m_refuse;
+    const Refusal m_refusal;
+    const Blocks m_blocks;
+    const QSet<QString> m_features;
+    mutable std::mutex m_mutex;
+    std::vector<Entry> m_entries;
+};
+
+// Why the camera of a job could not be opened.
+QString openRemark(const CallWatch::Findings& findings);
+
+} // namespace companion

@@ -1,0 +1,66 @@
+#include "iefeatures/running/FailedCalls.h"
+
+namespace companion
+{
+namespace
+{
+
+bool isWrite(uint32_t operation)
+{
+    return (operation >= KX_OP_SET_BOOL && operation <= KX_OP_EXECUTE) || operation == KX_OP_WRITE_MEMORY;
+}
+
+bool isMemory(uint32_t operation)
+{
+    return operation == KX_OP_READ_MEMORY || operation == KX_OP_WRITE_MEMORY;
+}
+
+bool isOnValue(uint32_t operation)
+{
+    return operation >= KX_OP_GET_BOOL && operation <= KX_OP_EXECUTE;
+}
+
+template <typename Key>
+void note(std::map<Key, KX_Status>& failures, const Key& key, const KX_CallEvent& event)
+{
+    if (event.status == KX_OK)
+        failures.erase(key);
+    else if (isWrite(event.operation) || isLineFailure(event.status))
+        failures[key] = event.status;
+}
+
+} // namespace
+
+bool isLineFailure(KX_Status status)
+{
+    return status >= KX_E_NO_ANSWER && status <= KX_E_NO_DEVICE;
+}
+
+void FailedCalls::take(const KX_CallEvent& event)
+{
+    // A register that is read right behind its failed write is looked at to see whether the write took all
+    // the same; only the next cycle's read tells that nothing is left to do.
+    const bool looksBehindWrite =
+        m_wasFailedWrite && event.operation == KX_OP_READ_MEMORY && event.address == m_lastAddress;
+    if (isMemory(event.operation) && !(looksBehindWrite && event.status == KX_OK))
+        note(m_registers, event.address, event);
+    else if (isOnValue(event.operation) && event.nodeName)
+        note(m_features, std::string(event.nodeName), event);
+    else if (event.operation == KX_OP_GET_ACCESS_MODE && event.nodeName)
+        note(m_questions, std::string(event.nodeName), event);
+    m_wasFailedWrite = event.operation == KX_OP_WRITE_MEMORY && event.status != KX_OK;
+    m_lastAddress = event.address;
+}
+
+std::vector<FailedCall> FailedCalls::failures() const
+{
+    std::vector<FailedCall> failures;
+    for (const auto* named : {&m_features, &m_questions})
+        for (const auto& [name, status] : *named)
+            failures.push_back({QString::fromUtf8(name.c_str()), false, 0, status});
+    for (const auto& [address, status] : m_registers)
+        failures.push_back({{}, true, address, status});
+    return failures;
+}
+
+} // namespace companion

@@ -1,0 +1,88 @@
+#include "iefeatures/running/JobBatch.h"
+
+#include "jobs/worker/QOperateThread.h"
+#include <SuiteTools/SuiteTools.h>
+
+#include <QTimer>
+
+namespace companion
+{
+namespace
+{
+
+constexpr int kTickMilliseconds = 100;
+
+} // namespace
+
+JobBatch::JobBatch(const std::vector<ListedCamera>& cameras, SetUp setUp, JobListener& listener)
+    : m_setUp(std::move(setUp)), m_listener(listener), m_jobs(cameras.size())
+{
+    for (size_t i = 0; i < cameras.size(); ++i)
+        m_jobs[i].outcome.camera = cameras[i];
+}
+
+JobBatch::~JobBatch() = default;
+
+std::vector<JobOutcome> JobBatch::run(const std::function<bool()>& mayStart)
+{
+    m_mayStart = mayStart;
+    startWhatMay();
+    if (m_running > 0) {
+        QTimer ticks;
+        QObject::connect(&ticks, &QTimer::timeout, [this] { m_listener.tick(); });
+        ticks.start(kTickMilliseconds);
+        m_loop.exec();
+    }
+    std::vector<JobOutcome> outcomes;
+    for (Job& job : m_jobs)
+        outcomes.push_back(job.outcome);
+    return outcomes;
+}
+
+void JobBatch::startWhatMay()
+{
+    while (m_next < m_jobs.size() && m_running < VELAInterface::toolsSupportNum() && m_mayStart())
+        start(m_jobs[m_next++]);
+}
+
+void JobBatch::start(Job& job)
+{
+    job.worker = std::make_unique<QOperateThread>();
+    QOperateThread* worker = job.worker.get();
+    JobOutcome& outcome = job.outcome;
+    QObject::connect(worker, &QOperateThread::SigBeginThread, &m_here, [this, &outcome](long, unsigned type) {
+        outcome.type = type;
+        m_listener.begin(outcome.camera, type);
+    });
+    QObject::connect(worker, &QOperateThread::SigThreadInfo, &m_here,
+                     [this, &outcome](long, const QString& message, bool isFailure) {
+                         outcome.hasFailed = outcome.hasFailed || isFailure;
+                         m_listener.info(outcome.camera, message, isFailure);
+                     });
+    QObject::connect(worker, &QOperateThread::SigEndThread, &m_here,
+                     [this, &job](long, unsigned type, const QString& path) {
+                         job.outcome.path = path;
+                         job.outcome.seconds = double(job.clock.nsecsElapsed()) / 1e9;
+                         m_listener.end(job.outcome.camera, type, path);
+                     });
+    QObject::connect(worker, &QThread::finished, &m_here, [this, worker, &outcome] {
+        worker->wait();
+        outcome.errorCode = worker->ErrorCode();
+        finish();
+    });
+    outcome.hasStarted = true;
+    ++m_running;
+    m_setUp(*worker, outcome.camera.device);
+    job.clock.start();
+    worker->start();
+}
+
+void JobBatch::finish()
+{
+    --m_running;
+    startWhatMay();
+    if (m_running == 0)
+        m_loop.quit();
+}
+
+} // namespace companion

@@ -1,0 +1,38 @@
+// Runs one job on each of several cameras, watched, with the progress told.
+#pragma once
+
+#include "iefeatures/console/Console.h"
+#include "iefeatures/console/LogSink.h"
+#include "iefeatures/running/CallWatch.h"
+#include "iefeatures/running/JobBatch.h"
+
+#include <vector>
+
+namespace companion
+{
+
+// One job that is over, or was never started.
+struct JobRecord
+{
+    JobOutcome job;
+    CallWatch::Tally tally;
+    CallWatch::Findings findings;
+};
+
+struct JobRun
+{
+    JobBatch::SetUp setUp;
+    bool isJson = false; // the jobs' signals as JSON lines instead of progress for people
+    CallWatch::Refusal refusal = CallWatch::Refusal::AtOnce; // when interrupted
+    CallWatch::Blocks blocks = {};
+    QStringList features = {}; // that the jobs are expected to come to, where that is known beforehand
+};
+
+// In the cameras' order. Blocks until all are over; an interrupt (Interrupt.h) ends them early.
+std::vector<JobRecord> runJobs(Console& console, const std::vector<ListedCamera>& cameras, const JobRun& run);
+
+// Runs `body`, which gives an ExitCode, with the log lines of the jobs going where `options` say, and with
+// Ctrl-C asking for its end. A log that cannot be written turns a good end into a failure of output.
+int runLogged(Console& console, const LogOptions& options, const std::function<int()>& body);
+
+} // namespace companion
