@@ -219,6 +219,15 @@ TEST_F(WritesThatFail, KeepsReadsAndQuestionsThatTheLineFailed)
     EXPECT_EQ(open(), "DeviceScanType");
 }
 
+// The groups are those of the camera library: whatever it does not call "not applicable" counts.
+TEST_F(WritesThatFail, KeepsReadsThatFailedInAnyWayButARefusalOfOurOwn)
+{
+    node(KX_OP_GET_INT, "Width", KX_E_INTERNAL);
+    node(KX_OP_GET_INT, "Height", KX_E_PARAMETER);
+    node(KX_OP_GET_INT, "Gain", KX_E_ABORTED);
+    EXPECT_EQ(open(), "Width");
+}
+
 TEST_F(WritesThatFail, ForgetsNoWriteForAQuestionThatWasAnswered)
 {
     node(KX_OP_SET_INT, "Width", KX_E_GC_RANGE);

@@ -101,7 +101,7 @@ private:
 
     bool note(KX_Status status)
     {
-        if (status != KX_OK && !isNotApplicable(status) && m_status == KX_OK)
+        if (KX_IS_LINE_FAILURE(status) && m_status == KX_OK)
             m_status = status;
         return status == KX_OK;
     }
@@ -243,7 +243,7 @@ public:
             if (failure.status == KX_OK)
                 continue;
             failures.push_back(failure);
-            if (!isNotApplicable(failure.status)) {
+            if (KX_IS_LINE_FAILURE(failure.status)) {
                 m_lineStatus = failure.status;
                 return false;
             }
@@ -279,7 +279,7 @@ private:
         std::string now;
         KX_Status status = m_nodes.readText(name, now);
         if (status != KX_OK || now != value)
-            status = status == KX_OK || isNotApplicable(status) ? m_nodes.writeText(name, value) : status;
+            status = KX_IS_LINE_FAILURE(status) ? status : m_nodes.writeText(name, value);
         if (status == KX_OK)
             m_unset.erase(name);
         else
@@ -314,11 +314,6 @@ private:
 
 } // namespace
 
-bool isNotApplicable(KX_Status status)
-{
-    return status == KX_E_PARAMETER || (status >= KX_E_GC_GENERIC && status <= KX_E_GC_ACCESS);
-}
-
 KX_Status collectBag(BagNodes& nodes, std::vector<BagEntry>& entries, std::string& remark)
 {
     Collector collector(nodes, entries);
@@ -343,7 +338,7 @@ KX_Status applyBag(BagNodes& nodes, const std::vector<BagEntry>& entries, BagLoa
     } while (!report.failures.empty());
 
     const KX_Status end = bracket.finish();
-    if (end != KX_OK && !isNotApplicable(end))
+    if (KX_IS_LINE_FAILURE(end))
         return end;
     if (nodes.exists("DeviceRegistersValid"))
         nodes.readText("DeviceRegistersValid", report.registersValid);

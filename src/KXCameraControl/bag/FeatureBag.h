@@ -67,9 +67,6 @@ struct BagLoadReport
     std::string text() const;
 };
 
-// True for the statuses that mean "not applicable here", false for a failed line.
-bool isNotApplicable(KX_Status status);
-
 // Collects the bag's lines. Every selector is put back to what it was on every way out; a status of a failed
 // line ends the collection. What could not be restored is told in `remark`.
 KX_Status collectBag(BagNodes& nodes, std::vector<BagEntry>& entries, std::string& remark);

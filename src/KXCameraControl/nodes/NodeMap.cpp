@@ -166,7 +166,7 @@ KX_Status NodeMap::accessMode(const char* name, KX_XML_AccessMode& mode)
         try {
             mode = engine.values.access(node);
         } catch (const NodeFailure& failure) {
-            if (isLineFailure(failure.status))
+            if (KX_IS_LINE_FAILURE(failure.status))
                 throw;
             mode = failure.status == KX_E_GC_ACCESS ? KX_AM_NOT_AVAILABLE : KX_AM_UNDEFINED;
         }

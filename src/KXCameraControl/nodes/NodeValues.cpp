@@ -241,7 +241,7 @@ std::vector<const Node*> NodeValues::usableEntries(const Node& node)
                 entries.push_back(property.target);
         } catch (const NodeFailure& failure) {
             // An entry that cannot tell whether it is there is not; the others are not its fault.
-            if (isLineFailure(failure.status))
+            if (KX_IS_LINE_FAILURE(failure.status))
                 throw;
         }
     }

@@ -18,12 +18,6 @@ struct NodeFailure
     std::string text;
 };
 
-// The line itself failed; everything else says that a node does not apply.
-inline bool isLineFailure(KX_Status status)
-{
-    return status != KX_E_PARAMETER && (status < KX_E_GC_GENERIC || status > KX_E_GC_ACCESS);
-}
-
 // An inclusive range of integers.
 struct IntegerLimits
 {

@@ -1,7 +1,6 @@
 #include "iefeatures/cameras/FeatureReader.h"
 
 #include "jobs/file/FeaturesFile.h"
-#include "jobs/rules/ImportRules.h"
 #include <SuiteTools/SuiteTools.h>
 
 #include <algorithm>
@@ -80,7 +79,7 @@ QString rangeObjection(const FeatureReader::Reading& reading, const QString& val
 
 KX_Status FeatureReader::note(KX_Status status)
 {
-    if (m_lineStatus == KX_OK && status != KX_OK && !ie::isNotApplicable(status))
+    if (m_lineStatus == KX_OK && KX_IS_LINE_FAILURE(status))
         m_lineStatus = status;
     return status;
 }

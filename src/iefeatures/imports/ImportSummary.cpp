@@ -21,7 +21,7 @@ constexpr size_t kMostNamed = 20; // in messages for people
 bool hasLineFailed(const std::vector<FailedCall>& failures)
 {
     return std::any_of(failures.begin(), failures.end(),
-                       [](const FailedCall& failure) { return isLineFailure(failure.status); });
+                       [](const FailedCall& failure) { return KX_IS_LINE_FAILURE(failure.status); });
 }
 
 State stateOfBag(const JobRecord& record)

@@ -122,7 +122,7 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
     if (const QString feature = featureOf(event); m_features.contains(feature))
         entry.metFeatures.insert(feature);
     tally.features = entry.metFeatures.size();
-    tally.hasLineFailed = tally.hasLineFailed || isLineFailure(event.status);
+    tally.hasLineFailed = tally.hasLineFailed || tellsLineFailure(event);
     if (event.operation == KX_OP_OPEN) {
         entry.openStatus = event.status;
         (event.status == KX_OK ? tally.wasOpened : tally.hasOpenFailed) = true;

@@ -25,15 +25,16 @@ void note(std::map<Key, KX_Status>& failures, const Key& key, const KX_CallEvent
 {
     if (event.status == KX_OK)
         failures.erase(key);
-    else if (isWrite(event.operation) || isLineFailure(event.status))
+    else if (isWrite(event.operation) || tellsLineFailure(event))
         failures[key] = event.status;
 }
 
 } // namespace
 
-bool isLineFailure(KX_Status status)
+bool tellsLineFailure(const KX_CallEvent& event)
 {
-    return status >= KX_E_NO_ANSWER && status <= KX_E_NO_DEVICE;
+    return KX_IS_LINE_FAILURE(event.status) && event.status != KX_E_ABORTED &&
+           event.status != KX_E_BUFFER_TOO_SMALL;
 }
 
 void FailedCalls::take(const KX_CallEvent& event)

@@ -12,7 +12,9 @@
 namespace companion
 {
 
-bool isLineFailure(KX_Status status);
+// Whether a call that is over tells that the line failed. One that was refused never reached the line, and a
+// description that is too long for its buffer is asked for again.
+bool tellsLineFailure(const KX_CallEvent& event);
 
 struct FailedCall
 {

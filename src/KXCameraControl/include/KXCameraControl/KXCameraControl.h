@@ -31,8 +31,7 @@ extern "C" {
 
 typedef uint32_t KX_Status;
 
-/* 0x80000004 and 0x80000100..0x80000106 say "this does not apply to this node now": the camera answered and
- * refused, or the description rules it out. Every other value says that the line or the program failed. */
+/* Every failure is of one of two groups, which KX_IS_NOT_APPLICABLE and KX_IS_LINE_FAILURE below tell apart. */
 #define KX_OK                  ((KX_Status)0u)
 
 #define KX_E_HANDLE            ((KX_Status)0x80000000u) /* null, destroyed or never opened handle */
@@ -66,6 +65,22 @@ typedef uint32_t KX_Status;
 #define KX_E_FILE_FORMAT       ((KX_Status)0x80000301u) /* a file is not what it should be */
 #define KX_E_DESCRIPTION       ((KX_Status)0x80000302u) /* the camera has no usable GenICam description */
 #define KX_E_INCOMPLETE        ((KX_Status)0x80000303u) /* a feature file was loaded, but not every feature took its value */
+
+/* 0x80000004 and 0x80000100..0x80000106 say "this does not apply to this node now": the camera answered and
+ * refused, or the description rules it out. Every other failure, an unknown one too, says that the line, the camera
+ * or the program failed. KX_OK is of neither group. The argument is a KX_Status and is evaluated once. */
+#define KX_IS_NOT_APPLICABLE(status) KX_CC_IsNotApplicable(status)
+#define KX_IS_LINE_FAILURE(status)   KX_CC_IsLineFailure(status)
+
+static inline bool KX_CC_IsNotApplicable(KX_Status status)
+{
+    return status == KX_E_PARAMETER || (status >= KX_E_GC_GENERIC && status <= KX_E_GC_ACCESS);
+}
+
+static inline bool KX_CC_IsLineFailure(KX_Status status)
+{
+    return status != KX_OK && !KX_CC_IsNotApplicable(status);
+}
 
 /* ---- who is there ------------------------------------------------------------------------------------- */
 

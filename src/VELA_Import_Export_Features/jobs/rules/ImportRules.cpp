@@ -5,11 +5,6 @@
 namespace ie
 {
 
-bool isNotApplicable(KX_Status status)
-{
-    return status == KX_E_PARAMETER || (status >= KX_E_GC_GENERIC && status <= KX_E_GC_ACCESS);
-}
-
 bool isProtectedFeature(const QString& name)
 {
     static const QSet<QString> names = {"UserSetDefault", "UserSetSelector", "DeviceSerialNumber",

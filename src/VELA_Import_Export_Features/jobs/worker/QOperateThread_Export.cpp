@@ -185,7 +185,7 @@ bool QOperateThread::AppendFeature(RegisterEvaluator& evaluator, const QDomEleme
         strText += ie::plainBlock({strName, element.tagName(), strValue});
         return true;
     }
-    if (nErrorCode != 0 && !ie::isNotApplicable(static_cast<KX_Status>(nErrorCode)))
+    if (KX_IS_LINE_FAILURE(static_cast<KX_Status>(nErrorCode)))
         return false;
     tryRegisters(); // a selected feature's second attempt. Meant.
     return true;

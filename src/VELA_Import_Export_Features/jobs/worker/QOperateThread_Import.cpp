@@ -40,11 +40,6 @@ bool isWritable(KX_XML_AccessMode eMode)
     return eMode == KX_AM_WRITE_ONLY || eMode == KX_AM_READ_WRITE;
 }
 
-bool isFailure(KX_Status status)
-{
-    return status != KX_OK && !ie::isNotApplicable(status);
-}
-
 int passOf(const QString& strType)
 {
     if (strType == "Boolean")
@@ -239,7 +234,8 @@ bool QOperateThread::ApplyCycle(ImportRun& run)
     for (int nPass = 1; nPass <= 3; ++nPass) {
         for (const ImportRun::Feature& feature : qAsConst(run.lstFeatures)) {
             if (passOf(feature.strType) != nPass ||
-                !isFailure(setFeatureIntoDevice(feature.strName, feature.strType, feature.strValue, run)))
+                !KX_IS_LINE_FAILURE(
+                    setFeatureIntoDevice(feature.strName, feature.strType, feature.strValue, run)))
                 continue;
             ++run.nFailed;
             if (run.nCycle > kLastCycle)
