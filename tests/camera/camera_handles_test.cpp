@@ -33,12 +33,14 @@ std::map<std::string, KX_Status> callEverything(KX_HANDLE handle)
     KX_IntegerValue integer;
     KX_StringValue text;
     KX_XML_AccessMode mode;
+    int64_t origin = 0;
     char bytes[8] = {};
     uint32_t length = 0;
     return {{"GetBool", KX_CC_GetBoolValue(handle, "Flag", &flag)},
             {"GetEnum", KX_CC_GetEnumValue(handle, "Mode", &entry)},
             {"GetFloat", KX_CC_GetFloatValue(handle, "Gain", &real)},
             {"GetInt", KX_CC_GetIntValueEx(handle, "Width", &integer)},
+            {"GetIncrementOrigin", KX_CC_GetIntIncrementOrigin(handle, "Width", &origin)},
             {"GetString", KX_CC_GetStringValue(handle, "Text", &text)},
             {"SetBool", KX_CC_SetBoolValue(handle, "Flag", true)},
             {"SetEnum", KX_CC_SetEnumValue(handle, "Mode", 10)},

@@ -71,8 +71,48 @@ TEST_F(NodeWrites, anIncrementCountsFromTheMinimum)
     EXPECT_EQ(setInteger("MinusStep", 5), KX_OK);
     EXPECT_EQ(setInteger("MinusStep", 95), KX_OK);
     EXPECT_EQ(setInteger("MinusStep", 10), KX_E_GC_ARGUMENT);
+    int64_t origin = 0;
+    EXPECT_EQ(KX_CC_GetIntIncrementOrigin(camera.handle, "MinusStep", &origin), KX_OK);
+    EXPECT_EQ(origin, -5);
     EXPECT_EQ(setInteger("IncZero", 7), KX_OK);
     EXPECT_EQ(value("IncZero"), 7);
+}
+
+// The register's lower end is no minimum to count from: nobody chose it.
+TEST(IncrementOrigin, isTheMinimumThatTheDescriptionGives)
+{
+    const auto described = [](const std::string& bounds) {
+        return R"(<RegisterDescription ModelName="M" VendorName="V" SchemaMajorVersion="1"
+            SchemaMinorVersion="1" SchemaSubMinorVersion="0">
+            <Integer Name="Outer"><pValue>Steps</pValue></Integer>
+            <Integer Name="Steps"><pValue>Reg</pValue>)" +
+               bounds + R"(<Inc>3</Inc></Integer>
+            <IntReg Name="Reg"><Address>0x100</Address><Length>4</Length><AccessMode>RW</AccessMode>
+                <pPort>Device</pPort><Sign>Signed</Sign><Endianess>BigEndian</Endianess></IntReg>
+            <Port Name="Device"/></RegisterDescription>)";
+    };
+    const struct
+    {
+        const char* bounds;
+        int64_t origin;
+        int64_t taken;
+        int64_t refused;
+    } rows[] = {{"", 0, 6, 7}, {"<Min>1</Min>", 1, 7, 6}, {"<Max>100</Max>", 0, -6, -5}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.bounds);
+        tests::FakeCamera camera(described(row.bounds));
+        for (const char* name : {"Steps", "Outer"}) {
+            int64_t origin = -1;
+            EXPECT_EQ(KX_CC_GetIntIncrementOrigin(camera.handle, name, &origin), KX_OK);
+            EXPECT_EQ(origin, row.origin);
+            EXPECT_EQ(KX_CC_SetIntValueEx(camera.handle, name, row.taken), KX_OK);
+            EXPECT_EQ(KX_CC_SetIntValueEx(camera.handle, name, row.refused), KX_E_GC_ARGUMENT);
+        }
+        int64_t untouched = 77;
+        EXPECT_EQ(KX_CC_GetIntIncrementOrigin(camera.handle, "Nobody", &untouched), KX_E_GC_PROPERTY);
+        EXPECT_EQ(KX_CC_GetIntIncrementOrigin(camera.handle, "Steps", nullptr), KX_E_PARAMETER);
+        EXPECT_EQ(untouched, 77);
+    }
 }
 
 TEST_F(NodeWrites, aFloatBehindAConverterIsRoundedToTheNearestInteger)

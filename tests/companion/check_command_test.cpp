@@ -213,6 +213,34 @@ TEST_F(CheckCommand, KnowsValuesThatTheCameraHasMadeFit)
     EXPECT_EQ(run("verify", fileOf(feature("Width", "Integer", "330"))).code, 0);
 }
 
+// Steps of 3 over a signed register whose node gives no minimum: they count from 0 and not from the
+// register's end.
+TEST_F(CheckCommand, CountsIncrementsFromWhereAnImportDoes)
+{
+    emu::EmulatedCamera& camera = addCamera("S1", [](emu::CameraConfig& config) {
+        config.description = tests::descriptionWithOneRegister();
+        const std::string zone = "<pFeature>Zone</pFeature>";
+        config.description.insert(config.description.find(zone), "<pFeature>Steps</pFeature>");
+        config.description.insert(config.description.find("<Port "), R"(
+            <Integer Name="Steps"><pValue>StepsReg</pValue><Inc>3</Inc></Integer>
+            <IntReg Name="StepsReg"><Address>0x10200</Address><Length>4</Length><AccessMode>RW</AccessMode>
+                <pPort>Device</pPort><Sign>Signed</Sign><Endianess>BigEndian</Endianess></IntReg>)");
+    });
+    const std::string whole = exported("S1");
+    const std::string six =
+        altered(whole, feature("Steps", "Integer", "0"), feature("Steps", "Integer", "6"));
+    EXPECT_THAT(run("plan", six).out, HasSubstr("  would change: Steps: 0 -> 6\n"));
+    EXPECT_EQ(import(six).code, 0);
+    EXPECT_EQ(camera.node("Steps"), emu::NodeValue(int64_t(6)));
+    const std::string seven =
+        altered(whole, feature("Steps", "Integer", "0"), feature("Steps", "Integer", "7"));
+    EXPECT_THAT(run("plan", seven).out,
+                HasSubstr("  out of range: Steps: camera 6, file 7: 7 is no multiple of "
+                          "the increment 3, counted from 0\n"));
+    EXPECT_EQ(import(seven).code, 4);
+    EXPECT_EQ(camera.node("Steps"), emu::NodeValue(int64_t(6)));
+}
+
 TEST_F(CheckCommand, NamesTheRegisterThatTheCameraRefuses)
 {
     emu::EmulatedCamera& camera = addCamera("S1");

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 
 using tests::Recorder;
 using tests::ScriptedCall;
@@ -25,11 +26,17 @@ bool isZeroed(const KX_StringValue& record)
     return std::all_of(bytes, bytes + sizeof record, [](char byte) { return byte == 0; });
 }
 
+// A script that gives no minimum counts from 0.
+int64_t incrementOrigin(const KX_IntegerValue& node)
+{
+    return node.minimum == std::numeric_limits<int64_t>::min() ? 0 : node.minimum;
+}
+
 KX_Status takeInteger(KX_IntegerValue& node, int64_t value)
 {
     if (value < node.minimum || value > node.maximum)
         return KX_E_GC_RANGE;
-    if (node.increment > 1 && (uint64_t(value) - uint64_t(node.minimum)) % uint64_t(node.increment) != 0)
+    if (node.increment > 1 && (value - incrementOrigin(node)) % node.increment != 0)
         return KX_E_GC_ARGUMENT;
     node.current = value;
     return KX_OK;
@@ -216,6 +223,17 @@ KX_API KX_Status KX_CC_GetFloatValue(KX_HANDLE handle, const char* name, KX_Floa
 KX_API KX_Status KX_CC_GetIntValueEx(KX_HANDLE handle, const char* name, KX_IntegerValue* value)
 {
     return ScriptedCall("GetIntValueEx", handle, name, {}, KX_OP_GET_INT).get(&ScriptedNode::integer, value);
+}
+
+KX_API KX_Status KX_CC_GetIntIncrementOrigin(KX_HANDLE handle, const char* name, int64_t* origin)
+{
+    KX_IntegerValue value{};
+    const KX_Status status =
+        ScriptedCall("GetIntIncrementOrigin", handle, name, {}, KX_OP_GET_INCREMENT_ORIGIN)
+            .get(&ScriptedNode::integer, &value);
+    if (status == KX_OK)
+        *origin = incrementOrigin(value);
+    return status;
 }
 
 KX_API KX_Status KX_CC_GetStringValue(KX_HANDLE handle, const char* name, KX_StringValue* value)

@@ -416,6 +416,12 @@ KX_Status KX_CC_GetIntValueEx(KX_HANDLE handle, const char* name, KX_IntegerValu
                   [&](NodeMap& nodes) { return nodes.getInteger(name, *value); });
 }
 
+KX_Status KX_CC_GetIntIncrementOrigin(KX_HANDLE handle, const char* name, int64_t* origin)
+{
+    return onNode(handle, KX_OP_GET_INCREMENT_ORIGIN, name, nullptr, origin != nullptr,
+                  [&](NodeMap& nodes) { return nodes.incrementOrigin(name, *origin); });
+}
+
 KX_Status KX_CC_GetStringValue(KX_HANDLE handle, const char* name, KX_StringValue* value)
 {
     return onNode(handle, KX_OP_GET_STRING, name, value, value != nullptr,

@@ -89,6 +89,13 @@ KX_Status NodeMap::getInteger(const char* name, KX_IntegerValue& value)
     });
 }
 
+KX_Status NodeMap::incrementOrigin(const char* name, int64_t& origin)
+{
+    return guarded([&](Engine& engine) {
+        origin = engine.values.range(engine.findReadable(name, isIntegerKind)).incrementOrigin();
+    });
+}
+
 KX_Status NodeMap::getString(const char* name, KX_StringValue& value)
 {
     return guarded([&](Engine& engine) {

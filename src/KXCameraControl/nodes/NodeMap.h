@@ -49,6 +49,7 @@ public:
     KX_Status getEnum(const char* name, KX_EnumValue& value);
     KX_Status getFloat(const char* name, KX_FloatValue& value);
     KX_Status getInteger(const char* name, KX_IntegerValue& value);
+    KX_Status incrementOrigin(const char* name, int64_t& origin);
     KX_Status getString(const char* name, KX_StringValue& value);
     KX_Status setBool(const char* name, bool value);
     KX_Status setEnum(const char* name, uint32_t value);

@@ -17,6 +17,8 @@ struct Range
     Number maximum;
     int64_t increment = 1;          // at least 1
     bool countsFromMinimum = false; // multiples of the increment start at the minimum, not at 0
+
+    int64_t incrementOrigin() const { return countsFromMinimum ? minimum.asInteger() : 0; }
 };
 
 // All questions throw NodeFailure. Answers are remembered within one call, so that a register or a formula

@@ -173,7 +173,7 @@ void NodeValues::checkRange(const Node& node, Number& number)
     const int64_t minimum = allowed.minimum.asInteger();
     if (integer < minimum || integer > allowed.maximum.asInteger())
         outOfRange(node);
-    const int64_t origin = allowed.countsFromMinimum ? minimum : 0;
+    const int64_t origin = allowed.incrementOrigin();
     const auto distance = origin <= integer ? static_cast<uint64_t>(integer) - static_cast<uint64_t>(origin)
                                             : static_cast<uint64_t>(origin) - static_cast<uint64_t>(integer);
     if (distance % static_cast<uint64_t>(allowed.increment) != 0)

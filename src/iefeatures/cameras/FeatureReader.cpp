@@ -4,35 +4,32 @@
 #include <SuiteTools/SuiteTools.h>
 
 #include <algorithm>
-#include <limits>
 
 namespace companion
 {
 namespace
 {
 
-// Increments count from the minimum, or from 0 where there is none.
-bool isStep(qint64 value, const KX_IntegerValue& bounds)
+bool isStep(qint64 value, qint64 origin, qint64 increment)
 {
-    const bool hasMinimum = bounds.minimum != std::numeric_limits<qint64>::min();
-    const qint64 origin = hasMinimum ? bounds.minimum : 0;
     const quint64 distance =
         origin <= value ? quint64(value) - quint64(origin) : quint64(origin) - quint64(value);
-    return distance % quint64(std::max<qint64>(bounds.increment, 1)) == 0;
+    return distance % quint64(std::max<qint64>(increment, 1)) == 0;
 }
 
-QString integerObjection(const KX_IntegerValue& bounds, const QString& value)
+QString integerObjection(const FeatureReader::Reading& reading, const QString& value)
 {
+    const KX_IntegerValue& bounds = *reading.integer;
     const qint64 number = value.toLongLong();
     if (number < bounds.minimum)
         return QString("%1 is below the minimum %2").arg(value).arg(bounds.minimum);
     if (number > bounds.maximum)
         return QString("%1 is above the maximum %2").arg(value).arg(bounds.maximum);
-    if (!isStep(number, bounds))
+    if (reading.incrementOrigin && !isStep(number, *reading.incrementOrigin, bounds.increment))
         return QString("%1 is no multiple of the increment %2, counted from %3")
             .arg(value)
             .arg(bounds.increment)
-            .arg(bounds.minimum == std::numeric_limits<qint64>::min() ? 0 : bounds.minimum);
+            .arg(*reading.incrementOrigin);
     return {};
 }
 
@@ -69,7 +66,7 @@ QString stringObjection(const KX_StringValue& bounds, const QString& value)
 QString rangeObjection(const FeatureReader::Reading& reading, const QString& value)
 {
     if (reading.integer)
-        return integerObjection(*reading.integer, value);
+        return integerObjection(reading, value);
     if (reading.enumeration)
         return enumerationObjection(*reading.enumeration, value);
     if (reading.real)
@@ -109,16 +106,25 @@ FeatureReader::Reading FeatureReader::read(const QString& type, const QString& n
         reading.text = VELAInterface::char2QStringLocale(value.current, -1);
         reading.string = value;
     } else {
-        KX_IntegerValue value = {};
-        reading.status = note(KX_CC_GetIntValueEx(m_handle, latin1.constData(), &value));
-        reading.text = ie::integerText(value.current);
-        reading.integer = value;
+        readInteger(latin1.constData(), reading);
     }
     if (!reading.isGood())
-        return Reading{reading.status, {}, {}, {}, {}, {}};
+        return Reading{reading.status, {}, {}, {}, {}, {}, {}};
     if (reading.text.isNull())
         reading.text = "";
     return reading;
+}
+
+// An origin that cannot be told speaks against no value.
+void FeatureReader::readInteger(const char* name, Reading& reading)
+{
+    KX_IntegerValue value = {};
+    reading.status = note(KX_CC_GetIntValueEx(m_handle, name, &value));
+    reading.text = ie::integerText(value.current);
+    reading.integer = value;
+    int64_t origin = 0;
+    if (value.increment > 1 && note(KX_CC_GetIntIncrementOrigin(m_handle, name, &origin)) == KX_OK)
+        reading.incrementOrigin = origin;
 }
 
 KX_Status FeatureReader::readMemory(qint64 address, qint64 length, QByteArray& bytes)

@@ -23,6 +23,7 @@ public:
         KX_Status status = KX_OK;
         QString text; // as a features file has it; null: not read
         std::optional<KX_IntegerValue> integer;
+        std::optional<qint64> incrementOrigin; // of an integer whose increment is not 1
         std::optional<KX_EnumValue> enumeration;
         std::optional<KX_FloatValue> real;
         std::optional<KX_StringValue> string;
@@ -48,6 +49,7 @@ public:
 
 private:
     KX_Status note(KX_Status status);
+    void readInteger(const char* name, Reading& reading);
 
     KX_HANDLE m_handle;
     KX_Status m_lineStatus = KX_OK;

@@ -240,6 +240,7 @@ typedef enum KX_Operation
     KX_OP_GET_DESCRIPTION = 40,
     KX_OP_GET_ACCESS_MODE = 41,
     KX_OP_GET_ENTRY_NAME = 42,
+    KX_OP_GET_INCREMENT_ORIGIN = 43,
     KX_OP_FEATURE_SAVE = 50,
     KX_OP_FEATURE_LOAD = 51
 } KX_Operation;
@@ -316,6 +317,13 @@ KX_API KX_Status KX_CC_GetEnumValue(KX_HANDLE handle, const char* name, KX_EnumV
 KX_API KX_Status KX_CC_GetFloatValue(KX_HANDLE handle, const char* name, KX_FloatValue* value);
 KX_API KX_Status KX_CC_GetIntValueEx(KX_HANDLE handle, const char* name, KX_IntegerValue* value);
 KX_API KX_Status KX_CC_GetStringValue(KX_HANDLE handle, const char* name, KX_StringValue* value);
+
+/* From where the increment of an integer counts: KX_CC_SetIntValueEx takes `*origin` plus any multiple of the
+ * increment, above and below it, that lies within minimum and maximum (GenApi: a value is the minimum plus a
+ * multiple of the increment). That is the minimum that the description gives the node, or a node behind its value; 0
+ * where none gives one and `minimum` is only what the register or the type can hold. Statuses as the getters;
+ * `*origin` is written on success only. */
+KX_API KX_Status KX_CC_GetIntIncrementOrigin(KX_HANDLE handle, const char* name, int64_t* origin);
 
 /* The symbolic name of the entry of the enumeration `name` whose number is `value`, from the description alone:
  * nothing is sent, and entries that are not available now are named too. Of several entries of one number the first
