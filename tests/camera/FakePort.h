@@ -2,7 +2,7 @@
 // what was asked.
 #pragma once
 
-#include "KXCameraControl/camera/Camera.h"
+#include "KXCameraControl/camera/PortFactory.h"
 
 #include <KXCameraControl/KXCameraControl.h>
 

@@ -3,6 +3,7 @@
 #include "KXCameraControl/api/Handles.h"
 #include "KXCameraControl/api/StatusText.h"
 #include "KXCameraControl/bag/CameraNodes.h"
+#include "KXCameraControl/camera/PortFactory.h"
 #include "KXCameraControl/ports/Discovery.h"
 
 #include <algorithm>

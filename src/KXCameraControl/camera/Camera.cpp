@@ -1,33 +1,11 @@
 #include "KXCameraControl/camera/Camera.h"
 
-#include "KXCameraControl/camera/PortFactory.h"
-
 #include "KXCameraControl/description/Description.h"
 
 #include <cstring>
 
 namespace kx
 {
-
-namespace
-{
-
-std::mutex factoryMutex;
-PortFactory factoryInUse;
-
-} // namespace
-
-void setPortFactory(PortFactory factory)
-{
-    const std::lock_guard<std::mutex> lock(factoryMutex);
-    factoryInUse = std::move(factory);
-}
-
-std::unique_ptr<Port> newPort(const KX_DeviceInfo& device)
-{
-    const std::lock_guard<std::mutex> lock(factoryMutex);
-    return factoryInUse ? factoryInUse(device) : makePort(device);
-}
 
 Camera::Camera(const KX_DeviceInfo& device, std::unique_ptr<Port> port)
     : m_device(device), m_control(m_device), m_port(std::move(port))

@@ -4,10 +4,10 @@
 #include "KXCameraControl/camera/OwnControl.h"
 #include "KXCameraControl/nodes/NodeMap.h"
 #include "KXCameraControl/nodes/ReadMemo.h"
+#include "KXCameraControl/nodes/RegisterLine.h"
 #include "KXCameraControl/ports/Port.h"
 
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -90,10 +90,5 @@ private:
     void* m_lostUser = nullptr;
     std::string m_errorText;
 };
-
-// Where the ports of new handles come from: makePort(), unless a test says otherwise.
-using PortFactory = std::function<std::unique_ptr<Port>(const KX_DeviceInfo&)>;
-void setPortFactory(PortFactory factory); // empty: makePort() again
-std::unique_ptr<Port> newPort(const KX_DeviceInfo& device);
 
 } // namespace kx

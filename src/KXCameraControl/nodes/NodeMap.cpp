@@ -20,19 +20,19 @@ float narrowed(double value)
 
 } // namespace
 
-NodeMap::NodeMap(RegisterLine& line, bool readOnly) : m_engine(std::make_unique<Engine>(line, readOnly)) {}
+NodeMap::NodeMap(RegisterLine& line, bool readOnly) : m_nodes(std::make_unique<Nodes>(line, readOnly)) {}
 
 NodeMap::~NodeMap() = default;
 
 bool NodeMap::isReadOnly() const
 {
-    return m_engine->isReadOnly;
+    return m_nodes->isReadOnly;
 }
 
 bool NodeMap::load(const std::string& xml, std::string& problem)
 {
     std::string reason;
-    if (m_engine->table.load(xml, reason))
+    if (m_nodes->table.load(xml, reason))
         return true;
     problem = "The description cannot be used: " + reason + ".";
     return false;
@@ -42,21 +42,21 @@ bool NodeMap::load(const std::string& xml, std::string& problem)
 
 KX_Status NodeMap::getBool(const char* name, bool& value)
 {
-    return guarded([&](Engine& engine) {
-        value = engine.values.value(engine.findReadable(name, isKind<NodeKind::Boolean>)).isTrue();
+    return guarded([&](Nodes& nodes) {
+        value = nodes.values.value(nodes.findReadable(name, isKind<NodeKind::Boolean>)).isTrue();
     });
 }
 
 KX_Status NodeMap::getEnum(const char* name, KX_EnumValue& value)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findReadable(name, isKind<NodeKind::Enumeration>);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findReadable(name, isKind<NodeKind::Enumeration>);
         KX_EnumValue result{};
-        result.current = static_cast<uint32_t>(engine.values.value(node).asInteger());
-        for (const Node* entry : engine.values.usableEntries(node)) {
+        result.current = static_cast<uint32_t>(nodes.values.value(node).asInteger());
+        for (const Node* entry : nodes.values.usableEntries(node)) {
             if (result.supportedCount < KX_ENUM_CAPACITY)
                 result.supported[result.supportedCount++] =
-                    static_cast<uint32_t>(engine.values.entryValue(*entry));
+                    static_cast<uint32_t>(nodes.values.entryValue(*entry));
         }
         value = result;
     });
@@ -64,11 +64,11 @@ KX_Status NodeMap::getEnum(const char* name, KX_EnumValue& value)
 
 KX_Status NodeMap::getFloat(const char* name, KX_FloatValue& value)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findReadable(name, isFloatKind);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findReadable(name, isFloatKind);
         KX_FloatValue result{};
-        result.current = narrowed(engine.values.value(node).asReal());
-        const Range range = engine.values.range(node);
+        result.current = narrowed(nodes.values.value(node).asReal());
+        const Range range = nodes.values.range(node);
         result.minimum = narrowed(range.minimum.asReal());
         result.maximum = narrowed(range.maximum.asReal());
         value = result;
@@ -77,11 +77,11 @@ KX_Status NodeMap::getFloat(const char* name, KX_FloatValue& value)
 
 KX_Status NodeMap::getInteger(const char* name, KX_IntegerValue& value)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findReadable(name, isIntegerKind);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findReadable(name, isIntegerKind);
         KX_IntegerValue result{};
-        result.current = engine.values.value(node).asInteger();
-        const Range range = engine.values.range(node);
+        result.current = nodes.values.value(node).asInteger();
+        const Range range = nodes.values.range(node);
         result.minimum = range.minimum.asInteger();
         result.maximum = range.maximum.asInteger();
         result.increment = range.increment;
@@ -91,19 +91,19 @@ KX_Status NodeMap::getInteger(const char* name, KX_IntegerValue& value)
 
 KX_Status NodeMap::incrementOrigin(const char* name, int64_t& origin)
 {
-    return guarded([&](Engine& engine) {
-        origin = engine.values.range(engine.findReadable(name, isIntegerKind)).incrementOrigin();
+    return guarded([&](Nodes& nodes) {
+        origin = nodes.values.range(nodes.findReadable(name, isIntegerKind)).incrementOrigin();
     });
 }
 
 KX_Status NodeMap::getString(const char* name, KX_StringValue& value)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findReadable(name, isTextKind);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findReadable(name, isTextKind);
         KX_StringValue result{};
-        const std::string text = engine.values.text(node, sizeof result.current - 1);
+        const std::string text = nodes.values.text(node, sizeof result.current - 1);
         std::memcpy(result.current, text.c_str(), std::strlen(text.c_str()));
-        result.maximumLength = engine.values.maximumTextLength(node);
+        result.maximumLength = nodes.values.maximumTextLength(node);
         value = result;
     });
 }
@@ -112,20 +112,20 @@ KX_Status NodeMap::getString(const char* name, KX_StringValue& value)
 
 KX_Status NodeMap::setBool(const char* name, bool value)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findWritable(name, isKind<NodeKind::Boolean>);
-        engine.values.write(node, Number::ofInteger(value ? 1 : 0));
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findWritable(name, isKind<NodeKind::Boolean>);
+        nodes.values.write(node, Number::ofInteger(value ? 1 : 0));
     });
 }
 
 KX_Status NodeMap::setEnum(const char* name, uint32_t value)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findWritable(name, isKind<NodeKind::Enumeration>);
-        for (const Node* entry : engine.values.usableEntries(node)) {
-            const int64_t number = engine.values.entryValue(*entry);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findWritable(name, isKind<NodeKind::Enumeration>);
+        for (const Node* entry : nodes.values.usableEntries(node)) {
+            const int64_t number = nodes.values.entryValue(*entry);
             if (static_cast<uint32_t>(number) == value) {
-                engine.values.write(node, Number::ofInteger(number));
+                nodes.values.write(node, Number::ofInteger(number));
                 return;
             }
         }
@@ -135,43 +135,43 @@ KX_Status NodeMap::setEnum(const char* name, uint32_t value)
 
 KX_Status NodeMap::setFloat(const char* name, float value)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findWritable(name, isFloatKind);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findWritable(name, isFloatKind);
         if (std::isnan(value))
             throw NodeFailure{KX_E_GC_ARGUMENT, node.name + ": the value is no number."};
-        engine.values.write(node, Number::ofReal(value));
+        nodes.values.write(node, Number::ofReal(value));
     });
 }
 
 KX_Status NodeMap::setInteger(const char* name, int64_t value)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findWritable(name, isIntegerKind);
-        engine.values.write(node, Number::ofInteger(value));
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findWritable(name, isIntegerKind);
+        nodes.values.write(node, Number::ofInteger(value));
     });
 }
 
 KX_Status NodeMap::setString(const char* name, const char* value)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findWritable(name, isTextKind);
-        engine.values.writeText(node, value);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findWritable(name, isTextKind);
+        nodes.values.writeText(node, value);
     });
 }
 
 KX_Status NodeMap::execute(const char* name)
 {
     return guarded(
-        [&](Engine& engine) { engine.values.execute(engine.findWritable(name, isKind<NodeKind::Command>)); });
+        [&](Nodes& nodes) { nodes.values.execute(nodes.findWritable(name, isKind<NodeKind::Command>)); });
 }
 
 // Whatever keeps a node from telling its mode, short of a failed line, is part of the answer.
 KX_Status NodeMap::accessMode(const char* name, KX_XML_AccessMode& mode)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.find(name);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.find(name);
         try {
-            mode = engine.values.access(node);
+            mode = nodes.values.access(node);
         } catch (const NodeFailure& failure) {
             if (KX_IS_LINE_FAILURE(failure.status))
                 throw;

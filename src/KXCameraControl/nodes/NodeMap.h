@@ -1,6 +1,8 @@
 // Typed access to the features that a description tells of.
 #pragma once
 
+#include "KXCameraControl/nodes/RegisterLine.h"
+
 #include <KXCameraControl/KXCameraControl.h>
 
 #include <cstdint>
@@ -10,27 +12,6 @@
 
 namespace kx
 {
-
-// The registers behind the nodes. Implemented by the owner of the line.
-class RegisterLine
-{
-public:
-    virtual ~RegisterLine() = default;
-    // Statuses of the public header. `size` is at least 1.
-    virtual KX_Status readBlock(uint64_t address, void* data, size_t size) = 0;
-    virtual KX_Status writeBlock(uint64_t address, const void* data, size_t size) = 0;
-    virtual KX_Status readRegister(uint64_t address, uint32_t& value) = 0;
-    virtual KX_Status writeRegister(uint64_t address, uint32_t value) = 0;
-    // How the reads that follow may be answered.
-    enum class Freshness
-    {
-        Keep, // from memory, and kept in memory
-        Call, // kept no longer than the running call
-        Wire  // always from the camera
-    };
-    virtual void setFreshness(Freshness freshness) = 0;
-    virtual std::string lineError() const = 0;
-};
 
 // Not thread-safe; the owner holds its lock around every call. No exception leaves it but std::bad_alloc.
 class NodeMap
@@ -79,11 +60,11 @@ public:
     const std::string& lastError() const { return m_lastError; }
 
 private:
-    class Engine;
+    class Nodes;
     template <class Body>
     KX_Status guarded(Body body);
 
-    std::unique_ptr<Engine> m_engine;
+    std::unique_ptr<Nodes> m_nodes;
     std::string m_lastError;
 };
 

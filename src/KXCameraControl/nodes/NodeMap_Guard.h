@@ -1,5 +1,5 @@
-// What the parts of NodeMap share: the table, the values, and the way failures become statuses. Not for
-// others.
+// What the parts of NodeMap share and nobody else sees: its nodes, finding one that may be read or written,
+// and the guard that turns every failure inside into a status.
 #pragma once
 
 #include "KXCameraControl/nodes/NodeMap.h"
@@ -21,10 +21,10 @@ inline bool isTextKind(NodeKind kind)
     return kind == NodeKind::String || kind == NodeKind::StringReg;
 }
 
-class NodeMap::Engine
+class NodeMap::Nodes
 {
 public:
-    Engine(RegisterLine& line, bool readOnly) : values(table, line), isReadOnly(readOnly) {}
+    Nodes(RegisterLine& line, bool readOnly) : values(table, line), isReadOnly(readOnly) {}
 
     const Node& find(const char* name) const
     {
@@ -79,9 +79,9 @@ template <class Body>
 KX_Status NodeMap::guarded(Body body)
 {
     m_lastError.clear();
-    m_engine->values.beginCall();
+    m_nodes->values.beginCall();
     try {
-        body(*m_engine);
+        body(*m_nodes);
         return KX_OK;
     } catch (const NodeFailure& failure) {
         m_lastError = failure.text;

@@ -49,13 +49,13 @@ int64_t integerOf(const Node& node, const std::string& text)
 
 KX_Status NodeMap::getText(const char* name, std::string& text)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findReadable(name, hasText);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findReadable(name, hasText);
         if (isTextKind(node.kind)) {
-            text = engine.values.text(node, longestText).c_str();
+            text = nodes.values.text(node, longestText).c_str();
             return;
         }
-        const Number value = engine.values.value(node);
+        const Number value = nodes.values.value(node);
         if (isFloatKind(node.kind)) {
             text = shortest(value.asReal());
         } else if (node.kind == NodeKind::Boolean) {
@@ -63,8 +63,8 @@ KX_Status NodeMap::getText(const char* name, std::string& text)
         } else {
             text = std::to_string(value.asInteger());
             if (node.kind == NodeKind::Enumeration)
-                for (const Node* entry : engine.values.usableEntries(node))
-                    if (engine.values.entryValue(*entry) == value.asInteger())
+                for (const Node* entry : nodes.values.usableEntries(node))
+                    if (nodes.values.entryValue(*entry) == value.asInteger())
                         text = nameOfEntry(node, *entry);
         }
     });
@@ -72,42 +72,42 @@ KX_Status NodeMap::getText(const char* name, std::string& text)
 
 KX_Status NodeMap::setText(const char* name, const std::string& text)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findWritable(name, hasText);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findWritable(name, hasText);
         if (isTextKind(node.kind)) {
-            engine.values.writeText(node, text);
+            nodes.values.writeText(node, text);
         } else if (isFloatKind(node.kind)) {
             double value = 0;
             if (!parseReal(text, value))
                 refuse(node, text);
-            engine.values.write(node, Number::ofReal(value));
+            nodes.values.write(node, Number::ofReal(value));
         } else if (node.kind == NodeKind::Boolean) {
             const bool isTrue = text == "1" || text == "true" || text == "True";
             if (!isTrue && text != "0" && text != "false" && text != "False")
                 refuse(node, text);
-            engine.values.write(node, Number::ofInteger(isTrue ? 1 : 0));
+            nodes.values.write(node, Number::ofInteger(isTrue ? 1 : 0));
         } else if (node.kind == NodeKind::Enumeration) {
-            for (const Node* entry : engine.values.usableEntries(node)) {
-                const int64_t number = engine.values.entryValue(*entry);
+            for (const Node* entry : nodes.values.usableEntries(node)) {
+                const int64_t number = nodes.values.entryValue(*entry);
                 if (nameOfEntry(node, *entry) == text || std::to_string(number) == text) {
-                    engine.values.write(node, Number::ofInteger(number));
+                    nodes.values.write(node, Number::ofInteger(number));
                     return;
                 }
             }
             refuse(node, text);
         } else {
-            engine.values.write(node, Number::ofInteger(integerOf(node, text)));
+            nodes.values.write(node, Number::ofInteger(integerOf(node, text)));
         }
     });
 }
 
 KX_Status NodeMap::entryName(const char* name, uint32_t value, std::string& text)
 {
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.find(name, isKind<NodeKind::Enumeration>);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.find(name, isKind<NodeKind::Enumeration>);
         for (const Property& property : node.properties) {
             const bool isEntry = property.tag == Tag::Entry && property.target->find(Tag::Value);
-            if (isEntry && static_cast<uint32_t>(engine.values.entryValue(*property.target)) == value) {
+            if (isEntry && static_cast<uint32_t>(nodes.values.entryValue(*property.target)) == value) {
                 text = nameOfEntry(node, *property.target);
                 return;
             }
@@ -118,18 +118,18 @@ KX_Status NodeMap::entryName(const char* name, uint32_t value, std::string& text
 
 bool NodeMap::has(const std::string& name) const
 {
-    return m_engine->table.find(name) != nullptr;
+    return m_nodes->table.find(name) != nullptr;
 }
 
 std::vector<std::string> NodeMap::streamableFeatures() const
 {
     std::set<std::string> listed;
-    for (const Node& node : m_engine->table.nodes())
+    for (const Node& node : m_nodes->table.nodes())
         for (const Property& property : node.properties)
             if (node.kind == NodeKind::Category && property.tag == Tag::pFeature)
                 listed.insert(property.text);
     std::vector<std::string> features;
-    for (const Node& node : m_engine->table.nodes()) {
+    for (const Node& node : m_nodes->table.nodes()) {
         const Property* streamable = node.find(Tag::Streamable);
         if (streamable && streamable->text == "Yes" && hasText(node.kind) && listed.count(node.name))
             features.push_back(node.name);
@@ -140,7 +140,7 @@ std::vector<std::string> NodeMap::streamableFeatures() const
 std::vector<std::string> NodeMap::selectors() const
 {
     std::vector<std::string> names;
-    for (const Node& node : m_engine->table.nodes())
+    for (const Node& node : m_nodes->table.nodes())
         if (node.find(Tag::pSelected))
             names.push_back(node.name);
     return names;
@@ -149,7 +149,7 @@ std::vector<std::string> NodeMap::selectors() const
 std::vector<std::string> NodeMap::selectedFeatures(const std::string& selector) const
 {
     std::vector<std::string> names;
-    if (const Node* node = m_engine->table.find(selector))
+    if (const Node* node = m_nodes->table.find(selector))
         for (const Property& property : node->properties)
             if (property.tag == Tag::pSelected)
                 names.push_back(property.text);
@@ -159,13 +159,13 @@ std::vector<std::string> NodeMap::selectedFeatures(const std::string& selector) 
 KX_Status NodeMap::selectorValues(const char* selector, size_t limit, std::vector<std::string>& values)
 {
     values.clear();
-    return guarded([&](Engine& engine) {
-        const Node& node = engine.findReadable(selector, hasText);
+    return guarded([&](Nodes& nodes) {
+        const Node& node = nodes.findReadable(selector, hasText);
         if (node.kind == NodeKind::Enumeration) {
-            for (const Node* entry : engine.values.usableEntries(node))
+            for (const Node* entry : nodes.values.usableEntries(node))
                 values.push_back(nameOfEntry(node, *entry));
         } else if (isIntegerKind(node.kind)) {
-            const Range range = engine.values.range(node);
+            const Range range = nodes.values.range(node);
             const int64_t first = range.minimum.asInteger(), last = range.maximum.asInteger();
             const uint64_t steps = last < first
                                        ? limit

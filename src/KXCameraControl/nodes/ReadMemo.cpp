@@ -6,7 +6,7 @@ namespace kx
 void ReadMemo::beginCall(Clock::time_point now)
 {
     for (auto it = m_entries.begin(); it != m_entries.end();) {
-        if (it->second.keep && now - it->second.readAt < keepTime)
+        if (it->second.keep && now - it->second.readAt < RegisterLine::keepTime)
             ++it;
         else
             it = m_entries.erase(it);

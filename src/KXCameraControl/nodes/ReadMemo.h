@@ -1,6 +1,8 @@
 // What was read from the camera a moment ago.
 #pragma once
 
+#include "KXCameraControl/nodes/RegisterLine.h"
+
 #include <chrono>
 #include <cstdint>
 #include <map>
@@ -11,12 +13,12 @@ namespace kx
 {
 
 // Remembers registers for two spans: within one call every register is read once at most, so that all parts
-// of a feature see the same state; registers that may be kept also serve the calls of the next 300 ms.
+// of a feature see the same state; registers that may be kept also serve the calls of the span that a line
+// may keep them.
 class ReadMemo
 {
 public:
     using Clock = std::chrono::steady_clock;
-    static constexpr std::chrono::milliseconds keepTime{300};
 
     // Forgets what must not serve another call.
     void beginCall(Clock::time_point now);

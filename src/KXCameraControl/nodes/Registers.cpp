@@ -1,7 +1,5 @@
 #include "KXCameraControl/nodes/Registers.h"
 
-#include "KXCameraControl/nodes/ReadMemo.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -275,7 +273,7 @@ RegisterLine::Freshness Registers::freshness(const Node& node)
     const Property* polling = node.find(Tag::PollingTime);
     int64_t milliseconds = 0;
     const bool isPolled =
-        polling && parseInteger(polling->text, milliseconds) && milliseconds < ReadMemo::keepTime.count();
+        polling && parseInteger(polling->text, milliseconds) && milliseconds < RegisterLine::keepTime.count();
     const bool isVolatile = isPolled || (cachable && cachable->text == "NoCache");
     return isVolatile ? RegisterLine::Freshness::Call : RegisterLine::Freshness::Keep;
 }

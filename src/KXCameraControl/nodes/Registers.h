@@ -1,8 +1,9 @@
 // From a register node to bytes on the line and back: address, length, byte order, bits.
 #pragma once
 
-#include "KXCameraControl/nodes/NodeMap.h"
+#include "KXCameraControl/nodes/NodeFailure.h"
 #include "KXCameraControl/nodes/NodeTable.h"
+#include "KXCameraControl/nodes/RegisterLine.h"
 
 #include <functional>
 #include <string>
@@ -10,13 +11,6 @@
 
 namespace kx
 {
-
-// Leaves the node map as a status; inside it is thrown.
-struct NodeFailure
-{
-    KX_Status status;
-    std::string text;
-};
 
 // An inclusive range of integers.
 struct IntegerLimits
