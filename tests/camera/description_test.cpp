@@ -1,5 +1,7 @@
 // Fetching descriptions and judging them, and what a camera is worth whose description is bad.
-#include "KXCameraControl/description/Description.h"
+#include "KXCameraControl/description/Check.h"
+#include "KXCameraControl/description/Fetch.h"
+#include "KXCameraControl/description/Unzip.h"
 #include "camera/FakePort.h"
 
 #include <gtest/gtest.h>

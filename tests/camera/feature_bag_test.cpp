@@ -1,5 +1,6 @@
 // The feature bag over nodes that a test makes up: what is saved in which order, and how a file is applied.
-#include "KXCameraControl/bag/FeatureBag.h"
+#include "KXCameraControl/bag/BagLoader.h"
+#include "KXCameraControl/bag/BagSaver.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,24 @@
-// What programs that watch for cameras ask of the machine's network.
+// Which cameras there are, and when to look again.
+#include "KXCameraControl/api/Api_Guard.h"
+#include "KXCameraControl/ports/Discovery.h"
 #include "KXCameraControl/ports/gige/Socket.h"
 
-#include <KXCameraControl/KXCameraControl.h>
+#include <algorithm>
+#include <vector>
+
+using namespace kx;
+using namespace kx::api;
 
 namespace
 {
+
+// Control that this process holds itself keeps nobody out.
+uint32_t availabilityToUs(const KX_DeviceInfo& device, uint32_t availability,
+                          OwnControl::Clock::time_point start)
+{
+    const bool ours = availability == KX_AVAILABILITY_IN_USE && OwnControl::hasBeenSince(device, start);
+    return ours ? uint32_t(KX_AVAILABILITY_FREE) : availability;
+}
 
 // FNV-1a over everything that makes an interface another one.
 class Stamp
@@ -23,12 +37,44 @@ private:
 
 } // namespace
 
+extern "C" {
+
+KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uint32_t capacity,
+                            uint32_t* count)
+{
+    return withoutExceptions([&] {
+        if (!count || (!entries && capacity > 0))
+            return failed(nullptr, KX_E_PARAMETER, {});
+        const auto start = OwnControl::Clock::now();
+        std::vector<KX_DeviceEntry> found;
+        if (const KX_Status status = enumerateDevices(transportMask, found))
+            return failed(nullptr, status, {});
+        for (KX_DeviceEntry& entry : found)
+            entry.availability = availabilityToUs(entry.info, entry.availability, start);
+        std::copy_n(found.begin(), std::min<size_t>(found.size(), capacity), entries);
+        *count = static_cast<uint32_t>(found.size());
+        return KX_OK;
+    });
+}
+
+KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availability)
+{
+    return withoutExceptions([&] {
+        if (!device || !availability)
+            return failed(nullptr, KX_E_PARAMETER, {});
+        const auto start = OwnControl::Clock::now();
+        const KX_Status status = deviceAvailability(*device, *availability);
+        *availability = availabilityToUs(*device, *availability, start);
+        return status == KX_OK ? KX_OK : failed(nullptr, status, {});
+    });
+}
+
 uint32_t KX_CC_GetInterfaceStamp(void)
 {
     try {
-        const auto interfaces = kx::networkInterfaces();
+        const auto interfaces = networkInterfaces();
         Stamp stamp;
-        for (const kx::NetworkInterface& interface : interfaces) {
+        for (const NetworkInterface& interface : interfaces) {
             stamp.add(interface.name.c_str(), interface.name.size() + 1);
             stamp.add(&interface.address, sizeof interface.address);
             stamp.add(&interface.broadcast, sizeof interface.broadcast);
@@ -38,3 +84,5 @@ uint32_t KX_CC_GetInterfaceStamp(void)
         return 0;
     }
 }
+
+} // extern "C"

@@ -1,3 +1,4 @@
+// The register of live handles and the numbers they get.
 #include "KXCameraControl/api/Handles.h"
 
 #include <unordered_map>

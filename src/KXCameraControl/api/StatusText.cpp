@@ -1,3 +1,4 @@
+// One sentence for each status.
 #include "KXCameraControl/api/StatusText.h"
 
 namespace kx

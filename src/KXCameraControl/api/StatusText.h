@@ -1,3 +1,4 @@
+// What a status means, in words.
 #pragma once
 
 #include <KXCameraControl/KXCameraControl.h>

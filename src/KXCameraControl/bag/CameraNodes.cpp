@@ -1,3 +1,4 @@
+// Asking the open camera, and its caller before each feature.
 #include "KXCameraControl/bag/CameraNodes.h"
 
 namespace kx

@@ -1,7 +1,8 @@
 // A camera's nodes as a feature bag needs them.
 #pragma once
 
-#include "KXCameraControl/bag/FeatureBag.h"
+#include "KXCameraControl/bag/BagNodes.h"
+#include "KXCameraControl/bag/BagText.h"
 #include "KXCameraControl/camera/Camera.h"
 
 #include <functional>

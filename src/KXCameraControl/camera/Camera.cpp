@@ -1,6 +1,8 @@
+// Opening and closing a camera, and its registers through the memo.
 #include "KXCameraControl/camera/Camera.h"
 
-#include "KXCameraControl/description/Description.h"
+#include "KXCameraControl/description/Check.h"
+#include "KXCameraControl/description/Fetch.h"
 
 #include <cstring>
 

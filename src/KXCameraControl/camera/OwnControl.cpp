@@ -1,3 +1,4 @@
+// Counting who in this process controls which camera.
 #include "KXCameraControl/camera/OwnControl.h"
 
 #include <map>

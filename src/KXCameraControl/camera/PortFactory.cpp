@@ -1,3 +1,4 @@
+// Transports and their ports.
 #include "KXCameraControl/camera/PortFactory.h"
 
 #include "KXCameraControl/ports/gige/GvcpPort.h"

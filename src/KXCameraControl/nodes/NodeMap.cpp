@@ -1,3 +1,4 @@
+// Getters, setters, commands and access modes.
 #include "KXCameraControl/nodes/NodeMap_Guard.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Reading a description into the table, and numbers as descriptions write them.
 #include "KXCameraControl/nodes/NodeTable.h"
 
 #include <charconv>

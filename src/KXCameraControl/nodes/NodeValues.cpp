@@ -1,3 +1,4 @@
+// Values: from literals, other nodes, formulas and registers.
 #include "KXCameraControl/nodes/NodeValues.h"
 
 #include <cmath>

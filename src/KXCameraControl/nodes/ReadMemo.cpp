@@ -1,3 +1,4 @@
+// Keeping, finding and forgetting what was read.
 #include "KXCameraControl/nodes/ReadMemo.h"
 
 namespace kx

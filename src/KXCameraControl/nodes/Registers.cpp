@@ -1,3 +1,4 @@
+// Addresses, byte order and bits.
 #include "KXCameraControl/nodes/Registers.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Asking networks and single addresses for cameras.
 #include "KXCameraControl/ports/Discovery.h"
 
 #include "KXCameraControl/ports/gige/Inquiry.h"

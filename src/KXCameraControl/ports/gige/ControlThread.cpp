@@ -1,3 +1,4 @@
+// Showing the camera in time that somebody still controls it.
 #include "KXCameraControl/ports/gige/ControlThread.h"
 
 namespace kx

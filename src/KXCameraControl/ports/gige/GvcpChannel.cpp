@@ -1,3 +1,4 @@
+// One request and its answer: tries, PENDING_ACK, statuses.
 #include "KXCameraControl/ports/gige/GvcpChannel.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Memory and registers over the channel, cut to what one packet holds.
 #include "KXCameraControl/ports/gige/GvcpPort.h"
 
 #include <algorithm>

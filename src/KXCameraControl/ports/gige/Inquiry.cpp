@@ -1,3 +1,4 @@
+// Sending one question and collecting what comes back.
 #include "KXCameraControl/ports/gige/Inquiry.h"
 
 #include <algorithm>

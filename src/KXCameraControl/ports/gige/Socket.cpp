@@ -1,3 +1,4 @@
+// UDP sockets and network interfaces of POSIX systems.
 #include "KXCameraControl/ports/gige/Socket.h"
 
 #include <arpa/inet.h>

@@ -1,7 +1,8 @@
 // A look over a description before a parser sees it: what a parser would crash on, hang on or blow up on is
 // found here in one pass without recursion and without memory but the open elements' names.
-#include "KXCameraControl/description/Description.h"
+#include "KXCameraControl/description/Check.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 #include <vector>

@@ -1,6 +1,10 @@
-#include "KXCameraControl/bag/FeatureBag.h"
+// Walking a camera through its selectors, and the file.
+#include "KXCameraControl/bag/BagSaver.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <map>
 #include <set>
 
@@ -195,122 +199,25 @@ private:
     std::string m_remark;
 };
 
-// Brackets a load with the commands that tell a camera to hold its checks until all is in (SFNC, "Device
-// Control").
-class StreamingBracket
+// Through a temporary and a rename: whoever looks at `path` sees the old file or the whole new one.
+KX_Status writeFile(const std::string& path, const std::string& text, std::string& message)
 {
-public:
-    explicit StreamingBracket(BagNodes& nodes) : m_nodes(nodes)
-    {
-        static const std::pair<const char*, const char*> commands[] = {
-            {"DeviceRegistersStreamingStart", "DeviceRegistersStreamingEnd"},
-            {"DeviceFeaturePersistenceStart", "DeviceFeaturePersistenceEnd"}};
-        for (const auto& [start, end] : commands) {
-            if (m_nodes.exists(start) && m_nodes.execute(start) == KX_OK) {
-                m_end = end;
-                return;
-            }
-        }
+    const std::string temporary = path + ".part";
+    std::FILE* file = std::fopen(temporary.c_str(), "wb");
+    bool ok = file != nullptr;
+    if (file) {
+        ok = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+        ok = std::fflush(file) == 0 && ok;
+        ok = std::fclose(file) == 0 && ok;
+        ok = ok && std::rename(temporary.c_str(), path.c_str()) == 0;
     }
-    ~StreamingBracket() { finish(); }
-
-    KX_Status finish()
-    {
-        if (m_end.empty())
-            return KX_OK;
-        const std::string end = std::exchange(m_end, {});
-        return m_nodes.execute(end);
-    }
-
-private:
-    BagNodes& m_nodes;
-    std::string m_end;
-};
-
-class Loader
-{
-public:
-    Loader(BagNodes& nodes, const std::vector<BagEntry>& entries) : m_nodes(nodes), m_entries(entries) {}
-
-    // One pass over all entries. False when the line failed.
-    bool pass(std::vector<BagLoadReport::Failure>& failures)
-    {
-        m_unset.clear();
-        failures.clear();
-        for (const BagEntry& entry : m_entries) {
-            BagLoadReport::Failure failure{entry.name, entry.value, KX_OK, {}};
-            apply(entry, failure);
-            if (failure.status == KX_OK)
-                continue;
-            failures.push_back(failure);
-            if (KX_IS_LINE_FAILURE(failure.status)) {
-                m_lineStatus = failure.status;
-                return false;
-            }
-        }
-        return true;
-    }
-
-    KX_Status lineStatus() const { return m_lineStatus; }
-
-private:
-    void apply(const BagEntry& entry, BagLoadReport::Failure& failure)
-    {
-        for (const auto& [selector, value] : entry.selectors) {
-            failure.status = write(selector, value);
-            if (failure.status != KX_OK) {
-                failure.reason = "its selector " + selector + " cannot be set to " + value;
-                return;
-            }
-        }
-        // Written under a selector that did not take its value, it would land on another channel.
-        if (const std::string* selector = unsetSelectorOf(entry.name)) {
-            failure.status = KX_E_GC_ACCESS;
-            failure.reason = "its selector " + *selector + " did not take its value";
-            return;
-        }
-        failure.status = write(entry.name, entry.value);
-        if (failure.status != KX_OK)
-            failure.reason = KX_CC_StatusText(failure.status);
-    }
-
-    KX_Status write(const std::string& name, const std::string& value)
-    {
-        std::string now;
-        KX_Status status = m_nodes.readText(name, now);
-        if (status != KX_OK || now != value)
-            status = KX_IS_LINE_FAILURE(status) ? status : m_nodes.writeText(name, value);
-        if (status == KX_OK)
-            m_unset.erase(name);
-        else
-            m_unset.insert(name);
-        return status;
-    }
-
-    const std::string* unsetSelectorOf(const std::string& feature)
-    {
-        for (const std::string& name : m_unset) {
-            const std::vector<std::string>& selected = selectedBy(name);
-            if (std::find(selected.begin(), selected.end(), feature) != selected.end())
-                return &name;
-        }
-        return nullptr;
-    }
-
-    const std::vector<std::string>& selectedBy(const std::string& selector)
-    {
-        const auto [found, inserted] = m_selected.try_emplace(selector);
-        if (inserted)
-            found->second = m_nodes.selectedFeatures(selector);
-        return found->second;
-    }
-
-    BagNodes& m_nodes;
-    const std::vector<BagEntry>& m_entries;
-    std::set<std::string> m_unset;
-    std::map<std::string, std::vector<std::string>> m_selected;
-    KX_Status m_lineStatus = KX_OK;
-};
+    if (ok)
+        return KX_OK;
+    message = "The feature file " + path + " cannot be written: " + std::strerror(errno);
+    if (file)
+        std::remove(temporary.c_str());
+    return KX_E_FILE;
+}
 
 } // namespace
 
@@ -322,39 +229,15 @@ KX_Status collectBag(BagNodes& nodes, std::vector<BagEntry>& entries, std::strin
     return status;
 }
 
-KX_Status applyBag(BagNodes& nodes, const std::vector<BagEntry>& entries, BagLoadReport& report)
+KX_Status saveBag(BagNodes& nodes, const BagIdentity& identity, const std::string& path, std::string& message)
 {
-    report.entries = entries.size();
-    StreamingBracket bracket(nodes);
-    Loader loader(nodes, entries);
-    size_t before = entries.size() + 1;
-    do {
-        ++report.passes;
-        if (!loader.pass(report.failures))
-            return loader.lineStatus();
-        if (report.failures.size() >= before)
-            break;
-        before = report.failures.size();
-    } while (!report.failures.empty());
-
-    const KX_Status end = bracket.finish();
-    if (KX_IS_LINE_FAILURE(end))
-        return end;
-    if (nodes.exists("DeviceRegistersValid"))
-        nodes.readText("DeviceRegistersValid", report.registersValid);
-    return report.failures.empty() ? KX_OK : KX_E_INCOMPLETE;
-}
-
-std::string BagLoadReport::text() const
-{
-    std::string out = std::to_string(entries - failures.size()) + " of " + std::to_string(entries) +
-                      " entries took their value in " + std::to_string(passes) +
-                      (passes == 1 ? " pass." : " passes.");
-    if (registersValid == "0")
-        out += " The camera says that its registers are not valid together.";
-    for (const Failure& failure : failures)
-        out += "\n" + failure.name + " = " + failure.value + ": " + failure.reason;
-    return out;
+    std::vector<BagEntry> entries;
+    const KX_Status status = collectBag(nodes, entries, message);
+    if (status != KX_OK)
+        return status;
+    const std::string remark = message;
+    const KX_Status written = writeFile(path, bagText(identity, entries), message);
+    return written == KX_OK && !remark.empty() ? KX_E_INCOMPLETE : written;
 }
 
 } // namespace kx

@@ -1,0 +1,76 @@
+// Writing the text and reading it back.
+#include "KXCameraControl/bag/BagText.h"
+
+#include <sstream>
+
+namespace kx
+{
+namespace
+{
+
+constexpr char kIdentification[] = "# {05D8C294-F295-4dfb-9D01-096BD04049F4}";
+
+// "{Sel=Val,Sel=Val}" -> pairs. False when it is no such text.
+bool parseSelectors(const std::string& text, std::vector<std::pair<std::string, std::string>>& selectors)
+{
+    if (text.size() < 2 || text.front() != '{' || text.back() != '}')
+        return false;
+    std::istringstream parts(text.substr(1, text.size() - 2));
+    std::string part;
+    while (std::getline(parts, part, ',')) {
+        part.erase(0, part.find_first_not_of(' '));
+        const size_t equals = part.find('=');
+        if (equals == std::string::npos || equals == 0)
+            return false;
+        selectors.emplace_back(part.substr(0, equals), part.substr(equals + 1));
+    }
+    return !selectors.empty();
+}
+
+} // namespace
+
+std::string bagText(const BagIdentity& identity, const std::vector<BagEntry>& entries)
+{
+    std::string out = kIdentification;
+    out += "\n# GenApi persistence file (version 3.0.0)\n";
+    out += "# Device = " + identity.vendor + "::" + identity.model +
+           " -- Device version = " + identity.deviceVersion + "\n";
+    for (const BagEntry& entry : entries)
+        out += entry.name + "\t" + entry.value + "\n";
+    return out;
+}
+
+bool parseBag(const std::string& text, std::vector<BagEntry>& entries, std::string& error)
+{
+    std::istringstream lines(text);
+    std::string line;
+    size_t number = 0;
+    while (std::getline(lines, line)) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        if (++number == 1) {
+            if (line != kIdentification) {
+                error = "it does not begin with the identification line of a GenApi persistence file";
+                return false;
+            }
+            continue;
+        }
+        if (line.empty() || line[0] == '#')
+            continue;
+        const size_t tab = line.find('\t');
+        if (tab == std::string::npos || tab == 0) {
+            error = "line " + std::to_string(number) + " is no \"name<TAB>value\"";
+            return false;
+        }
+        BagEntry entry{line.substr(0, tab), {}, line.substr(tab + 1)};
+        const size_t second = entry.value.find('\t');
+        if (second != std::string::npos && parseSelectors(entry.value.substr(0, second), entry.selectors))
+            entry.value.erase(0, second + 1);
+        entries.push_back(entry);
+    }
+    if (number == 0)
+        error = "it is empty";
+    return number > 0;
+}
+
+} // namespace kx

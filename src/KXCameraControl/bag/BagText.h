@@ -1,0 +1,30 @@
+// The text of a feature bag: the GenApi persistence text (GenICam GenApi, "Streaming").
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kx
+{
+
+struct BagIdentity
+{
+    std::string vendor;
+    std::string model;
+    std::string deviceVersion;
+};
+
+// One line of a bag. `selectors` is filled for lines of the form "Name<TAB>{Sel=Val,...}<TAB>Value".
+struct BagEntry
+{
+    std::string name;
+    std::vector<std::pair<std::string, std::string>> selectors;
+    std::string value;
+};
+
+std::string bagText(const BagIdentity& identity, const std::vector<BagEntry>& entries);
+// False unless the text begins with the persistence format's identification line.
+bool parseBag(const std::string& text, std::vector<BagEntry>& entries, std::string& error);
+
+} // namespace kx

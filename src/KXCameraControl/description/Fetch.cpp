@@ -1,0 +1,136 @@
+// The forms of URLs that lead into a camera's own memory, and the way from there to a text.
+#include "KXCameraControl/description/Fetch.h"
+
+#include "KXCameraControl/description/Unzip.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace kx
+{
+
+namespace
+{
+
+char lower(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+std::string toLower(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(), lower);
+    return text;
+}
+
+bool endsWith(const std::string& text, const std::string& ending)
+{
+    return text.size() >= ending.size() &&
+           text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
+}
+
+std::string trimmed(const std::string& text)
+{
+    const auto first = text.find_first_not_of(" \t\r\n");
+    if (first == std::string::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+bool parseHex(const std::string& text, uint64_t& number)
+{
+    std::string digits = trimmed(text);
+    if (digits.size() > 2 && digits[0] == '0' && lower(digits[1]) == 'x')
+        digits.erase(0, 2);
+    if (digits.empty() || digits.size() > 16)
+        return false;
+    if (digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
+        return false;
+    number = std::strtoull(digits.c_str(), nullptr, 16);
+    return true;
+}
+
+KX_Status fetchFrom(Port& port, const std::string& url, std::string& text, std::string& problem)
+{
+    LocalUrl local;
+    if (!parseLocalUrl(url, local, problem))
+        return KX_E_DESCRIPTION;
+    if (local.length == 0 || local.length > maximumFetchedBytes) {
+        problem = "its length is " + std::to_string(local.length);
+        return KX_E_DESCRIPTION;
+    }
+    std::string bytes(local.length, '\0');
+    if (const KX_Status status = port.readMemory(local.address, bytes.data(), bytes.size())) {
+        problem = port.lastError();
+        return status;
+    }
+    // Some cameras name an archive .xml or text .zip: the bytes decide, the name only where they say nothing.
+    const bool isArchive = bytes.compare(0, 4, "PK\x03\x04") == 0 || (local.isZip() && bytes[0] != '<');
+    if (!isArchive)
+        text = std::move(bytes);
+    else if (!unzip(bytes, text, problem))
+        return KX_E_DESCRIPTION;
+    text.resize(std::min(text.find('\0'), text.size()));
+    if (!text.empty())
+        return KX_OK;
+    problem = "it is empty";
+    return KX_E_DESCRIPTION;
+}
+
+} // namespace
+
+bool LocalUrl::isZip() const
+{
+    return endsWith(toLower(fileName), ".zip");
+}
+
+bool parseLocalUrl(const std::string& url, LocalUrl& parsed, std::string& problem)
+{
+    std::string rest = trimmed(url.substr(0, url.find('\0')));
+    if (toLower(rest).compare(0, 6, "local:") != 0) {
+        problem =
+            rest.empty() ? "the camera names none" : "\"" + rest + "\" is not in the camera's own memory";
+        return false;
+    }
+    rest.erase(0, 6);
+    rest.resize(std::min(rest.find('?'), rest.size()));
+    rest.erase(0, std::min(rest.find_first_not_of('/'), rest.size()));
+    const auto first = rest.find(';');
+    const auto second = first == std::string::npos ? first : rest.find(';', first + 1);
+    if (second == std::string::npos ||
+        !parseHex(rest.substr(first + 1, second - first - 1), parsed.address) ||
+        !parseHex(rest.substr(second + 1), parsed.length)) {
+        problem = "\"" + url + "\" names no address and length";
+        return false;
+    }
+    parsed.fileName = rest.substr(0, first);
+    return true;
+}
+
+KX_Status fetchDescription(Port& port, std::string& text, std::string& problem)
+{
+    std::vector<std::string> urls;
+    KX_Status status = port.descriptionUrls(urls);
+    if (status != KX_OK && status != KX_E_GC_ACCESS) {
+        problem = port.lastError();
+        return status;
+    }
+    problem = "The camera names no description.";
+    std::string reasons;
+    for (const std::string& url : urls) {
+        std::string reason;
+        status = fetchFrom(port, url, text, reason);
+        if (status == KX_OK) {
+            problem.clear();
+            return KX_OK;
+        }
+        reasons += (reasons.empty() ? "" : "; ") + reason;
+        problem = "The description cannot be fetched: " + reasons + ".";
+        if (status != KX_E_DESCRIPTION && status != KX_E_GC_ACCESS)
+            return status;
+    }
+    text.clear();
+    return KX_E_DESCRIPTION;
+}
+
+} // namespace kx

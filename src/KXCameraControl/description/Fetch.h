@@ -1,0 +1,30 @@
+// Where a camera's GenICam description lies, and fetching it.
+#pragma once
+
+#include "KXCameraControl/ports/Port.h"
+
+#include <cstdint>
+#include <string>
+
+namespace kx
+{
+
+// A description in device memory: "Local:name.xml;HEXADDR;HEXLEN[?SchemaVersion=...]".
+struct LocalUrl
+{
+    std::string fileName;
+    uint64_t address = 0;
+    uint64_t length = 0;
+
+    bool isZip() const; // by the name's ending
+};
+
+// False, with a reason, for every other form: files and web addresses are never followed.
+bool parseLocalUrl(const std::string& url, LocalUrl& parsed, std::string& problem);
+
+// Reads the description from the first URL that yields one. KX_OK with `text` (without terminator, cut at the
+// first zero byte); KX_E_DESCRIPTION when no URL yields one; a status of a failed line ends the search at
+// once.
+KX_Status fetchDescription(Port& port, std::string& text, std::string& problem);
+
+} // namespace kx
