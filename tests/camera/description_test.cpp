@@ -156,6 +156,7 @@ TEST(DescriptionFetch, unpacksArchivesWhateverTheyAreCalled)
     const std::string archive = zip({{"readme.txt", "read me"}, {"Camera.XML", plain}});
     EXPECT_EQ(fetchFile("a.zip", archive).text, plain);
     EXPECT_EQ(fetchFile("A.ZIP", archive + std::string(300, '\0')).text, plain);
+    EXPECT_EQ(fetchFile("A.ZIP", archive + std::string(100000, '\0')).text, plain);
     EXPECT_EQ(fetchFile("a.xml", archive).text, plain);
     EXPECT_EQ(fetchFile("a.zip", plain).text, plain);
     EXPECT_EQ(fetchFile("a.zip", zip({{"c.xml", plain, 0, true}})).text, plain);
