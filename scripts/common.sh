@@ -5,7 +5,7 @@ root_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build_packages=(
     ccache cmake dpkg-dev file g++ ninja-build pkg-config
     qtbase5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools qttranslations5-l10n fonts-lato fonts-wqy-microhei liblog4cxx-dev
-    libxml2-dev zlib1g-dev
+    libutf8proc-dev libxml2-dev zlib1g-dev
     libcli11-dev nlohmann-json3-dev
 )
 test_packages=(libaravis-dev libgtest-dev libgmock-dev xvfb xdotool desktop-file-utils)
