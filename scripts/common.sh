@@ -8,7 +8,7 @@ build_packages=(
     libutf8proc-dev libxml2-dev zlib1g-dev
     libcli11-dev nlohmann-json3-dev
 )
-test_packages=(libaravis-dev libgtest-dev libgmock-dev xvfb xdotool desktop-file-utils)
+test_packages=(libaravis-dev libgtest-dev libgmock-dev libx11-dev xvfb xdotool desktop-file-utils)
 
 say() { printf '\n== %s\n' "$*"; }
 fail() { printf '%s\n' "$*" >&2; exit 1; }
