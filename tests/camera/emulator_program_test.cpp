@@ -10,6 +10,8 @@
 
 #include <csignal>
 #include <cstdio>
+#include <regex>
+#include <set>
 #include <thread>
 
 using emu::parseOptions;
@@ -87,6 +89,32 @@ bool appears(const std::string& path)
     return waitUntil([&] { return access(path.c_str(), F_OK) == 0; });
 }
 
+using Names = std::set<std::string>;
+
+// What the expression's first group matches in the text.
+Names found(const std::string& text, const char* expression)
+{
+    const std::regex wanted(expression);
+    Names names;
+    for (std::sregex_iterator it(text.begin(), text.end(), wanted), end; it != end; ++it)
+        names.insert((*it)[1]);
+    return names;
+}
+
+// The manual page with its hyphens as they are typed.
+std::string manPage()
+{
+    const std::string page = emu::readFile(IE_EMULATOR_MAN_PAGE).value_or("");
+    return std::regex_replace(page, std::regex(R"(\\-)"), "-");
+}
+
+Names knownFaults()
+{
+    emu::CameraOptions camera;
+    const std::string told = emu::parseFault("none of them", camera);
+    return found(told.substr(told.find("Known:")), "([a-z]+(?:-[a-z]+)*)(?=[,.])");
+}
+
 } // namespace
 
 TEST(EmulatorProgram, changesRegistersBehindTheHostsBackWhenAsked)
@@ -113,6 +141,31 @@ TEST(EmulatorProgram, changesRegistersBehindTheHostsBackWhenAsked)
     EXPECT_EQ(GvcpClient(second).read({0x11010}).payload, (gvcp::Bytes{0, 0, 2, 128}));
     std::remove(ready.c_str());
     std::remove(changes.c_str());
+}
+
+TEST(EmulatorProgram, tellsTheSameOptionsInHelpManualAndParser)
+{
+    const std::string help = parseOptions({"--help"}).message;
+    const Names options = found(help, R"((?:^|\s|,)(--[a-z]+(?:-[a-z]+)*)(?=\s))");
+    EXPECT_EQ(options.size(), 18u) << help;
+    EXPECT_EQ(found(manPage(), R"(\.TP\n\.B[IR]? (?:-h ", " )?"?(--[a-z]+(?:-[a-z]+)*))"), options);
+    for (const std::string& option : options)
+        EXPECT_THAT(parseOptions({"--address", "127.0.0.1", option}).message,
+                    testing::Not(HasSubstr("not expected")))
+            << option;
+}
+
+TEST(EmulatorProgram, tellsTheSameFaultsInHelpManualAndParser)
+{
+    const Names faults = knownFaults();
+    EXPECT_EQ(faults.size(), 12u);
+    const std::string help = parseOptions({"--help"}).message;
+    EXPECT_EQ(found(help.substr(help.find("lose=N")), R"((?:^|\s{2,}|N )([a-z]+(?:-[a-z]+)*)(?==|\[=|  ))"),
+              faults);
+    const std::string page = manPage();
+    const size_t begin = page.find(".SS Faults"), end = page.find(".SH EXIT STATUS");
+    ASSERT_LT(begin, end);
+    EXPECT_EQ(found(page.substr(begin, end - begin), R"(\.TP\n\.(?:BI?|BR) ([a-z]+(?:-[a-z]+)*))"), faults);
 }
 
 TEST(EmulatorProgram, runsSeveralCamerasUntilItIsEnded)

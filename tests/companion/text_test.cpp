@@ -13,10 +13,33 @@ TEST(Text, TakesAwayWhatATerminalWouldActOn)
 
 TEST(Text, MeasuresInTerminalColumns)
 {
-    EXPECT_EQ(displayWidth("abc"), 3);
-    EXPECT_EQ(displayWidth(QString::fromUtf8("相机")), 4);
-    EXPECT_EQ(displayWidth(QString::fromUtf8("e\u0301")), 1);
-    EXPECT_EQ(displayWidth(QString::fromUtf8("😀")), 2);
+    const struct
+    {
+        const char* text;
+        int columns;
+    } cases[] = {
+        {"", 0},
+        {"abc", 3},
+        {"ä", 1},
+        {"相机", 4},            // ideographs
+        {"カメラ", 6},          // katakana,
+        {"ｶﾒﾗ", 3},             // and its half-width form
+        {"카메라", 6},          // hangul
+        {"Ａ１", 4},            // full-width forms
+        {"\u3000", 2},          // the ideographic blank
+        {"\U00020000", 2},      // beyond the first plane
+        {"e\u0301", 1},         // an accent on its letter,
+        {"a\u20DD", 1},         // a circle around it
+        {"\u0928\u0941", 1},    // a vowel below it
+        {"😀", 2},               // emoji
+        {"⌚", 2},               // the older ones are wide as well,
+        {"❤", 1},               // those that were signs before are not
+        {"👨\u200D👩\u200D👧", 6}, // a joined family: its members
+        {"│", 1},               // ambiguous: narrow
+        {"\uFFFD", 1},          // what printable() puts in
+    };
+    for (const auto& row : cases)
+        EXPECT_EQ(displayWidth(QString::fromUtf8(row.text)), row.columns) << row.text;
 }
 
 TEST(Text, FitsByColumnsAndNeverSplitsACharacter)
@@ -24,6 +47,9 @@ TEST(Text, FitsByColumnsAndNeverSplitsACharacter)
     EXPECT_EQ(fitted("abc", 5), "abc  ");
     EXPECT_EQ(fitted("abcdef", 3), "abc");
     EXPECT_EQ(fitted(QString::fromUtf8("相机"), 3), QString::fromUtf8("相 "));
+    EXPECT_EQ(fitted(QString::fromUtf8("😀😀"), 3), QString::fromUtf8("😀 "));
+    EXPECT_EQ(fitted(QString::fromUtf8("abe\u0301f"), 3), QString::fromUtf8("abe\u0301"))
+        << "with its accent";
 }
 
 TEST(Text, AlignsColumnsAndLeavesNothingBehindTheLast)

@@ -26,9 +26,18 @@ add_test(NAME package_test COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/package_test.sh"
 set_tests_properties(package_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 180
     ENVIRONMENT "LC_ALL=C.UTF-8;KX_CAMERA_INTERFACES=none;${IE_GUI_SANITIZERS}")
 
-add_test(NAME start_order_test
-    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/start_order_test.sh" "${CMAKE_SOURCE_DIR}/src/VELA_Import_Export_Features")
-set_tests_properties(start_order_test PROPERTIES LABELS gui)
+pkg_check_modules(X11 REQUIRED IMPORTED_TARGET x11)
+add_library(start_trace MODULE start/StartTrace.cpp)
+target_link_libraries(start_trace PRIVATE StyledCtl SuiteToolsWidgets ${CMAKE_DL_LIBS})
+add_executable(tiny_window_manager start/tiny_window_manager.cpp)
+target_link_libraries(tiny_window_manager PRIVATE PkgConfig::X11)
+set_target_properties(start_trace tiny_window_manager PROPERTIES
+    LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests" RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+add_test(NAME start_test
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "${CMAKE_CURRENT_SOURCE_DIR}/start/start_test.sh"
+        "$<TARGET_FILE:Import_Export_Features>" "$<TARGET_FILE:start_trace>" "$<TARGET_FILE:tiny_window_manager>")
+set_tests_properties(start_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 180
+    ENVIRONMENT "LC_ALL=C.UTF-8;${IE_GUI_SANITIZERS}")
 
 # Takes translations away beside itself, so in a folder of its own.
 ie_add_test(translations_load_test LABEL gui SOURCES translations_load_test.cpp LIBRARIES ie_window KXCameraControl SuiteTools Qt5::Test)

@@ -1,5 +1,6 @@
 // What the platform's calls really do off Windows.
 #include "startup/PlatformCalls.h"
+#include "startup/RuntimeFolder_posix.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <mutex>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -109,6 +111,76 @@ TEST_F(PlatformCallsTest, anotherProcessFindsShowsAndRaisesTheWindow)
     EXPECT_EQ(host.raised, 1);
     setWindowHost({});
     EXPECT_EQ(m_calls.FindWindowW(nullptr, L"\u5BFC\u5165/x"), nullptr);
+}
+
+TEST_F(PlatformCallsTest, theFirstFolderThatIsOursAloneIsTaken)
+{
+    const FolderChoice choice = chooseFolder({{m_folder, false}, {m_folder + "/other", true}});
+    EXPECT_EQ(choice.path, m_folder);
+    EXPECT_EQ(choice.complaint, "");
+    EXPECT_FALSE(std::filesystem::exists(m_folder + "/other")) << "made only when it is needed";
+}
+
+TEST_F(PlatformCallsTest, aFolderThatOthersCanWriteToIsNotTrusted)
+{
+    const std::string own = m_folder + "/own";
+    for (const mode_t mode : {0777u, 0720u, 0702u, 01777u}) {
+        chmod(m_folder.c_str(), mode);
+        const FolderChoice choice = chooseFolder({{m_folder, false}, {own, true}});
+        EXPECT_EQ(choice.path, own) << std::oct << mode;
+        EXPECT_EQ(choice.complaint,
+                  "The folder " + m_folder + " is not used for the lock: other users can write to it.\n");
+    }
+    EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms::owner_all);
+    chmod(m_folder.c_str(), 0755);
+    EXPECT_EQ(chooseFolder({{m_folder, false}}).path, m_folder) << "others may look";
+}
+
+TEST_F(PlatformCallsTest, aFolderOfAnotherUserIsNotTrusted)
+{
+    if (chown(m_folder.c_str(), 65534, 65534) != 0)
+        GTEST_SKIP() << "Skipped: only root gives folders away";
+    EXPECT_EQ(chooseFolder({{m_folder, true}}).complaint,
+              "The folder " + m_folder +
+                  " is not used for the lock: it belongs to another user.\n"
+                  "No folder for the lock: a second copy is not noticed.\n");
+}
+
+TEST_F(PlatformCallsTest, whatIsNoFolderIsNotTrusted)
+{
+    const std::string link = m_folder + "/link", file = m_folder + "/file", missing = m_folder + "/missing";
+    std::filesystem::create_directory_symlink(m_folder, link);
+    std::ofstream(file) << "x";
+    const FolderChoice choice = chooseFolder({{link, true}, {file, true}, {missing, false}});
+    EXPECT_EQ(choice.path, "");
+    EXPECT_EQ(choice.complaint, "The folder " + link +
+                                    " is not used for the lock: it is no folder, or a link to one.\n"
+                                    "The folder " +
+                                    file +
+                                    " is not used for the lock: it is no folder, or a link to one.\n"
+                                    "The folder " +
+                                    missing +
+                                    " is not used for the lock: No such file or directory.\n"
+                                    "No folder for the lock: a second copy is not noticed.\n");
+}
+
+TEST_F(PlatformCallsTest, theMutexDoesNotLieInAFolderThatIsNotTrusted)
+{
+    chmod(m_folder.c_str(), 0777);
+    const std::string home = m_folder + "/home";
+    std::filesystem::create_directory(home);
+    setenv("HOME", home.c_str(), 1);
+    testing::internal::CaptureStderr();
+    const Handle first = m_calls.CreateMutexW(nullptr, 1, kName);
+    const Handle second = m_calls.OpenMutexW(kMutexAllAccess, 0, kName);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "The folder " + m_folder + " is not used for the lock: other users can write to it.\n")
+        << "told once";
+    EXPECT_NE(first, nullptr);
+    EXPECT_NE(second, nullptr) << "both copies come to the same folder";
+    EXPECT_FALSE(std::filesystem::exists(m_folder + "/platform_calls_test.lock"));
+    m_calls.CloseHandle(first);
+    m_calls.CloseHandle(second);
 }
 
 TEST_F(PlatformCallsTest, aNullWindowIsTakenWithoutACrash)

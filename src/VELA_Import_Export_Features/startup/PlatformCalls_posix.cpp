@@ -1,5 +1,7 @@
 #include "startup/PlatformCalls.h"
 
+#include "startup/RuntimeFolder_posix.h"
+
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -25,18 +27,6 @@ namespace Platform
 {
 namespace
 {
-
-// Per user and session, as the desktop gives it; a folder of the user's own in the temporary folder without
-// one.
-std::string runtimeFolder()
-{
-    const char* given = std::getenv("XDG_RUNTIME_DIR");
-    if (given && *given)
-        return given;
-    const std::string folder = "/tmp/vela-" + std::to_string(getuid());
-    mkdir(folder.c_str(), 0700);
-    return folder;
-}
 
 std::string narrow(const wchar_t* text)
 {
@@ -85,9 +75,11 @@ int toDescriptor(Handle handle)
     return static_cast<int>(reinterpret_cast<intptr_t>(handle) - 1);
 }
 
+// Empty, which no call opens, without a folder to trust.
 std::string lockPath(const wchar_t* name)
 {
-    return runtimeFolder() + "/" + narrow(name) + ".lock";
+    const std::string folder = runtimeFolder();
+    return folder.empty() ? folder : folder + "/" + narrow(name) + ".lock";
 }
 
 // Exists as long as somebody holds the lock.
@@ -122,10 +114,11 @@ int closeHandle(Handle handle)
 
 bool fillAddress(sockaddr_un& address)
 {
-    const std::string path = runtimeFolder() + "/Import_Export_Features.window";
+    const std::string folder = runtimeFolder();
+    const std::string path = folder + "/Import_Export_Features.window";
     std::memset(&address, 0, sizeof address);
     address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path)
+    if (folder.empty() || path.size() >= sizeof address.sun_path)
         return false;
     std::strcpy(address.sun_path, path.c_str());
     return true;

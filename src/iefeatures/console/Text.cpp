@@ -2,6 +2,8 @@
 
 #include <QVector>
 
+#include <utf8proc.h>
+
 #include <algorithm>
 
 namespace companion
@@ -9,29 +11,11 @@ namespace companion
 namespace
 {
 
-struct Range
-{
-    uint first;
-    uint last;
-};
-
-// Unicode Standard Annex 11, classes W and F, in rough blocks.
-bool isWide(uint character)
-{
-    static const Range wide[] = {{0x1100, 0x115F},   {0x2E80, 0x303E},  {0x3041, 0xA4CF}, {0xAC00, 0xD7A3},
-                                 {0xF900, 0xFAFF},   {0xFE30, 0xFE6F},  {0xFF00, 0xFF60}, {0xFFE0, 0xFFE6},
-                                 {0x1F300, 0x1FAFF}, {0x20000, 0x3FFFD}};
-    return std::any_of(std::begin(wide), std::end(wide), [character](const Range& range) {
-        return character >= range.first && character <= range.last;
-    });
-}
-
+// As the library sees single characters: what stands in one cell only together (flags, families joined by
+// U+200D) is counted by its parts, as most terminals draw it.
 int characterWidth(uint character)
 {
-    const QChar::Category category = QChar::category(character);
-    if (category == QChar::Mark_NonSpacing || category == QChar::Mark_Enclosing)
-        return 0;
-    return isWide(character) ? 2 : 1;
+    return utf8proc_charwidth(static_cast<utf8proc_int32_t>(character));
 }
 
 bool actsOnTerminal(uint character)

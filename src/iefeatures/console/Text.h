@@ -14,7 +14,8 @@ QString printable(const QString& text);
 // The same of each line of a text; an empty text has none.
 QStringList printableLines(const QString& text);
 
-// Terminal columns that a text takes: East Asian wide characters two, combining marks none.
+// Terminal columns that a printable text takes (Unicode Standard Annex 11): wide characters two, combining
+// marks none, every other one.
 int displayWidth(const QString& text);
 // Blanks added, or characters cut off at the end, up to exactly that many columns.
 QString fitted(const QString& text, int columns);
