@@ -1,5 +1,7 @@
 #include "DeviceScanner.h"
 
+#include "camera_line/Enumeration.h"
+
 #include <QDeadlineTimer>
 
 namespace
@@ -8,16 +10,12 @@ namespace
 constexpr int kIntervalMs = 2000;
 constexpr int kInterfaceCheckMs = 250;
 
-QVector<KX_DeviceEntry> search(unsigned int transports)
+// A search that fails is one without answers: the next one comes soon.
+DeviceEntries search(unsigned int transports)
 {
-    QVector<KX_DeviceEntry> entries(64);
-    uint32_t count = 0;
-    KX_Status status = KX_CC_EnumDevices(transports, entries.data(), uint32_t(entries.size()), &count);
-    if (status == KX_OK && count > uint32_t(entries.size())) {
-        entries.resize(int(count));
-        status = KX_CC_EnumDevices(transports, entries.data(), uint32_t(entries.size()), &count);
-    }
-    entries.resize(status == KX_OK ? qMin(int(count), entries.size()) : 0);
+    DeviceEntries entries;
+    if (transports)
+        camera_line::enumerateCameras(transports, entries);
     return entries;
 }
 
@@ -25,7 +23,7 @@ QVector<KX_DeviceEntry> search(unsigned int transports)
 
 DeviceScanner::DeviceScanner(QObject* parent) : QThread(parent)
 {
-    qRegisterMetaType<QVector<KX_DeviceEntry>>();
+    qRegisterMetaType<DeviceEntries>();
 }
 
 DeviceScanner::~DeviceScanner()
@@ -57,7 +55,7 @@ void DeviceScanner::run()
             transports = m_transports;
             m_again = false;
         }
-        emit scanned(transports ? search(transports) : QVector<KX_DeviceEntry>());
+        emit scanned(search(transports));
     } while (pause());
 }
 

@@ -5,10 +5,12 @@
 
 #include <QMutex>
 #include <QThread>
-#include <QVector>
 #include <QWaitCondition>
 
-Q_DECLARE_METATYPE(QVector<KX_DeviceEntry>)
+#include <vector>
+
+using DeviceEntries = std::vector<KX_DeviceEntry>;
+Q_DECLARE_METATYPE(DeviceEntries)
 
 class DeviceScanner : public QThread
 {
@@ -22,7 +24,7 @@ public:
     void setTransports(unsigned int transports);
 
 signals:
-    void scanned(QVector<KX_DeviceEntry> entries);
+    void scanned(DeviceEntries entries);
 
 protected:
     void run() override;

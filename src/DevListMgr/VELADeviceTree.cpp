@@ -1,9 +1,9 @@
 #include "DevListMgr/VELADeviceTree.h"
 
-#include "DeviceIds.h"
 #include "DeviceScanner.h"
 
-#include <SuiteTools/SuiteTools.h>
+#include "camera_line/Presence.h"
+#include "camera_line/RecordTexts.h"
 
 #include <QEvent>
 #include <QHeaderView>
@@ -15,9 +15,6 @@
 
 namespace
 {
-
-// One lost answer does not make a camera come and go.
-constexpr int kMissesUntilGone = 2;
 
 int interfaceType(unsigned int transport)
 {
@@ -31,27 +28,11 @@ int interfaceType(unsigned int transport)
     }
 }
 
-template <std::size_t Size>
-QString fieldText(const uint8_t (&field)[Size])
-{
-    return VELAInterface::GetEncodeQStringFromUnChar(field, int(Size));
-}
-
 QString cameraLabel(const KX_DeviceInfo& device)
 {
-    QString model, user, serial;
-    if (device.transportType == KX_TRANSPORT_GIGE) {
-        model = fieldText(device.special.gige.modelName);
-        user = fieldText(device.special.gige.userDefinedName);
-        serial = fieldText(device.special.gige.serialNumber);
-    } else if (device.transportType == KX_TRANSPORT_USB3) {
-        model = fieldText(device.special.usb3.modelName);
-        user = fieldText(device.special.usb3.userDefinedName);
-        serial = fieldText(device.special.usb3.serialNumber);
-    } else if (device.transportType == KX_TRANSPORT_CAMERA_LINK) {
-        model = fieldText(device.special.cameraLink.modelName);
-        serial = fieldText(device.special.cameraLink.serialNumber);
-    }
+    const QString model = camera_line::modelField(device).text();
+    const QString user = camera_line::userNameField(device).text();
+    const QString serial = camera_line::serialField(device).text();
     const QString name = user.isEmpty() ? model : user;
     return serial.isEmpty() ? name : QString("%1 (%2)").arg(name, serial);
 }
@@ -86,24 +67,23 @@ public:
     {
         QTreeWidgetItem* item = nullptr;
         KX_DeviceEntry entry;
-        int misses = 0;
     };
 
     explicit Private(VELADeviceTree& tree) : m_tree(tree) {}
 
-    void takeScan(const QVector<KX_DeviceEntry>& entries);
+    void takeScan(const DeviceEntries& entries);
     void setTexts();
 
     VELADeviceTree& m_tree;
     DeviceScanner* m_scanner = nullptr;
-    DeviceIds m_ids;
+    camera_line::Presence m_presence;
     QMap<int, Camera> m_cameras;
     QList<int> m_visibleTypes;
     QTreeWidgetItem* m_all = nullptr;
     unsigned int m_types = 0;
 
 private:
-    void apply(const QVector<KX_DeviceEntry>& entries);
+    void apply(const DeviceEntries& entries);
     void add(int id, const KX_DeviceEntry& entry);
     void update(Camera& camera, const KX_DeviceEntry& entry);
     void remove(int id);
@@ -114,12 +94,12 @@ private:
     void removeEmptyGroups(QTreeWidgetItem* item);
 
     bool m_isApplying = false;
-    std::optional<QVector<KX_DeviceEntry>> m_next;
+    std::optional<DeviceEntries> m_next;
 };
 
 // Who is told of a camera may open a modal dialog, and the next scan comes while that is open: the newest one
 // waits until the items of this one are done.
-void VELADeviceTree::Private::takeScan(const QVector<KX_DeviceEntry>& entries)
+void VELADeviceTree::Private::takeScan(const DeviceEntries& entries)
 {
     m_next = entries;
     if (m_isApplying)
@@ -130,22 +110,22 @@ void VELADeviceTree::Private::takeScan(const QVector<KX_DeviceEntry>& entries)
     m_isApplying = false;
 }
 
-void VELADeviceTree::Private::apply(const QVector<KX_DeviceEntry>& entries)
+void VELADeviceTree::Private::apply(const DeviceEntries& entries)
 {
-    QHash<QString, int> occurrences;
-    QSet<int> seen;
-    for (const KX_DeviceEntry& entry : entries) {
-        const int id = m_ids.idOf(entry.info, occurrences[DeviceIds::keyOf(entry.info)]++);
-        seen.insert(id);
-        const auto known = m_cameras.find(id);
-        if (known == m_cameras.end())
-            add(id, entry);
+    std::vector<KX_DeviceInfo> answers;
+    for (const KX_DeviceEntry& entry : entries)
+        answers.push_back(entry.info);
+    // Nobody is looked for: who does not answer is gone at once.
+    const camera_line::Presence::Look look =
+        m_presence.look(answers, m_types == 0 ? 1 : camera_line::kMissesUntilGone);
+    for (size_t i = 0; i < entries.size(); ++i) {
+        if (look.answers[i].isNew)
+            add(look.answers[i].id, entries[i]);
         else
-            update(*known, entry);
+            update(m_cameras[look.answers[i].id], entries[i]);
     }
-    for (const int id : m_cameras.keys())
-        if (!seen.contains(id) && (m_types == 0 || ++m_cameras[id].misses >= kMissesUntilGone))
-            remove(id);
+    for (const int id : look.gone)
+        remove(id);
 }
 
 void VELADeviceTree::Private::add(int id, const KX_DeviceEntry& entry)
@@ -153,13 +133,12 @@ void VELADeviceTree::Private::add(int id, const KX_DeviceEntry& entry)
     QTreeWidgetItem* item = new QTreeWidgetItem(parentFor(entry));
     item->setData(0, RoleNodeType, NodeCamera);
     fill(item, id, entry);
-    m_cameras.insert(id, {item, entry, 0});
+    m_cameras.insert(id, {item, entry});
     emit m_tree.sigNewDeviceItem(item);
 }
 
 void VELADeviceTree::Private::update(Camera& camera, const KX_DeviceEntry& entry)
 {
-    camera.misses = 0;
     if (std::memcmp(&camera.entry, &entry, sizeof entry) == 0)
         return;
     const bool moved = std::strcmp(camera.entry.interfaceName, entry.interfaceName) != 0;
@@ -276,7 +255,7 @@ VELADeviceTree::VELADeviceTree(QWidget* parent) : QTreeWidget(parent), d(new Pri
     // Queued: what a scan finds is announced from the event loop only.
     connect(
         d->m_scanner, &DeviceScanner::scanned, this,
-        [this](const QVector<KX_DeviceEntry>& entries) { d->takeScan(entries); }, Qt::QueuedConnection);
+        [this](const DeviceEntries& entries) { d->takeScan(entries); }, Qt::QueuedConnection);
 }
 
 VELADeviceTree::~VELADeviceTree()

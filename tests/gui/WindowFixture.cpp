@@ -155,12 +155,12 @@ QThread* WindowFixture::scanner() const
 
 void WindowFixture::find(const QVector<Camera>& cameras)
 {
-    QVector<KX_DeviceEntry> entries;
+    using DeviceEntries = std::vector<KX_DeviceEntry>;
+    DeviceEntries entries;
     for (const Camera& camera : cameras)
-        entries << entryOf(camera);
+        entries.push_back(entryOf(camera));
     for (int search = 0; search < 2; ++search) // one that misses a camera does not make it go
-        QMetaObject::invokeMethod(scanner(), "scanned", Qt::DirectConnection,
-                                  Q_ARG(QVector<KX_DeviceEntry>, entries));
+        QMetaObject::invokeMethod(scanner(), "scanned", Qt::DirectConnection, Q_ARG(DeviceEntries, entries));
     QCoreApplication::sendPostedEvents(probe->tree, QEvent::MetaCall);
 }
 

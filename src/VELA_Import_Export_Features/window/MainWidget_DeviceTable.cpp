@@ -1,6 +1,7 @@
 // The device table: its set-up, its rows, who is shown and who is ticked.
 #include "window/MainWidget.h"
 
+#include "camera_line/RecordTexts.h"
 #include "jobs/worker/QOperateThread.h"
 #include "window/ImportExportFeaturesSelectedWidget.h"
 #include "window/LocalConfig.h"
@@ -58,12 +59,6 @@ StatusLook lookOf(int nStatus)
     default:
         return {2, ":/VELA/State/notreach.png", false};
     }
-}
-
-template <std::size_t Size>
-QString fieldText(const uint8_t (&field)[Size])
-{
-    return VELAInterface::GetEncodeQStringFromUnChar(field, int(Size));
 }
 
 StructDeviceInfo deviceOf(const QTreeWidgetItem* pItem)
@@ -253,28 +248,17 @@ void MainWidget::FillRow(int nRow, const StructDeviceInfo& stDevice, const QStri
 bool MainWidget::FillIdentity(int nRow, const StructDeviceInfo& stDevice, const QString& strInterface)
 {
     const KX_DeviceInfo& info = stDevice.stDeviceInfo;
-    QString strModel, strUserName, strSerial;
-    if (info.transportType == KX_TRANSPORT_GIGE) {
-        strModel = fieldText(info.special.gige.modelName);
-        strUserName = fieldText(info.special.gige.userDefinedName);
-        strSerial = fieldText(info.special.gige.serialNumber);
-    } else if (info.transportType == KX_TRANSPORT_USB3) {
-        strModel = fieldText(info.special.usb3.modelName);
-        strUserName = fieldText(info.special.usb3.userDefinedName);
-        strSerial = fieldText(info.special.usb3.serialNumber);
-    } else if (info.transportType == KX_TRANSPORT_CAMERA_LINK) {
-        strModel = fieldText(info.special.cameraLink.modelName);
-        strSerial = fieldText(info.special.cameraLink.serialNumber);
-        if (!SetCellText(nRow, ColumnPortId, fieldText(info.special.cameraLink.portId)))
-            return false;
-    }
+    const QString strModel = camera_line::modelField(info).text();
+    const QString strUserName = camera_line::userNameField(info).text();
+    const QString strSerial = camera_line::serialField(info).text();
+    if (info.transportType == KX_TRANSPORT_CAMERA_LINK &&
+        !SetCellText(nRow, ColumnPortId, camera_line::portIdField(info).text()))
+        return false;
     if (!SetCellText(nRow, ColumnModel, strModel) || !SetCellText(nRow, ColumnUserName, strUserName) ||
         !SetCellText(nRow, ColumnSerial, strSerial) || !SetCellText(nRow, ColumnInterface, strInterface))
         return false;
     return info.transportType != KX_TRANSPORT_GIGE ||
-           SetCellText(
-               nRow, ColumnMac,
-               VELAInterface::int2StringMacAddress(info.special.gige.macHigh, info.special.gige.macLow));
+           SetCellText(nRow, ColumnMac, camera_line::macText(info));
 }
 
 void MainWidget::FillStatus(int nRow, int nStatus)

@@ -1,27 +1,9 @@
 #include "iefeatures/cameras/LineWatch.h"
 
-#include <QMap>
-
-#include <algorithm>
-
 namespace companion
 {
 namespace
 {
-
-constexpr int kMissesToBeGone = 2;
-
-// What a camera keeps when it gets another address or name.
-QString identityOf(const ListedCamera& camera)
-{
-    QString identity = camera.transport + '\n' + camera.model + '\n' + camera.serial;
-    const KX_DeviceInfo& info = camera.device.stDeviceInfo;
-    if (info.transportType == KX_TRANSPORT_GIGE)
-        identity += QString("\n%1 %2").arg(info.special.gige.macHigh).arg(info.special.gige.macLow);
-    else if (info.transportType == KX_TRANSPORT_CAMERA_LINK)
-        identity += '\n' + camera.address;
-    return identity;
-}
 
 std::vector<CameraEvent::Change> changesOf(const ListedCamera& before, const ListedCamera& now)
 {
@@ -40,31 +22,21 @@ std::vector<CameraEvent::Change> changesOf(const ListedCamera& before, const Lis
 
 std::vector<CameraEvent> LineWatch::look(const std::vector<ListedCamera>& cameras)
 {
-    for (Known& known : m_known)
-        ++known.misses;
+    std::vector<KX_DeviceInfo> answers;
+    for (const ListedCamera& camera : cameras)
+        answers.push_back(camera.device.stDeviceInfo);
+    const camera_line::Presence::Look look = m_presence.look(answers);
     std::vector<CameraEvent> events;
-    QMap<QString, int> seen; // cameras may be alike to a hair
-    for (const ListedCamera& camera : cameras) {
-        const QString identity = identityOf(camera);
-        const QString key = identity + '\n' + QString::number(seen[identity]++);
-        const auto known =
-            std::find_if(m_known.begin(), m_known.end(), [&](const Known& one) { return one.key == key; });
-        if (known == m_known.end()) {
-            m_known.push_back({key, camera});
-            events.push_back({CameraEvent::Kind::Appeared, camera, {}});
-            continue;
-        }
-        const auto changes = changesOf(known->camera, camera);
-        if (!changes.empty())
-            events.push_back({CameraEvent::Kind::Changed, camera, changes});
-        known->camera = camera;
-        known->misses = 0;
+    for (size_t i = 0; i < cameras.size(); ++i) {
+        ListedCamera& known = m_known[look.answers[i].id];
+        if (look.answers[i].isNew)
+            events.push_back({CameraEvent::Kind::Appeared, cameras[i], {}});
+        else if (const auto changes = changesOf(known, cameras[i]); !changes.empty())
+            events.push_back({CameraEvent::Kind::Changed, cameras[i], changes});
+        known = cameras[i];
     }
-    const auto isThere = [](const Known& known) { return known.misses < kMissesToBeGone; };
-    const auto gone = std::stable_partition(m_known.begin(), m_known.end(), isThere);
-    for (auto known = gone; known != m_known.end(); ++known)
-        events.push_back({CameraEvent::Kind::Gone, known->camera, {}});
-    m_known.erase(gone, m_known.end());
+    for (const int id : look.gone)
+        events.push_back({CameraEvent::Kind::Gone, m_known.take(id), {}});
     return events;
 }
 

@@ -3,8 +3,10 @@
 
 #include "iefeatures/cameras/ListedCamera.h"
 
+#include "camera_line/Presence.h"
+
+#include <QMap>
 #include <QString>
-#include <QStringList>
 
 #include <vector>
 
@@ -34,18 +36,13 @@ struct CameraEvent
 class LineWatch
 {
 public:
-    // `cameras`: all that answered this look. Those that do not answer two looks in a row are gone: the
-    // answer to one may get lost. Events of the present ones in their order, then those that are gone.
+    // `cameras`: all that answered this look. Events of the present ones in their order, then those that are
+    // gone. Who is the same camera, and when one is gone, camera_line::Presence decides.
     std::vector<CameraEvent> look(const std::vector<ListedCamera>& cameras);
 
 private:
-    struct Known
-    {
-        QString key;
-        ListedCamera camera;
-        int misses = 0; // looks in a row
-    };
-    std::vector<Known> m_known;
+    camera_line::Presence m_presence;
+    QMap<int, ListedCamera> m_known; // as they answered last, by the id that m_presence gave them
 };
 
 } // namespace companion

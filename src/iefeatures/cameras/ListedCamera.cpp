@@ -2,30 +2,13 @@
 
 #include "iefeatures/console/Text.h"
 
-#include "jobs/rules/DeviceNames.h"
-#include <SuiteTools/SuiteTools.h>
-
-#include <cstddef>
+#include "camera_line/Enumeration.h"
+#include "camera_line/RecordTexts.h"
 
 namespace companion
 {
 namespace
 {
-
-template <std::size_t Size>
-QString fieldText(const uint8_t (&field)[Size])
-{
-    return VELAInterface::GetEncodeQStringFromUnChar(field, int(Size));
-}
-
-QString dottedQuad(uint32_t address)
-{
-    return QString("%1.%2.%3.%4")
-        .arg(address >> 24)
-        .arg(address >> 16 & 0xFF)
-        .arg(address >> 8 & 0xFF)
-        .arg(address & 0xFF);
-}
 
 QString statusWord(uint32_t availability)
 {
@@ -39,25 +22,17 @@ QString statusWord(uint32_t availability)
     }
 }
 
-// What the transports name differently.
-void addTransportTexts(const KX_DeviceInfo& info, ListedCamera& camera)
+QString transportWord(uint32_t transport)
 {
-    switch (info.transportType) {
+    switch (transport) {
     case KX_TRANSPORT_GIGE:
-        camera.transport = "GigE";
-        camera.userName = fieldText(info.special.gige.userDefinedName);
-        camera.address = dottedQuad(info.special.gige.ipAddress);
-        break;
+        return "GigE";
     case KX_TRANSPORT_USB3:
-        camera.transport = "U3V";
-        camera.userName = fieldText(info.special.usb3.userDefinedName);
-        break;
+        return "U3V";
     case KX_TRANSPORT_CAMERA_LINK:
-        camera.transport = "CL";
-        camera.address = fieldText(info.special.cameraLink.portId);
-        break;
+        return "CL";
     default:
-        break;
+        return {};
     }
 }
 
@@ -70,15 +45,7 @@ QString ListedCamera::title() const
 
 KX_Status enumerateCameras(std::vector<KX_DeviceEntry>& entries)
 {
-    entries.resize(64);
-    for (;;) {
-        uint32_t count = 0;
-        const auto capacity = static_cast<uint32_t>(entries.size());
-        const KX_Status status = KX_CC_EnumDevices(KX_TRANSPORT_ALL, entries.data(), capacity, &count);
-        entries.resize(status == KX_OK ? count : 0);
-        if (status != KX_OK || count <= capacity)
-            return status;
-    }
+    return camera_line::enumerateCameras(KX_TRANSPORT_ALL, entries);
 }
 
 std::vector<ListedCamera> camerasFrom(const std::vector<KX_DeviceEntry>& entries)
@@ -89,11 +56,12 @@ std::vector<ListedCamera> camerasFrom(const std::vector<KX_DeviceEntry>& entries
         camera.device.nDeviceID = static_cast<qint32>(cameras.size());
         camera.device.nStatus = static_cast<qint32>(entry.availability);
         camera.device.stDeviceInfo = entry.info;
-        const ie::DeviceNames names = ie::deviceNames(entry.info, ie::FieldEnd::AtSize);
-        camera.model = names.model;
-        camera.serial = names.serial;
+        camera.transport = transportWord(entry.info.transportType);
+        camera.model = camera_line::modelField(entry.info).text();
+        camera.serial = camera_line::serialField(entry.info).text();
+        camera.userName = camera_line::userNameField(entry.info).text();
+        camera.address = camera_line::addressText(entry.info);
         camera.status = statusWord(entry.availability);
-        addTransportTexts(entry.info, camera);
     }
     return cameras;
 }

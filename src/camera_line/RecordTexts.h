@@ -1,0 +1,36 @@
+// The texts of a device record: which field each of them is, by transport, and how it is read.
+#pragma once
+
+#include <KXCameraControl/KXCameraControl.h>
+
+#include <QByteArray>
+#include <QString>
+
+namespace camera_line
+{
+
+// A text field inside a record, as wide as the record says. Valid as long as the record.
+struct Field
+{
+    const uint8_t* bytes = nullptr; // null: the transport has no such field
+    int size = 0;
+
+    // Up to the first zero byte or the field's end. Empty without a field.
+    QByteArray content() const;
+    // The same under the suite's encoding, by VELAInterface::GetEncodeQStringFromUnChar with the field's
+    // size, which is called once, and not at all without a field.
+    QString text() const;
+};
+
+Field modelField(const KX_DeviceInfo& device);
+Field serialField(const KX_DeviceInfo& device);
+Field userNameField(const KX_DeviceInfo& device); // GigE and USB3
+Field portIdField(const KX_DeviceInfo& device);   // Camera Link
+
+// "AA:BB:CC:DD:EE:FF" for GigE, else empty.
+QString macText(const KX_DeviceInfo& device);
+
+// Where the camera answers: GigE a dotted quad, Camera Link the port; USB3 has no address: empty.
+QString addressText(const KX_DeviceInfo& device);
+
+} // namespace camera_line
