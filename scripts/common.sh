@@ -5,10 +5,10 @@ root_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build_packages=(
     ccache cmake dpkg-dev file g++ ninja-build pkg-config
     qtbase5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools qttranslations5-l10n fonts-lato fonts-wqy-microhei liblog4cxx-dev
-    libutf8proc-dev libxml2-dev libzip-dev zlib1g-dev
+    libutf8proc-dev libxml2-dev libzip-dev
     libcli11-dev nlohmann-json3-dev
 )
-test_packages=(libaravis-dev libgtest-dev libgmock-dev libx11-dev xvfb xdotool desktop-file-utils)
+test_packages=(libaravis-dev zlib1g-dev libgtest-dev libgmock-dev libx11-dev xvfb xdotool desktop-file-utils)
 
 say() { printf '\n== %s\n' "$*"; }
 fail() { printf '%s\n' "$*" >&2; exit 1; }

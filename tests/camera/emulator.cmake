@@ -1,4 +1,5 @@
 pkg_check_modules(LIBXML2 REQUIRED IMPORTED_TARGET libxml-2.0)
+pkg_check_modules(ZLIB REQUIRED IMPORTED_TARGET zlib)
 
 foreach(subject protocol control faults seed description genicam real_descriptions)
     ie_add_test(emulator_${subject}_test LABEL camera
