@@ -1,7 +1,7 @@
 // Formulas of the nodes: exact results and exact complaints, and agreement with another evaluator where that
 // one is right (it fails on a division by zero in a branch that is not taken, and takes no functions in
 // integer formulas).
-#include "KXCameraControl/nodes/Formula.h"
+#include "formula/NumberMachine.h"
 
 #include <arv.h>
 #include <gtest/gtest.h>
@@ -11,27 +11,30 @@
 namespace
 {
 
-using Arithmetic = kx::Formula::Arithmetic;
+using Formula = formula::NumberMachine;
+using Arithmetic = Formula::Arithmetic;
+using formula::FormulaError;
+using formula::Number;
+using formula::Scope;
 
-const kx::Formula::Scope scope = {{"A", "B", "EXP", "Gain.Max"},
-                                  {{"C", "-3"}, {"S", "A + C"}, {"LOOP", "LOOP + 1"}}};
+const Scope scope = {{"A", "B", "EXP", "Gain.Max"}, {{"C", "-3"}, {"S", "A + C"}, {"LOOP", "LOOP + 1"}}};
 
-kx::Number variable(size_t index)
+Number variable(size_t index)
 {
     const int64_t values[] = {7, 2, 5, 40};
-    return kx::Number::ofInteger(values[index]);
+    return Number::ofInteger(values[index]);
 }
 
 std::string result(const std::string& text, Arithmetic arithmetic)
 {
     try {
-        const kx::Number number = kx::Formula(text, scope, arithmetic).evaluate(variable);
+        const Number number = Formula(text, scope, arithmetic).evaluate(variable);
         if (number.isInteger())
             return std::to_string(number.asInteger());
         char buffer[40];
         std::snprintf(buffer, sizeof buffer, "%.12g r", number.asReal());
         return buffer;
-    } catch (const kx::FormulaError& error) {
+    } catch (const FormulaError& error) {
         return error.text;
     }
 }
@@ -118,8 +121,8 @@ TEST(NodeFormula, evaluatesOnlyWhatItNeeds)
     EXPECT_EQ(integer("0 && 1/0"), "0");
     EXPECT_EQ(integer("1 || 1/0"), "1");
     std::vector<size_t> asked;
-    const kx::Formula formula("A > 5 ? A : B", scope, Arithmetic::Integer);
-    formula.evaluate([&](size_t index) {
+    const Formula knife("A > 5 ? A : B", scope, Arithmetic::Integer);
+    knife.evaluate([&](size_t index) {
         asked.push_back(index);
         return variable(index);
     });
@@ -179,12 +182,12 @@ TEST(NodeFormula, survivesNestingAndLength)
     EXPECT_EQ(integer("1" + repeated("+1", 100000)), "it is too long");
     EXPECT_EQ(integer("1" + repeated("**1", 100000)), "it is nested too deeply");
     EXPECT_EQ(integer(repeated("1?1:", 100000) + "7"), "it is nested too deeply");
-    kx::Formula::Scope doubling; // 2^60 copies of the first part
+    Scope doubling; // 2^60 copies of the first part
     doubling.expressions["E0"] = "1";
     for (int i = 1; i <= 60; ++i)
         doubling.expressions["E" + std::to_string(i)] =
             "E" + std::to_string(i - 1) + "+E" + std::to_string(i - 1);
-    EXPECT_THROW(kx::Formula("E60", doubling, Arithmetic::Integer), kx::FormulaError);
+    EXPECT_THROW(Formula("E60", doubling, Arithmetic::Integer), FormulaError);
 }
 
 // Expressions of small numbers, where the other evaluator has none of its limits.

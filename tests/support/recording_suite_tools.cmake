@@ -7,7 +7,7 @@ list(FILTER suite_tools_sources INCLUDE REGEX "\\.cpp$")
 list(TRANSFORM suite_tools_sources PREPEND "${suite_tools_folder}/")
 add_library(renamed_suite_tools STATIC ${suite_tools_sources})
 target_compile_definitions(renamed_suite_tools PRIVATE ${suite_tools_definitions} VELAInterface=RealSuiteTools)
-target_link_libraries(renamed_suite_tools PUBLIC SuiteTools_headers)
+target_link_libraries(renamed_suite_tools PUBLIC SuiteTools_headers PRIVATE formula)
 
 add_library(recording_suite_tools STATIC RecordingSuiteTools.cpp RecordingSuiteTools.h)
 target_include_directories(recording_suite_tools PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")

@@ -1,7 +1,7 @@
 // What a GenICam description says, as a table of nodes: who they are and what they refer to.
 #pragma once
 
-#include "KXCameraControl/nodes/Formula.h"
+#include "formula/NumberMachine.h"
 
 #include <cstdint>
 #include <deque>
@@ -12,6 +12,9 @@
 
 namespace kx
 {
+
+using formula::FormulaError;
+using formula::Number;
 
 enum class NodeKind
 {
@@ -123,7 +126,7 @@ enum Aspect : unsigned
 
 struct CompiledFormula
 {
-    std::unique_ptr<Formula> formula; // null: see `problem`
+    std::unique_ptr<formula::NumberMachine> formula; // null: see `problem`
     std::string problem;
 };
 

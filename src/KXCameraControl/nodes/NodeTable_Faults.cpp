@@ -63,10 +63,9 @@ public:
     }
 
 private:
-    // Each node costs evaluation a fixed share of the stack and each step of its formula a small one; beyond
-    // this sum nothing that was made to be used goes.
-    static constexpr unsigned nodeWeight = 10;
-    static constexpr unsigned maximumWeight = 4000;
+    // Each node costs evaluation a share of the stack, whatever its formula; beyond this nothing that was
+    // made to be used goes.
+    static constexpr unsigned maximumLength = 400;
 
     enum class Visit
     {
@@ -78,7 +77,7 @@ private:
     struct State
     {
         Visit visit = Visit::New;
-        unsigned weight = 0;
+        unsigned length = 0; // of the longest chain of nodes behind it
     };
 
     struct Step
@@ -88,13 +87,6 @@ private:
         size_t next; // property
         bool offset; // the pIndex before `next` still has its offset node to follow
     };
-
-    static unsigned formulaHeight(const Node& node)
-    {
-        const unsigned from = node.from.formula ? node.from.formula->height() : 0;
-        const unsigned to = node.to.formula ? node.to.formula->height() : 0;
-        return std::max(from, to);
-    }
 
     State& stateOf(Node& node, Aspect aspect) { return m_states[&node].aspects[aspect]; }
 
@@ -155,7 +147,7 @@ private:
     {
         const Step& top = m_path.back();
         State& state = stateOf(*top.node, top.aspect);
-        state.weight = std::max(state.weight, stateOf(target, asked).weight);
+        state.length = std::max(state.length, stateOf(target, asked).length);
         mark(m_path.size() - 1, target.faults[asked]);
     }
 
@@ -164,8 +156,7 @@ private:
         const Step done = m_path.back();
         State& state = stateOf(*done.node, done.aspect);
         state.visit = Visit::Done;
-        state.weight += nodeWeight + formulaHeight(*done.node);
-        if (state.weight > maximumWeight)
+        if (++state.length > maximumLength)
             mark(m_path.size() - 1, FaultTooDeep);
         m_path.pop_back();
         if (!m_path.empty())

@@ -32,13 +32,15 @@ bool isReference(Tag tag)
     }
 }
 
-CompiledFormula compile(const Property* source, const Formula::Scope& scope, Formula::Arithmetic arithmetic)
+using Arithmetic = formula::NumberMachine::Arithmetic;
+
+CompiledFormula compile(const Property* source, const formula::Scope& scope, Arithmetic arithmetic)
 {
     CompiledFormula result;
     try {
         if (!source)
             throw FormulaError{"it is missing"};
-        result.formula = std::make_unique<Formula>(source->text, scope, arithmetic);
+        result.formula = std::make_unique<formula::NumberMachine>(source->text, scope, arithmetic);
     } catch (const FormulaError& error) {
         result.problem = error.text;
     }
@@ -71,8 +73,8 @@ void NodeTable::compileFormulas()
         if (!isKnife && !isConverter)
             continue;
         const bool isInteger = node.kind == NodeKind::IntSwissKnife || node.kind == NodeKind::IntConverter;
-        const auto arithmetic = isInteger ? Formula::Arithmetic::Integer : Formula::Arithmetic::Real;
-        Formula::Scope scope;
+        const Arithmetic arithmetic = isInteger ? Arithmetic::Integer : Arithmetic::Real;
+        formula::Scope scope;
         for (const Property& property : node.properties) {
             if (property.tag == Tag::pVariable)
                 scope.variables.push_back(property.attribute);

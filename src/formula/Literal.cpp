@@ -1,11 +1,10 @@
-#include "FormulaNumber.h"
+#include "formula/Literal.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstdint>
 
-namespace VELAInterface::Formula
+namespace formula
 {
 
 namespace
@@ -23,15 +22,17 @@ std::size_t skipDigits(std::string_view text, std::size_t position)
     return position;
 }
 
-// "1.2e-3" -> 6. An "e" without digits does not belong to the number.
-std::size_t decimalLength(std::string_view text)
+// "1.2e-3" -> 6; `isWhole` when there is neither point nor exponent.
+std::size_t decimalLength(std::string_view text, bool& isWhole)
 {
     std::size_t end = skipDigits(text, 0);
     std::size_t digits = end;
+    isWhole = true;
     if (end < text.size() && text[end] == '.') {
         const std::size_t fraction = skipDigits(text, end + 1);
         digits += fraction - (end + 1);
         end = fraction;
+        isWhole = false;
     }
     if (digits == 0)
         return 0;
@@ -40,6 +41,7 @@ std::size_t decimalLength(std::string_view text)
         if (exponent < text.size() && (text[exponent] == '+' || text[exponent] == '-'))
             ++exponent;
         const std::size_t stop = skipDigits(text, exponent);
+        isWhole = isWhole && stop == exponent;
         if (stop > exponent)
             end = stop;
     }
@@ -62,38 +64,51 @@ bool isTiny(std::string_view number)
     return magnitude + (negative ? -exponent : exponent) < 0;
 }
 
-NumberToken scanDecimal(std::string_view text)
+Literal scanDecimal(std::string_view text)
 {
-    NumberToken token;
-    token.length = decimalLength(text);
-    if (token.length == 0)
-        return token;
-    const std::string_view number = text.substr(0, token.length);
-    const auto result = std::from_chars(number.data(), number.data() + number.size(), token.value);
-    if (result.ec == std::errc::result_out_of_range) {
-        token.value = 0;
-        token.fits = isTiny(number);
-    } else {
-        token.fits = result.ec == std::errc() && std::isfinite(token.value);
+    Literal literal;
+    bool isWhole = false;
+    literal.length = decimalLength(text, isWhole);
+    if (literal.length == 0) {
+        literal.fault = Fault::Kind::NoNumber;
+        return literal;
     }
-    return token;
+    const char* const first = text.data();
+    const char* const last = first + literal.length;
+    std::int64_t integer = 0;
+    if (isWhole && std::from_chars(first, last, integer).ec == std::errc()) {
+        literal.number = Number::ofInteger(integer);
+        return literal;
+    }
+    double real = 0;
+    const auto result = std::from_chars(first, last, real);
+    const bool isOutOfRange = result.ec == std::errc::result_out_of_range;
+    const bool fits = isOutOfRange ? isTiny(text.substr(0, literal.length)) : std::isfinite(real);
+    literal.number = Number::ofReal(isOutOfRange ? 0 : real);
+    literal.fault = fits ? Fault::Kind::None : Fault::Kind::NumberTooLarge;
+    return literal;
+}
+
+Literal scanPattern(std::string_view text)
+{
+    std::uint64_t pattern = 0;
+    const auto result = std::from_chars(text.data() + 2, text.data() + text.size(), pattern, 16);
+    Literal literal;
+    literal.length = static_cast<std::size_t>(result.ptr - text.data());
+    literal.number = Number::ofInteger(static_cast<std::int64_t>(pattern));
+    if (result.ec == std::errc::invalid_argument)
+        literal.fault = Fault::Kind::NoDigits;
+    else if (result.ec != std::errc())
+        literal.fault = Fault::Kind::PatternTooLarge;
+    return literal;
 }
 
 } // namespace
 
-NumberToken scanNumber(std::string_view text)
+Literal scanLiteral(std::string_view text)
 {
-    if (text.size() < 2 || text[0] != '0' || (text[1] != 'x' && text[1] != 'X'))
-        return scanDecimal(text);
-    std::uint64_t pattern = 0;
-    const auto result = std::from_chars(text.data() + 2, text.data() + text.size(), pattern, 16);
-    NumberToken token;
-    if (result.ec == std::errc::invalid_argument)
-        return token;
-    token.length = static_cast<std::size_t>(result.ptr - text.data());
-    token.fits = result.ec == std::errc();
-    token.value = static_cast<double>(static_cast<std::int64_t>(pattern));
-    return token;
+    const bool isPattern = text.size() >= 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
+    return isPattern ? scanPattern(text) : scanDecimal(text);
 }
 
-} // namespace VELAInterface::Formula
+} // namespace formula

@@ -1,0 +1,503 @@
+#include "formula/Grammar.h"
+
+#include "formula/Literal.h"
+
+#include <algorithm>
+#include <array>
+#include <iterator>
+#include <limits>
+#include <utility>
+
+namespace formula
+{
+
+namespace
+{
+
+// ---- the tables of the language ----
+
+struct BinaryOperator
+{
+    std::string_view sign;
+    Operation operation;
+};
+
+// A sign that begins another one stands behind it.
+constexpr BinaryOperator binaryOperators[] = {
+    {"**", Operation::Power},          {"*", Operation::Multiply},    {"/", Operation::Divide},
+    {"%", Operation::Remainder},       {"+", Operation::Add},         {"-", Operation::Subtract},
+    {"<<", Operation::ShiftLeft},      {">>", Operation::ShiftRight}, {"<>", Operation::NotEqual},
+    {"<=", Operation::LessOrEqual},    {"<", Operation::Less},        {"=", Operation::Equal},
+    {">=", Operation::GreaterOrEqual}, {">", Operation::Greater},     {"&&", Operation::DecideAnd},
+    {"||", Operation::DecideOr},       {"&", Operation::BitAnd},      {"^", Operation::BitXor},
+    {"|", Operation::BitOr},
+};
+constexpr std::size_t operatorCount = std::size(binaryOperators);
+
+// Precedence, loosest first; signs before an operand bind tighter than all of it. As in C, with ** between
+// the signs and the products: a variable's value may be put in as text, and "-2**2" must square the negative
+// number.
+constexpr std::string_view suitePrecedence[] = {"?:",   "||",        "&&",    "|",   "^",     "&",
+                                                "= <>", "< > <= >=", "<< >>", "+ -", "* / %", "**"};
+constexpr std::string_view nodesPrecedence[] = {"?:",   "||",        "&&",    "|",   "^",     "&",
+                                                "= <>", "< > <= >=", "<< >>", "+ -", "* / %", "**"};
+constexpr int bracketLevel = -1; // never completed by what follows, only by what closes it
+constexpr int conditionalLevel = 0;
+constexpr int signLevel = 100;
+
+using Levels = std::array<int, operatorCount>;
+
+constexpr bool hasWord(std::string_view words, std::string_view word)
+{
+    while (!words.empty()) {
+        const std::size_t end = std::min(words.find(' '), words.size());
+        if (words.substr(0, end) == word)
+            return true;
+        words.remove_prefix(std::min(end + 1, words.size()));
+    }
+    return false;
+}
+
+template <std::size_t rows>
+constexpr Levels levelsOf(const std::string_view (&precedence)[rows])
+{
+    Levels levels{};
+    for (std::size_t row = 0; row < rows; ++row)
+        for (std::size_t i = 0; i < operatorCount; ++i)
+            if (hasWord(precedence[row], binaryOperators[i].sign))
+                levels[i] = static_cast<int>(row);
+    return levels;
+}
+
+struct Function
+{
+    std::string_view name;
+    Operation operation;
+};
+
+constexpr Function functions[] = {
+    {"ABS", Operation::Abs},   {"SGN", Operation::Sgn},     {"NEG", Operation::Negate},
+    {"ATAN", Operation::Atan}, {"COS", Operation::Cos},     {"SIN", Operation::Sin},
+    {"TAN", Operation::Tan},   {"ASIN", Operation::Asin},   {"ACOS", Operation::Acos},
+    {"EXP", Operation::Exp},   {"LN", Operation::Ln},       {"LG", Operation::Lg},
+    {"SQRT", Operation::Sqrt}, {"TRUNC", Operation::Trunc}, {"FLOOR", Operation::Floor},
+    {"CEIL", Operation::Ceil}, {"ROUND", Operation::Round},
+};
+
+struct Constant
+{
+    std::string_view name;
+    double value;
+};
+
+constexpr Constant constants[] = {{"E", 2.718281828459045235}, {"PI", 3.141592653589793238}};
+
+struct Bounds
+{
+    std::size_t open;    // parentheses and calls
+    std::size_t pending; // whatever waits for its right side
+    std::size_t steps;
+};
+
+constexpr std::size_t unbounded = std::numeric_limits<std::size_t>::max();
+
+struct Language
+{
+    Levels levels;
+    Bounds bounds;
+};
+
+constexpr Language languages[] = {
+    {levelsOf(suitePrecedence), {10000, unbounded, unbounded}},
+    {levelsOf(nodesPrecedence), {unbounded, 2000, 100000}},
+};
+
+// ---- characters and names ----
+
+template <typename Entry, std::size_t size>
+const Entry* findByName(const Entry (&table)[size], std::string_view name)
+{
+    for (const Entry& entry : table)
+        if (entry.name == name)
+            return &entry;
+    return nullptr;
+}
+
+bool isBlank(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+bool isNameStart(char c)
+{
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+}
+
+bool isNamePart(char c)
+{
+    return isNameStart(c) || (c >= '0' && c <= '9') || c == '.';
+}
+
+// An operator, or an opened bracket, whose right side is still being read.
+struct Pending
+{
+    enum class Kind
+    {
+        Operator,
+        Decision, // && or ||
+        Question,
+        Colon,
+        Parenthesis,
+        Call,
+        Part // a named one
+    };
+    Kind kind;
+    int level;
+    Operation operation = Operation::Literal; // of an operator, or of the called function
+    std::size_t jump = 0;                     // the step whose target is not known yet
+    bool hasComma = false;                    // of a call
+};
+
+// Where to go on behind a named part.
+struct Outer
+{
+    std::string_view text;
+    std::size_t position;
+};
+
+// Operator precedence parsing with an explicit stack.
+class Parser
+{
+public:
+    Parser(std::string_view text, Dialect dialect, const Scope& scope)
+        : m_language(languages[static_cast<std::size_t>(dialect)]), m_scope(scope), m_text(text)
+    {
+        m_program.steps.reserve(16);
+        m_pending.reserve(8);
+    }
+
+    Program run();
+
+private:
+    void readText();
+    void readOperand();
+    void readName();
+    bool readDeclared(std::string_view name);
+    void readConstant(std::string_view name, double value);
+    void readLiteral();
+    void readOperator();
+    void open(Pending::Kind kind, Operation operation);
+    void close();
+    void comma();
+    void question();
+    void colon();
+    void binary(const BinaryOperator& op);
+    void endText();
+
+    // Completes what binds at least as tightly as `level`, back to the last bracket or "?".
+    void reduce(int level);
+    bool innermostIs(Pending::Kind kind) const { return !m_pending.empty() && m_pending.back().kind == kind; }
+
+    void push(const Pending& pending);
+    std::size_t emit(Operation operation, Number literal = {}, std::size_t target = 0);
+    void operand(Operation operation, Number literal, std::size_t target = 0);
+    void land(std::size_t jump) { m_program.steps[jump].target = m_program.steps.size(); }
+    void skipBlanks();
+    bool take(std::string_view token);
+    [[noreturn]] void fail(Fault::Kind kind) const { fail(kind, m_position, m_text.substr(m_position)); }
+    [[noreturn]] void fail(Fault::Kind kind, std::size_t position, std::string_view rest) const;
+
+    const Language& m_language;
+    const Scope& m_scope;
+    std::string_view m_text;
+    std::size_t m_position = 0;
+    bool m_operandExpected = true;
+    std::size_t m_open = 0;
+    std::size_t m_height = 0;
+    std::vector<Pending> m_pending;
+    std::vector<Outer> m_outer; // one for each pending part
+    Program m_program;
+};
+
+// ---- operands ----
+
+Program Parser::run()
+{
+    skipBlanks();
+    if (m_position == m_text.size())
+        fail(Fault::Kind::Empty);
+    readText();
+    while (!m_pending.empty()) { // the part that has just ended
+        m_text = m_outer.back().text;
+        m_position = m_outer.back().position;
+        m_outer.pop_back();
+        m_pending.pop_back();
+        readText();
+    }
+    return std::move(m_program);
+}
+
+// Up to the end of the text, or of the innermost part.
+void Parser::readText()
+{
+    skipBlanks();
+    while (m_position < m_text.size()) {
+        if (m_operandExpected)
+            readOperand();
+        else
+            readOperator();
+        skipBlanks();
+    }
+    endText();
+}
+
+void Parser::readOperand()
+{
+    if (take("("))
+        open(Pending::Kind::Parenthesis, Operation::Literal);
+    else if (take("-"))
+        push({Pending::Kind::Operator, signLevel, Operation::Negate});
+    else if (take("~"))
+        push({Pending::Kind::Operator, signLevel, Operation::Complement});
+    else if (isNameStart(m_text[m_position]))
+        readName();
+    else if (!take("+"))
+        readLiteral();
+}
+
+void Parser::readName()
+{
+    const std::size_t start = m_position;
+    while (m_position < m_text.size() && isNamePart(m_text[m_position]))
+        ++m_position;
+    const std::string_view name = m_text.substr(start, m_position - start);
+    const std::size_t end = m_position;
+    const Function* const function = findByName(functions, name);
+    skipBlanks();
+    if (function && take("("))
+        return open(Pending::Kind::Call, function->operation);
+    const std::size_t next = std::exchange(m_position, end);
+    if (readDeclared(name))
+        return;
+    if (const Constant* const constant = findByName(constants, name))
+        return readConstant(name, constant->value);
+    fail(function ? Fault::Kind::CallWithoutParenthesis : Fault::Kind::UnknownName, function ? next : start,
+         name);
+}
+
+// A variable, or a named part: its text is read before this one goes on, and is one operand.
+bool Parser::readDeclared(std::string_view name)
+{
+    const auto variable = std::find(m_scope.variables.begin(), m_scope.variables.end(), name);
+    if (variable != m_scope.variables.end()) {
+        operand(Operation::Variable, {}, static_cast<std::size_t>(variable - m_scope.variables.begin()));
+        return true;
+    }
+    const auto expression = m_scope.expressions.find(name);
+    if (expression == m_scope.expressions.end())
+        return false;
+    push({Pending::Kind::Part, bracketLevel});
+    m_outer.push_back({m_text, m_position});
+    m_text = expression->second;
+    m_position = 0;
+    return true;
+}
+
+void Parser::readConstant(std::string_view name, double value)
+{
+    operand(Operation::Literal, Number::ofReal(value));
+    skipBlanks();
+    if (!take("(")) // PI and PI() are both in use
+        return;
+    skipBlanks();
+    if (!take(")"))
+        fail(Fault::Kind::ArgumentOfConstant, m_position, name);
+}
+
+void Parser::readLiteral()
+{
+    const std::string_view rest = m_text.substr(m_position);
+    const bool isNumber = (rest[0] >= '0' && rest[0] <= '9') || rest[0] == '.';
+    if (!isNumber)
+        fail(Fault::Kind::ValueMissing);
+    const Literal literal = scanLiteral(rest);
+    if (literal.fault == Fault::Kind::NoNumber || literal.fault == Fault::Kind::NoDigits)
+        fail(literal.fault);
+    if (literal.length < rest.size() && isNamePart(rest[literal.length]))
+        fail(Fault::Kind::NumberRunsOn, m_position, rest.substr(literal.length));
+    if (literal.fault != Fault::Kind::None)
+        fail(literal.fault, m_position, rest.substr(0, literal.length));
+    m_position += literal.length;
+    operand(Operation::Literal, literal.number);
+}
+
+void Parser::operand(Operation operation, Number literal, std::size_t target)
+{
+    emit(operation, literal, target);
+    m_operandExpected = false;
+}
+
+// ---- operators and brackets ----
+
+void Parser::readOperator()
+{
+    if (take(")"))
+        return close();
+    if (take(","))
+        return comma();
+    if (take("?"))
+        return question();
+    if (take(":"))
+        return colon();
+    for (const BinaryOperator& op : binaryOperators)
+        if (take(op.sign))
+            return binary(op);
+    fail(Fault::Kind::OperatorMissing);
+}
+
+void Parser::open(Pending::Kind kind, Operation operation)
+{
+    if (++m_open > m_language.bounds.open)
+        fail(Fault::Kind::TooDeep);
+    push({kind, bracketLevel, operation});
+}
+
+void Parser::close()
+{
+    reduce(conditionalLevel);
+    if (innermostIs(Pending::Kind::Call))
+        emit(m_pending.back().hasComma ? Operation::RoundToDigits : m_pending.back().operation);
+    else if (innermostIs(Pending::Kind::Question))
+        fail(Fault::Kind::ColonMissing);
+    else if (!innermostIs(Pending::Kind::Parenthesis))
+        fail(Fault::Kind::ParenthesisNotOpened, m_position - 1, m_text.substr(m_position - 1));
+    m_pending.pop_back();
+    --m_open;
+}
+
+void Parser::comma()
+{
+    reduce(conditionalLevel);
+    if (!innermostIs(Pending::Kind::Call) || m_pending.back().operation != Operation::Round ||
+        m_pending.back().hasComma)
+        fail(Fault::Kind::SecondArgument, m_position - 1, m_text.substr(m_position - 1));
+    m_pending.back().hasComma = true;
+    m_operandExpected = true;
+}
+
+void Parser::question()
+{
+    reduce(conditionalLevel + 1);
+    push({Pending::Kind::Question, bracketLevel, Operation::JumpUnless, emit(Operation::JumpUnless)});
+    m_operandExpected = true;
+}
+
+void Parser::colon()
+{
+    reduce(conditionalLevel);
+    if (!innermostIs(Pending::Kind::Question))
+        fail(Fault::Kind::ColonWithoutQuestion, m_position - 1, m_text.substr(m_position - 1));
+    const std::size_t toElse = m_pending.back().jump;
+    m_pending.back() = {Pending::Kind::Colon, conditionalLevel, Operation::Jump, emit(Operation::Jump)};
+    land(toElse);
+    m_operandExpected = true;
+}
+
+void Parser::binary(const BinaryOperator& op)
+{
+    const int level = m_language.levels[static_cast<std::size_t>(&op - binaryOperators)];
+    const bool rightToLeft = op.operation == Operation::Power;
+    reduce(rightToLeft ? level + 1 : level);
+    if (op.operation == Operation::DecideAnd || op.operation == Operation::DecideOr)
+        push({Pending::Kind::Decision, level, op.operation, emit(op.operation)});
+    else
+        push({Pending::Kind::Operator, level, op.operation});
+    m_operandExpected = true;
+}
+
+// Leaves nothing pending, or the part that ends here as the innermost.
+void Parser::endText()
+{
+    if (m_operandExpected)
+        fail(Fault::Kind::ValueMissingAtEnd);
+    reduce(conditionalLevel);
+    if (innermostIs(Pending::Kind::Question))
+        fail(Fault::Kind::ColonMissing);
+    if (!m_pending.empty() && !innermostIs(Pending::Kind::Part))
+        fail(Fault::Kind::ParenthesisMissing);
+}
+
+void Parser::reduce(int level)
+{
+    while (!m_pending.empty() && m_pending.back().level >= level) {
+        const Pending done = m_pending.back();
+        m_pending.pop_back();
+        if (done.kind == Pending::Kind::Operator) {
+            emit(done.operation);
+            continue;
+        }
+        if (done.kind == Pending::Kind::Decision)
+            emit(Operation::Truth);
+        land(done.jump);
+    }
+}
+
+// ---- what all of them need ----
+
+void Parser::push(const Pending& pending)
+{
+    if (m_pending.size() >= m_language.bounds.pending)
+        fail(Fault::Kind::TooDeep);
+    m_pending.push_back(pending);
+}
+
+std::size_t Parser::emit(Operation operation, Number literal, std::size_t target)
+{
+    if (m_program.steps.size() >= m_language.bounds.steps)
+        fail(Fault::Kind::TooLong);
+    const bool isOperand = operation <= Operation::Variable;
+    const bool isOneForOne = operation == Operation::Truth ||
+                             (operation >= Operation::Negate && operation < Operation::RoundToDigits);
+    if (isOperand)
+        m_program.height = std::max(m_program.height, ++m_height);
+    else if (!isOneForOne)
+        --m_height; // jumps too: what stands behind them is reached with one number less
+    m_program.steps.push_back({operation, target, literal});
+    return m_program.steps.size() - 1;
+}
+
+void Parser::skipBlanks()
+{
+    while (m_position < m_text.size() && isBlank(m_text[m_position]))
+        ++m_position;
+}
+
+bool Parser::take(std::string_view token)
+{
+    if (m_text.compare(m_position, token.size(), token) != 0)
+        return false;
+    m_position += token.size();
+    return true;
+}
+
+void Parser::fail(Fault::Kind kind, std::size_t position, std::string_view rest) const
+{
+    Fault fault;
+    fault.kind = kind;
+    fault.position = position;
+    fault.rest = rest;
+    const auto bracket = std::find_if(m_pending.rbegin(), m_pending.rend(),
+                                      [](const Pending& it) { return it.level == bracketLevel; });
+    if (bracket != m_pending.rend() && bracket->kind != Pending::Kind::Part)
+        fault.closing = bracket->kind == Pending::Kind::Question ? ':' : ')';
+    throw fault;
+}
+
+} // namespace
+
+Program parse(std::string_view text, Dialect dialect, const Scope& scope)
+{
+    return Parser(text, dialect, scope).run();
+}
+
+} // namespace formula

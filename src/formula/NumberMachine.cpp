@@ -1,0 +1,156 @@
+#include "formula/NumberMachine.h"
+
+#include "formula/Arithmetic.h"
+#include "formula/NumberMachine_Texts.h"
+#include "formula/StackMachine.h"
+
+#include <cmath>
+
+namespace formula
+{
+
+std::int64_t Number::rounded() const
+{
+    const double whole = std::round(m_real);
+    // -2^63 is a double, 2^63 - 1 is not.
+    if (!(whole >= -9223372036854775808.0 && whole < 9223372036854775808.0))
+        throw FormulaError{"a result does not fit 64 bits"};
+    return static_cast<std::int64_t>(whole);
+}
+
+namespace
+{
+
+void require(bool fits)
+{
+    if (!fits)
+        fail(Fault::Kind::TooLarge);
+}
+
+std::int64_t integerPower(std::int64_t base, std::int64_t exponent)
+{
+    std::int64_t result = 1;
+    for (; exponent > 0; exponent >>= 1) {
+        if ((exponent & 1) != 0)
+            require(!__builtin_mul_overflow(result, base, &result));
+        if (exponent > 1)
+            require(!__builtin_mul_overflow(base, base, &base));
+    }
+    return result;
+}
+
+std::int64_t negated(std::int64_t value)
+{
+    std::int64_t result = 0;
+    require(!__builtin_sub_overflow(std::int64_t{0}, value, &result));
+    return result;
+}
+
+// Of the arithmetic ones, all but RoundToDigits; an exponent is not negative.
+std::int64_t arithmeticOfIntegers(Operation operation, std::int64_t left, std::int64_t right)
+{
+    std::int64_t result = 0;
+    switch (operation) {
+    case Operation::Add:
+        require(!__builtin_add_overflow(left, right, &result));
+        return result;
+    case Operation::Subtract:
+        require(!__builtin_sub_overflow(left, right, &result));
+        return result;
+    case Operation::Multiply:
+        require(!__builtin_mul_overflow(left, right, &result));
+        return result;
+    case Operation::Power:
+        return integerPower(left, right);
+    case Operation::Remainder:
+        return remainder(left, right);
+    default:
+        if (right == 0)
+            fail(Fault::Kind::DivisionByZero);
+        return right == -1 ? negated(left) : left / right;
+    }
+}
+
+class NumberRules
+{
+public:
+    NumberRules(bool isReal, const std::function<Number(std::size_t)>& variable)
+        : m_isReal(isReal), m_variable(variable)
+    {}
+
+    // In real arithmetic every operand is a real one, so that 5/2 is 2.5 whatever its nodes are.
+    Number literal(const Number& number) const { return typed(number); }
+    Number variable(std::size_t index) const { return typed(m_variable(index)); }
+    static bool isTrue(const Number& number) { return number.isTrue(); }
+    static Number truth(bool value) { return Number::ofInteger(value ? 1 : 0); }
+
+    Number one(Operation operation, const Number& x) const
+    {
+        if (operation == Operation::Complement)
+            return Number::ofInteger(~bits(x));
+        if (x.isInteger() && !m_isReal && operation == Operation::Negate)
+            return Number::ofInteger(negated(x.asInteger()));
+        if (x.isInteger() && !m_isReal && operation == Operation::Abs)
+            return x.asInteger() < 0 ? Number::ofInteger(negated(x.asInteger())) : x;
+        const double result = functionOfReal(operation, x.asReal());
+        if (operation == Operation::Sgn)
+            return typed(Number::ofInteger(static_cast<std::int64_t>(result)));
+        return Number::ofReal(result);
+    }
+
+    Number two(Operation operation, const Number& a, const Number& b) const
+    {
+        const bool areIntegers = a.isInteger() && b.isInteger();
+        if (isComparison(operation))
+            return truth(areIntegers ? isRelation(operation, a.asInteger(), b.asInteger())
+                                     : isRelation(operation, a.asReal(), b.asReal()));
+        if (!isArithmetic(operation))
+            return Number::ofInteger(operationOnBits(operation, bits(a), bits(b)));
+        if (areIntegers && !m_isReal && staysInteger(operation, b.asInteger()))
+            return Number::ofInteger(arithmeticOfIntegers(operation, a.asInteger(), b.asInteger()));
+        return Number::ofReal(arithmeticOfReals(operation, a.asReal(), b.asReal()));
+    }
+
+private:
+    Number typed(const Number& number) const { return m_isReal ? Number::ofReal(number.asReal()) : number; }
+
+    static bool staysInteger(Operation operation, std::int64_t right)
+    {
+        return operation != Operation::RoundToDigits && (operation != Operation::Power || right >= 0);
+    }
+
+    static std::int64_t bits(const Number& number)
+    {
+        return number.isInteger() ? number.asInteger() : bitsOf(number.asReal());
+    }
+
+    const bool m_isReal;
+    const std::function<Number(std::size_t)>& m_variable;
+};
+
+} // namespace
+
+NumberMachine::NumberMachine(std::string_view text, const Scope& scope, Arithmetic arithmetic)
+    : m_arithmetic(arithmetic)
+{
+    try {
+        m_program = parse(text, Dialect::Nodes, scope);
+    } catch (const Fault& fault) {
+        throw FormulaError{textOf(fault)};
+    }
+}
+
+Number NumberMachine::evaluate(const std::function<Number(std::size_t)>& variable) const
+{
+    try {
+        NumberRules rules(m_arithmetic == Arithmetic::Real, variable);
+        const Number result = StackMachine<Number, NumberRules>(m_program, rules).run();
+        if (!result.isInteger() && !std::isfinite(result.asReal()))
+            fail(Fault::Kind::NotFinite);
+        return result;
+    } catch (const Fault& fault) {
+        throw FormulaError{textOf(fault)};
+    }
+}
+
+} // namespace formula
