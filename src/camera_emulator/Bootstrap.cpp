@@ -42,7 +42,7 @@ std::string hexadecimal(uint64_t number)
 std::string baseName(const CameraConfig& config)
 {
     std::string name = config.descriptionFile.substr(config.descriptionFile.find_last_of('/') + 1);
-    name = name.substr(0, name.find_last_of('.'));
+    name.resize(std::min(name.size(), name.find_last_of('.')));
     std::replace(name.begin(), name.end(), ';', '_'); // the URL's own separator
     return name.empty() || !config.description.empty() ? "camera_emulator" : name;
 }

@@ -61,12 +61,14 @@ std::string childText(xmlNode* node, const char* tag)
 
 std::optional<int64_t> toNumber(const std::string& text)
 {
+    if (text.empty())
+        return std::nullopt;
     const bool hexadecimal = text.find("0x") != std::string::npos || text.find("0X") != std::string::npos;
     char* end = nullptr;
     const auto value =
         static_cast<int64_t>(text[0] == '-' ? std::strtoll(text.c_str(), &end, hexadecimal ? 16 : 10)
                                             : std::strtoull(text.c_str(), &end, hexadecimal ? 16 : 10));
-    if (text.empty() || *end != 0)
+    if (*end != 0)
         return std::nullopt;
     return value;
 }

@@ -1,10 +1,10 @@
-// The GigE Vision Control Protocol's packets and bootstrap registers (GigE Vision 1.2/2.0, chapters "GVCP" and
-// "Bootstrap Registers"). Pure functions over bytes: no sockets, no state. Everything on the wire is big-endian;
-// everything handed out is in host order.
+// The GigE Vision Control Protocol's packets and bootstrap registers (GigE Vision 1.2/2.0, chapters "GVCP"
+// and "Bootstrap Registers"). Pure functions over bytes: no sockets, no state. Everything on the wire is
+// big-endian; everything handed out is in host order.
 #pragma once
 
-#include <cstdint>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,7 +16,7 @@ constexpr uint16_t kPort = 3956;
 constexpr uint8_t kKey = 0x42;
 constexpr uint8_t kFlagAckRequired = 0x01;
 constexpr size_t kHeaderSize = 8;
-constexpr size_t kMaxReadMemory = 536;   // bytes per READMEM and WRITEMEM
+constexpr size_t kMaxReadMemory = 536;    // bytes per READMEM and WRITEMEM
 constexpr size_t kMaxReadRegisters = 135; // addresses per READREG
 constexpr size_t kMaxWriteRegisters = 67; // pairs per WRITEREG
 constexpr size_t kMaxPacket = 576;
@@ -66,14 +66,14 @@ enum Register : uint32_t
     RegCurrentAddress = 0x0024,
     RegCurrentMask = 0x0034,
     RegCurrentGateway = 0x0044,
-    RegManufacturer = 0x0048,       // 32 bytes
-    RegModel = 0x0068,              // 32
-    RegDeviceVersion = 0x0088,      // 32
-    RegManufacturerInfo = 0x00A8,   // 48
-    RegSerialNumber = 0x00D8,       // 16
-    RegUserName = 0x00E8,           // 16
-    RegFirstUrl = 0x0200,           // 512
-    RegSecondUrl = 0x0400,          // 512
+    RegManufacturer = 0x0048,     // 32 bytes
+    RegModel = 0x0068,            // 32
+    RegDeviceVersion = 0x0088,    // 32
+    RegManufacturerInfo = 0x00A8, // 48
+    RegSerialNumber = 0x00D8,     // 16
+    RegUserName = 0x00E8,         // 16
+    RegFirstUrl = 0x0200,         // 512
+    RegSecondUrl = 0x0400,        // 512
     RegInterfaceCount = 0x0600,
     RegPersistentAddress = 0x064C,
     RegPersistentMask = 0x065C,
@@ -96,7 +96,7 @@ enum Register : uint32_t
     RegStreamPacketSize0 = 0x0D04,
     RegStreamDelay0 = 0x0D08,
     RegStreamAddress0 = 0x0D18,
-    BootstrapSize = 0xA000          // maker-specific space begins here
+    BootstrapSize = 0xA000 // maker-specific space begins here
 };
 
 constexpr size_t kDiscoverySize = 0xF8;

@@ -29,7 +29,8 @@ TEST(GvcpCommand, readMemoryHasAReservedHalfWordBeforeTheCount)
 TEST(GvcpCommand, writeMemoryCarriesItsBytesBehindTheAddress)
 {
     const uint8_t data[] = {1, 2, 3, 4};
-    EXPECT_EQ(encodeWriteMemory(9, 0x10, data, 4), (Bytes{0x42, 1, 0, 0x86, 0, 8, 0, 9, 0, 0, 0, 0x10, 1, 2, 3, 4}));
+    EXPECT_EQ(encodeWriteMemory(9, 0x10, data, 4),
+              (Bytes{0x42, 1, 0, 0x86, 0, 8, 0, 9, 0, 0, 0, 0x10, 1, 2, 3, 4}));
 }
 
 TEST(GvcpCommand, anotherIdChangesNothingElse)

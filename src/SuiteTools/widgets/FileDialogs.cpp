@@ -24,6 +24,7 @@ QString VELAInterface::getOpenFileName(QWidget* parent, const QString& caption, 
 {
     if (hook())
         return hook()(parent, caption, directory, filter);
-    const QString title = caption.isEmpty() ? QCoreApplication::translate("SuiteTools", "Open File") : caption;
+    const QString title =
+        caption.isEmpty() ? QCoreApplication::translate("SuiteTools", "Open File") : caption;
     return QFileDialog::getOpenFileName(parent, title, directory, filter, selectedFilter, options);
 }

@@ -4,13 +4,17 @@
  * Plain C, complete in itself. Every function returns a status (KX_OK or one of KX_E_*), never throws and
  * never aborts. Calls on different handles may run at the same time on different threads; calls on one handle
  * are serialised by the library. A call blocks at most for the time-outs set with KX_CC_SetTimeout for each
- * request that it has to send (default: 3 tries of 200 ms each, plus what the camera asks for by PENDING_ACK).
+ * request that it has to send (default: 3 tries of 200 ms each, plus what the camera asks for by
+ * PENDING_ACK).
  *
  * Texts that come from a camera (model, serial number, string values) are handed out as the camera's bytes.
  * Node names and string values that go in are the camera's bytes as well; a description is UTF-8.
  */
 #ifndef KX_CAMERA_CONTROL_H
 #define KX_CAMERA_CONTROL_H
+
+/* Tables in columns, and structures as C writes them: the formatter would take both apart. */
+/* clang-format off */
 
 #include <stdbool.h>
 #include <stdint.h>
@@ -392,5 +396,7 @@ KX_API KX_Status KX_CC_FeatureLoad(KX_HANDLE handle, const char* path);
 #ifdef __cplusplus
 }
 #endif
+
+/* clang-format on */
 
 #endif

@@ -1,6 +1,6 @@
 // The suite's record of one camera, as the device tree announces it.
-// The SuiteTools library registers it with the meta-type system under its name when it is loaded; a test that links a
-// replacement of that library calls qRegisterMetaType itself.
+// The SuiteTools library registers it with the meta-type system under its name when it is loaded; a test that
+// links a replacement of that library calls qRegisterMetaType itself.
 #pragma once
 
 #include <KXCameraControl/KXCameraControl.h>
