@@ -9,6 +9,7 @@ build_packages=(
     libcli11-dev nlohmann-json3-dev
 )
 test_packages=(libaravis-dev zlib1g-dev libgtest-dev libgmock-dev libx11-dev xvfb xdotool desktop-file-utils)
+lint_packages=(clang-format clang-tidy cppcheck)
 
 say() { printf '\n== %s\n' "$*"; }
 fail() { printf '%s\n' "$*" >&2; exit 1; }
