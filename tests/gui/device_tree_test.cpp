@@ -1,6 +1,7 @@
 // The device tree over a search that the test answers.
 #include <DevListMgr/VELADeviceTree.h>
 
+#include <QDeadlineTimer>
 #include <QMutex>
 #include <QSignalSpy>
 #include <QtTest>
@@ -14,7 +15,8 @@ namespace
 QMutex g_lock;
 QVector<KX_DeviceEntry> g_entries;
 unsigned int g_mask = 0;
-std::atomic<int> g_searches{0};
+std::atomic<int> g_searches{0}; // begun
+std::atomic<int> g_posted{0};   // of them, those whose findings are on their way
 std::atomic<uint32_t> g_stamp{1};
 std::atomic<QThread*> g_searchThread{nullptr};
 
@@ -96,6 +98,7 @@ KX_Status KX_CC_EnumDevices(uint32_t mask, KX_DeviceEntry* entries, uint32_t cap
 
 uint32_t KX_CC_GetInterfaceStamp(void)
 {
+    g_posted = g_searches.load(); // the search thread asks between its searches
     return g_stamp;
 }
 
@@ -111,6 +114,22 @@ class DeviceTreeTest : public QObject
         ++g_stamp;
     }
 
+    // Until what one more search has found is posted; the event loop stands still meanwhile.
+    static bool waitForScan(int searchesBefore)
+    {
+        const QDeadlineTimer limit(10000);
+        while (g_posted <= searchesBefore && !limit.hasExpired())
+            QThread::msleep(1);
+        return g_posted > searchesBefore;
+    }
+
+    static bool takeScan(int searchesBefore)
+    {
+        const bool isPosted = waitForScan(searchesBefore);
+        QCoreApplication::processEvents();
+        return isPosted;
+    }
+
 private slots:
     void init() { show({}); }
 
@@ -119,9 +138,12 @@ private slots:
         show({gige("1")});
         VELADeviceTree tree;
         Announcements seen(tree);
+        const int before = g_searches;
         tree.setVisibleItemTypes({3, 4, 1, 5, 14, 13});
         tree.updateDeviceTypes(5, true);
-        QTest::qSleep(100); // the search is over by now; nothing may have been announced inside the calls
+        // The event loop stands still until the search is over: nothing may have been announced inside the
+        // calls.
+        QVERIFY(waitForScan(before));
         QCOMPARE(seen.log, QStringList());
         QTRY_COMPARE(seen.log, QStringList{"new 1"});
         QCOMPARE(seen.threads, QList<QThread*>{QThread::currentThread()});
@@ -146,8 +168,7 @@ private slots:
             for (int scan = 0; scan < 3; ++scan) {
                 const int before = g_searches;
                 ++g_stamp;
-                QTRY_VERIFY(g_searches > before);
-                QTest::qWait(20);
+                QVERIFY(takeScan(before));
             }
             log << "closed";
         });
@@ -212,8 +233,7 @@ private slots:
         QCOMPARE(deviceOf(tree.findCameraItem(1)).nStatus, 2);
         const int searches = g_searches;
         ++g_stamp;
-        QTRY_VERIFY(g_searches > searches);
-        QTest::qWait(50);
+        QVERIFY(takeScan(searches));
         QCOMPARE(seen.log.size(), 2);
     }
 
@@ -240,8 +260,7 @@ private slots:
 
         const int searches = g_searches;
         show({gige("2")});
-        QTRY_VERIFY(g_searches > searches);
-        QTest::qWait(50);
+        QVERIFY(takeScan(searches));
         QCOMPARE(seen.log.size(), 2); // one lost answer
         ++g_stamp;
         QTRY_COMPARE(seen.log, (QStringList{"new 1", "new 2", "delete 1"}));

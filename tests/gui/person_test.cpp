@@ -12,6 +12,7 @@
 #include <StyledCtl/ORBCustomTableWidget.h>
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -32,19 +33,23 @@ class PersonTest : public QObject
 
 private slots:
     void initTestCase();
+    void init();
+    void cleanup();
     void seesTheCameras();
     void exportsThree();
     void importsWithOneFailing();
     void seesACameraLeaveAndComeBack();
     void choosesColumns();
     void readsItInChinese();
-    void cleanupTestCase();
 
 private:
     using Condition = std::function<bool()>;
 
-    // Does `action` as soon as `condition` holds, also while a modal dialog keeps the caller.
-    void asSoonAs(Condition condition, std::function<void()> action);
+    // Does `action` as soon as `condition` holds, also while a modal dialog keeps the caller. What does not
+    // come within ten seconds fails the test by its name, and dialogs that are open are closed, so that the
+    // caller goes on.
+    void asSoonAs(const QString& what, Condition condition, std::function<void()> action);
+    static void closeDialogs();
     void answerFileDialog(const QString& path);
     template <typename Dialog>
     void whenShown(std::function<void(Dialog*)> action);
@@ -58,6 +63,7 @@ private:
     QString operationStatus(const QString& serial) const { return m_table->item(rowOf(serial), 8)->text(); }
     QStringList counters() const; // texts of the labels in the bar, left to right
     void back();
+    QString exported(const QString& serial);
 
     QTemporaryDir m_folder;
     std::vector<std::unique_ptr<emu::EmulatedCamera>> m_cameras;
@@ -65,29 +71,44 @@ private:
     ORBCustomTableWidget* m_table = nullptr;
 };
 
-void PersonTest::asSoonAs(Condition condition, std::function<void()> action)
+void PersonTest::asSoonAs(const QString& what, Condition condition, std::function<void()> action)
 {
     auto* timer = new QTimer(this);
-    connect(timer, &QTimer::timeout, this, [timer, condition, action] {
-        if (!condition())
+    const QDeadlineTimer limit(10000);
+    connect(timer, &QTimer::timeout, this, [timer, what, condition, action, limit] {
+        const bool isSo = condition();
+        if (!isSo && !limit.hasExpired())
             return;
         timer->stop();
         timer->deleteLater();
-        action();
+        if (isSo)
+            return action();
+        QTest::qFail(qPrintable(what + " did not come"), __FILE__, __LINE__);
+        closeDialogs();
     });
     timer->start(20);
+}
+
+void PersonTest::closeDialogs()
+{
+    while (QWidget* open = QApplication::activeModalWidget()) {
+        open->close();
+        if (open == QApplication::activeModalWidget())
+            return; // it does not let itself be closed
+    }
 }
 
 template <typename Dialog>
 void PersonTest::whenShown(std::function<void(Dialog*)> action)
 {
     const auto shown = [] { return qobject_cast<Dialog*>(QApplication::activeModalWidget()); };
-    asSoonAs([shown] { return shown() != nullptr; },
-             [this, shown, action] {
-                 Dialog* dialog = shown();
-                 QTest::qWait(0);
-                 action(dialog);
-             });
+    asSoonAs(
+        Dialog::staticMetaObject.className(), [shown] { return shown() != nullptr; },
+        [this, shown, action] {
+            Dialog* dialog = shown();
+            QTest::qWait(0);
+            action(dialog);
+        });
 }
 
 void PersonTest::answerFileDialog(const QString& path)
@@ -169,8 +190,6 @@ void PersonTest::initTestCase()
         config.serial = QString("C-%1").arg(i + 1, 3, 10, QChar('0')).toStdString();
         config.userName = QString("Line %1").arg(i + 1).toStdString();
         m_cameras.push_back(std::make_unique<emu::EmulatedCamera>(config));
-        const emu::StartResult started = m_cameras.back()->start();
-        QVERIFY2(started, started.message.c_str());
         addresses.append(QString::fromStdString(config.address));
     }
     qputenv("KX_CAMERA_INTERFACES", "none");
@@ -179,6 +198,18 @@ void PersonTest::initTestCase()
     QApplication::setStyle(QStyleFactory::create("Fusion"));
     Startup::registerResources();
     Startup::addFonts();
+}
+
+// Each slot has a window of its own, with the four cameras on the line.
+void PersonTest::init()
+{
+    QDir(m_folder.filePath("shared")).removeRecursively();
+    QDir().mkpath(m_folder.filePath("shared"));
+    for (const auto& camera : m_cameras) {
+        camera->stop(); // whatever a failed slot has left
+        const emu::StartResult started = camera->start();
+        QVERIFY2(started, started.message.c_str());
+    }
     QVERIFY(LoadTranslations("ENG"));
     m_window = std::make_unique<MainWidget>();
     m_window->show();
@@ -186,12 +217,18 @@ void PersonTest::initTestCase()
     m_table = m_window->findChild<ORBCustomTableWidget*>();
     QVERIFY(m_table);
     QCOMPARE(m_window->windowTitle(), QString("Import/Export Features"));
+    for (const char* serial : {"C-001", "C-002", "C-003", "C-004"})
+        QTRY_VERIFY2_WITH_TIMEOUT(isListed(serial), serial, 10000);
+}
+
+void PersonTest::cleanup()
+{
+    m_window.reset();
+    qDeleteAll(findChildren<QTimer*>()); // of what did not come
 }
 
 void PersonTest::seesTheCameras()
 {
-    for (const char* serial : {"C-001", "C-002", "C-003", "C-004"})
-        QTRY_VERIFY2_WITH_TIMEOUT(isListed(serial), serial, 10000);
     const int row = rowOf("C-004");
     QCOMPARE(m_table->item(row, 2)->text(), QString("Belt camera"));
     QCOMPARE(m_table->item(row, 3)->text(), QString("Line 4"));
@@ -205,10 +242,33 @@ void PersonTest::seesTheCameras()
     picture("cameras");
 }
 
+// The features file of one camera, by way of the window; empty when there is none at the end.
+QString PersonTest::exported(const QString& serial)
+{
+    const QString folder = m_folder.filePath("one");
+    QDir().mkpath(folder);
+    tick(serial);
+    answerFileDialog(folder);
+    bool wasTold = false;
+    whenShown<ORBCustomSaveDoneHintDlg>([&wasTold](ORBCustomSaveDoneHintDlg* dialog) {
+        wasTold = true;
+        QTest::keyClick(dialog, Qt::Key_Escape);
+    });
+    click(button("ExportBtn"));
+    if (!QTest::qWaitFor([&wasTold] { return wasTold; }, 20000))
+        return {};
+    back();
+    tick(serial);
+    const QStringList files = QDir(folder).entryList(QDir::Files);
+    return files.isEmpty() ? QString() : QDir(folder).filePath(files.first());
+}
+
 void PersonTest::exportsThree()
 {
     const QString folder = m_folder.filePath("features");
     QVERIFY(QDir().mkpath(folder));
+    for (const char* serial : {"C-001", "C-002", "C-003"})
+        tick(serial);
     answerFileDialog(folder);
     bool wasTold = false;
     whenShown<ORBCustomSaveDoneHintDlg>([&](ORBCustomSaveDoneHintDlg* dialog) {
@@ -236,9 +296,11 @@ void PersonTest::exportsThree()
 
 void PersonTest::importsWithOneFailing()
 {
-    tick("C-004");
-    tick("C-001");
-    answerFileDialog(m_folder.filePath("features/Gate camera_C-001.fpk"));
+    const QString file = exported("C-001");
+    QVERIFY(!file.isEmpty());
+    for (const char* serial : {"C-002", "C-003", "C-004"})
+        tick(serial);
+    answerFileDialog(file);
     bool wasTold = false;
     whenShown<ORBCustomMessageBox>([&](ORBCustomMessageBox* box) {
         wasTold = true;
@@ -300,11 +362,6 @@ void PersonTest::readsItInChinese()
     picture("chinese");
     QVERIFY(LoadTranslations("ENG"));
     QTRY_COMPARE(button("ExportBtn")->text(), QString("Export"));
-}
-
-void PersonTest::cleanupTestCase()
-{
-    m_window.reset();
 }
 
 QTEST_MAIN(PersonTest)

@@ -17,6 +17,23 @@ void recordMessage(QtMsgType level, const QMessageLogContext& context, const QSt
         previous(level, context, text);
 }
 
+// Critical is what jobs log with, and stands without a word.
+QString levelWord(QtMsgType level)
+{
+    switch (level) {
+    case QtDebugMsg:
+        return "debug: ";
+    case QtInfoMsg:
+        return "info: ";
+    case QtWarningMsg:
+        return "warning: ";
+    case QtFatalMsg:
+        return "fatal: ";
+    default:
+        return {};
+    }
+}
+
 QString argumentText(const QVariant& argument)
 {
     if (argument.type() == QVariant::ByteArray)
@@ -29,7 +46,7 @@ QString argumentText(const QVariant& argument)
 QString TraceEntry::toString() const
 {
     if (kind == Kind::Log)
-        return "log " + text;
+        return levelWord(level) + "log " + text;
     QStringList words{QString::fromLatin1(operation)};
     if (!name.isEmpty())
         words.append(QString::fromLatin1(name));
@@ -74,17 +91,14 @@ QList<TraceEntry> Recorder::calls(const QByteArray& operation) const
 
 QList<TraceEntry> Recorder::logs() const
 {
-    return filtered([](const TraceEntry& entry) {
-        return entry.kind == TraceEntry::Kind::Log &&
-               (entry.level == QtCriticalMsg || entry.level == QtFatalMsg);
-    });
+    return filtered([](const TraceEntry& entry) { return entry.kind == TraceEntry::Kind::Log; });
 }
 
 QStringList Recorder::logTexts() const
 {
     QStringList texts;
     for (const TraceEntry& entry : logs())
-        texts.append(entry.text);
+        texts.append(levelWord(entry.level) + entry.text);
     return texts;
 }
 

@@ -49,7 +49,8 @@ struct TraceEntry
     QString text; // raw, with the quotes that the debug stream has put around it
 
     // "GetIntValueEx Width", "ReadMemory 4096 4", "log \"text\"", "SigEndThread 7 3 /path". Failed calls
-    // carry their status: "OpenDevice 1 0 -> 80000202".
+    // carry their status: "OpenDevice 1 0 -> 80000202"; log lines that are not critical their level:
+    // "warning: log \"text\"".
     QString toString() const;
 };
 
@@ -62,7 +63,8 @@ public:
     QList<TraceEntry> entries() const;
     QList<TraceEntry> calls() const;
     QList<TraceEntry> calls(const QByteArray& operation) const;
-    // Log lines of the critical level and above; their raw texts.
+    // Log lines of every level; their raw texts, with the level in front ("warning: ...") where it is not
+    // critical, so that an expected text holds the level too.
     QList<TraceEntry> logs() const;
     QStringList logTexts() const;
     QList<TraceEntry> signalsSeen() const;

@@ -8,6 +8,7 @@
 #include <QMetaType>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QVariant>
 
 using namespace VELAInterface;
@@ -84,7 +85,22 @@ TEST_P(Folders, elseTheStandardPlaceOfTheSuite)
 
 TEST(FoldersTogether, areTwoPlaces)
 {
+    qunsetenv("VELA_PROGRAM_DATA"); // the caller may have set them
+    qunsetenv("VELA_USER_DATA");
+    EXPECT_EQ(programDataPath(),
+              QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/VELA");
+    EXPECT_EQ(userDataPath(), QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/VELA");
     EXPECT_NE(programDataPath(), userDataPath());
+}
+
+TEST(FoldersTogether, oneVariableMovesOneFolder)
+{
+    qputenv("VELA_PROGRAM_DATA", "/tmp/shared");
+    qputenv("VELA_USER_DATA", "/tmp/own");
+    EXPECT_EQ(programDataPath(), QStringLiteral("/tmp/shared"));
+    EXPECT_EQ(userDataPath(), QStringLiteral("/tmp/own"));
+    qunsetenv("VELA_PROGRAM_DATA");
+    qunsetenv("VELA_USER_DATA");
 }
 
 TEST(Language, theSuitesOwnVariableComesFirst)
