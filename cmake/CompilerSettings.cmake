@@ -32,3 +32,8 @@ if(IE_SANITIZE)
     add_compile_options(-fsanitize=${IE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${IE_SANITIZE})
 endif()
+
+# For targets that work on the bits of a wire or of numbers: no conversion that loses some goes unsaid.
+function(ie_warn_conversions target)
+    target_compile_options(${target} PRIVATE -Wconversion)
+endfunction()
