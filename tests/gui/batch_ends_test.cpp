@@ -12,6 +12,22 @@ namespace
 
 constexpr unsigned int kExport = 3;
 
+// Does something before any event that waits already: before the signals of the workers, say.
+class FirstEvent : public QObject
+{
+public:
+    explicit FirstEvent(std::function<void()> action) : m_action(std::move(action))
+    {
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User), Qt::HighEventPriority);
+    }
+
+protected:
+    void customEvent(QEvent*) override { m_action(); }
+
+private:
+    const std::function<void()> m_action;
+};
+
 class BatchEnds : public BatchFixture
 {
 protected:
@@ -223,4 +239,48 @@ TEST_F(BatchEnds, ACameraWithAJobOfAnEarlierBatchLeavesWithoutACount)
     EXPECT_EQ(counts(), (QStringList{"0", "1", "0"}));
     EXPECT_EQ(lost(), "");
     EXPECT_EQ(messages.size(), 1);
+}
+
+TEST_F(BatchEnds, SignalsThatWaitFromAReplacedWorkerAreNobodys)
+{
+    readyCameras(3);
+    tick("S2");
+    hold(2);
+    duringBatch([this] { return allBegun(2); },
+                [this] {
+                    letFirstGo();
+                    ASSERT_TRUE(waitFor([this] { return probe->succeeded == 1; }));
+                    QOperateThread* worker = probe->workers.value(idOf("S3"));
+                    letAllGo();
+                    worker->wait();                                   // its end waits in the queue,
+                    window->onEndThread(idOf("S2"), kExport, "/f/x"); // and the batch is over
+                });
+    runExport(folder.path());
+    runExport(folder.path());
+    for (QOperateThread* worker : qAsConst(probe->workers))
+        worker->wait();
+    handleEvents();
+    EXPECT_EQ(counts(), (QStringList{"0", "2", "0"}));
+}
+
+TEST_F(BatchEnds, CamerasThatLeaveBeforeTheirJobsBeganEndTheBatchWithTheLast)
+{
+    readyCameras(2);
+    hold(2);
+    int left = 0;
+    FirstEvent first([&] {
+        find(freeCameras(1));
+        EXPECT_EQ(counts(), (QStringList{"0", "0", "1"}));
+        EXPECT_FALSE(window->isEnabled());
+        EXPECT_TRUE(probe->loading->isVisible());
+        find({});
+        EXPECT_TRUE(window->isEnabled());
+        EXPECT_FALSE(probe->loading->isVisible());
+        left = 2;
+        probe->loading->close();
+    });
+    runExport(folder.path());
+    EXPECT_EQ(left, 2);
+    EXPECT_EQ(counts(), (QStringList{"0", "0", "2"}));
+    EXPECT_EQ(messages.size(), 0);
 }

@@ -7,8 +7,9 @@
 #include "camera_emulator/EmulatedCamera.h"
 #include "support/LoopbackAddress.h"
 
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomLabel.h>
+#include <StyledCtl/ORBCustomMessageBox.h>
+#include <StyledCtl/ORBCustomSaveDoneHintDlg.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 
 #include <QApplication>

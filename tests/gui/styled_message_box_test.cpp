@@ -2,8 +2,7 @@
 #include "gui/StyledTools.h"
 
 #include <StyledCtl/DialogHooks.h>
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomMessageBox.h>
 #include <StyledCtl/ORBCustomTitleBar.h>
 
 #include <QPlainTextEdit>

@@ -2,8 +2,7 @@
 #include "gui/StyledTools.h"
 
 #include <StyledCtl/DialogHooks.h>
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomSaveDoneHintDlg.h>
 #include <StyledCtl/ORBCustomTitleBar.h>
 
 #include <QLineEdit>

@@ -9,8 +9,13 @@
 #include "window/WindowOperation.h"
 
 #include <DevListMgr/VELADeviceTree.h>
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomLabel.h>
+#include <StyledCtl/ORBCustomLineWidget.h>
+#include <StyledCtl/ORBCustomPushButton.h>
+#include <StyledCtl/ORBCustomLoadingDialog.h>
+#include <StyledCtl/ORBCustomMessageBox.h>
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
+#include <StyledCtl/ORBCustomSortHeaderView.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 #include <StyledCtl/ORBCustomTitleBar.h>
 #include <SuiteTools/SuiteTools.h>

@@ -6,9 +6,10 @@
 #include "window/WindowOperation.h"
 
 #include <DevListMgr/VELADeviceTree.h>
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
-#include <StyledCtl/ORBCustomTableWidget.h>
+#include <StyledCtl/ExistingDirectory.h>
+#include <StyledCtl/ORBCustomLabel.h>
+#include <StyledCtl/ORBCustomMessageBox.h>
+#include <StyledCtl/ORBCustomSaveDoneHintDlg.h>
 #include <SuiteTools/SuiteTools.h>
 #include <SuiteTools/SuiteToolsWidgets.h>
 

@@ -8,8 +8,7 @@
 #include "window/LocalConfig.h"
 
 #include <DevListMgr/VELADeviceTree.h>
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomTableWidget.h>
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
 #include <SuiteTools/SuiteTools.h>
 
 #include <QIcon>
