@@ -7,13 +7,13 @@
 
 #include <DevListMgr/VELADeviceTree.h>
 #include <StyledCtl/ORBCustomCheckBox.h>
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
 #include <StyledCtl/ORBCustomLabel.h>
 #include <StyledCtl/ORBCustomLineWidget.h>
-#include <StyledCtl/ORBCustomPushButton.h>
 #include <StyledCtl/ORBCustomLoadingDialog.h>
 #include <StyledCtl/ORBCustomMessageBox.h>
+#include <StyledCtl/ORBCustomPushButton.h>
 #include <StyledCtl/ORBCustomSaveDoneHintDlg.h>
-#include <StyledCtl/ORBCustomCheckHeaderView.h>
 #include <StyledCtl/ORBCustomSortHeaderView.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 #include <StyledCtl/ORBCustomTitleBar.h>

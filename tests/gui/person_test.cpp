@@ -13,6 +13,7 @@
 #include <StyledCtl/ORBCustomTableWidget.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>

@@ -1,8 +1,8 @@
 // What the library offers beside its widgets: the folder dialog, colours, the language, the theme.
 #include "gui/StyledTools.h"
 
-#include <StyledCtl/ExistingDirectory.h>
 #include <StyledCtl/DialogHooks.h>
+#include <StyledCtl/ExistingDirectory.h>
 #include <StyledCtl/ORBCustomCheckBox.h>
 #include <StyledCtl/ORBCustomLabel.h>
 #include <StyledCtl/ORBCustomMainWindow.h>

@@ -5,7 +5,10 @@
 #include <StyledCtl/ORBCustomMessageBox.h>
 #include <StyledCtl/ORBCustomTitleBar.h>
 
+#include <QCheckBox>
+#include <QLabel>
 #include <QPlainTextEdit>
+#include <QPushButton>
 
 namespace
 {

@@ -5,7 +5,10 @@
 #include <StyledCtl/ORBCustomSaveDoneHintDlg.h>
 #include <StyledCtl/ORBCustomTitleBar.h>
 
+#include <QCheckBox>
+#include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
 #include <QTemporaryDir>
 
 using ORBCustom::DialogAnswer;

@@ -1,8 +1,8 @@
-#include <StyledCtl/ORBCustomTableWidget.h>
 #include <StyledCtl/ORBCustomSortHeaderView.h>
+#include <StyledCtl/ORBCustomTableWidget.h>
 
-#include "StyledCtl/table/CellDelegate.h"
 #include "StyledCtl/style/Theme.h"
+#include "StyledCtl/table/CellDelegate.h"
 
 #include <QKeyEvent>
 

@@ -1,9 +1,9 @@
 #include <StyledCtl/ORBCustomMainWindow.h>
 
-#include "StyledCtl/window/EdgeGrip.h"
 #include "StyledCtl/style/Glyphs.h"
 #include "StyledCtl/style/Screen.h"
 #include "StyledCtl/style/Theme.h"
+#include "StyledCtl/window/EdgeGrip.h"
 
 #include <StyledCtl/ORBCustomTitleBar.h>
 

@@ -9,12 +9,12 @@
 #include "window/WindowOperation.h"
 
 #include <DevListMgr/VELADeviceTree.h>
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
 #include <StyledCtl/ORBCustomLabel.h>
 #include <StyledCtl/ORBCustomLineWidget.h>
-#include <StyledCtl/ORBCustomPushButton.h>
 #include <StyledCtl/ORBCustomLoadingDialog.h>
 #include <StyledCtl/ORBCustomMessageBox.h>
-#include <StyledCtl/ORBCustomCheckHeaderView.h>
+#include <StyledCtl/ORBCustomPushButton.h>
 #include <StyledCtl/ORBCustomSortHeaderView.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 #include <StyledCtl/ORBCustomTitleBar.h>

@@ -8,8 +8,10 @@
 #include <DevListMgr/VELADeviceTree.h>
 #include <StyledCtl/ExistingDirectory.h>
 #include <StyledCtl/ORBCustomLabel.h>
+#include <StyledCtl/ORBCustomLoadingDialog.h>
 #include <StyledCtl/ORBCustomMessageBox.h>
 #include <StyledCtl/ORBCustomSaveDoneHintDlg.h>
+#include <StyledCtl/ORBCustomTableWidget.h>
 #include <SuiteTools/SuiteTools.h>
 #include <SuiteTools/SuiteToolsWidgets.h>
 

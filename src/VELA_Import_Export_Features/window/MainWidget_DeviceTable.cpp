@@ -9,6 +9,8 @@
 
 #include <DevListMgr/VELADeviceTree.h>
 #include <StyledCtl/ORBCustomCheckHeaderView.h>
+#include <StyledCtl/ORBCustomPushButton.h>
+#include <StyledCtl/ORBCustomTableWidget.h>
 #include <SuiteTools/SuiteTools.h>
 
 #include <QIcon>
