@@ -6,8 +6,15 @@
 #include "window/MainWidget.h"
 
 #include <DevListMgr/VELADeviceTree.h>
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomCheckBox.h>
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
+#include <StyledCtl/ORBCustomLabel.h>
+#include <StyledCtl/ORBCustomLineWidget.h>
+#include <StyledCtl/ORBCustomLoadingDialog.h>
+#include <StyledCtl/ORBCustomMessageBox.h>
+#include <StyledCtl/ORBCustomPushButton.h>
+#include <StyledCtl/ORBCustomSaveDoneHintDlg.h>
+#include <StyledCtl/ORBCustomSortHeaderView.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 #include <StyledCtl/ORBCustomTitleBar.h>
 

@@ -1,7 +1,13 @@
 // Draws every widget of the suite into pictures (in the build folder's gallery/), to be looked at, and checks
 // the colours that must be in them. At any number of screen pixels for one of the window's.
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomCheckBox.h>
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
+#include <StyledCtl/ORBCustomLabel.h>
+#include <StyledCtl/ORBCustomLineWidget.h>
+#include <StyledCtl/ORBCustomLoadingDialog.h>
+#include <StyledCtl/ORBCustomMessageBox.h>
+#include <StyledCtl/ORBCustomPushButton.h>
+#include <StyledCtl/ORBCustomSaveDoneHintDlg.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 #include <StyledCtl/ORBCustomTitleBar.h>
 

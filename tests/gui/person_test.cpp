@@ -7,11 +7,13 @@
 #include "camera_emulator/EmulatedCamera.h"
 #include "support/LoopbackAddress.h"
 
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomLabel.h>
+#include <StyledCtl/ORBCustomMessageBox.h>
+#include <StyledCtl/ORBCustomSaveDoneHintDlg.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFileDialog>

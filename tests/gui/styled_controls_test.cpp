@@ -1,7 +1,10 @@
 // Buttons, labels, lines and check boxes: what they draw in each status, and what they do with clicks.
 #include "gui/StyledTools.h"
 
-#include <StyledCtl/ORBCustomControls.h>
+#include <StyledCtl/ORBCustomCheckBox.h>
+#include <StyledCtl/ORBCustomLabel.h>
+#include <StyledCtl/ORBCustomLineWidget.h>
+#include <StyledCtl/ORBCustomPushButton.h>
 
 #include <QAccessible>
 #include <QButtonGroup>

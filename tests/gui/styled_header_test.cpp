@@ -1,6 +1,8 @@
 // The headers: what a click or a key does to sorting and to the check box.
 #include "gui/StyledTools.h"
 
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
+#include <StyledCtl/ORBCustomSortHeaderView.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 
 namespace

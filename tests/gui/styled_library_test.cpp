@@ -2,7 +2,9 @@
 #include "gui/StyledTools.h"
 
 #include <StyledCtl/DialogHooks.h>
-#include <StyledCtl/ORBCustomControls.h>
+#include <StyledCtl/ExistingDirectory.h>
+#include <StyledCtl/ORBCustomCheckBox.h>
+#include <StyledCtl/ORBCustomLabel.h>
 #include <StyledCtl/ORBCustomMainWindow.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 #include <StyledCtl/ORBCustomTitleBar.h>

@@ -1,8 +1,9 @@
 // The busy dialog: the program closes it, nobody else.
 #include "gui/StyledTools.h"
 
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomLabel.h>
+#include <StyledCtl/ORBCustomLoadingDialog.h>
+#include <StyledCtl/ORBCustomMessageBox.h>
 #include <StyledCtl/ORBCustomTitleBar.h>
 
 class StyledLoadingTest : public QObject

@@ -2,11 +2,13 @@
 #include "gui/StyledTools.h"
 
 #include <StyledCtl/DialogHooks.h>
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomMessageBox.h>
 #include <StyledCtl/ORBCustomTitleBar.h>
 
+#include <QCheckBox>
+#include <QLabel>
 #include <QPlainTextEdit>
+#include <QPushButton>
 
 namespace
 {

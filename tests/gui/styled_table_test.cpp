@@ -1,6 +1,7 @@
 // The table: check boxes, enabled flags and tips belong to their rows.
 #include "gui/StyledTools.h"
 
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 
 #include <QToolTip>

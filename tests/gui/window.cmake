@@ -23,7 +23,7 @@ target_link_libraries(window_fixture PUBLIC
 add_dependencies(window_fixture window_test_translation program_resources)
 
 foreach(subject main_window_layout device_table check_logic local_config column_chooser
-        batch_progress batch_jobs
+        batch_progress batch_jobs batch_ends
         settings_trouble window_load)
     ie_add_test(${subject}_test LABEL gui SOURCES ${subject}_test.cpp LIBRARIES window_fixture)
     set_target_properties(${subject}_test PROPERTIES

@@ -62,10 +62,10 @@ const std::vector<Component> kComponents = {
       {{"camera"}},
       {{"description"}, {"nodes"}},
       {{"ports", "ports/gige", "ports/gencp", "ports/usb3", "ports/cameralink", "ports/gentl"}}}},
-    // Files beside the folders have still to move into one.
+    // A public header declares a class of any of the folders: all of them stand at the bottom.
     {"StyledCtl",
      "include/StyledCtl",
-     {{{"", "include/StyledCtl"}}, {{"dialogs"}}, {{"window"}}, {{"controls"}, {"table"}}, {{"style"}}}},
+     {{{"dialogs"}}, {{"window"}}, {{"controls"}, {"table"}}, {{"style"}}, {{"include/StyledCtl"}}}},
     {"SuiteTools", "include/SuiteTools", {{{"", "include/SuiteTools"}}}},
     {"DevListMgr", "include/DevListMgr", {{{"", "include/DevListMgr"}}}},
     {"camera_emulator", "", {{{""}}, {{"core"}}}},

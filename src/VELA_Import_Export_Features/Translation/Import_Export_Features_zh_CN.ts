@@ -59,6 +59,10 @@
         <translation>失败</translation>
     </message>
     <message>
+        <source>Left during their jobs :</source>
+        <translation>任务期间离开的设备：</translation>
+    </message>
+    <message>
         <source>PortID</source>
         <translation>端口ID</translation>
     </message>

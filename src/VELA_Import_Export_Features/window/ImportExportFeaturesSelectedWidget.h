@@ -1,7 +1,7 @@
 // The pop-up list of check boxes that chooses the device table's columns.
 #pragma once
 
-#include <StyledCtl/ORBCustomControls.h>
+#include <StyledCtl/ORBCustomCheckBox.h>
 #include <StyledCtl/ORBCustomMainWindow.h>
 
 #include <QButtonGroup>

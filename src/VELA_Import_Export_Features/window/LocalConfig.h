@@ -4,6 +4,8 @@
 // without a word.
 #pragma once
 
+#include "window/DeviceColumns.h"
+
 class QObject;
 
 namespace LocalConfig
@@ -14,7 +16,8 @@ constexpr int kColumnBits = 7;
 constexpr int kAllColumns = (1 << kColumnBits) - 1;
 constexpr int kDefaultColumns = 107;
 // The device-table column of each bit.
-constexpr int kColumnOfBit[kColumnBits] = {1, 2, 3, 4, 6, 7, 8};
+constexpr DeviceColumn kColumnOfBit[kColumnBits] = {ColumnPortId, ColumnModel,  ColumnUserName, ColumnSerial,
+                                                    ColumnMac,    ColumnStatus, ColumnOperation};
 
 int columnMask(QObject* caller);
 void setColumnMask(int mask, QObject* caller);

@@ -2,13 +2,20 @@
 #include "window/MainWidget.h"
 
 #include "jobs/worker/QOperateThread.h"
+#include "window/DeviceColumns.h"
 #include "window/ImportExportFeaturesSelectedWidget.h"
 #include "window/LocalConfig.h"
 #include "window/Translations.h"
+#include "window/WindowOperation.h"
 
 #include <DevListMgr/VELADeviceTree.h>
-#include <StyledCtl/ORBCustomControls.h>
-#include <StyledCtl/ORBCustomDialogs.h>
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
+#include <StyledCtl/ORBCustomLabel.h>
+#include <StyledCtl/ORBCustomLineWidget.h>
+#include <StyledCtl/ORBCustomLoadingDialog.h>
+#include <StyledCtl/ORBCustomMessageBox.h>
+#include <StyledCtl/ORBCustomPushButton.h>
+#include <StyledCtl/ORBCustomSortHeaderView.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 #include <StyledCtl/ORBCustomTitleBar.h>
 #include <SuiteTools/SuiteTools.h>
@@ -80,8 +87,11 @@ MainWidget::MainWidget(QWidget* parent) : ORBCustomMainWindow(parent)
     SetTitleBar();
     resize(1058, 632);
     setMinimumWidth(1058);
-    if (BuildWidgets() && ConnectWidgets())
+    BuildWidgets();
+    if (ConnectWidgets())
         BuildLayout();
+    else
+        qCritical("The window's widgets could not be connected.");
     m_nSupportNum = VELAInterface::toolsSupportNum();
     m_pImportBtn->setEnabled(false);
     m_pExportBtn->setEnabled(false);
@@ -107,7 +117,7 @@ void MainWidget::SetTitleBar()
         tr("Import/Export Features")); // without the version: a second start searches for this text
 }
 
-bool MainWidget::BuildWidgets()
+void MainWidget::BuildWidgets()
 {
     m_pTableWidget = new ORBCustomTableWidget(this);
     m_pDeviceTree = new VELADeviceTree(this);
@@ -122,7 +132,6 @@ bool MainWidget::BuildWidgets()
     SetUpTree();
     ApplyColumnFlags();
     StretchLastVisibleColumn();
-    return true;
 }
 
 void MainWidget::BuildButtons()
@@ -170,7 +179,7 @@ bool MainWidget::ConnectWidgets()
                    &MainWidget::OnSelectedChecked);
 }
 
-bool MainWidget::BuildLayout()
+void MainWidget::BuildLayout()
 {
     QWidget* pCentral = new QWidget(this);
     m_pMainLayout = new QVBoxLayout(pCentral);
@@ -192,7 +201,6 @@ bool MainWidget::BuildLayout()
     pRow->addWidget(m_pTableWidget);
     m_pMainLayout->addLayout(pRow);
     cSetCentralWidget(pCentral);
-    return true;
 }
 
 QWidget* MainWidget::BuildButtonPage()
@@ -235,7 +243,7 @@ void MainWidget::SetTexts()
     m_pBackBtn->setText(tr("Back"));
     m_pFailedTextLabel->setText(tr("Failed"));
     SetBatchCaptions(m_nOperateType);
-    m_pTableWidget->setColumnCount(9);
+    m_pTableWidget->setColumnCount(ColumnCount);
     m_pTableWidget->setHorizontalHeaderLabels({"", tr("PortID"), tr("Model Name"), tr("Device User ID"),
                                                tr("Serial Number"), tr("Interface Type"), tr("MAC Address"),
                                                tr("Status"), tr("Operation Status")});
@@ -244,10 +252,10 @@ void MainWidget::SetTexts()
 // The captions begin with a blank on purpose: they follow the count.
 void MainWidget::SetBatchCaptions(int nOperateType)
 {
-    if (nOperateType == 0) {
+    if (nOperateType == OPERATION_IMPORT) {
         m_pRunningTextLabel->setText(tr(" Importing"));
         m_pSuccessTextLabel->setText(tr(" Imported."));
-    } else if (nOperateType == 1) {
+    } else if (nOperateType == OPERATION_EXPORT) {
         m_pRunningTextLabel->setText(tr(" Exporting"));
         m_pSuccessTextLabel->setText(tr(" Exported."));
     }
@@ -305,8 +313,9 @@ void MainWidget::OnSelectedChecked(int nIndex, bool bChecked)
     if (nIndex >= 0 && nIndex < LocalConfig::kColumnBits) {
         m_pTableWidget->setColumnHidden(LocalConfig::kColumnOfBit[nIndex], !bChecked);
     } else if (nIndex == ImportExportFeaturesSelectedWidget::kAllBox) {
-        for (const int nColumn : LocalConfig::kColumnOfBit)
-            m_pTableWidget->setColumnHidden(nColumn, !bChecked || (nColumn == 1 && !IsPortIdAllowed()));
+        for (const DeviceColumn nColumn : LocalConfig::kColumnOfBit)
+            m_pTableWidget->setColumnHidden(nColumn,
+                                            !bChecked || (nColumn == ColumnPortId && !IsPortIdAllowed()));
     }
     StretchLastVisibleColumn();
     SetColumnWidths();
@@ -320,9 +329,9 @@ void MainWidget::changeEvent(QEvent* pEvent)
         SetTitleBar();
         SetTexts();
         ClearOperationStatus();
-        if (m_nOperateType == 0 || m_nOperateType == 2)
+        if (isImport(unsigned(m_nOperateType)))
             m_pLoadingDlg->SetLabelText(tr("Importing features..."));
-        else if (m_nOperateType == 1 || m_nOperateType == 3)
+        else if (isExport(unsigned(m_nOperateType)))
             m_pLoadingDlg->SetLabelText(tr("Exporting features..."));
     }
     ORBCustomMainWindow::changeEvent(pEvent);

@@ -7,8 +7,8 @@
 
 #include <QList>
 #include <QMap>
-#include <QSet>
 #include <QString>
+#include <QStringList>
 
 class ImportExportFeaturesSelectedWidget;
 class ORBCustomCheckHeaderView;
@@ -62,11 +62,11 @@ private:
 
     // Set-up.
     void SetTitleBar();
-    bool BuildWidgets();
+    void BuildWidgets();
     void BuildButtons();
     void BuildCounters();
     bool ConnectWidgets();
-    bool BuildLayout();
+    void BuildLayout();
     QWidget* BuildButtonPage();
     QWidget* BuildProgressPage();
     void SetTexts();
@@ -77,11 +77,17 @@ private:
     void StartBatch(int nOperateType, const QString& strPath);
     QList<StructDeviceInfo> TickedDevices() const;
     QOperateThread* WorkerOf(int nDeviceID);
-    void LetWorkerGo(int nDeviceID);
     void SetOperationStatus(int nRow, const QString& strText, const QBrush& color);
     void CountRunning(int nChange);
     void CountEnd(bool bSuccess);
-    void FinishBatch(unsigned int nThreadType, const QString& strFilePath);
+    void ClearCounts();
+    bool HasJobs() const;
+    bool IsOfEarlierBatch(int nDeviceID) const;
+    void TakeLastSignals(int nDeviceID);
+    void DeviceLeaves(int nDeviceID, const QString& strName);
+    void NoteLostJob(const QString& strName);
+    void EndJob(int nDeviceID, bool bSuccess);
+    void FinishBatch();
 
     // Device table.
     void SetUpTable();
@@ -107,7 +113,7 @@ private:
     int m_nRunningNum = 0; // begun and not ended; jobs count from their begin signal on, not from their start
     int m_nSuccessNum = 0;
     int m_nFailedNum = 0;
-    int m_nOperateType = -1;
+    int m_nOperateType = -1; // a WindowOperation
     VELADeviceTree* m_pDeviceTree = nullptr;
     ORBCustomTableWidget* m_pTableWidget = nullptr;
     QHBoxLayout* m_pBtnLayout = nullptr;
@@ -131,8 +137,16 @@ private:
     ORBCustomPushButton* m_pCheckListBtn = nullptr;
     ImportExportFeaturesSelectedWidget* m_pColumnChooser = nullptr;
 
-    // Jobs of the running batch by device, so that a device which leaves takes its own job along and no
-    // other.
-    QSet<int> m_setLaunched; // started, begin signal not handled yet
-    QSet<int> m_setBegun;    // counted as running
+    // Jobs whose end has not been handled, by device: a device that leaves takes its own job along and no
+    // other, and a job of an earlier batch counts in none.
+    struct Job
+    {
+        int nBatch = 0;
+        bool bBegun = false; // its begin signal was handled: it counts as running
+    };
+    QMap<int, Job> m_mapJobs;
+    int m_nBatch = 0;             // of the running or last batch; counts from 1
+    unsigned int m_nLastType = 0; // of the last end signal, for the summary
+    QString m_strLastFile;
+    QStringList m_lstLost; // devices of this batch that left during their jobs
 };

@@ -3,11 +3,13 @@
 
 #include "camera_line/RecordTexts.h"
 #include "jobs/worker/QOperateThread.h"
+#include "window/DeviceColumns.h"
 #include "window/ImportExportFeaturesSelectedWidget.h"
 #include "window/LocalConfig.h"
 
 #include <DevListMgr/VELADeviceTree.h>
-#include <StyledCtl/ORBCustomControls.h>
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
+#include <StyledCtl/ORBCustomPushButton.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 #include <SuiteTools/SuiteTools.h>
 
@@ -16,24 +18,8 @@
 namespace
 {
 
-enum Column
-{
-    ColumnCheck = 0,
-    ColumnPortId = 1,
-    ColumnModel = 2,
-    ColumnUserName = 3,
-    ColumnSerial = 4,
-    ColumnInterface = 5,
-    ColumnMac = 6,
-    ColumnStatus = 7,
-    ColumnOperation = 8,
-    ColumnCount = 9
-};
-
 constexpr int kMinimumRows = 10;
 constexpr int kRowHeight = 38;
-constexpr int kDeviceIdRole = Qt::UserRole + 1; // column 0
-constexpr int kStatusRole = Qt::UserRole + 3;   // column 7
 
 struct StatusLook
 {
@@ -152,7 +138,7 @@ int MainWidget::FindDeviceRow(long nDeviceID) const
         const QTableWidgetItem* pItem = m_pTableWidget->item(nRow, ColumnCheck);
         if (!pItem)
             return -1; // a placeholder: no device stands behind it
-        if (pItem->data(kDeviceIdRole).toInt() == nDeviceID)
+        if (pItem->data(DeviceIdRole).toInt() == nDeviceID)
             return nRow;
     }
     return -1;
@@ -212,6 +198,7 @@ void MainWidget::onUpdateDevice(QTreeWidgetItem* pItem)
 void MainWidget::onDeleteDevice(QTreeWidgetItem* pItem)
 {
     const int nDeviceID = deviceOf(pItem).nDeviceID;
+    TakeLastSignals(nDeviceID);
     const int nRow = FindDeviceRow(nDeviceID);
     if (nRow < 0)
         return;
@@ -222,7 +209,7 @@ void MainWidget::onDeleteDevice(QTreeWidgetItem* pItem)
         m_pTableWidget->insertRow(m_pTableWidget->rowCount());
         m_pTableWidget->setRowHeight(m_pTableWidget->rowCount() - 1, kRowHeight);
     }
-    LetWorkerGo(nDeviceID);
+    DeviceLeaves(nDeviceID, pItem->text(0));
 }
 
 bool MainWidget::SetCellText(int nRow, int nColumn, const QString& strText)
@@ -240,7 +227,7 @@ void MainWidget::FillRow(int nRow, const StructDeviceInfo& stDevice, const QStri
     QTableWidgetItem* pCheckItem = m_pTableWidget->item(nRow, ColumnCheck);
     if (!pCheckItem)
         return;
-    pCheckItem->setData(kDeviceIdRole, stDevice.nDeviceID);
+    pCheckItem->setData(DeviceIdRole, stDevice.nDeviceID);
     if (FillIdentity(nRow, stDevice, strInterface))
         FillStatus(nRow, stDevice.nStatus);
 }
@@ -277,7 +264,7 @@ void MainWidget::FillStatus(int nRow, int nStatus)
     if (!pItem)
         return;
     pItem->setIcon(QIcon(look.icon));
-    pItem->setData(kStatusRole, look.code);
+    pItem->setData(StatusCodeRole, look.code);
     // The cell shows the icon alone; who cannot see it gets the word.
     const QString strWord = look.code == 3 ? tr("In Use") : look.code == 1 ? tr("Free") : tr("Unreachable");
     pItem->setData(Qt::AccessibleTextRole, strWord);
@@ -287,7 +274,7 @@ void MainWidget::DecideRowVisibility(int nRow)
 {
     const QTableWidgetItem* pItem = m_pTableWidget->item(nRow, ColumnCheck);
     const QTreeWidgetItem* pCamera =
-        pItem ? m_pDeviceTree->findCameraItem(pItem->data(kDeviceIdRole).toInt()) : nullptr;
+        pItem ? m_pDeviceTree->findCameraItem(pItem->data(DeviceIdRole).toInt()) : nullptr;
     if (!pCamera)
         return;
     bool bShown = CurrentNodeType() == VELADeviceTree::NodeAllDevices;

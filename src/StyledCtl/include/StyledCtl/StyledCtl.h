@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QColor>
-#include <QFileDialog>
 #include <QFont>
 #include <QString>
 #include <QtGlobal>
@@ -12,8 +11,6 @@
 #else
 #define STYLEDCTL_API Q_DECL_IMPORT
 #endif
-
-class QWidget;
 
 namespace ORBCustom
 {
@@ -76,10 +73,5 @@ STYLEDCTL_API QFont defaultFont();
 
 // Font colours of the styles 0 (strong), 1 (text), 2 (hint); any other acts as 1.
 STYLEDCTL_API QColor fontColor(int style);
-
-// Asks for one folder; empty when the user chose none. Blocks in a modal dialog. A start directory that is a
-// file stands for the folder it lies in.
-STYLEDCTL_API QString getExistingDirectory(QWidget* parent, const QString& caption, const QString& directory,
-                                           QFileDialog::Options options);
 
 } // namespace ORBCustom
