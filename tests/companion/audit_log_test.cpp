@@ -124,14 +124,24 @@ TEST_F(Audit, TellsWhatAFeatureBagChanged)
 TEST_F(Audit, KnowsNoFirmwareOfACameraThatCannotBeOpened)
 {
     emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string file = exported("S1");
     camera.stealControl();
-    EXPECT_EQ(import("missing.fpk").code, 1);
+    EXPECT_EQ(import(file).code, 1);
     const json line = lines().front();
     EXPECT_EQ(line["camera"]["firmware"], nullptr);
     EXPECT_EQ(line["camera"]["descriptionSha256"], nullptr);
-    EXPECT_EQ(line["files"], (json{{{"path", path("missing.fpk")}, {"sha256", nullptr}}}));
     EXPECT_EQ(line["outcome"], "failed");
     EXPECT_EQ(line["exit"], 1);
+}
+
+TEST_F(Audit, TellsOfAFileThatCannotBeRead)
+{
+    addCamera("S1");
+    EXPECT_EQ(import("missing.fpk").code, 6);
+    const json line = lines().front();
+    EXPECT_EQ(line["files"], (json{{{"path", path("missing.fpk")}, {"sha256", nullptr}}}));
+    EXPECT_EQ(line["outcome"], "unreadable file");
+    EXPECT_EQ(line["exit"], 6);
 }
 
 TEST_F(Audit, IsSwitchedOff)

@@ -69,14 +69,14 @@ TEST_F(CheckCommand, ShowsWhatAnImportWouldDoWithTheCamerasOwnExport)
     const Result plan = run("plan", file);
     EXPECT_EQ(plan.code, 0);
     EXPECT_EQ(plan.err, "");
-    EXPECT_EQ(plan.out, std::string("EMU-1 S1: ready\n") + kProven + "  would be skipped" + control +
+    EXPECT_EQ(plan.out, std::string("EMU-1 S1: ready\n") + kProven + "  skipped" + control +
                             "  warning: WideScale (register 95328): written again: the texts differ, the "
                             "values do not\n"
-                            "  152 same, 1 would be skipped\n");
+                            "  152 unchanged, 1 skipped\n");
     const Result verify = run("verify", file);
     EXPECT_EQ(verify.code, 0);
     EXPECT_EQ(verify.out, std::string("EMU-1 S1: applied\n") + kProven + "  skipped" + control +
-                              "  152 applied, 1 skipped\n");
+                              "  152 unchanged, 1 skipped\n");
 }
 
 TEST_F(CheckCommand, TakesNoControlAndWritesNothing)
@@ -160,9 +160,9 @@ TEST_F(CheckCommand, AnImportDoesWhatThePlanSays)
               "  out of range: Width: camera 640, file 64000: 64000 is above the maximum 960\n"
               "  absent: Absent: The camera has no feature of this name.\n"
               "  out of range: TestPattern: camera 2, file 77: 77 is no entry that it has now\n"
-              "  would be skipped: DeviceUserID: protected: imports never write it\n"
+              "  skipped: DeviceUserID: protected: imports never write it\n"
               "  would change: Gain (register 77824): 100 -> 70\n"
-              "  1 same, 3 would change, 1 would be skipped, 1 not writable, 2 out of range, 1 absent\n");
+              "  1 unchanged, 3 would change, 1 skipped, 1 not writable, 2 out of range, 1 absent\n");
 
     EXPECT_EQ(run("import", file).code, 4);
     EXPECT_EQ(camera.peekWord(kGainOfAll), 70u);
@@ -177,7 +177,7 @@ TEST_F(CheckCommand, AnImportDoesWhatThePlanSays)
         "  absent: Absent: The camera has no feature of this name.\n"
         "  not applied: TestPattern: camera 2, file 77: 77 is no entry that it has now\n"
         "  skipped: DeviceUserID: protected: imports never write it\n"
-        "  3 applied, 4 not applied, 1 skipped, 1 absent\n");
+        "  3 unchanged, 4 not applied, 1 skipped, 1 absent\n");
 }
 
 TEST_F(CheckCommand, KnowsFeaturesThatAreThereInAModeOnly)
@@ -268,7 +268,10 @@ TEST_F(CheckCommand, ChecksAllCamerasThoughSomeFail)
     const Result all = run("plan", file);
     EXPECT_EQ(all.code, 1);
     EXPECT_THAT(all.out, StartsWith("EMU-1 S1: ready\n"));
-    EXPECT_THAT(all.out, HasSubstr("\nOther S2: incompatible\n"));
+    EXPECT_THAT(
+        all.out,
+        HasSubstr("\nOther S2: incompatible: The file belongs to another model, firmware, board type or "
+                  "version.\n"));
     EXPECT_THAT(all.out, HasSubstr("\n  model: bad, file \"EMU-1\", camera \"Other\"\n"
                                    "EMU-1 S3: failed: "));
     EXPECT_THAT(all.out, HasSubstr("\nEMU-1 S4: ready\n"));
@@ -300,12 +303,8 @@ TEST_F(CheckCommand, ExitsByTheTable)
         const Result missing = run(command, "missing.fpk");
         EXPECT_EQ(missing.code, 6);
         EXPECT_EQ(missing.err, "The file cannot be read: " + path("missing.fpk") + "\n");
-        write("text.fpk", "Width = 640\n");
-        EXPECT_EQ(run(command, "text.fpk").err, "The file is no features file: " + path("text.fpk") + "\n");
-        write("none.fpk", "<F version='1.0.0'/>");
-        const Result none = run(command, "none.fpk");
-        EXPECT_EQ(none.code, 6);
-        EXPECT_EQ(none.err, "The file has no features: " + path("none.fpk") + "\n");
+        EXPECT_EQ(missing.out,
+                  "EMU-1 S1: unreadable file: The file cannot be read: " + path("missing.fpk") + "\n");
         EXPECT_EQ(run(command, file, {"--model", "EMU-1"}).code, 0);
     }
     EXPECT_EQ(camera.counters().settingWrites, 0u);

@@ -164,15 +164,15 @@ TEST_F(DiffOfOddFiles, MustBeFeaturesFiles)
     EXPECT_EQ(missing.out, "");
     EXPECT_EQ(with(folder()).code, 6);
     write("text", "Width 5");
-    EXPECT_EQ(with(path("text")).code, 6);
+    EXPECT_EQ(with(path("text")).code, 5);
 
     write("other", "<FeaturesFile version=\"1\"><Feature/></FeaturesFile>");
     const Result other = with(path("other"));
     EXPECT_EQ(other.code, 5);
-    EXPECT_EQ(other.err, path("other") + " is no features file: it has no features.\n");
+    EXPECT_EQ(other.err, "The file has no features: " + path("other") + "\n");
     write("other", "<FeaturesFile><Features/></FeaturesFile>");
     EXPECT_EQ(with(path("other")).code, 5);
-    EXPECT_EQ(with(path("other")).err, path("other") + " is no features file: it has no version.\n");
+    EXPECT_EQ(with(path("other")).err, "The file names no version: " + path("other") + "\n");
 }
 
 TEST(NamePatterns, MatchWholeNames)

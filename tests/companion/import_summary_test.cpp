@@ -1,12 +1,14 @@
 #include "iefeatures/imports/ImportSummary.h"
 
 #include "companion/CompanionFixture.h"
+#include "iefeatures/check/ImportProof.h"
 #include "iefeatures/console/ExitCode.h"
+#include "iefeatures/imports/CameraImport.h"
 
 #include "jobs/worker/QOperateThread.h"
 
 using namespace companion;
-using State = ImportOutcome::State;
+using Verdict = CameraVerdict;
 
 namespace
 {
@@ -44,60 +46,60 @@ JobRecord withBag(KX_Status status)
     return record;
 }
 
-State stateOf(const JobRecord& record)
+Verdict verdictOf(const JobRecord& record)
 {
-    return examineImport(record).state;
+    return examineImport(record).verdict;
 }
 
 } // namespace
 
 TEST(ImportSummary, KnowsWhatTheWorkersResultMeans)
 {
-    EXPECT_EQ(stateOf(JobRecord()), State::NotStarted);
-    EXPECT_EQ(stateOf(silent()), State::Applied);
-    EXPECT_EQ(stateOf(withCode(IMPORT_OK, true)), State::BadFile);
-    EXPECT_EQ(stateOf(withCode(IMPORT_ERR_NO_FEATURES, false)), State::Failed);
-    EXPECT_EQ(stateOf(withCode(IMPORT_ERR_VERSION, true)), State::Incompatible);
-    EXPECT_EQ(stateOf(withCode(IMPORT_ERR_VERSION, false)), State::Applied);
-    EXPECT_EQ(stateOf(withCode(IMPORT_ERR_MODEL, true)), State::Incompatible);
-    EXPECT_EQ(stateOf(withCode(IMPORT_ERR_APPLY, false)), State::Failed);
+    EXPECT_EQ(verdictOf(JobRecord()), Verdict::NotStarted);
+    EXPECT_EQ(verdictOf(silent()), Verdict::Applied);
+    EXPECT_EQ(verdictOf(withCode(IMPORT_OK, true)), Verdict::UnreadableFile);
+    EXPECT_EQ(verdictOf(withCode(IMPORT_ERR_NO_FEATURES, false)), Verdict::BadFile);
+    EXPECT_EQ(verdictOf(withCode(IMPORT_ERR_VERSION, true)), Verdict::Incompatible);
+    EXPECT_EQ(verdictOf(withCode(IMPORT_ERR_VERSION, false)), Verdict::Applied);
+    EXPECT_EQ(verdictOf(withCode(IMPORT_ERR_MODEL, true)), Verdict::Incompatible);
+    EXPECT_EQ(verdictOf(withCode(IMPORT_ERR_APPLY, false)), Verdict::Incomplete);
 }
 
 TEST(ImportSummary, TellsWhatTheCameraRefusedFromALineThatFailed)
 {
-    EXPECT_EQ(stateOf(withFailure(KX_E_GC_ACCESS)), State::Incomplete);
-    EXPECT_EQ(stateOf(withFailure(KX_E_DEVICE)), State::Failed);
+    EXPECT_EQ(verdictOf(withFailure(KX_E_GC_ACCESS)), Verdict::Incomplete);
+    EXPECT_EQ(verdictOf(withFailure(KX_E_DEVICE)), Verdict::Failed);
     // A firmware that could not be asked is no other firmware.
     JobRecord record = withFailure(KX_E_NO_ANSWER);
     record.job.errorCode = IMPORT_ERR_MODEL;
     record.job.hasFailed = true;
-    EXPECT_EQ(stateOf(record), State::Failed);
+    EXPECT_EQ(verdictOf(record), Verdict::Failed);
 }
 
 TEST(ImportSummary, KnowsAJobThatNeverGotToItsCamera)
 {
     JobRecord record = silent(JOB_FEATURE_BAG_IMPORT);
     record.tally.wasOpened = false;
-    EXPECT_EQ(stateOf(record), State::Failed);
+    EXPECT_EQ(verdictOf(record), Verdict::Failed);
     EXPECT_EQ(importRemarks(examineImport(record)), QStringList{"the camera could not be opened."});
 }
 
-TEST(ImportSummary, CountsAnInterruptedJobAsFailed)
+TEST(ImportSummary, KnowsAnInterruptedJob)
 {
     JobRecord record = withFailure(KX_E_ABORTED);
     record.tally.wasRefused = true;
-    EXPECT_EQ(stateOf(record), State::Failed);
+    EXPECT_EQ(verdictOf(record), Verdict::Interrupted);
     EXPECT_EQ(importRemarks(examineImport(record)),
               QStringList{"interrupted; a part of the file may have been applied."});
 }
 
 TEST(ImportSummary, KnowsWhatTheBagsStatusMeans)
 {
-    EXPECT_EQ(stateOf(withBag(KX_OK)), State::Applied);
-    EXPECT_EQ(stateOf(withBag(KX_E_INCOMPLETE)), State::Incomplete);
-    EXPECT_EQ(stateOf(withBag(KX_E_FILE)), State::BadFile);
-    EXPECT_EQ(stateOf(withBag(KX_E_FILE_FORMAT)), State::BadFile);
-    EXPECT_EQ(stateOf(withBag(KX_E_CONNECTION_LOST)), State::Failed);
+    EXPECT_EQ(verdictOf(withBag(KX_OK)), Verdict::Applied);
+    EXPECT_EQ(verdictOf(withBag(KX_E_INCOMPLETE)), Verdict::Incomplete);
+    EXPECT_EQ(verdictOf(withBag(KX_E_FILE)), Verdict::UnreadableFile);
+    EXPECT_EQ(verdictOf(withBag(KX_E_FILE_FORMAT)), Verdict::BadFile);
+    EXPECT_EQ(verdictOf(withBag(KX_E_CONNECTION_LOST)), Verdict::Failed);
 }
 
 TEST(ImportSummary, NamesAFewAndCountsTheRest)
@@ -111,26 +113,157 @@ TEST(ImportSummary, NamesAFewAndCountsTheRest)
     EXPECT_EQ(remarks.last(), "3 more did not take their values.");
 }
 
-TEST(ImportSummary, GivesTheExitCodeOfACamera)
+TEST(ExitCode, FollowsFromTheVerdict)
 {
-    EXPECT_EQ(companion::importExitCode(State::Applied), 0);
-    EXPECT_EQ(companion::importExitCode(State::Incomplete), 4);
-    EXPECT_EQ(companion::importExitCode(State::Incompatible), 5);
-    EXPECT_EQ(companion::importExitCode(State::BadFile), 6);
-    EXPECT_EQ(companion::importExitCode(State::Failed), 1);
-    EXPECT_EQ(companion::importExitCode(State::NotStarted), 1);
+    EXPECT_EQ(exitCodeOf(Verdict::Applied), 0);
+    EXPECT_EQ(exitCodeOf(Verdict::Ready), 0);
+    EXPECT_EQ(exitCodeOf(Verdict::Incomplete), 4);
+    EXPECT_EQ(exitCodeOf(Verdict::Incompatible), 5);
+    EXPECT_EQ(exitCodeOf(Verdict::BadFile), 5);
+    EXPECT_EQ(exitCodeOf(Verdict::UnreadableFile), 6);
+    EXPECT_EQ(exitCodeOf(Verdict::NotStarted), 1);
+    EXPECT_EQ(exitCodeOf(Verdict::Failed), 1);
+    EXPECT_EQ(exitCodeOf(Verdict::Interrupted), 130);
 }
 
-TEST(ImportSummary, TakesTheGravestExitCodeOfAll)
+TEST(ExitCode, IsThatOfTheGravestVerdict)
 {
-    using companion::gravestExitCode;
-    EXPECT_EQ(gravestExitCode({}), 0);
-    EXPECT_EQ(gravestExitCode({0, 0}), 0);
-    EXPECT_EQ(gravestExitCode({0, 4}), 4);
-    EXPECT_EQ(gravestExitCode({4, 5}), 5);
-    EXPECT_EQ(gravestExitCode({6, 5}), 6);
-    EXPECT_EQ(gravestExitCode({6, 1}), 1);
-    EXPECT_EQ(gravestExitCode({130, 1}), 130);
+    EXPECT_EQ(gravest({}), Verdict::Applied);
+    EXPECT_EQ(gravest({Verdict::Applied, Verdict::Ready}), Verdict::Ready);
+    EXPECT_EQ(gravest({Verdict::Applied, Verdict::Incomplete}), Verdict::Incomplete);
+    EXPECT_EQ(gravest({Verdict::Incomplete, Verdict::Incompatible}), Verdict::Incompatible);
+    EXPECT_EQ(gravest({Verdict::UnreadableFile, Verdict::BadFile}), Verdict::UnreadableFile);
+    EXPECT_EQ(gravest({Verdict::UnreadableFile, Verdict::Failed}), Verdict::Failed);
+    EXPECT_EQ(gravest({Verdict::Interrupted, Verdict::Failed}), Verdict::Interrupted);
+}
+
+namespace
+{
+
+EntryCheck entryOf(const char* feature, EntryVerdict verdict)
+{
+    EntryCheck entry;
+    entry.feature = feature;
+    entry.judge(verdict);
+    return entry;
+}
+
+class Proof : public ::testing::Test
+{
+protected:
+    // "Width unchanged, Gain not applied"
+    QString told() const
+    {
+        QStringList words;
+        for (const EntryCheck& entry : check.entries)
+            words += entry.title() + ' ' + verdictWord(entry.verdict);
+        return words.join(", ");
+    }
+
+    CameraCheck check{{}, Verdict::Applied, {}, {}, {}};
+    ImportTraces traces;
+};
+
+} // namespace
+
+TEST_F(Proof, PartsWhatWasChangedFromWhatWasSoBefore)
+{
+    EntryCheck word = entryOf("Gain", EntryVerdict::Unchanged);
+    word.isRegister = true;
+    word.address = 16;
+    EntryCheck other = word;
+    other.address = 20;
+    check.entries = {entryOf("Width", EntryVerdict::Unchanged), entryOf("Height", EntryVerdict::Unchanged),
+                     word, other};
+    traces.changes = {{"Width", false, 0, "1", "2"}, {"Gain", true, 16, "00", "01"}};
+    layOver(check, traces);
+    EXPECT_EQ(told(),
+              "Width applied, Height unchanged, Gain (register 16) applied, Gain (register 20) unchanged");
+    EXPECT_EQ(check.verdict, Verdict::Applied);
+}
+
+// A camera that has refused a value has not made one of it, however near its own one is.
+TEST_F(Proof, KnowsWhatWasRefused)
+{
+    check.entries = {entryOf("Width", EntryVerdict::Coerced), entryOf("Height", EntryVerdict::Coerced),
+                     entryOf("Gain", EntryVerdict::Unchanged)};
+    traces.failures = {failedEntry({"Width", false, 0, KX_E_GC_RANGE}),
+                       failedEntry({"Gain", false, 0, KX_E_GC_ACCESS})};
+    layOver(check, traces);
+    EXPECT_EQ(told(), "Width not applied, Height coerced, Gain unchanged");
+    EXPECT_EQ(check.entries[0].reason, KX_CC_StatusText(KX_E_GC_RANGE));
+    EXPECT_EQ(check.verdict, Verdict::Incomplete);
+}
+
+TEST_F(Proof, TakesInWhatTheFileDoesNotName)
+{
+    check.entries = {entryOf("Width", EntryVerdict::Unchanged)};
+    traces.failures = {failedEntry({"OfTheBag", false, 0, KX_E_GC_RANGE}),
+                       failedEntry({{}, true, 4096, KX_E_GC_ACCESS})};
+    layOver(check, traces);
+    EXPECT_EQ(told(), "Width unchanged, OfTheBag not applied, register 4096 not applied");
+    EXPECT_EQ(check.notApplied(), (QStringList{"OfTheBag", "register 4096"}));
+    EXPECT_EQ(check.verdict, Verdict::Incomplete);
+}
+
+TEST_F(Proof, LeavesACheckAloneThatWasNotCompleted)
+{
+    check.verdict = Verdict::Failed;
+    traces.failures = {failedEntry({"Width", false, 0, KX_E_GC_RANGE})};
+    layOver(check, traces);
+    EXPECT_EQ(check.verdict, Verdict::Failed);
+    EXPECT_TRUE(check.entries.empty());
+}
+
+namespace
+{
+
+CameraImport importOf(const std::vector<ImportOutcome>& jobs)
+{
+    CameraImport result;
+    result.jobs = jobs;
+    return result;
+}
+
+} // namespace
+
+TEST(CameraImport, AddsItsStepsUpToTheGravest)
+{
+    EXPECT_EQ(reportOf(CameraImport()).verdict, Verdict::NotStarted);
+    const ImportOutcome applied = examineImport(silent());
+    const ImportOutcome incomplete = examineImport(withFailure(KX_E_GC_RANGE));
+    EXPECT_EQ(reportOf(importOf({applied, applied})).verdict, Verdict::Applied);
+    EXPECT_EQ(reportOf(importOf({incomplete, applied})).verdict, Verdict::Incomplete);
+    EXPECT_EQ(reportOf(importOf({incomplete, applied})).notApplied(), QStringList{"Width"});
+
+    CameraImport result = importOf({applied});
+    result.userSetProblem = "UserSet1 was not saved.";
+    EXPECT_EQ(reportOf(result).verdict, Verdict::Failed);
+    EXPECT_EQ(reportOf(result).error, "UserSet1 was not saved.");
+    result.isCutShort = true;
+    EXPECT_EQ(reportOf(result).verdict, Verdict::Interrupted);
+}
+
+// What a job could not write has reached its value all the same, or has not.
+TEST(CameraImport, BelievesTheCheckBeforeTheJobs)
+{
+    CameraImport result = importOf({examineImport(withFailure(KX_E_GC_RANGE))});
+    result.check = CameraCheck{{}, Verdict::Applied, {}, {}, {}};
+    EXPECT_EQ(reportOf(result).verdict, Verdict::Applied);
+    result.check->verdict = Verdict::Failed;
+    EXPECT_EQ(reportOf(result).verdict, Verdict::Failed);
+    result.check->verdict = Verdict::NotStarted; // something was written all the same
+    EXPECT_EQ(reportOf(result).verdict, Verdict::Interrupted);
+}
+
+TEST(CameraImport, WithoutItsSnapshotIsNotStarted)
+{
+    CameraImport result;
+    result.snapshot = SnapshotResult();
+    result.snapshot->problems = QStringList{"the export failed."};
+    EXPECT_FALSE(goesOn(result));
+    EXPECT_EQ(reportOf(result).verdict, Verdict::NotStarted);
+    EXPECT_EQ(reportOf(result).error, "the export failed.");
 }
 
 namespace

@@ -125,7 +125,9 @@ TEST_F(Interrupted, EndsAnImportBehindTheFeatureInHand)
     EXPECT_THAT(run.err, HasSubstr("Interrupted.\nEMU-1 S1: written: ReverseY, Height\n"
                                    "EMU-1 S1: not reached: "));
     EXPECT_THAT(run.err, HasSubstr("Gain"));
-    EXPECT_THAT(run.out, EndsWith("  failed\n0 applied, 0 incomplete, 0 incompatible, 1 failed\n"));
+    EXPECT_THAT(
+        run.out,
+        EndsWith("  interrupted\n0 applied, 0 incomplete, 0 incompatible, 0 failed, 1 interrupted\n"));
 }
 
 TEST_F(Interrupted, StartsNoJobThatStillWaits)
@@ -162,7 +164,9 @@ TEST_F(Interrupted, GivesTheCameraBackInTheMiddleOfAnImport)
                                    "Interrupted.\n"
                                    "EMU-1 S1: written: AcquisitionFrameCount\n"
                                    "EMU-1 S1: not reached: AccessKey, "));
-    EXPECT_THAT(run.out, EndsWith("  failed\n0 applied, 0 incomplete, 0 incompatible, 1 failed\n"));
+    EXPECT_THAT(
+        run.out,
+        EndsWith("  interrupted\n0 applied, 0 incomplete, 0 incompatible, 0 failed, 1 interrupted\n"));
 }
 
 TEST_F(Interrupted, OnlyWhileAnExportRuns)

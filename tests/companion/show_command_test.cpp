@@ -78,12 +78,11 @@ TEST_F(ShowCommand, SaysWhatIsWrongWithAFile)
     EXPECT_EQ(show(path("missing")).code, 6);
     EXPECT_EQ(show("/dev/zero").code, 6);
     write("no-xml", "<F version=\"1\"><Features>");
-    EXPECT_EQ(show(path("no-xml")).code, 6);
+    EXPECT_EQ(show(path("no-xml")).code, 5);
     EXPECT_EQ(show(path("no-xml")).out, "");
     write("no-features", "<F version=\"1\"/>");
     EXPECT_EQ(show(path("no-features")).code, 5);
-    EXPECT_EQ(show(path("no-features")).err,
-              path("no-features") + " is no features file: it has no features.\n");
+    EXPECT_EQ(show(path("no-features")).err, "The file has no features: " + path("no-features") + "\n");
     write("no-version", "<F><Features/></F>");
     EXPECT_EQ(show(path("no-version")).code, 5);
 }

@@ -1,5 +1,6 @@
 // What a person at a terminal sees: the program's messages go to a pseudo terminal.
 #include "companion/CompanionFixture.h"
+#include "iefeatures/files/FeaturesFileInput.h"
 #include "iefeatures/files/NamedFeatures.h"
 
 #include <QFile>
@@ -136,7 +137,8 @@ TEST_F(OnATerminal, AnImportTellsHowManyFeaturesItHasDoneOfAll)
     addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(2); });
     ASSERT_EQ(tests::runInProcess({"export", "--all", "--to", folder()}).code, 0);
     const std::string file = path("EMU-1_S1.fpk");
-    const int all = companion::featuresOfFile(QString::fromStdString(file)).names.size();
+    const int all =
+        companion::namedBy(companion::readFeaturesFile(QString::fromStdString(file)).content).names.size();
     ASSERT_GT(all, 100);
     PseudoTerminal terminal;
     Program program({"import", file, "--all"}, "export TERM=xterm;");

@@ -5,9 +5,6 @@
 #include "iefeatures/check/PlainCheck.h"
 #include "iefeatures/check/RegisterCheck.h"
 
-#include "jobs/rules/DeviceNames.h"
-#include <SuiteTools/SuiteTools.h>
-
 #include <algorithm>
 
 namespace companion
@@ -15,49 +12,9 @@ namespace companion
 namespace
 {
 
-using IdentityVerdict = IdentityCheck::Verdict;
-
-IdentityVerdict goodIf(bool isGood, IdentityVerdict otherwise = IdentityVerdict::Bad)
-{
-    return isGood ? IdentityVerdict::Good : otherwise;
-}
-
-// Of what the file may leave out; null when it does.
-QString given(bool isThere, const QString& text)
-{
-    return isThere && text.isNull() ? QString("") : text;
-}
-
-// All are told, though an import ends at the first that is bad.
-std::vector<IdentityCheck> checkIdentity(FeatureReader& reader, const KX_DeviceInfo& device,
-                                         const ie::FeaturesHeader& file)
-{
-    const QString version = VELAInterface::softwareVersion();
-    std::vector<IdentityCheck> checks = {
-        {"version given", goodIf(!file.version.isEmpty()), file.version, version},
-        {"version", goodIf(file.version == version, IdentityVerdict::Tolerated), file.version, version}};
-    // A file without a board type fits every board.
-    const QString board = file.hasBoardType ? reader.read("Integer", "BoardDeviceType").text : QString();
-    const auto add = [&](const char* what, bool isGood, const QString& inFile, const QString& inCamera) {
-        checks.push_back({what, goodIf(isGood), inFile, inCamera});
-    };
-    add("board type", !file.hasBoardType || (!board.isNull() && board == file.boardType),
-        given(file.hasBoardType, file.boardType), board);
-    const QString firmware = reader.read("StringReg", "DeviceFirmwareVersion").text;
-    add("firmware", file.hasFirmware && !firmware.isNull() && firmware == file.firmware,
-        given(file.hasFirmware, file.firmware), firmware);
-    const QString model = ie::modelNameAsUtf8(device);
-    add("model", file.hasModel && model == file.model, given(file.hasModel, file.model), model);
-    return checks;
-}
-
-bool isBad(const IdentityCheck& check)
-{
-    return check.verdict == IdentityVerdict::Bad;
-}
-
-CameraCheck::State checkEntries(FeatureReader& reader, const ie::FeaturesContent& file, CheckMode mode,
-                                const std::function<bool()>& mayGoOn, CameraCheck& check)
+// False: the camera was not asked about all of them.
+bool checkEntries(FeatureReader& reader, const ie::FeaturesContent& file, CheckMode mode,
+                  const std::function<bool()>& mayGoOn, CameraCheck& check)
 {
     const bool isGigE = check.camera.device.stDeviceInfo.transportType == KX_TRANSPORT_GIGE;
     ImportSkips skips(reader);
@@ -65,29 +22,87 @@ CameraCheck::State checkEntries(FeatureReader& reader, const ie::FeaturesContent
     RegisterCheck registers(reader, skips, mode, isGigE);
     for (const ie::FeaturesContent::Entry& entry : file.entries) {
         if (!mayGoOn())
-            return CameraCheck::State::Interrupted;
+            return false;
         const std::vector<EntryCheck> done =
             entry.isComplex ? registers.check(entry.complex) : std::vector<EntryCheck>{plain.check(entry)};
         if (reader.lineStatus() != KX_OK)
-            return CameraCheck::State::Failed;
+            return false;
         check.entries.insert(check.entries.end(), done.begin(), done.end());
     }
-    return CameraCheck::State::Checked;
+    return true;
+}
+
+void conclude(CameraCheck& check, CameraVerdict verdict, const QString& error = {})
+{
+    check.verdict = verdict;
+    check.error = error;
+}
+
+void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, CheckMode mode,
+                     const std::function<bool()>& mayGoOn, CameraCheck& check)
+{
+    const auto read = [&](ie::FeatureKind kind, const QString& name) { return reader.read(kind, name); };
+    check.identity =
+        ie::compareIdentity(file.header, check.camera.device.stDeviceInfo, read, ie::IdentityDepth::All);
+    if (reader.lineStatus() == KX_OK && !ie::isGood(check.identity))
+        return conclude(check, CameraVerdict::Incompatible, incompatibleText());
+    const bool isDone = reader.lineStatus() == KX_OK && checkEntries(reader, file, mode, mayGoOn, check);
+    if (reader.lineStatus() != KX_OK)
+        return conclude(check, CameraVerdict::Failed, KX_CC_StatusText(reader.lineStatus()));
+    if (!isDone)
+        return conclude(check, CameraVerdict::Interrupted);
+    const auto good = mode == CheckMode::Plan ? CameraVerdict::Ready : CameraVerdict::Applied;
+    conclude(check, verdictOn(check.entries, good));
 }
 
 } // namespace
 
+QString incompatibleText()
+{
+    return "The file belongs to another model, firmware, board type or version.";
+}
+
+void EntryCheck::judge(EntryVerdict of, const QString& why)
+{
+    verdict = of;
+    reason = why;
+}
+
+QString EntryCheck::title() const
+{
+    if (!address)
+        return feature;
+    const QString where = "register " + QString::number(*address);
+    return feature.isEmpty() ? where : feature + " (" + where + ')';
+}
+
 bool isAmiss(const EntryCheck& entry)
 {
     switch (entry.verdict) {
-    case Verdict::Same:
-    case Verdict::Coerced:
-    case Verdict::Change:
-    case Verdict::Skipped:
+    case EntryVerdict::Applied:
+    case EntryVerdict::Unchanged:
+    case EntryVerdict::Coerced:
+    case EntryVerdict::WouldChange:
+    case EntryVerdict::Skipped:
         return !entry.isFaithful;
     default:
         return true;
     }
+}
+
+QStringList CameraCheck::notApplied() const
+{
+    QStringList titles;
+    for (const EntryCheck& entry : entries)
+        if (isAmiss(entry))
+            titles += entry.title();
+    titles.removeDuplicates();
+    return titles;
+}
+
+CameraVerdict verdictOn(const std::vector<EntryCheck>& entries, CameraVerdict good)
+{
+    return std::any_of(entries.begin(), entries.end(), isAmiss) ? CameraVerdict::Incomplete : good;
 }
 
 CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, CheckMode mode,
@@ -98,17 +113,12 @@ CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& f
     if (!mayGoOn())
         return check;
     const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
-    check.status = connection.status();
-    check.state = CameraCheck::State::Failed;
-    if (check.status != KX_OK)
+    if (connection.status() != KX_OK) {
+        conclude(check, CameraVerdict::Failed, KX_CC_StatusText(connection.status()));
         return check;
+    }
     FeatureReader reader(connection.handle());
-    check.identity = checkIdentity(reader, camera.device.stDeviceInfo, file.header);
-    if (reader.lineStatus() == KX_OK)
-        check.state = std::any_of(check.identity.begin(), check.identity.end(), isBad)
-                          ? CameraCheck::State::Incompatible
-                          : checkEntries(reader, file, mode, mayGoOn, check);
-    check.status = reader.lineStatus();
+    checkOpenCamera(reader, file, mode, mayGoOn, check);
     return check;
 }
 

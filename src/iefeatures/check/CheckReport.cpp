@@ -1,6 +1,5 @@
 #include "iefeatures/check/CheckReport.h"
 
-#include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Text.h"
 
 #include <nlohmann/json.hpp>
@@ -12,51 +11,36 @@ namespace companion
 namespace
 {
 
-using State = CameraCheck::State;
 using Json = nlohmann::ordered_json;
 
-constexpr Verdict kVerdicts[] = {Verdict::Same,       Verdict::Change,  Verdict::Coerced,
-                                 Verdict::NotApplied, Verdict::Skipped, Verdict::NotWritable,
-                                 Verdict::OutOfRange, Verdict::Absent,  Verdict::Broken};
-
-bool hasAmiss(const CameraCheck& check)
+QString whatWord(ie::IdentityComparison::What what)
 {
-    return std::any_of(check.entries.begin(), check.entries.end(), isAmiss);
-}
-
-QString resultWord(const CameraCheck& check, CheckMode mode)
-{
-    switch (check.state) {
-    case State::Interrupted:
-        return "interrupted";
-    case State::Failed:
-        return "failed";
-    case State::Incompatible:
-        return "incompatible";
-    case State::Checked:
+    switch (what) {
+    case ie::IdentityComparison::What::VersionGiven:
+        return "version given";
+    case ie::IdentityComparison::What::Version:
+        return "version";
+    case ie::IdentityComparison::What::BoardType:
+        return "board type";
+    case ie::IdentityComparison::What::Firmware:
+        return "firmware";
+    case ie::IdentityComparison::What::Model:
         break;
     }
-    if (mode == CheckMode::Plan)
-        return hasAmiss(check) ? "not all would be applied" : "ready";
-    return hasAmiss(check) ? "not all applied" : "applied";
+    return "model";
 }
 
-QString identityWord(IdentityCheck::Verdict verdict)
+QString outcomeWord(ie::IdentityComparison::Outcome outcome)
 {
-    switch (verdict) {
-    case IdentityCheck::Verdict::Good:
+    switch (outcome) {
+    case ie::IdentityComparison::Outcome::Good:
         return "good";
-    case IdentityCheck::Verdict::Tolerated:
+    case ie::IdentityComparison::Outcome::Tolerated:
         return "tolerated";
-    case IdentityCheck::Verdict::Bad:
+    case ie::IdentityComparison::Outcome::Bad:
         break;
     }
     return "bad";
-}
-
-QString nameOf(const EntryCheck& entry)
-{
-    return entry.address.isEmpty() ? entry.feature : entry.feature + " (register " + entry.address + ')';
 }
 
 QString quoted(const QString& value)
@@ -67,59 +51,77 @@ QString quoted(const QString& value)
 QString identityLines(const CameraCheck& check)
 {
     QString text;
-    for (const IdentityCheck& line : check.identity)
+    for (const ie::IdentityComparison& line : check.identity)
         text += QString("  %1: %2, file %3, camera %4\n")
-                    .arg(line.what, identityWord(line.verdict), printable(quoted(line.fileValue)),
+                    .arg(whatWord(line.what), outcomeWord(line.outcome), printable(quoted(line.fileValue)),
                          printable(quoted(line.cameraValue)));
     return text;
 }
 
-// What the file says against what the camera has.
+QString filesAndCameras(const EntryCheck& entry)
+{
+    QStringList parts;
+    if (!entry.cameraValue.isNull())
+        parts += "camera " + entry.cameraValue;
+    if (!entry.fileValue.isNull())
+        parts += "file " + entry.fileValue;
+    return parts.join(", ");
+}
+
 QString valuesText(const EntryCheck& entry)
 {
     switch (entry.verdict) {
-    case Verdict::Change:
+    case EntryVerdict::WouldChange:
         return (entry.cameraValue.isNull() ? QString("?") : entry.cameraValue) + " -> " + entry.newValue;
-    case Verdict::Coerced:
-    case Verdict::NotApplied:
-    case Verdict::NotWritable:
-    case Verdict::OutOfRange:
-        return entry.cameraValue.isNull() ? "file " + entry.fileValue
-                                          : "camera " + entry.cameraValue + ", file " + entry.fileValue;
+    case EntryVerdict::Coerced:
+    case EntryVerdict::NotApplied:
+    case EntryVerdict::NotWritable:
+    case EntryVerdict::OutOfRange:
+        return filesAndCameras(entry);
     default:
         return {};
     }
 }
 
-QString entryLines(const CameraCheck& check, CheckMode mode)
+// Not worth a line.
+bool isAsExpected(const EntryCheck& entry)
+{
+    return entry.verdict == EntryVerdict::Unchanged || entry.verdict == EntryVerdict::Applied;
+}
+
+QString entryLines(const CameraCheck& check)
 {
     QString text;
     for (const EntryCheck& entry : check.entries) {
-        if (entry.verdict != Verdict::Same) {
-            QStringList parts = {printable(nameOf(entry)), printable(valuesText(entry)),
+        if (!isAsExpected(entry)) {
+            QStringList parts = {printable(entry.title()), printable(valuesText(entry)),
                                  printable(entry.reason)};
             parts.removeAll({});
-            text += "  " + verdictWord(entry.verdict, mode) + ": " + parts.join(": ") + '\n';
+            text += "  " + verdictWord(entry.verdict) + ": " + parts.join(": ") + '\n';
         }
         for (const QString& warning : entry.warnings)
-            text += "  warning: " + printable(nameOf(entry)) + ": " + printable(warning) + '\n';
+            text += "  warning: " + printable(entry.title()) + ": " + printable(warning) + '\n';
     }
     return text;
 }
 
-auto countOf(const CameraCheck& check, Verdict verdict)
+// Of a camera that was asked about every entry.
+bool isComplete(const CameraCheck& check)
 {
-    return std::count_if(check.entries.begin(), check.entries.end(),
-                         [verdict](const EntryCheck& entry) { return entry.verdict == verdict; });
+    return check.verdict <= CameraVerdict::Incomplete;
 }
 
-QString countsText(const CameraCheck& check, CheckMode mode)
+QString countsLine(const CameraCheck& check)
 {
     QStringList counts;
-    for (const Verdict verdict : kVerdicts)
-        if (const auto count = countOf(check, verdict))
-            counts += QString::number(count) + ' ' + verdictWord(verdict, mode);
-    return counts.isEmpty() ? "nothing in the file" : counts.join(", ");
+    for (const EntryVerdict verdict : kEntryVerdicts) {
+        const auto count =
+            std::count_if(check.entries.begin(), check.entries.end(),
+                          [verdict](const EntryCheck& entry) { return entry.verdict == verdict; });
+        if (count > 0)
+            counts += QString::number(count) + ' ' + verdictWord(verdict);
+    }
+    return "  " + (counts.isEmpty() ? "nothing in the file" : counts.join(", ")) + '\n';
 }
 
 Json jsonText(const QString& text)
@@ -127,114 +129,86 @@ Json jsonText(const QString& text)
     return text.isNull() ? Json() : Json(text.toStdString());
 }
 
-Json entryJson(const EntryCheck& entry, CheckMode mode)
+Json listJson(const QStringList& texts)
+{
+    Json list = Json::array();
+    for (const QString& text : texts)
+        list.push_back(text.toStdString());
+    return list;
+}
+
+Json identityJson(const ie::IdentityComparison& line)
+{
+    return {{"check", whatWord(line.what).toStdString()},
+            {"verdict", outcomeWord(line.outcome).toStdString()},
+            {"file", jsonText(line.fileValue)},
+            {"camera", jsonText(line.cameraValue)}};
+}
+
+Json entryJson(const EntryCheck& entry)
 {
     Json object = {{"feature", entry.feature.toStdString()}};
     if (entry.isRegister)
-        object["address"] = entry.address.isEmpty() ? Json() : jsonText(entry.address);
-    object["verdict"] = verdictWord(entry.verdict, mode).toStdString();
-    object["file"] = entry.fileValue.toStdString();
+        object["register"] = entry.address ? Json(*entry.address) : Json();
+    object["verdict"] = verdictWord(entry.verdict).toStdString();
+    object["file"] = jsonText(entry.fileValue);
     object["camera"] = jsonText(entry.cameraValue);
-    if (entry.verdict == Verdict::Change)
+    if (entry.verdict == EntryVerdict::WouldChange)
         object["new"] = entry.newValue.toStdString();
     if (!entry.reason.isEmpty())
         object["reason"] = entry.reason.toStdString();
-    object["warnings"] = Json::array();
-    for (const QString& warning : entry.warnings)
-        object["warnings"].push_back(warning.toStdString());
+    object["warnings"] = listJson(entry.warnings);
     return object;
 }
 
-Json cameraJson(const CameraCheck& check, CheckMode mode)
+Json cameraJson(const CameraCheck& check)
 {
-    Json object = {{"result", resultWord(check, mode).toStdString()},
+    Json object = {{"result", verdictWord(check.verdict).toStdString()},
                    {"device", check.camera.device.nDeviceID},
                    {"model", check.camera.model.toStdString()},
                    {"serial", check.camera.serial.toStdString()}};
-    if (check.state == State::Failed)
-        object["error"] = KX_CC_StatusText(check.status);
+    if (!check.error.isEmpty())
+        object["error"] = check.error.toStdString();
+    object["notApplied"] = listJson(check.notApplied());
     object["identity"] = Json::array();
-    for (const IdentityCheck& line : check.identity)
-        object["identity"].push_back({{"check", line.what.toStdString()},
-                                      {"verdict", identityWord(line.verdict).toStdString()},
-                                      {"file", jsonText(line.fileValue)},
-                                      {"camera", jsonText(line.cameraValue)}});
+    for (const ie::IdentityComparison& line : check.identity)
+        object["identity"].push_back(identityJson(line));
     object["features"] = Json::array();
     for (const EntryCheck& entry : check.entries)
-        object["features"].push_back(entryJson(entry, mode));
+        object["features"].push_back(entryJson(entry));
     return object;
-}
-
-int exitCodeOf(const CameraCheck& check)
-{
-    switch (check.state) {
-    case State::Interrupted:
-        return ExitInterrupted;
-    case State::Failed:
-        return ExitJobFailed;
-    case State::Incompatible:
-        return ExitIncompatible;
-    case State::Checked:
-        break;
-    }
-    return hasAmiss(check) ? ExitNotAllApplied : ExitWell;
 }
 
 } // namespace
 
-QString verdictWord(Verdict verdict, CheckMode mode)
-{
-    switch (verdict) {
-    case Verdict::Same:
-        return mode == CheckMode::Plan ? "same" : "applied";
-    case Verdict::Change:
-        return "would change";
-    case Verdict::Coerced:
-        return "coerced";
-    case Verdict::NotApplied:
-        return "not applied";
-    case Verdict::Skipped:
-        return mode == CheckMode::Plan ? "would be skipped" : "skipped";
-    case Verdict::NotWritable:
-        return "not writable";
-    case Verdict::OutOfRange:
-        return "out of range";
-    case Verdict::Absent:
-        return "absent";
-    case Verdict::Broken:
-        break;
-    }
-    return "broken";
-}
-
-QString checkText(const std::vector<CameraCheck>& checks, CheckMode mode)
+QString checkText(const std::vector<CameraCheck>& checks)
 {
     QString text;
     for (const CameraCheck& check : checks) {
-        text += check.camera.title() + ": " + resultWord(check, mode);
-        if (check.state == State::Failed)
-            text += QString(": ") + KX_CC_StatusText(check.status);
-        text += '\n' + identityLines(check) + entryLines(check, mode);
-        if (check.state == State::Checked)
-            text += "  " + countsText(check, mode) + '\n';
+        text += check.camera.title() + ": " + verdictWord(check.verdict);
+        if (!check.error.isEmpty())
+            text += ": " + printable(check.error);
+        text += '\n' + identityLines(check) + entryLines(check);
+        if (isComplete(check))
+            text += countsLine(check);
     }
     return text;
 }
 
-std::string checkJson(const std::vector<CameraCheck>& checks, CheckMode mode)
+std::string checkJson(const std::vector<CameraCheck>& checks)
 {
     std::string text;
     for (const CameraCheck& check : checks)
-        text += cameraJson(check, mode).dump() + "\n";
+        text += cameraJson(check).dump() + "\n";
     return text;
 }
 
-int checkExitCode(const std::vector<CameraCheck>& checks)
+CameraVerdict gravestOf(const std::vector<CameraCheck>& checks)
 {
-    std::vector<int> codes;
+    std::vector<CameraVerdict> verdicts;
     for (const CameraCheck& check : checks)
-        codes.push_back(exitCodeOf(check));
-    return gravestExitCode(codes);
+        verdicts.push_back(check.verdict);
+    return gravest(verdicts);
 }
 
 } // namespace companion

@@ -1,4 +1,5 @@
-// What checks have come to: the text for people, the lines for scripts, the exit code.
+// What has come of cameras and a features file: the text for people and the lines for scripts, of checks and
+// of imports alike.
 #pragma once
 
 #include "iefeatures/check/CameraCheck.h"
@@ -11,16 +12,13 @@
 namespace companion
 {
 
-// A paragraph a camera: its result, what the file had to prove, a line for each entry that is not as the file
-// says, counts.
-QString checkText(const std::vector<CameraCheck>& checks, CheckMode mode);
+// A paragraph a camera: its verdict, what the file had to prove, a line for each entry that is not as the
+// file says, counts.
+QString checkText(const std::vector<CameraCheck>& checks);
 
 // An object a line for each camera, with all entries: {"result":"ready","device":1,...}.
-std::string checkJson(const std::vector<CameraCheck>& checks, CheckMode mode);
+std::string checkJson(const std::vector<CameraCheck>& checks);
 
-int checkExitCode(const std::vector<CameraCheck>& checks);
-
-// "would change", "not applied"
-QString verdictWord(Verdict verdict, CheckMode mode);
+CameraVerdict gravestOf(const std::vector<CameraCheck>& checks);
 
 } // namespace companion

@@ -7,22 +7,22 @@ namespace companion
 
 QString ImportSkips::reason(const QString& name)
 {
-    if (ie::isProtectedFeature(name))
+    const auto scanType = [this] {
+        if (!m_scanType)
+            m_scanType = m_reader.read(ie::FeatureKind::Enumeration, "DeviceScanType").text;
+        return *m_scanType;
+    };
+    switch (ie::importSkip(name, scanType)) {
+    case ie::ImportSkip::Protected:
         return "protected: imports never write it";
-    if (ie::importSkipList().contains(name))
+    case ie::ImportSkip::Listed:
         return "on the import's skip list";
-    if ((name == "AcquisitionLineRate" || name == "AcquisitionLineRateEnable") && !isLineScan())
+    case ie::ImportSkip::LineScanOnly:
         return "imports write it to line-scan cameras only";
-    return {};
-}
-
-bool ImportSkips::isLineScan()
-{
-    if (!m_isLineScan) {
-        const FeatureReader::Reading type = m_reader.read("Enumeration", "DeviceScanType");
-        m_isLineScan = type.enumeration && type.enumeration->current == 1;
+    case ie::ImportSkip::None:
+        break;
     }
-    return *m_isLineScan;
+    return {};
 }
 
 } // namespace companion

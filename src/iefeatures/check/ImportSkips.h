@@ -21,10 +21,8 @@ public:
     QString reason(const QString& name);
 
 private:
-    bool isLineScan();
-
     FeatureReader& m_reader;
-    std::optional<bool> m_isLineScan;
+    std::optional<QString> m_scanType; // once it was asked
 };
 
 } // namespace companion

@@ -4,16 +4,6 @@
 
 namespace companion
 {
-namespace
-{
-
-void judge(EntryCheck& check, Verdict verdict, const QString& reason = {})
-{
-    check.verdict = verdict;
-    check.reason = reason;
-}
-
-} // namespace
 
 EntryCheck PlainCheck::check(const ie::FeaturesContent::Entry& entry)
 {
@@ -22,14 +12,15 @@ EntryCheck PlainCheck::check(const ie::FeaturesContent::Entry& entry)
     check.fileValue = entry.plain.value;
     const QString reason = skipReason(entry);
     if (!reason.isNull())
-        judge(check, Verdict::Skipped, reason);
+        check.judge(EntryVerdict::Skipped, reason);
     else if (m_mode == CheckMode::Plan)
-        plan(entry.plain, check);
+        plan(*ie::featureKind(entry.plain.type), check);
     else
-        verify(entry.plain, check);
+        verify(*ie::featureKind(entry.plain.type), check);
     return check;
 }
 
+// Null: it is not left alone, and its type is known.
 QString PlainCheck::skipReason(const ie::FeaturesContent::Entry& entry)
 {
     for (const QString& name : entry.names) {
@@ -45,88 +36,88 @@ QString PlainCheck::skipReason(const ie::FeaturesContent::Entry& entry)
     // Jobs hold exclusive access while they run, and files are full of it.
     if (feature.name == "GevCCP" && feature.value == "1")
         return "tells who controls the camera: while an import runs, that is the import";
-    if (!isPlainType(feature.type))
+    if (!ie::featureKind(feature.type))
         return "imports write no feature of the type \"" + feature.type + '"';
     return {};
 }
 
-void PlainCheck::plan(const ie::PlainFeature& feature, EntryCheck& check)
+void PlainCheck::plan(ie::FeatureKind kind, EntryCheck& check)
 {
-    const FeatureReader::Reading reading = m_reader.read(feature.type, feature.name);
+    const FeatureReader::Reading reading = m_reader.read(kind, check.feature);
     if (reading.isGood()) {
         check.cameraValue = reading.text;
-        if (reading.text == feature.value)
+        if (reading.text == check.fileValue)
             return;
-        const FeatureReader::Access access = m_reader.access(feature.name);
+        const FeatureReader::Access access = m_reader.access(check.feature);
         if (!access.isWritable())
-            return judge(check, Verdict::NotWritable, access.text());
+            return check.judge(EntryVerdict::NotWritable, access.text());
     } else {
-        planUnread(feature, reading.status, check);
-        if (check.verdict != Verdict::Change)
+        planUnread(reading.status, check);
+        if (check.verdict != EntryVerdict::WouldChange)
             return;
     }
-    const ImportedValue imported = importedValue(feature.type, feature.value);
+    const ImportedValue imported = importedValue(kind, check.fileValue);
     if (!imported.flaw.isNull()) {
         check.isFaithful = false;
         check.warnings += imported.flaw;
     }
     const QString objection = rangeObjection(reading, imported.text);
     if (!objection.isNull())
-        return judge(check, Verdict::OutOfRange, objection);
+        return check.judge(EntryVerdict::OutOfRange, objection);
     if (check.isFaithful && reading.isGood() && imported.text == reading.text) {
         check.warnings += "written again: the texts differ, the values do not";
         return;
     }
-    check.verdict = Verdict::Change;
+    check.verdict = EntryVerdict::WouldChange;
     check.newValue = imported.text;
 }
 
 // Imports write what they cannot read all the same.
-void PlainCheck::planUnread(const ie::PlainFeature& feature, KX_Status status, EntryCheck& check)
+void PlainCheck::planUnread(KX_Status status, EntryCheck& check)
 {
     if (status != KX_E_GC_ACCESS)
-        return judge(check, status == KX_E_GC_PROPERTY ? Verdict::Absent : Verdict::NotWritable,
-                     KX_CC_StatusText(status));
-    const FeatureReader::Access access = m_reader.access(feature.name);
+        return check.judge(status == KX_E_GC_PROPERTY ? EntryVerdict::Absent : EntryVerdict::NotWritable,
+                           KX_CC_StatusText(status));
+    const FeatureReader::Access access = m_reader.access(check.feature);
     if (access.isAbsent())
-        return judge(check, Verdict::Absent, access.text());
+        return check.judge(EntryVerdict::Absent, access.text());
     if (access.isWritable() && access.mode != KX_AM_WRITE_ONLY)
-        return judge(check, Verdict::NotWritable, "the camera refuses its register");
-    judge(check, access.isWritable() ? Verdict::Change : Verdict::NotWritable, access.text());
+        return check.judge(EntryVerdict::NotWritable, "the camera refuses its register");
+    check.judge(access.isWritable() ? EntryVerdict::WouldChange : EntryVerdict::NotWritable, access.text());
 }
 
-void PlainCheck::verify(const ie::PlainFeature& feature, EntryCheck& check)
+void PlainCheck::verify(ie::FeatureKind kind, EntryCheck& check)
 {
-    const FeatureReader::Reading reading = m_reader.read(feature.type, feature.name);
+    const FeatureReader::Reading reading = m_reader.read(kind, check.feature);
     if (!reading.isGood())
-        return verifyUnread(feature, reading.status, check);
+        return verifyUnread(reading.status, check);
     check.cameraValue = reading.text;
-    if (isSameValue(feature.type, feature.value, reading.text))
+    if (ie::isSameValue(kind, check.fileValue, reading.text))
         return;
     const qint64 increment = reading.integer ? reading.integer->increment : 1;
-    if (isCoercedValue(feature.type, feature.value, reading.text, increment))
-        return judge(check, Verdict::Coerced);
-    const ImportedValue imported = importedValue(feature.type, feature.value);
-    const FeatureReader::Access access = m_reader.access(feature.name);
+    if (isCoercedValue(kind, check.fileValue, reading.text, increment))
+        return check.judge(EntryVerdict::Coerced);
+    const ImportedValue imported = importedValue(kind, check.fileValue);
+    const FeatureReader::Access access = m_reader.access(check.feature);
     if (!access.isWritable())
-        return judge(check, Verdict::NotApplied, access.text());
+        return check.judge(EntryVerdict::NotApplied, access.text());
     if (!imported.flaw.isNull())
-        return judge(check, Verdict::NotApplied, imported.flaw);
-    judge(check, Verdict::NotApplied, rangeObjection(reading, imported.text));
+        return check.judge(EntryVerdict::NotApplied, imported.flaw);
+    check.judge(EntryVerdict::NotApplied, rangeObjection(reading, imported.text));
 }
 
-void PlainCheck::verifyUnread(const ie::PlainFeature& feature, KX_Status status, EntryCheck& check)
+void PlainCheck::verifyUnread(KX_Status status, EntryCheck& check)
 {
     if (status != KX_E_GC_ACCESS)
-        return judge(check, status == KX_E_GC_PROPERTY ? Verdict::Absent : Verdict::NotApplied,
-                     KX_CC_StatusText(status));
-    const FeatureReader::Access access = m_reader.access(feature.name);
+        return check.judge(status == KX_E_GC_PROPERTY ? EntryVerdict::Absent : EntryVerdict::NotApplied,
+                           KX_CC_StatusText(status));
+    const FeatureReader::Access access = m_reader.access(check.feature);
     if (access.isAbsent())
-        return judge(check, Verdict::Absent, access.text());
+        return check.judge(EntryVerdict::Absent, access.text());
     if (access.status == KX_OK && access.mode == KX_AM_WRITE_ONLY)
-        return judge(check, Verdict::Skipped, "write-only: it cannot be read back");
-    judge(check, Verdict::NotApplied,
-          access.isWritable() ? "the camera refuses its register" : access.text());
+        return check.judge(EntryVerdict::Skipped, "write-only: it cannot be read back");
+    check.judge(EntryVerdict::NotApplied,
+                access.isWritable() ? "the camera refuses its register" : access.text());
 }
 
 } // namespace companion

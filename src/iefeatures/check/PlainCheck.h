@@ -18,10 +18,10 @@ public:
 
 private:
     QString skipReason(const ie::FeaturesContent::Entry& entry);
-    void plan(const ie::PlainFeature& feature, EntryCheck& check);
-    void planUnread(const ie::PlainFeature& feature, KX_Status status, EntryCheck& check);
-    void verify(const ie::PlainFeature& feature, EntryCheck& check);
-    void verifyUnread(const ie::PlainFeature& feature, KX_Status status, EntryCheck& check);
+    void plan(ie::FeatureKind kind, EntryCheck& check);
+    void planUnread(KX_Status status, EntryCheck& check);
+    void verify(ie::FeatureKind kind, EntryCheck& check);
+    void verifyUnread(KX_Status status, EntryCheck& check);
 
     FeatureReader& m_reader;
     ImportSkips& m_skips;

@@ -1,68 +1,33 @@
 #include "iefeatures/check/RegisterCheck.h"
 
-#include <SuiteTools/SuiteTools.h>
+#include "jobs/nodes/RegisterWords.h"
+#include "jobs/rules/ImportRules.h"
 
 #include <QVector>
 #include <QtEndian>
-
-#include <algorithm>
-#include <limits>
 
 namespace companion
 {
 namespace
 {
 
-constexpr qint64 kLargestBlock = 16 * 1024 * 1024; // imports end at a larger one
-
-using Words = QVector<quint32>;
-
-// As files have them. A last word that the block does not fill up has zeros above.
-Words wordsOf(QByteArray bytes, bool swaps)
+// Where an import writes something else than the file says.
+void tellFlaws(const ie::RegisterValue& value, int words, EntryCheck& check)
 {
-    bytes.append(QByteArray((4 - bytes.size() % 4) % 4, '\0'));
-    Words words;
-    for (int i = 0; i < bytes.size(); i += 4) {
-        const auto word = qFromLittleEndian<quint32>(bytes.constData() + i);
-        words += swaps ? qbswap(word) : word;
-    }
-    return words;
-}
-
-void judge(EntryCheck& check, Verdict verdict, const QString& reason = {})
-{
-    check.verdict = verdict;
-    check.reason = reason;
-}
-
-quint32 importedWord(const QString& text, EntryCheck& check)
-{
-    const qint64 number = VELAInterface::string2Int(text);
-    const auto word = static_cast<quint32>(number);
-    const bool isPlainZero = !text.isEmpty() && text.count('0') == text.size();
-    if (number != qint64(word) || (number == 0 && !isPlainZero && text != "0x0")) {
+    const auto flaw = [&check](const QString& text) {
         check.isFaithful = false;
-        check.warnings +=
-            QString("\"%1\" is written as %2: a word is a number of 32 bits").arg(text).arg(word);
-    }
-    return word;
-}
-
-// What the block would hold after an import: what the file gives over what stands there.
-Words imported(const Words& current, const ie::RegisterValue& value, EntryCheck& check)
-{
-    Words words = current;
-    const QStringList given = value.to.isEmpty() ? value.content.split(',') : QStringList(value.to);
-    const int count = std::min<int>(given.size(), words.size());
-    for (int i = 0; i < count; ++i)
-        words[i] = importedWord(given[i], check);
-    if (given.size() > words.size()) {
-        check.isFaithful = false;
-        check.warnings += QString("the file has %1 values for %2 words: the others are not written")
-                              .arg(given.size())
-                              .arg(words.size());
-    }
-    return words;
+        check.warnings += text;
+    };
+    const qint64 given = ie::forEachImportedWord(value, words, [&](int, const QString& text) {
+        const ie::Imported<quint32> imported = ie::importedWord(text);
+        if (!imported.isFaithful)
+            flaw(QString("\"%1\" is written as %2: a word is a number of 32 bits")
+                     .arg(text)
+                     .arg(imported.value));
+    });
+    if (given > words)
+        flaw(
+            QString("the file has %1 values for %2 words: the others are not written").arg(given).arg(words));
 }
 
 } // namespace
@@ -83,14 +48,14 @@ std::vector<EntryCheck> RegisterCheck::check(const ie::ComplexFeature& feature)
     if (skipped.isNull() && !feature.reg.isEmpty())
         block.access = m_reader.access(feature.reg);
     if (!skipped.isNull())
-        judge(whole, Verdict::Skipped, skipped);
+        whole.judge(EntryVerdict::Skipped, skipped);
     else if (m_mode == CheckMode::Plan && !m_brokenBlock.isNull())
-        judge(whole, Verdict::Broken, "imports end before it, at " + m_brokenBlock);
+        whole.judge(EntryVerdict::Broken, "imports end before it, at " + m_brokenBlock);
     else if (block.access.isAbsent())
-        judge(whole, Verdict::Absent, "its register " + feature.reg + ": " + block.access.text());
-    else if (feature.lengthText.isEmpty() || feature.length > kLargestBlock)
-        judge(whole, Verdict::Broken,
-              feature.lengthText.isEmpty() ? "the block has no length" : "the block is too large");
+        whole.judge(EntryVerdict::Absent, "its register " + feature.reg + ": " + block.access.text());
+    else if (feature.lengthText.isEmpty() || feature.length > ie::RegisterWords::kMaximumLength)
+        whole.judge(EntryVerdict::Broken,
+                    feature.lengthText.isEmpty() ? "the block has no length" : "the block is too large");
     else {
         std::vector<EntryCheck> checks;
         for (const ie::RegisterValue& value : feature.values) {
@@ -100,7 +65,7 @@ std::vector<EntryCheck> RegisterCheck::check(const ie::ComplexFeature& feature)
         }
         return checks;
     }
-    if (whole.verdict == Verdict::Broken && m_brokenBlock.isNull() && block.access.isWritable())
+    if (whole.verdict == EntryVerdict::Broken && m_brokenBlock.isNull() && block.access.isWritable())
         m_brokenBlock = feature.name;
     return {whole};
 }
@@ -110,11 +75,12 @@ EntryCheck RegisterCheck::checkEntry(const Block& block, const ie::RegisterValue
     EntryCheck check;
     check.feature = block.feature.name;
     check.isRegister = true;
-    check.address = value.addressText;
+    if (!value.addressText.isEmpty())
+        check.address = value.address;
     check.fileValue = value.to.isEmpty() ? value.content : value.to;
     if (value.addressText.isEmpty() || value.content.isEmpty()) {
-        judge(check, Verdict::Broken,
-              value.addressText.isEmpty() ? "the register has no address" : "the register has no value");
+        check.judge(EntryVerdict::Broken, value.addressText.isEmpty() ? "the register has no address"
+                                                                      : "the register has no value");
         if (block.access.isWritable() && m_mode == CheckMode::Plan)
             m_brokenBlock = check.feature;
     } else if (value.address % 4 != 0) {
@@ -130,11 +96,11 @@ EntryCheck RegisterCheck::checkEntry(const Block& block, const ie::RegisterValue
 void RegisterCheck::checkUnaligned(const Block& block, const ie::RegisterValue& value, EntryCheck& check)
 {
     const qint64 length = block.feature.length;
-    QByteArray bytes;
+    char bytes[8] = {};
     const bool canBeRead = m_isGigE && value.address % 4 == 2 && length > 0 && length <= 4 &&
-                           m_reader.readMemory(value.address - 2, 8, bytes) == KX_OK;
+                           m_reader.readMemory(value.address - 2, bytes, sizeof bytes) == KX_OK;
     if (canBeRead) {
-        const auto word = qFromLittleEndian<quint32>(bytes.constData() + 2);
+        const auto word = qFromLittleEndian<quint32>(bytes + 2);
         const quint32 halvesExchanged = word << 16 | word >> 16;
         check.cameraValue = QString::number(length == 4          ? qbswap(word)
                                             : value.to.isEmpty() ? halvesExchanged
@@ -145,41 +111,43 @@ void RegisterCheck::checkUnaligned(const Block& block, const ie::RegisterValue& 
     }
     const QString why = "imports pass over an address that is no multiple of 4";
     if (m_mode == CheckMode::Verify && canBeRead)
-        return judge(check, Verdict::NotApplied, why);
-    judge(check, Verdict::Skipped, why);
+        return check.judge(EntryVerdict::NotApplied, why);
+    check.judge(EntryVerdict::Skipped, why);
     check.warnings += "address " + value.addressText + " is no multiple of 4";
 }
 
 void RegisterCheck::compare(const Block& block, const ie::RegisterValue& value, EntryCheck& check)
 {
-    QByteArray bytes;
-    const qint64 length = block.feature.length;
-    const KX_Status status = length > 0 ? m_reader.readMemory(value.address, length, bytes) : KX_E_PARAMETER;
+    ie::RegisterWords words(block.feature.length, m_isGigE);
+    const KX_Status status = words.isAllocated() && words.length() > 0
+                                 ? m_reader.readMemory(value.address, words.data(), words.length())
+                                 : KX_E_PARAMETER;
     if (status != KX_OK)
-        return judge(check, m_mode == CheckMode::Plan ? Verdict::NotWritable : Verdict::NotApplied,
-                     KX_CC_StatusText(status));
-    const Words current = wordsOf(bytes, m_isGigE && length == 4);
-    check.cameraValue = ie::wordsText(current);
+        return check.judge(m_mode == CheckMode::Plan ? EntryVerdict::NotWritable : EntryVerdict::NotApplied,
+                           KX_CC_StatusText(status));
+    check.cameraValue = words.text();
     if (check.cameraValue == check.fileValue)
         return;
-    const Words after = imported(current, value, check);
-    const bool isSame = after == current && check.isFaithful;
+    tellFlaws(value, words.count(), check);
+    const QVector<quint32> current = words.words();
+    words.take(value);
+    const bool isSame = words.words() == current && check.isFaithful;
     if (m_mode == CheckMode::Verify) {
         if (isSame)
             return;
         const QString why = block.access.isWritable() ? check.warnings.join("; ")
                                                       : block.feature.reg + ": " + block.access.text();
         check.warnings.clear();
-        return judge(check, Verdict::NotApplied, why);
+        return check.judge(EntryVerdict::NotApplied, why);
     }
     if (!block.access.isWritable())
-        return judge(check, Verdict::NotWritable, block.feature.reg + ": " + block.access.text());
+        return check.judge(EntryVerdict::NotWritable, block.feature.reg + ": " + block.access.text());
     if (isSame) {
         check.warnings += "written again: the texts differ, the values do not";
         return;
     }
-    check.verdict = Verdict::Change;
-    check.newValue = ie::wordsText(after);
+    check.verdict = EntryVerdict::WouldChange;
+    check.newValue = words.text();
 }
 
 } // namespace companion

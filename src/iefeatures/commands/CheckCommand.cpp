@@ -14,17 +14,18 @@ int runCheck(Console& console, const std::vector<ListedCamera>& cameras, const Q
              bool isJson)
 {
     const FeaturesFileInput input = readFeaturesFile(file);
-    const bool isEmpty = input.problem.isNull() && !input.content.hasFeatures;
-    if (!input.problem.isNull() || isEmpty) {
-        console.err((isEmpty ? "The file has no features: " + file : input.problem) + '\n');
-        return ExitInputOutput;
+    std::vector<CameraCheck> checks;
+    if (input.isGood()) {
+        checks = checkCameras(cameras, input.content, mode, [] { return !Interrupt::isRequested(); });
+    } else {
+        console.err(input.error + '\n');
+        for (const ListedCamera& camera : cameras)
+            checks.push_back({camera, input.verdict, input.error, {}, {}});
     }
-    const std::vector<CameraCheck> checks =
-        checkCameras(cameras, input.content, mode, [] { return !Interrupt::isRequested(); });
     if (Interrupt::isRequested())
         console.err(std::string("Interrupted.\n"));
-    console.out(isJson ? checkJson(checks, mode) : checkText(checks, mode).toStdString());
-    return Interrupt::isRequested() ? ExitInterrupted : checkExitCode(checks);
+    console.out(isJson ? checkJson(checks) : checkText(checks).toStdString());
+    return Interrupt::isRequested() ? ExitInterrupted : exitCodeOf(gravestOf(checks));
 }
 
 void CheckCommand::addOptions(CLI::App& app)

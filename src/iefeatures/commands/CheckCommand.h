@@ -10,8 +10,8 @@
 namespace companion
 {
 
-// Checks the cameras, tells what it has come to and gives an ExitCode. An interrupt ends it after the
-// features in hand.
+// Checks the cameras, tells what it has come to and gives an ExitCode; none is asked when the file is none.
+// An interrupt ends it after the features in hand.
 int runCheck(Console& console, const std::vector<ListedCamera>& cameras, const QString& file, CheckMode mode,
              bool isJson);
 

@@ -4,10 +4,8 @@
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/Text.h"
-#include "iefeatures/exports/ExportVerdict.h"
+#include "iefeatures/exports/WholeExport.h"
 #include "iefeatures/files/FeaturesFileInput.h"
-
-#include "jobs/worker/QOperateThread.h"
 
 #include <CLI/CLI.hpp>
 
@@ -21,12 +19,11 @@ namespace
 {
 
 // On the message stream: what it looks like is the person's to judge, the results come later.
-void tellPlan(Console& console, const std::vector<ListedCamera>& targets, const QString& file)
+void tellPlan(Console& console, const std::vector<ListedCamera>& targets, const ie::FeaturesContent& content)
 {
-    const FeaturesFileInput input = readFeaturesFile(file);
     const auto plan =
-        checkCameras(targets, input.content, CheckMode::Plan, [] { return !Interrupt::isRequested(); });
-    console.err(input.problem.isNull() ? checkText(plan, CheckMode::Plan) : input.problem + '\n');
+        checkCameras(targets, content, CheckMode::Plan, [] { return !Interrupt::isRequested(); });
+    console.err(checkText(plan));
 }
 
 } // namespace
@@ -85,7 +82,12 @@ int CloneCommand::clone(World& world, const Roles& roles) const
     const QString file = exportSource(world.console, roles.source, folder.path());
     if (file.isEmpty())
         return Interrupt::isRequested() ? ExitInterrupted : ExitJobFailed;
-    tellPlan(world.console, roles.targets, file);
+    const FeaturesFileInput input = readFeaturesFile(file);
+    if (!input.isGood()) {
+        world.console.err(roles.source.title() + ": its export cannot be read as a features file.\n");
+        return ExitJobFailed;
+    }
+    tellPlan(world.console, roles.targets, input.content);
     int code = ExitWell;
     if (!m_isAgreed && !isAgreedTo(world, roles, code))
         return code;
@@ -103,18 +105,13 @@ int CloneCommand::clone(World& world, const Roles& roles) const
 // The file's path; empty when there is none.
 QString CloneCommand::exportSource(Console& console, const ListedCamera& source, const QString& folder) const
 {
-    const auto setUp = [&](QOperateThread& worker, const StructDeviceInfo& device) {
-        worker.SetXmlExportJob(device, folder);
-    };
-    const JobRecord record = runJobs(console, {source}, {setUp, m_json}).front();
-    const ExportResult result = examineExport(record.job, record.tally);
-    const QStringList remarks = exportRemarks(result, record.findings);
-    for (const QString& remark : remarks)
-        console.err(source.title() + ": " + remark + '\n');
-    const bool isWhole = result.state == ExportResult::State::Written && remarks.isEmpty();
-    if (!isWhole)
+    const auto into = [&](const StructDeviceInfo&) { return folder; };
+    const CameraExport done =
+        runExports(console, {source}, {ExportTask::Format::FeaturesFile, into, m_json}).front();
+    tellRemarks(console, done);
+    if (!done.isWhole())
         console.err(source.title() + ": could not be exported, so no camera was set.\n");
-    return isWhole ? result.job.path : QString();
+    return done.isWhole() ? done.result.job.path : QString();
 }
 
 bool CloneCommand::isAgreedTo(World& world, const Roles& roles, int& code) const

@@ -107,7 +107,7 @@ int DiffCommand::compare(Console& console, std::vector<FeatureSource>& sources) 
                 return code;
         for (FeatureSource& source : sources)
             if (source.camera.has_value() == isCamera)
-                if (const int code = readSource(console, source))
+                if (const int code = readSource(console, source, m_json))
                     return code;
     }
     const FeatureComparison comparison = comparisonOf(console, sources);

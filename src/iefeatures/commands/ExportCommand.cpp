@@ -2,10 +2,9 @@
 
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/Text.h"
-#include "iefeatures/exports/ExportVerdict.h"
+#include "iefeatures/exports/WholeExport.h"
 
 #include "jobs/rules/DeviceNames.h"
-#include "jobs/worker/QOperateThread.h"
 
 #include <CLI/CLI.hpp>
 
@@ -50,17 +49,13 @@ QStringList ExportCommand::objections(const std::vector<ListedCamera>& cameras) 
 int ExportCommand::carryOut(Console& console, const std::vector<ListedCamera>& cameras) const
 {
     const QString folder = QString::fromStdString(m_folder);
-    const auto setUp = [&](QOperateThread& worker, const StructDeviceInfo& device) {
-        if (isBag())
-            worker.SetFeatureBagExportJob(device, folder);
-        else
-            worker.SetXmlExportJob(device, folder);
-    };
+    using Format = ExportTask::Format;
+    const ExportTask task{isBag() ? Format::FeatureBag : Format::FeaturesFile,
+                          [&](const StructDeviceInfo&) { return folder; }, wantsJson()};
     std::vector<ExportResult> results;
-    for (const JobRecord& record : runJobs(console, cameras, {setUp, wantsJson()})) {
-        results.push_back(examineExport(record.job, record.tally));
-        for (const QString& remark : exportRemarks(results.back(), record.findings))
-            console.err(record.job.camera.title() + ": " + remark + '\n');
+    for (const CameraExport& done : runExports(console, cameras, task)) {
+        tellRemarks(console, done);
+        results.push_back(done.result);
     }
     if (Interrupt::isRequested())
         console.err(std::string("Interrupted.\n"));

@@ -36,6 +36,11 @@ int RollbackCommand::execute(World& world)
         world.console.err(problem + '\n');
         return ExitInputOutput;
     }
+    const FeaturesFileInput file = readFeaturesFile(snapshot->featuresFile);
+    if (!file.isGood()) {
+        tellError(world.console, file, m_json);
+        return exitCodeOf(file.verdict);
+    }
     std::vector<ListedCamera> cameras;
     if (!findCameras(world, cameras))
         return ExitInputOutput;
@@ -45,7 +50,7 @@ int RollbackCommand::execute(World& world)
         return ExitNoSuchCamera;
     }
     for (const ListedCamera& camera : choice.cameras)
-        if (const int code = objectTo(world.console, camera, *snapshot))
+        if (const int code = objectTo(world.console, camera, *snapshot, file.content.header))
             return code;
 
     ImportTask task;
@@ -60,11 +65,12 @@ int RollbackCommand::execute(World& world)
 }
 
 // The feature bag is loaded without a look at whom it belongs to, so that has to come before.
-int RollbackCommand::objectTo(Console& console, const ListedCamera& camera, const Snapshot& snapshot) const
+int RollbackCommand::objectTo(Console& console, const ListedCamera& camera, const Snapshot& snapshot,
+                              const ie::FeaturesHeader& header) const
 {
-    const QString model = featuresOfFile(snapshot.featuresFile).model;
-    if (model != ie::modelNameAsUtf8(camera.device.stDeviceInfo)) {
-        console.err(camera.title() + ": the snapshot is of another model, " + printable(model) + ".\n");
+    if (header.model != ie::modelNameAsUtf8(camera.device.stDeviceInfo)) {
+        console.err(camera.title() + ": the snapshot is of another model, " + printable(header.model) +
+                    ".\n");
         return ExitIncompatible;
     }
     const auto names = ie::deviceNames(camera.device.stDeviceInfo, ie::FieldEnd::AtSize);

@@ -20,7 +20,8 @@ public:
     int execute(World& world) override;
 
 private:
-    int objectTo(Console& console, const ListedCamera& camera, const Snapshot& snapshot) const;
+    int objectTo(Console& console, const ListedCamera& camera, const Snapshot& snapshot,
+                 const ie::FeaturesHeader& header) const;
 
     std::string m_snapshot;
     std::string m_serial;

@@ -22,7 +22,7 @@ int ShowCommand::execute(World& world)
 {
     FeatureSource source;
     source.path = QString::fromStdString(m_file);
-    if (const int code = readSource(world.console, source))
+    if (const int code = readSource(world.console, source, m_json))
         return code;
     if (m_json)
         world.console.out(featuresJson(source.content));

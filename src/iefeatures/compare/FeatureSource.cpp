@@ -3,16 +3,12 @@
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/Text.h"
-#include "iefeatures/exports/ExportVerdict.h"
+#include "iefeatures/exports/WholeExport.h"
 #include "iefeatures/files/FeaturesFileInput.h"
-#include "iefeatures/running/JobRun.h"
-
-#include "jobs/worker/QOperateThread.h"
 
 #include <QDir>
 
 #include <algorithm>
-#include <map>
 
 namespace companion
 {
@@ -53,18 +49,13 @@ int findCamera(Console& console, const Selector& selector, const QString& wanted
     return ExitWell;
 }
 
-// A file that the line has thinned out would show differences that are none.
-bool takeExport(Console& console, const JobRecord& record, FeatureSource& source)
+bool takeExport(Console& console, const CameraExport& done, FeatureSource& source)
 {
-    const ExportResult result = examineExport(record.job, record.tally);
-    const QStringList remarks = exportRemarks(result, record.findings);
-    for (const QString& remark : remarks)
-        console.err(source.camera->title() + ": " + remark + '\n');
-    const bool isWhole = result.state == ExportResult::State::Written && remarks.isEmpty();
-    if (!isWhole)
+    tellRemarks(console, done);
+    if (!done.isWhole())
         console.err(source.camera->title() + ": could not be exported.\n");
-    source.path = result.job.path;
-    return isWhole;
+    source.path = done.result.job.path;
+    return done.isWhole();
 }
 
 } // namespace
@@ -88,54 +79,51 @@ int findSource(Console& console, const std::string& word, const std::vector<List
 
 int exportSources(Console& console, std::vector<FeatureSource>& sources, const QString& folder)
 {
+    const auto folderOf = [&](const StructDeviceInfo& device) {
+        return folder + '/' + QString::number(device.nDeviceID);
+    };
     std::vector<ListedCamera> cameras;
-    std::map<int, QString> folders;
     for (const FeatureSource& source : sources) {
         if (!source.camera)
             continue;
-        const int id = source.camera->device.nDeviceID;
         cameras.push_back(*source.camera);
-        folders[id] = folder + '/' + QString::number(id);
-        if (!QDir().mkpath(folders[id])) {
-            console.err("The temporary folder " + folders[id] + " cannot be made.\n");
+        const QString own = folderOf(source.camera->device);
+        if (!QDir().mkpath(own)) {
+            console.err("The temporary folder " + own + " cannot be made.\n");
             return ExitInputOutput;
         }
     }
     if (cameras.empty())
         return ExitWell;
-    const auto setUp = [&](QOperateThread& worker, const StructDeviceInfo& device) {
-        worker.SetXmlExportJob(device, folders.at(device.nDeviceID));
-    };
-    const std::vector<JobRecord> records = runJobs(console, cameras, {setUp});
-    bool isGood = true;
-    auto record = records.begin();
+    const auto exports = runExports(console, cameras, {ExportTask::Format::FeaturesFile, folderOf});
+    bool areWhole = true;
+    auto done = exports.begin();
     for (FeatureSource& source : sources)
         if (source.camera)
-            isGood = takeExport(console, *record++, source) && isGood;
+            areWhole = takeExport(console, *done++, source) && areWhole;
     if (Interrupt::isRequested()) {
         console.err(std::string("Interrupted.\n"));
         return ExitInterrupted;
     }
-    return isGood ? ExitWell : ExitInputOutput;
+    return areWhole ? ExitWell : ExitInputOutput;
 }
 
-int readSource(Console& console, FeatureSource& source)
+int readSource(Console& console, FeatureSource& source, bool isJson)
 {
-    const FeaturesFileInput input = readFeaturesFile(source.path);
-    if (!input.problem.isNull()) {
-        // Exports write text values as they are, also those with a "<" in them.
-        console.err((source.camera ? source.title + ": its export cannot be read as a features file."
-                                   : printable(input.problem)) +
-                    '\n');
+    FeaturesFileInput input = readFeaturesFile(source.path);
+    // Exports write text values as they are, also those with a "<" in them.
+    if (!input.isGood() && source.camera) {
+        console.err(source.title + ": its export cannot be read as a features file.\n");
         return ExitInputOutput;
     }
+    if (input.isGood() && input.content.header.version.isEmpty()) {
+        input.verdict = CameraVerdict::Incompatible;
+        input.error = "The file names no version: " + printable(source.path);
+    }
+    if (!input.isGood())
+        tellError(console, input, isJson);
     source.content = input.content;
-    const bool isUsable = source.content.hasFeatures && !source.content.header.version.isEmpty();
-    if (isUsable)
-        return ExitWell;
-    console.err(QString("%1 is no features file: it has no %2.\n")
-                    .arg(printable(source.path), source.content.hasFeatures ? "version" : "features"));
-    return ExitIncompatible;
+    return exitCodeOf(input.verdict);
 }
 
 } // namespace companion

@@ -32,8 +32,8 @@ int findSource(Console& console, const std::string& word, const std::vector<List
 // Exports those of the sources that are cameras, all at the same time, into folders of their own below
 // `folder`. Gives an ExitCode and tells what went wrong.
 int exportSources(Console& console, std::vector<FeatureSource>& sources, const QString& folder);
-// Gives an ExitCode and tells what went wrong: 6 when the file cannot be read, 5 when it is no features file
-// that imports would take.
-int readSource(Console& console, FeatureSource& source);
+// Gives an ExitCode and tells what went wrong, as readFeaturesFile() does; a file that names no version fits
+// no camera. 6 for an export that cannot be read again.
+int readSource(Console& console, FeatureSource& source, bool isJson);
 
 } // namespace companion

@@ -1,6 +1,5 @@
 #include "iefeatures/console/ExitCode.h"
 
-#include <algorithm>
 #include <iomanip>
 #include <sstream>
 #include <utility>
@@ -8,13 +7,26 @@
 namespace companion
 {
 
-int gravestExitCode(const std::vector<int>& codes)
+ExitCode exitCodeOf(CameraVerdict verdict)
 {
-    for (const ExitCode code :
-         {ExitInterrupted, ExitJobFailed, ExitInputOutput, ExitIncompatible, ExitNotAllApplied})
-        if (std::find(codes.begin(), codes.end(), code) != codes.end())
-            return code;
-    return ExitWell;
+    switch (verdict) {
+    case CameraVerdict::Applied:
+    case CameraVerdict::Ready:
+        return ExitWell;
+    case CameraVerdict::Incomplete:
+        return ExitNotAllApplied;
+    case CameraVerdict::Incompatible:
+    case CameraVerdict::BadFile:
+        return ExitIncompatible;
+    case CameraVerdict::UnreadableFile:
+        return ExitInputOutput;
+    case CameraVerdict::NotStarted:
+    case CameraVerdict::Failed:
+        return ExitJobFailed;
+    case CameraVerdict::Interrupted:
+        break;
+    }
+    return ExitInterrupted;
 }
 
 std::string exitCodeTable()

@@ -1,8 +1,9 @@
 // What the companion's exit says. Scripts depend on the numbers.
 #pragma once
 
+#include "iefeatures/console/Verdict.h"
+
 #include <string>
-#include <vector>
 
 namespace companion
 {
@@ -19,9 +20,8 @@ enum ExitCode
     ExitInterrupted = 130
 };
 
-// What several cameras come to together: interrupted, job failed, input or output, incompatible, not all
-// applied, well.
-int gravestExitCode(const std::vector<int>& codes);
+// Of one camera or file; several come to what the gravest of them does.
+ExitCode exitCodeOf(CameraVerdict verdict);
 
 // The table for people, one line a code.
 std::string exitCodeTable();

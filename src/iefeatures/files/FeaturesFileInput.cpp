@@ -1,31 +1,38 @@
 #include "iefeatures/files/FeaturesFileInput.h"
 
-#include "jobs/file/XmlDepth.h"
+#include "iefeatures/console/Text.h"
 
-#include <QDomDocument>
-#include <QFile>
-#include <QFileInfo>
+#include <nlohmann/json.hpp>
 
 namespace companion
 {
-namespace
-{
-
-constexpr qint64 kLargestFile = 512 * 1024 * 1024;
-
-} // namespace
-
 FeaturesFileInput readFeaturesFile(const QString& path)
 {
-    QFile file(path);
-    // Devices never end.
-    if (!QFileInfo(path).isFile() || file.size() > kLargestFile || !file.open(QIODevice::ReadOnly))
-        return {{}, "The file cannot be read: " + path};
-    const QString text(file.readAll());
-    QDomDocument document;
-    if (text.isEmpty() || !ie::isSafeToParse(text) || !document.setContent(text))
-        return {{}, "The file is no features file: " + path};
-    return {ie::readFeatures(document.documentElement()), {}};
+    const QString name = printable(path);
+    const ie::LoadedFile file = ie::loadFeaturesFile(path);
+    switch (file.failure) {
+    case ie::LoadedFile::Failure::NotOpened:
+        return {{}, CameraVerdict::UnreadableFile, "The file cannot be read: " + name};
+    case ie::LoadedFile::Failure::Empty:
+    case ie::LoadedFile::Failure::NotLoaded:
+        return {{}, CameraVerdict::BadFile, "The file is no features file: " + name};
+    case ie::LoadedFile::Failure::None:
+        break;
+    }
+    const ie::FeaturesContent content = ie::readFeatures(file.document.documentElement());
+    if (!content.hasFeatures)
+        return {content, CameraVerdict::BadFile, "The file has no features: " + name};
+    return {content, CameraVerdict::Ready, {}};
+}
+
+void tellError(Console& console, const FeaturesFileInput& input, bool isJson)
+{
+    console.err(input.error + '\n');
+    if (!isJson)
+        return;
+    const nlohmann::ordered_json object = {{"result", verdictWord(input.verdict).toStdString()},
+                                           {"error", input.error.toStdString()}};
+    console.out(object.dump() + "\n");
 }
 
 } // namespace companion

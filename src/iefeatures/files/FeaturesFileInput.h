@@ -1,6 +1,9 @@
 // A features file from the disk, read as imports read it.
 #pragma once
 
+#include "iefeatures/console/Console.h"
+#include "iefeatures/console/Verdict.h"
+
 #include "jobs/file/FeaturesFile.h"
 
 #include <QString>
@@ -11,10 +14,17 @@ namespace companion
 struct FeaturesFileInput
 {
     ie::FeaturesContent content;
-    QString problem; // a sentence; null: the file could be read
+    CameraVerdict verdict = CameraVerdict::Ready; // UnreadableFile, BadFile: of the file by itself
+    QString error;                                // then why, a printable sentence
+
+    bool isGood() const { return verdict == CameraVerdict::Ready; }
 };
 
-// Whatever is well-formed XML is a features file; what a file leaves out is for the reader of `content`.
+// A features file is well-formed XML with an element "Features"; what else a file leaves out is for the
+// reader of `content`.
 FeaturesFileInput readFeaturesFile(const QString& path);
+
+// On the message stream; for scripts on the other one as well, {"result":"bad file","error":"..."}.
+void tellError(Console& console, const FeaturesFileInput& input, bool isJson);
 
 } // namespace companion

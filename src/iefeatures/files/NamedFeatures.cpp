@@ -1,10 +1,7 @@
 #include "iefeatures/files/NamedFeatures.h"
 
-#include <SuiteTools/SuiteTools.h>
-
 #include <QFile>
 #include <QFileInfo>
-#include <QXmlStreamReader>
 
 namespace companion
 {
@@ -22,45 +19,29 @@ QByteArray contentOf(const QString& path)
     return file.readAll();
 }
 
-void takeOnce(const QString& name, QStringList& names, std::map<QString, bool>& isKnown)
-{
-    if (!name.isEmpty() && !std::exchange(isKnown[name], true))
-        names += name;
-}
-
 } // namespace
 
-ImportedFeatures featuresOfFile(const QString& featuresFile)
+NamedFeatures namedBy(const ie::FeaturesContent& content)
 {
-    ImportedFeatures features;
-    std::map<QString, bool> isKnown;
-    QXmlStreamReader reader(contentOf(featuresFile));
-    QString block;
-    while (!reader.atEnd()) {
-        if (reader.readNext() != QXmlStreamReader::StartElement)
-            continue;
-        const QXmlStreamAttributes attributes = reader.attributes();
-        if (reader.name() == QLatin1String("DeviceModelName")) {
-            features.model = reader.readElementText(QXmlStreamReader::SkipChildElements);
-        } else if (reader.name() == QLatin1String("Name")) {
-            takeOnce(reader.readElementText(QXmlStreamReader::SkipChildElements), features.names, isKnown);
-        } else if (reader.name() == QLatin1String("ComplexFeature")) {
-            block = attributes.value("name").toString();
-            takeOnce(block, features.names, isKnown);
-        } else if (attributes.hasAttribute("address")) {
-            features.blocks.emplace(VELAInterface::string2Int(attributes.value("address").toString()), block);
-        }
+    NamedFeatures features;
+    for (const ie::FeaturesContent::Entry& entry : content.entries) {
+        features.names += entry.isComplex ? entry.complex.name : entry.plain.name;
+        for (const ie::RegisterValue& value : entry.complex.values)
+            features.blocks.emplace(value.address, entry.complex.name);
     }
+    features.names.removeAll({});
+    features.names.removeDuplicates();
     return features;
 }
 
-ImportedFeatures featuresOfBag(const QString& bagFile)
+NamedFeatures namedByBag(const QString& bagFile)
 {
-    ImportedFeatures features;
-    std::map<QString, bool> isKnown;
+    NamedFeatures features;
     for (const QByteArray& line : contentOf(bagFile).split('\n'))
         if (!line.startsWith('#'))
-            takeOnce(QString::fromUtf8(line.left(line.indexOf('\t'))).trimmed(), features.names, isKnown);
+            features.names += QString::fromUtf8(line.left(line.indexOf('\t'))).trimmed();
+    features.names.removeAll({});
+    features.names.removeDuplicates();
     return features;
 }
 

@@ -1,6 +1,8 @@
 // Which features a file to import names.
 #pragma once
 
+#include "jobs/file/FeaturesFile.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -9,16 +11,15 @@
 namespace companion
 {
 
-struct ImportedFeatures
+struct NamedFeatures
 {
-    QString model;     // of a features file
     QStringList names; // in the file's order, each once
     std::map<int64_t, QString>
         blocks; // of the register entries of a features file: the feature they belong to
 };
 
-// Of what can be read: a file that is none gives nothing.
-ImportedFeatures featuresOfFile(const QString& featuresFile);
-ImportedFeatures featuresOfBag(const QString& bagFile);
+NamedFeatures namedBy(const ie::FeaturesContent& content);
+// Of what can be read: a file that is no bag names nothing.
+NamedFeatures namedByBag(const QString& bagFile);
 
 } // namespace companion

@@ -1,5 +1,6 @@
 #include "iefeatures/imports/AuditLog.h"
 
+#include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/OperatingSystem.h"
 #include "iefeatures/console/Text.h"
 
@@ -103,8 +104,8 @@ QByteArray auditLine(const AuditEntry& entry)
     for (const QString& name : entry.notApplied)
         line["notApplied"].push_back(name.toStdString());
     line["userSet"] = textOrNull(entry.userSet);
-    line["outcome"] = entry.outcome.toStdString();
-    line["exit"] = entry.exitCode;
+    line["outcome"] = verdictWord(entry.outcome).toStdString();
+    line["exit"] = int(exitCodeOf(entry.outcome));
     return QByteArray::fromStdString(line.dump()) + '\n';
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "iefeatures/cameras/ListedCamera.h"
+#include "iefeatures/console/Verdict.h"
 #include "iefeatures/running/ObservedChanges.h"
 
 #include <QString>
@@ -30,11 +31,10 @@ struct AuditEntry
     QString firmware;        // empty: not known
     QString descriptionHash; // SHA-256, hexadecimal; empty: not known
     std::vector<Change> changes;
-    QStringList notApplied; // features
-    QString snapshot;       // folder; empty: none
-    QString userSet;        // that it was saved into; empty: none
-    QString outcome;        // one word or two: "applied", "failed"
-    int exitCode = 0;       // what this camera alone would have given
+    QStringList notApplied;                         // features
+    QString snapshot;                               // folder; empty: none
+    QString userSet;                                // that it was saved into; empty: none
+    CameraVerdict outcome = CameraVerdict::Applied; // its word is told, and the exit code it makes by itself
 };
 
 // The entry as one line, the line feed included. Time, user and host are those of the call. Of very many

@@ -1,15 +1,13 @@
 #include "iefeatures/imports/ImportProcedure.h"
 
 #include "iefeatures/cameras/InParallel.h"
+#include "iefeatures/check/CheckReport.h"
+#include "iefeatures/check/ImportProof.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/Text.h"
 
 #include "jobs/worker/QOperateThread.h"
-
-#include <nlohmann/json.hpp>
-
-#include <algorithm>
 
 namespace companion
 {
@@ -18,78 +16,12 @@ namespace
 
 constexpr int kMostNamed = 20; // in messages for people
 
-bool isIncompleteAtWorst(const ImportOutcome& outcome)
-{
-    return outcome.state == ImportOutcome::State::Applied ||
-           outcome.state == ImportOutcome::State::Incomplete;
-}
-
-bool goesOn(const CameraImport& result)
-{
-    const bool isSaved = !result.snapshot || result.snapshot->snapshot;
-    return isSaved && std::all_of(result.jobs.begin(), result.jobs.end(), isIncompleteAtWorst);
-}
-
-const ImportOutcome& gravest(const std::vector<ImportOutcome>& jobs)
-{
-    std::vector<int> codes;
-    for (const ImportOutcome& job : jobs)
-        codes.push_back(importExitCode(job.state));
-    const auto found = std::find(codes.begin(), codes.end(), gravestExitCode(codes));
-    return jobs[size_t(found - codes.begin())];
-}
-
-// One outcome for the table: the gravest of the jobs, with the effort of all.
-ImportOutcome summed(const CameraImport& result)
-{
-    ImportOutcome sum;
-    sum.record.job.camera = result.camera;
-    if (!result.jobs.empty())
-        sum = gravest(result.jobs);
-    sum.record.tally.requests = 0;
-    sum.record.job.seconds = 0;
-    for (const ImportOutcome& job : result.jobs) {
-        sum.record.tally.requests += job.record.tally.requests;
-        sum.record.job.seconds += job.record.job.seconds;
-    }
-    return sum;
-}
-
-std::vector<Change> changesOf(const CameraImport& result, const CallWatch::Blocks& blocks)
-{
-    std::vector<Change> changes;
-    for (const ImportOutcome& job : result.jobs) {
-        for (Change change : job.record.findings.changes.changes()) {
-            const auto block = change.isRegister ? blocks.find(change.address) : blocks.end();
-            if (block != blocks.end())
-                change.feature = block->second;
-            changes.push_back(change);
-        }
-    }
-    return changes;
-}
-
 QStringList namesOf(const std::vector<Change>& changes)
 {
     QStringList names;
     for (const Change& change : changes)
         names += change.feature.isEmpty() ? "register " + QString::number(change.address) : change.feature;
     names.removeDuplicates();
-    return names;
-}
-
-// Features of the files that no job has come to.
-QStringList notReached(const CameraImport& result, const ImportedFeatures& named)
-{
-    QStringList names = named.names;
-    const auto drop = [&names](const QString& name) { names.removeAll(name); };
-    for (const ImportOutcome& job : result.jobs) {
-        const ObservedChanges& observed = job.record.findings.changes;
-        std::for_each(observed.seenFeatures().begin(), observed.seenFeatures().end(), drop);
-        for (const int64_t address : observed.seenRegisters())
-            if (const auto block = named.blocks.find(address); block != named.blocks.end())
-                drop(block->second);
-    }
     return names;
 }
 
@@ -109,32 +41,33 @@ QString quoted(QString word)
     return '\'' + word.replace('\'', "'\\''") + '\'';
 }
 
-ImportedFeatures namedBy(const ImportTask& task)
+FeaturesFileInput inputOf(const ImportTask& task)
 {
-    ImportedFeatures named = featuresOfFile(task.features);
-    named.names = featuresOfBag(task.bag).names + named.names;
+    return task.features.isEmpty() ? FeaturesFileInput() : readFeaturesFile(task.features);
+}
+
+NamedFeatures namedByBoth(const ImportTask& task, const FeaturesFileInput& input)
+{
+    NamedFeatures named = namedBy(input.content);
+    named.names = namedByBag(task.bag).names + named.names;
     named.names.removeDuplicates();
     return named;
 }
 
-} // namespace
-
-int exitCodeOf(const CameraImport& result)
+ImportTraces tracesOf(const CameraImport& result, const NamedFeatures& named)
 {
-    if (result.snapshot && !result.snapshot->snapshot)
-        return ExitJobFailed;
-    std::vector<int> codes{importExitCode(summed(result).state)};
-    if (result.verification && !result.verification->problem.isEmpty())
-        codes.push_back(ExitJobFailed);
-    else if (result.verification && !result.verification->isClean())
-        codes.push_back(ExitNotAllApplied);
-    if (!result.userSetProblem.isEmpty())
-        codes.push_back(ExitJobFailed);
-    return gravestExitCode(codes);
+    ImportTraces traces{changesOf(result, named), {}};
+    for (const ImportOutcome& job : result.jobs) {
+        const std::vector<EntryCheck> failed = failedEntries(job);
+        traces.failures.insert(traces.failures.end(), failed.begin(), failed.end());
+    }
+    return traces;
 }
 
+} // namespace
+
 ImportProcedure::ImportProcedure(Console& console, const ImportTask& task)
-    : m_console(console), m_task(task), m_named(namedBy(task))
+    : m_console(console), m_task(task), m_input(inputOf(task)), m_named(namedByBoth(task, m_input))
 {}
 
 int ImportProcedure::run(const std::vector<ListedCamera>& cameras)
@@ -142,16 +75,10 @@ int ImportProcedure::run(const std::vector<ListedCamera>& cameras)
     m_results.clear();
     for (const ListedCamera& camera : cameras)
         m_results.emplace_back().camera = camera;
-    if (!m_task.snapshots.isEmpty())
-        takeSnapshots();
-    if (!m_task.bag.isEmpty())
-        import(JOB_FEATURE_BAG_IMPORT, m_task.bag);
-    if (!m_task.features.isEmpty())
-        import(JOB_FEATURE_XML_IMPORT, m_task.features);
-    if (m_task.isVerified && !Interrupt::isRequested())
-        verify();
-    if (!m_task.userSet.name.isEmpty() && !Interrupt::isRequested())
-        saveUserSets();
+    if (m_input.isGood())
+        doAllSteps();
+    else
+        refuse();
     if (Interrupt::isRequested())
         m_console.err(std::string("Interrupted.\n"));
     for (const CameraImport& result : m_results) {
@@ -163,6 +90,40 @@ int ImportProcedure::run(const std::vector<ListedCamera>& cameras)
     if (m_task.isAudited)
         audit();
     return exitCode();
+}
+
+// No camera is asked about a file that is none.
+void ImportProcedure::refuse()
+{
+    m_console.err(m_input.error + '\n');
+    for (CameraImport& result : m_results)
+        result.check = CameraCheck{result.camera, m_input.verdict, m_input.error, {}, {}};
+}
+
+void ImportProcedure::doAllSteps()
+{
+    if (!m_task.snapshots.isEmpty())
+        takeSnapshots();
+    if (!m_task.bag.isEmpty())
+        import(JOB_FEATURE_BAG_IMPORT, m_task.bag);
+    if (!m_task.features.isEmpty())
+        import(JOB_FEATURE_XML_IMPORT, m_task.features);
+    if (m_task.isVerified && Interrupt::isRequested())
+        return cutShort();
+    if (m_task.isVerified)
+        verify();
+    if (m_task.userSet.name.isEmpty())
+        return;
+    if (Interrupt::isRequested())
+        return cutShort();
+    saveUserSets();
+}
+
+// What was left of the steps is what cameras that have come so far do not get.
+void ImportProcedure::cutShort()
+{
+    for (CameraImport* result : going())
+        result->isCutShort = true;
 }
 
 ImportProcedure::Cameras ImportProcedure::going()
@@ -209,6 +170,9 @@ void ImportProcedure::import(unsigned type, const QString& file)
         outcomes.push_back(examineImport(record));
     nameRegisters(m_named.blocks, outcomes);
     for (size_t i = 0; i < results.size(); ++i) {
+        // A second job that an interrupt has kept from its start leaves the camera half done.
+        if (outcomes[i].verdict == CameraVerdict::NotStarted && !results[i]->jobs.empty())
+            outcomes[i].verdict = CameraVerdict::Interrupted;
         results[i]->jobs.push_back(outcomes[i]);
         for (const QString& remark : importRemarks(outcomes[i]))
             tell(cameras[i], remark);
@@ -219,48 +183,46 @@ void ImportProcedure::verify()
 {
     const Cameras results = going();
     inParallel(results.size(), [&](size_t i) {
-        ImportTraces traces;
-        traces.changes = changesOf(*results[i], m_named.blocks);
-        for (const ImportOutcome& job : results[i]->jobs)
-            traces.failures.insert(traces.failures.end(), job.record.findings.failures.begin(),
-                                   job.record.findings.failures.end());
-        results[i]->verification = companion::verify(results[i]->camera, m_task.features, traces);
+        CameraCheck check = checkCamera(results[i]->camera, m_input.content, CheckMode::Verify,
+                                        [] { return !Interrupt::isRequested(); });
+        layOver(check, tracesOf(*results[i], m_named));
+        results[i]->check = check;
     });
 }
 
 // What is not as it should be must not become what the camera starts with.
 void ImportProcedure::saveUserSets()
 {
+    const QString set = printable(m_task.userSet.name);
     Cameras clean;
     for (CameraImport& result : m_results)
-        if (exitCodeOf(result) == ExitWell && result.verification)
+        if (result.check && reportOf(result).verdict == CameraVerdict::Applied)
             clean.push_back(&result);
         else
-            tell(result.camera, printable(m_task.userSet.name) + " was not saved: not all was applied.");
+            tell(result.camera, set + " was not saved: not all was applied.");
     inParallel(clean.size(), [&](size_t i) {
-        clean[i]->userSetProblem = saveUserSet(clean[i]->camera, m_task.userSet);
-        clean[i]->isUserSetSaved = clean[i]->userSetProblem.isEmpty();
+        const QString problem = saveUserSet(clean[i]->camera, m_task.userSet);
+        clean[i]->isUserSetSaved = problem.isEmpty();
+        if (!problem.isEmpty())
+            clean[i]->userSetProblem = set + " was not saved: " + problem;
     });
     for (const CameraImport* result : clean)
-        tell(result->camera, result->isUserSetSaved ? "saved into " + printable(m_task.userSet.name) + '.'
-                                                    : printable(m_task.userSet.name) +
-                                                          " was not saved: " + result->userSetProblem);
+        tell(result->camera, result->isUserSetSaved ? "saved into " + set + '.' : result->userSetProblem);
 }
 
 void ImportProcedure::tellInterrupted(const CameraImport& result)
 {
     if (goesOn(result) && !result.jobs.empty())
         return;
-    const std::vector<Change> changes = changesOf(result, m_named.blocks);
-    tell(result.camera, "written: " + listed(namesOf(changes)));
+    tell(result.camera, "written: " + listed(namesOf(changesOf(result, m_named))));
     tell(result.camera, "not reached: " + listed(notReached(result, m_named)));
 }
 
 // Only where there is something to undo.
 void ImportProcedure::offerRollback(const CameraImport& result)
 {
-    if (!result.snapshot || !result.snapshot->snapshot || exitCodeOf(result) == ExitWell ||
-        changesOf(result, m_named.blocks).empty())
+    if (!result.snapshot || !result.snapshot->snapshot || changesOf(result, m_named).empty() ||
+        reportOf(result).verdict == CameraVerdict::Applied)
         return;
     tell(result.camera, "to undo: iefeatures rollback " + quoted(result.snapshot->folder) + " --serial " +
                             quoted(result.camera.serial));
@@ -268,16 +230,40 @@ void ImportProcedure::offerRollback(const CameraImport& result)
 
 void ImportProcedure::tellResults()
 {
-    std::vector<ImportOutcome> outcomes;
-    for (const CameraImport& result : m_results)
-        outcomes.push_back(summed(result));
-    m_console.out(m_task.isJson ? importJson(outcomes) : importTable(outcomes).toStdString());
+    std::vector<ImportOutcome> rows;
+    std::vector<CameraCheck> reports;
     for (const CameraImport& result : m_results) {
-        if (!result.verification)
-            continue;
-        m_console.out(m_task.isJson ? verificationJson(*result.verification)
-                                    : verificationText(*result.verification).toStdString());
+        rows.push_back(summed(result));
+        if (m_task.isJson || result.check)
+            reports.push_back(reportOf(result));
     }
+    if (m_task.isJson)
+        m_console.out(checkJson(reports));
+    else
+        m_console.out(importTable(rows) + checkText(reports));
+}
+
+AuditEntry ImportProcedure::auditEntryOf(const CameraImport& result) const
+{
+    const CameraCheck report = reportOf(result);
+    AuditEntry entry;
+    entry.command = m_task.command;
+    entry.source = m_task.source;
+    entry.camera = result.camera;
+    for (const ImportOutcome& job : result.jobs) {
+        const ObservedChanges& observed = job.record.findings.changes;
+        entry.descriptionHash = observed.descriptionHash();
+        if (!observed.firmware().isEmpty())
+            entry.firmware = observed.firmware();
+    }
+    entry.changes = changesOf(result, m_named);
+    entry.notApplied = report.notApplied();
+    if (result.snapshot && result.snapshot->snapshot)
+        entry.snapshot = result.snapshot->folder;
+    if (result.isUserSetSaved)
+        entry.userSet = m_task.userSet.name;
+    entry.outcome = report.verdict;
+    return entry;
 }
 
 void ImportProcedure::audit()
@@ -288,28 +274,8 @@ void ImportProcedure::audit()
             files.push_back(auditFile(file));
     std::vector<AuditEntry> entries;
     for (const CameraImport& result : m_results) {
-        AuditEntry& entry = entries.emplace_back();
-        entry.command = m_task.command;
-        entry.source = m_task.source;
-        entry.files = files;
-        entry.camera = result.camera;
-        for (const ImportOutcome& job : result.jobs) {
-            const ObservedChanges& observed = job.record.findings.changes;
-            entry.descriptionHash = observed.descriptionHash();
-            if (!observed.firmware().isEmpty())
-                entry.firmware = observed.firmware();
-            entry.notApplied += notApplied(job.record.findings);
-        }
-        entry.changes = changesOf(result, m_named.blocks);
-        if (result.snapshot && result.snapshot->snapshot)
-            entry.snapshot = result.snapshot->folder;
-        if (result.verification)
-            entry.notApplied += result.verification->missing();
-        entry.notApplied.removeDuplicates();
-        if (result.isUserSetSaved)
-            entry.userSet = m_task.userSet.name;
-        entry.outcome = importWord(summed(result).state);
-        entry.exitCode = Interrupt::isRequested() ? int(ExitInterrupted) : exitCodeOf(result);
+        entries.push_back(auditEntryOf(result));
+        entries.back().files = files;
     }
     const QString problem = appendToAudit(entries);
     if (!problem.isEmpty())
@@ -320,10 +286,10 @@ int ImportProcedure::exitCode() const
 {
     if (Interrupt::isRequested())
         return ExitInterrupted;
-    std::vector<int> codes;
+    std::vector<CameraVerdict> verdicts;
     for (const CameraImport& result : m_results)
-        codes.push_back(exitCodeOf(result));
-    return gravestExitCode(codes);
+        verdicts.push_back(reportOf(result).verdict);
+    return exitCodeOf(gravest(verdicts));
 }
 
 void ImportProcedure::tell(const ListedCamera& camera, const QString& text)

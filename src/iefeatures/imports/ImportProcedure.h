@@ -3,14 +3,12 @@
 // camera that fails one has no further.
 #pragma once
 
-#include "iefeatures/check/ImportProof.h"
-#include "iefeatures/files/NamedFeatures.h"
+#include "iefeatures/console/Console.h"
+#include "iefeatures/files/FeaturesFileInput.h"
 #include "iefeatures/imports/AuditLog.h"
-#include "iefeatures/imports/ImportSummary.h"
-#include "iefeatures/imports/Snapshot.h"
+#include "iefeatures/imports/CameraImport.h"
 #include "iefeatures/imports/UserSet.h"
 
-#include <optional>
 #include <vector>
 
 namespace companion
@@ -29,46 +27,38 @@ struct ImportTask
     bool isJson = false;
 };
 
-// What has come of one camera.
-struct CameraImport
-{
-    ListedCamera camera;
-    std::optional<SnapshotResult> snapshot; // when one was asked for
-    std::vector<ImportOutcome> jobs;        // feature bag, features file; those that were begun
-    std::optional<Verification> verification;
-    bool isUserSetSaved = false;
-    QString userSetProblem; // a sentence
-};
-
-// What this camera alone would have given, an interrupt apart.
-int exitCodeOf(const CameraImport& result);
-
 class ImportProcedure
 {
 public:
     ImportProcedure(Console& console, const ImportTask& task);
 
-    // Does it all, tells messages as they come up and results at the end, and gives an ExitCode.
+    // Does it all, or nothing where the features file is none; tells messages as they come up and results at
+    // the end, and gives an ExitCode.
     int run(const std::vector<ListedCamera>& cameras);
 
 private:
     using Cameras = std::vector<CameraImport*>;
     Cameras going();
 
+    void refuse();
+    void doAllSteps();
     void takeSnapshots();
     void import(unsigned type, const QString& file);
     void verify();
     void saveUserSets();
+    void cutShort();
     void tellInterrupted(const CameraImport& result);
     void offerRollback(const CameraImport& result);
     void tellResults();
+    AuditEntry auditEntryOf(const CameraImport& result) const;
     void audit();
     int exitCode() const;
     void tell(const ListedCamera& camera, const QString& text);
 
     Console& m_console;
     const ImportTask m_task;
-    const ImportedFeatures m_named; // by either file
+    const FeaturesFileInput m_input; // the features file, as it was before anything was done
+    const NamedFeatures m_named;     // by either file
     std::vector<CameraImport> m_results;
 };
 

@@ -1,11 +1,9 @@
 #include "iefeatures/imports/ImportSummary.h"
 
-#include "iefeatures/console/ExitCode.h"
+#include "iefeatures/check/ImportProof.h"
 #include "iefeatures/console/Text.h"
 
 #include "jobs/worker/QOperateThread.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
@@ -13,8 +11,6 @@ namespace companion
 {
 namespace
 {
-
-using State = ImportOutcome::State;
 
 constexpr size_t kMostNamed = 20; // in messages for people
 
@@ -24,126 +20,105 @@ bool hasLineFailed(const std::vector<FailedCall>& failures)
                        [](const FailedCall& failure) { return KX_IS_LINE_FAILURE(failure.status); });
 }
 
-State stateOfBag(const JobRecord& record)
+CameraVerdict verdictOnBag(const JobRecord& record)
 {
     switch (record.findings.bagStatus) {
     case KX_OK:
-        return State::Applied;
+        return CameraVerdict::Applied;
     case KX_E_INCOMPLETE:
-        return State::Incomplete;
+        return CameraVerdict::Incomplete;
     case KX_E_FILE:
+        return CameraVerdict::UnreadableFile;
     case KX_E_FILE_FORMAT:
-        return State::BadFile;
+        return CameraVerdict::BadFile;
     default:
-        return State::Failed;
+        return CameraVerdict::Failed;
     }
 }
 
-State stateOfFeaturesFile(const JobRecord& record)
+// The worker's results reach its signals only in part.
+CameraVerdict verdictOnFeaturesFile(const JobRecord& record)
 {
-    const bool isLineSound = !hasLineFailed(record.findings.failures);
+    const bool isTold = record.job.hasFailed;
     switch (record.job.errorCode) {
     case IMPORT_OK:
-        if (record.job.hasFailed)
-            return State::BadFile;
+        if (isTold) // the file has changed since it was looked at
+            return CameraVerdict::UnreadableFile;
         break;
+    case IMPORT_ERR_NO_FEATURES:
+        return CameraVerdict::BadFile;
     case IMPORT_ERR_VERSION: // another version is no failure, none at all is one
     case IMPORT_ERR_MODEL:
-        if (record.job.hasFailed)
-            return isLineSound ? State::Incompatible : State::Failed;
+        if (isTold)
+            return CameraVerdict::Incompatible;
         break;
-    default: // silent
-        return State::Failed;
+    case IMPORT_ERR_APPLY: // a block that is broken; what comes before it was applied
+        return CameraVerdict::Incomplete;
+    default:
+        return CameraVerdict::Failed;
     }
-    if (record.findings.failures.empty())
-        return State::Applied;
-    return isLineSound ? State::Incomplete : State::Failed;
+    return record.findings.failures.empty() ? CameraVerdict::Applied : CameraVerdict::Incomplete;
 }
 
-State stateOf(const JobRecord& record)
+CameraVerdict verdictOn(const JobRecord& record)
 {
     if (!record.job.hasStarted)
-        return State::NotStarted;
-    if (!record.tally.wasOpened || record.tally.wasRefused)
-        return State::Failed;
-    return record.job.type == JOB_FEATURE_BAG_IMPORT ? stateOfBag(record) : stateOfFeaturesFile(record);
-}
-
-QString nameOf(const FailedCall& failure)
-{
-    if (!failure.isRegister)
-        return failure.feature;
-    const QString address = "register " + QString::number(failure.address);
-    return failure.feature.isEmpty() ? address : failure.feature + " (" + address + ')';
-}
-
-// Why a job failed that did not say so itself.
-QString silentReason(const JobRecord& record)
-{
-    if (!record.tally.wasOpened)
-        return openRemark(record.findings);
+        return CameraVerdict::NotStarted;
     if (record.tally.wasRefused)
-        return "interrupted; a part of the file may have been applied.";
-    if (record.job.errorCode == IMPORT_ERR_NO_FEATURES)
-        return "the file has no features; nothing was written.";
-    if (record.job.errorCode == IMPORT_ERR_APPLY)
-        return "the file has a broken register block; what comes before it was applied.";
-    return "the line failed; a part of the file may have been applied.";
+        return CameraVerdict::Interrupted;
+    if (!record.tally.wasOpened)
+        return CameraVerdict::Failed;
+    if (record.job.type == JOB_FEATURE_BAG_IMPORT)
+        return verdictOnBag(record);
+    // A firmware that could not be asked is no other firmware.
+    return hasLineFailed(record.findings.failures) ? CameraVerdict::Failed : verdictOnFeaturesFile(record);
 }
 
 QStringList failureSentences(const std::vector<FailedCall>& failures)
 {
     QStringList sentences;
     for (size_t i = 0; i < failures.size() && i < kMostNamed; ++i)
-        sentences += printable(nameOf(failures[i])) +
+        sentences += printable(failedEntry(failures[i]).title()) +
                      " did not take its value: " + KX_CC_StatusText(failures[i].status);
     if (failures.size() > kMostNamed)
         sentences += QString("%1 more did not take their values.").arg(failures.size() - kMostNamed);
     return sentences;
 }
 
-auto countOf(const std::vector<ImportOutcome>& results, State state)
+// The text about a feature bag is a summary and then a line for each: "name = value: reason".
+EntryCheck bagEntry(const QString& line)
 {
-    return std::count_if(results.begin(), results.end(),
-                         [state](const ImportOutcome& result) { return result.state == state; });
+    EntryCheck entry;
+    entry.feature = line.section(" = ", 0, 0);
+    const QString rest = line.section(" = ", 1);
+    entry.fileValue = rest.section(": ", 0, -2);
+    entry.judge(EntryVerdict::NotApplied, rest.section(": ", -1));
+    return entry;
+}
+
+auto countOf(const std::vector<ImportOutcome>& results, const std::vector<CameraVerdict>& verdicts)
+{
+    return std::count_if(results.begin(), results.end(), [&](const ImportOutcome& result) {
+        return std::find(verdicts.begin(), verdicts.end(), result.verdict) != verdicts.end();
+    });
 }
 
 } // namespace
 
-QString importWord(State state)
+std::vector<EntryCheck> failedEntries(const ImportOutcome& result)
 {
-    switch (state) {
-    case State::Applied:
-        return "applied";
-    case State::Incomplete:
-        return "incomplete";
-    case State::Incompatible:
-        return "incompatible";
-    case State::BadFile:
-        return "bad file";
-    case State::Failed:
-        return "failed";
-    case State::NotStarted:
-        break;
-    }
-    return "not started";
-}
-
-// Names. The text about a feature bag is a summary and then a line for each: "name = value: reason".
-QStringList notApplied(const CallWatch::Findings& findings)
-{
-    QStringList names;
-    for (const FailedCall& failure : findings.failures)
-        names += nameOf(failure);
-    if (findings.bagStatus == KX_E_INCOMPLETE)
-        for (const QString& line : findings.bagText.split('\n').mid(1))
-            names += line.section(" = ", 0, 0);
-    return names;
+    std::vector<EntryCheck> entries;
+    for (const FailedCall& failure : result.record.findings.failures)
+        entries.push_back(failedEntry(failure));
+    if (result.record.findings.bagStatus == KX_E_INCOMPLETE)
+        for (const QString& line : result.record.findings.bagText.split('\n').mid(1))
+            entries.push_back(bagEntry(line));
+    return entries;
 }
 
 ImportOutcome examineImport(const JobRecord& record)
 {
-    return {record, stateOf(record)};
+    return {record, verdictOn(record)};
 }
 
 void nameRegisters(const CallWatch::Blocks& names, std::vector<ImportOutcome>& results)
@@ -159,17 +134,45 @@ void nameRegisters(const CallWatch::Blocks& names, std::vector<ImportOutcome>& r
     }
 }
 
+QString importError(const ImportOutcome& result)
+{
+    const JobRecord& record = result.record;
+    if (result.verdict == CameraVerdict::NotStarted)
+        return {};
+    if (result.verdict == CameraVerdict::Interrupted)
+        return "interrupted; a part of the file may have been applied.";
+    if (!record.tally.wasOpened)
+        return openRemark(record.findings);
+    if (record.job.errorCode == IMPORT_ERR_APPLY)
+        return "the file has a broken register block; what comes before it was applied.";
+    switch (result.verdict) {
+    case CameraVerdict::Incompatible:
+        return incompatibleText();
+    case CameraVerdict::BadFile:
+        return "the file is no such file; nothing was written.";
+    case CameraVerdict::UnreadableFile:
+        return "the file cannot be read; nothing was written.";
+    case CameraVerdict::Failed:
+        return "the line failed; a part of the file may have been applied.";
+    default:
+        return {};
+    }
+}
+
 QStringList importRemarks(const ImportOutcome& result)
 {
     const JobRecord& record = result.record;
+    const bool isSilent = !record.job.hasFailed || !record.tally.wasOpened;
+    const bool isPartial = record.tally.wasOpened && (result.verdict == CameraVerdict::Incomplete ||
+                                                      result.verdict == CameraVerdict::Failed);
     QStringList remarks;
-    if (result.state == State::Failed && (!record.job.hasFailed || !record.tally.wasOpened))
-        remarks += silentReason(record);
-    if (record.tally.wasOpened && !record.tally.wasRefused &&
-        (result.state == State::Incomplete || result.state == State::Failed))
+    if (isSilent)
+        remarks += importError(result);
+    if (isPartial)
         remarks += failureSentences(record.findings.failures);
     if (record.job.errorCode == IMPORT_ERR_VERSION && !record.job.hasFailed)
         remarks += "the file was written by another version of the suite.";
+    remarks.removeAll({});
     return remarks + printableLines(record.findings.bagText);
 }
 
@@ -180,50 +183,19 @@ QString importTable(const std::vector<ImportOutcome>& results)
         const JobOutcome& job = result.record.job;
         rows += {printable(job.camera.model), printable(job.camera.serial),
                  QString::number(result.record.tally.requests), QString::number(job.seconds, 'f', 2),
-                 importWord(result.state)};
+                 verdictWord(result.verdict)};
     }
     QString text = alignedRows({Align::Left, Align::Left, Align::Right, Align::Right, Align::Left}, rows);
+    using V = CameraVerdict;
     text += QString("%1 applied, %2 incomplete, %3 incompatible, %4 failed")
-                .arg(countOf(results, State::Applied))
-                .arg(countOf(results, State::Incomplete))
-                .arg(countOf(results, State::Incompatible))
-                .arg(countOf(results, State::Failed) + countOf(results, State::BadFile));
-    if (const auto waiting = countOf(results, State::NotStarted))
-        text += QString(", %1 not started").arg(waiting);
+                .arg(countOf(results, {V::Applied}))
+                .arg(countOf(results, {V::Incomplete}))
+                .arg(countOf(results, {V::Incompatible}))
+                .arg(countOf(results, {V::Failed, V::BadFile, V::UnreadableFile}));
+    for (const V verdict : {V::Interrupted, V::NotStarted})
+        if (const auto count = countOf(results, {verdict}))
+            text += QString(", %1 %2").arg(count).arg(verdictWord(verdict));
     return text + '\n';
-}
-
-std::string importJson(const std::vector<ImportOutcome>& results)
-{
-    std::string text;
-    for (const ImportOutcome& result : results) {
-        auto names = nlohmann::ordered_json::array();
-        for (const QString& name : notApplied(result.record.findings))
-            names.push_back(name.toStdString());
-        const nlohmann::ordered_json line = {{"result", importWord(result.state).toStdString()},
-                                             {"device", result.record.job.camera.device.nDeviceID},
-                                             {"notApplied", names}};
-        text += line.dump() + "\n";
-    }
-    return text;
-}
-
-int importExitCode(State state)
-{
-    switch (state) {
-    case State::Applied:
-        return ExitWell;
-    case State::Incomplete:
-        return ExitNotAllApplied;
-    case State::Incompatible:
-        return ExitIncompatible;
-    case State::BadFile:
-        return ExitInputOutput;
-    case State::Failed:
-    case State::NotStarted:
-        break;
-    }
-    return ExitJobFailed;
 }
 
 } // namespace companion

@@ -1,14 +1,14 @@
-// What an import has come to: the lines for people and scripts and the exit code. A job's signals tell little
-// of it: some results of the worker are silent, as is a feature bag whose camera could not be opened, and a
-// feature that the camera refuses for ever ends as a success.
+// What one import job has come to, and the lines for people. A job's signals tell little of it: some results
+// of the worker are silent, as is a feature bag whose camera could not be opened, and a feature that the
+// camera refuses for ever ends as a success.
 #pragma once
 
+#include "iefeatures/check/CameraCheck.h"
 #include "iefeatures/running/JobRun.h"
 
 #include <QString>
 #include <QStringList>
 
-#include <string>
 #include <vector>
 
 namespace companion
@@ -16,18 +16,8 @@ namespace companion
 
 struct ImportOutcome
 {
-    enum class State
-    {
-        Applied,
-        Incomplete,   // some features did not take their value
-        Incompatible, // the file belongs to another camera or version; nothing was written
-        BadFile,      // cannot be read, or is no such file
-        Failed,
-        NotStarted
-    };
-
     JobRecord record;
-    State state = State::NotStarted;
+    CameraVerdict verdict = CameraVerdict::NotStarted;
 };
 
 ImportOutcome examineImport(const JobRecord& record);
@@ -37,19 +27,14 @@ void nameRegisters(const CallWatch::Blocks& names, std::vector<ImportOutcome>& r
 
 // What the job's signals have not told, a sentence each: why it failed, what did not take.
 QStringList importRemarks(const ImportOutcome& result);
+// Why the verdict is none on single features, a sentence; empty where it is.
+QString importError(const ImportOutcome& result);
 
-// A header, a line a camera: model, serial number, requests on the wire, seconds, result; and
+// What the job was seen not to apply.
+std::vector<EntryCheck> failedEntries(const ImportOutcome& result);
+
+// A header, a line a camera: model, serial number, requests on the wire, seconds, verdict; and
 // "3 applied, 1 incomplete, 0 incompatible, 0 failed".
 QString importTable(const std::vector<ImportOutcome>& results);
-// {"result":"incomplete","device":1,"notApplied":["Width"]}, an object a line for each camera.
-std::string importJson(const std::vector<ImportOutcome>& results);
-
-// As in the table.
-QString importWord(ImportOutcome::State state);
-// What a job was seen not to apply, by name.
-QStringList notApplied(const CallWatch::Findings& findings);
-
-// The exit code of one camera.
-int importExitCode(ImportOutcome::State state);
 
 } // namespace companion

@@ -2,15 +2,12 @@
 
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/Text.h"
-#include "iefeatures/exports/ExportVerdict.h"
-
-#include "jobs/worker/QOperateThread.h"
+#include "iefeatures/exports/WholeExport.h"
 
 #include <QDateTime>
 #include <QDir>
 
 #include <algorithm>
-#include <map>
 
 namespace companion
 {
@@ -61,8 +58,6 @@ QString onlyFileIn(const QString& folder)
     return files.size() == 1 && files.first().size() > 0 ? files.first().absoluteFilePath() : QString();
 }
 
-using Job = void (QOperateThread::*)(const StructDeviceInfo&, const QString&);
-
 class Taker
 {
 public:
@@ -76,8 +71,8 @@ public:
         for (const ListedCamera& camera : cameras)
             prepare(camera, time);
         // First the one that writes nothing to the camera: the bag's sets selectors and sets them back.
-        exportInto(kFeatures, &QOperateThread::SetXmlExportJob);
-        exportInto(kBag, &QOperateThread::SetFeatureBagExportJob);
+        exportInto(kFeatures, ExportTask::Format::FeaturesFile);
+        exportInto(kBag, ExportTask::Format::FeatureBag);
         for (SnapshotResult& result : m_results)
             conclude(result);
         return m_results;
@@ -98,34 +93,28 @@ private:
             result.problems += problem;
     }
 
-    void exportInto(const char* subFolder, Job job)
+    void exportInto(const char* subFolder, ExportTask::Format format)
     {
         std::vector<ListedCamera> cameras;
-        std::map<int, QString> folders;
-        for (const SnapshotResult& result : m_results) {
-            if (!result.problems.isEmpty())
-                continue;
-            cameras.push_back(result.camera);
-            folders[result.camera.device.nDeviceID] = result.folder + '/' + subFolder;
-        }
-        const auto setUp = [&](QOperateThread& worker, const StructDeviceInfo& device) {
-            (worker.*job)(device, folders.at(device.nDeviceID));
+        for (const SnapshotResult& result : m_results)
+            if (result.problems.isEmpty())
+                cameras.push_back(result.camera);
+        const auto folder = [&](const StructDeviceInfo& device) {
+            return resultOf(device.nDeviceID).folder + '/' + subFolder;
         };
-        for (const JobRecord& record : runJobs(m_console, cameras, {setUp, m_isJson}))
-            examine(record);
+        for (const CameraExport& done : runExports(m_console, cameras, {format, folder, m_isJson})) {
+            SnapshotResult& result = resultOf(done.result.job.camera.device.nDeviceID);
+            result.problems += done.remarks;
+            if (result.problems.isEmpty() && !done.isWhole())
+                result.problems += Interrupt::isRequested() ? "interrupted." : "the export failed.";
+        }
     }
 
-    // A file that the line has thinned out would bring back only a part.
-    void examine(const JobRecord& record)
+    SnapshotResult& resultOf(int deviceId)
     {
-        const ExportResult exported = examineExport(record.job, record.tally);
-        const int id = record.job.camera.device.nDeviceID;
-        SnapshotResult& result = *std::find_if(m_results.begin(), m_results.end(), [id](const auto& known) {
-            return known.camera.device.nDeviceID == id;
+        return *std::find_if(m_results.begin(), m_results.end(), [deviceId](const SnapshotResult& known) {
+            return known.camera.device.nDeviceID == deviceId;
         });
-        result.problems += exportRemarks(exported, record.findings);
-        if (result.problems.isEmpty() && exported.state != ExportResult::State::Written)
-            result.problems += Interrupt::isRequested() ? "interrupted." : "the export failed.";
     }
 
     static void conclude(SnapshotResult& result)

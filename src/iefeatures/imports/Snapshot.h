@@ -4,7 +4,8 @@
 //     <folder>/20260102T030405Z_<serial>/bag/<model>_<serial>.fpk
 #pragma once
 
-#include "iefeatures/running/JobRun.h"
+#include "iefeatures/cameras/ListedCamera.h"
+#include "iefeatures/console/Console.h"
 
 #include <QString>
 #include <QStringList>

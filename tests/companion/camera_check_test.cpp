@@ -1,6 +1,7 @@
 // What an import would do and has done, verdict by verdict, over a camera library that answers from tables.
 #include "iefeatures/check/CameraCheck.h"
 #include "iefeatures/check/CheckReport.h"
+#include "iefeatures/console/ExitCode.h"
 #include "support/QtPrinting.h"
 #include "support/ScriptedCamera.h"
 
@@ -13,8 +14,8 @@
 #include <algorithm>
 
 using companion::CameraCheck;
+using companion::CameraVerdict;
 using companion::CheckMode;
-using companion::Verdict;
 using ::testing::StartsWith;
 
 namespace
@@ -41,17 +42,22 @@ ie::FeaturesContent parsed(const QString& text)
     return ie::readFeatures(document.documentElement());
 }
 
-class FeatureCheck : public ::testing::Test
+int exitCodeOf(const CameraCheck& check)
+{
+    return companion::exitCodeOf(check.verdict);
+}
+
+class CameraChecked : public ::testing::Test
 {
 protected:
-    FeatureCheck()
+    CameraChecked()
     {
         tests::resetScriptedCamera();
         device().setString("DeviceFirmwareVersion", "V1");
         device().setEnumeration("DeviceScanType", 0, {0, 1});
         device().setInteger("BoardDeviceType", 7);
     }
-    ~FeatureCheck() override
+    ~CameraChecked() override
     {
         EXPECT_EQ(tests::cameraViolations(), QStringList());
         EXPECT_EQ(tests::livingHandles(), 0);
@@ -79,8 +85,8 @@ protected:
     std::string told(const QString& features, CheckMode mode, uint32_t transport = KX_TRANSPORT_GIGE)
     {
         const CameraCheck done = check(features, mode, transport);
-        EXPECT_EQ(done.state, CameraCheck::State::Checked);
-        const QStringList lines = companion::checkText({done}, mode).split('\n');
+        EXPECT_LE(done.verdict, CameraVerdict::Incomplete);
+        const QStringList lines = companion::checkText({done}).split('\n');
         return lines.mid(1 + int(done.identity.size())).join('\n').toStdString();
     }
 
@@ -89,7 +95,7 @@ protected:
 
 } // namespace
 
-TEST_F(FeatureCheck, OpensForMonitoringAndOnlyReads)
+TEST_F(CameraChecked, OpensForMonitoringAndOnlyReads)
 {
     device().setInteger("Width", 640);
     tests::Recorder::instance().clear();
@@ -105,7 +111,7 @@ TEST_F(FeatureCheck, OpensForMonitoringAndOnlyReads)
               uint(KX_ACCESS_MONITOR));
 }
 
-TEST_F(FeatureCheck, TellsWhatWouldChange)
+TEST_F(CameraChecked, TellsWhatWouldChange)
 {
     device().setBool("Flip", false);
     device().setInteger("Width", 640);
@@ -117,7 +123,7 @@ TEST_F(FeatureCheck, TellsWhatWouldChange)
                        plain("Mode", "Enumeration", "2") + plain("Gain", "Float", "1.500000") +
                        plain("Place", "StringReg", "here") + plain("Raw", "IntReg", "1"),
                    kPlan),
-              "  6 same\n");
+              "  6 unchanged\n");
     EXPECT_EQ(told(plain("Flip", "Boolean", "1") + plain("Width", "Integer", "4294967295") +
                        plain("Mode", "Enumeration", "1") + plain("Gain", "Float", "-0.500000") +
                        plain("Place", "StringReg", "there") + plain("Raw", "IntReg", "2"),
@@ -131,7 +137,7 @@ TEST_F(FeatureCheck, TellsWhatWouldChange)
               "  6 would change\n");
 }
 
-TEST_F(FeatureCheck, TellsWhatImportsLeaveAlone)
+TEST_F(CameraChecked, TellsWhatImportsLeaveAlone)
 {
     device().setInteger("AcquisitionLineRate", 5);
     const QString lineRate = plain("AcquisitionLineRate", "Integer", "6");
@@ -140,15 +146,15 @@ TEST_F(FeatureCheck, TellsWhatImportsLeaveAlone)
                        plain("NoType", "", "1") + plain("", "Integer", "1") +
                        block("len='4'", "<R address='16'>1</R>").replace("Lut", "LUTValueAll"),
                    kPlan),
-              "  would be skipped: DeviceUserID: protected: imports never write it\n"
-              "  would be skipped: GevCurrentIPAddress: on the import's skip list\n"
-              "  would be skipped: AcquisitionLineRate: imports write it to line-scan cameras only\n"
-              "  would be skipped: Start: imports write no feature of the type \"Command\"\n"
-              "  would be skipped: NoValue: the file gives no value\n"
-              "  would be skipped: NoType: the file gives no type\n"
-              "  would be skipped: the file gives no name\n"
-              "  would be skipped: LUTValueAll: on the import's skip list\n"
-              "  8 would be skipped\n");
+              "  skipped: DeviceUserID: protected: imports never write it\n"
+              "  skipped: GevCurrentIPAddress: on the import's skip list\n"
+              "  skipped: AcquisitionLineRate: imports write it to line-scan cameras only\n"
+              "  skipped: Start: imports write no feature of the type \"Command\"\n"
+              "  skipped: NoValue: the file gives no value\n"
+              "  skipped: NoType: the file gives no type\n"
+              "  skipped: the file gives no name\n"
+              "  skipped: LUTValueAll: on the import's skip list\n"
+              "  8 skipped\n");
     device().setEnumeration("DeviceScanType", 1, {0, 1});
     EXPECT_EQ(told(lineRate, kPlan), "  would change: AcquisitionLineRate: 5 -> 6\n  1 would change\n");
     device().removeNode("DeviceScanType");
@@ -156,27 +162,27 @@ TEST_F(FeatureCheck, TellsWhatImportsLeaveAlone)
 }
 
 // Whoever looks on sees another controller than an import, which has exclusive access itself.
-TEST_F(FeatureCheck, DoesNotMistakeAnImportsOwnControlForASetting)
+TEST_F(CameraChecked, DoesNotMistakeAnImportsOwnControlForASetting)
 {
     device().setEnumeration("GevCCP", 0, {0, 1, 2});
     EXPECT_EQ(told(plain("GevCCP", "Enumeration", "1"), kPlan),
-              "  would be skipped: GevCCP: tells who controls the camera: while an import runs, that is the "
-              "import\n  1 would be skipped\n");
+              "  skipped: GevCCP: tells who controls the camera: while an import runs, that is the "
+              "import\n  1 skipped\n");
     EXPECT_EQ(told(plain("GevCCP", "Enumeration", "2"), kPlan),
               "  would change: GevCCP: 0 -> 2\n  1 would change\n");
 }
 
 // An import leaves a feature out as soon as one of its names is such.
-TEST_F(FeatureCheck, LooksAtEachNameOfAFeature)
+TEST_F(CameraChecked, LooksAtEachNameOfAFeature)
 {
     device().setInteger("Width", 640);
     EXPECT_EQ(told("<Feature><Name>UserSetDefault</Name><Name>Width</Name><Type>Integer</Type>"
                    "<Value>1</Value></Feature>",
                    kPlan),
-              "  would be skipped: Width: protected: imports never write it\n  1 would be skipped\n");
+              "  skipped: Width: protected: imports never write it\n  1 skipped\n");
 }
 
-TEST_F(FeatureCheck, TellsWhatCannotBeWrittenNow)
+TEST_F(CameraChecked, TellsWhatCannotBeWrittenNow)
 {
     for (const char* name : {"ReadOnly", "Locked", "Off", "WriteOnly", "Never"})
         device().setInteger(name, 1);
@@ -197,7 +203,7 @@ TEST_F(FeatureCheck, TellsWhatCannotBeWrittenNow)
                                      "  absent: Nobody: A scripted failure.\n"
                                      "  not writable: Flag: file 2: A scripted failure.\n"
                                      "  not writable: Locked: file 2: the camera refuses its register\n"
-                                     "  1 same, 1 would change, 4 not writable, 2 absent\n");
+                                     "  1 unchanged, 1 would change, 4 not writable, 2 absent\n");
     EXPECT_EQ(told(features, kVerify), "  not applied: ReadOnly: camera 1, file 2: read-only now\n"
                                        "  not applied: Off: file 2: not available now\n"
                                        "  skipped: WriteOnly: write-only: it cannot be read back\n"
@@ -205,10 +211,10 @@ TEST_F(FeatureCheck, TellsWhatCannotBeWrittenNow)
                                        "  absent: Nobody: A scripted failure.\n"
                                        "  not applied: Flag: file 2: A scripted failure.\n"
                                        "  not applied: Locked: file 2: the camera refuses its register\n"
-                                       "  1 applied, 4 not applied, 1 skipped, 2 absent\n");
+                                       "  1 unchanged, 4 not applied, 1 skipped, 2 absent\n");
 }
 
-TEST_F(FeatureCheck, TellsWhatIsOutOfRange)
+TEST_F(CameraChecked, TellsWhatIsOutOfRange)
 {
     device().setInteger("Width", 640, 16, 1280, 16);
     device().setInteger("Free", 0, std::numeric_limits<qint64>::min(), 100, 8);
@@ -231,7 +237,7 @@ TEST_F(FeatureCheck, TellsWhatIsOutOfRange)
         "  1 would change, 6 out of range\n");
 }
 
-TEST_F(FeatureCheck, WarnsOfValuesThatAreWrittenAsOthers)
+TEST_F(CameraChecked, WarnsOfValuesThatAreWrittenAsOthers)
 {
     for (const char* name : {"A", "B", "C", "D"})
         device().setInteger(name, 1);
@@ -257,7 +263,7 @@ TEST_F(FeatureCheck, WarnsOfValuesThatAreWrittenAsOthers)
                   .toStdString());
 }
 
-TEST_F(FeatureCheck, WarnsOfWritesWithoutNeed)
+TEST_F(CameraChecked, WarnsOfWritesWithoutNeed)
 {
     device().setInteger("Width", 640);
     device().setFloat("Gain", 1.5f);
@@ -268,17 +274,17 @@ TEST_F(FeatureCheck, WarnsOfWritesWithoutNeed)
               "  warning: Width: written again: the texts differ, the values do not\n"
               "  warning: Gain: written again: the texts differ, the values do not\n"
               "  warning: Flip: written again: the texts differ, the values do not\n"
-              "  3 same\n");
+              "  3 unchanged\n");
 }
 
 // Texts are compared before anything is parsed: what stands there already is not written as something else.
-TEST_F(FeatureCheck, ANegativeValueThatTheCameraHasIsTheSame)
+TEST_F(CameraChecked, ANegativeValueThatTheCameraHasIsTheSame)
 {
     device().setInteger("Offset", -5);
-    EXPECT_EQ(told(plain("Offset", "Integer", "-5"), kPlan), "  1 same\n");
+    EXPECT_EQ(told(plain("Offset", "Integer", "-5"), kPlan), "  1 unchanged\n");
 }
 
-TEST_F(FeatureCheck, VerifiesValues)
+TEST_F(CameraChecked, VerifiesValues)
 {
     device().setInteger("Width", 640, 16, 1280, 16);
     device().setInteger("Hex", 16);
@@ -290,7 +296,7 @@ TEST_F(FeatureCheck, VerifiesValues)
                        plain("Hex", "Integer", "0x10") + plain("Gain", "Float", "1.5") +
                        plain("Flip", "Boolean", "3") + plain("Mode", "Enumeration", "2"),
                    kVerify),
-              "  6 applied\n");
+              "  6 unchanged\n");
     EXPECT_EQ(told(plain("Width", "Integer", "655") + plain("Width", "Integer", "625") +
                        plain("Gain", "Float", "1.500001") + plain("Gain", "Float", "1.50000001"),
                    kVerify),
@@ -313,31 +319,32 @@ TEST_F(FeatureCheck, VerifiesValues)
               "  6 not applied\n");
 }
 
-TEST_F(FeatureCheck, PlansRegisters)
+TEST_F(CameraChecked, PlansRegisters)
 {
     device().setMemory(16, QByteArray::fromHex("0000000102000000"));
     device().setAccessMode("LutReg", KX_AM_READ_WRITE);
     EXPECT_EQ(told(block("len='4' reg='LutReg'", "<R address='16'>1</R><R address='0x10'>2</R>"), kPlan),
-              "  would change: Lut (register 0x10): 1 -> 2\n  1 same, 1 would change\n");
+              "  would change: Lut (register 16): 1 -> 2\n  1 unchanged, 1 would change\n");
     // Only words of 4 bytes, and only on GigE, stand the other way round.
     EXPECT_EQ(told(block("len='8'", "<R address='16'>16777216,2</R><R address='16'>3,4</R>"), kPlan),
-              "  would change: Lut (register 16): 16777216,2 -> 3,4\n  1 same, 1 would change\n");
-    EXPECT_EQ(told(block("len='4'", "<R address='16'>16777216</R>"), kPlan, KX_TRANSPORT_USB3), "  1 same\n");
-    EXPECT_EQ(told(block("len='5'", "<R address='16'>16777216,2</R>"), kPlan), "  1 same\n");
+              "  would change: Lut (register 16): 16777216,2 -> 3,4\n  1 unchanged, 1 would change\n");
+    EXPECT_EQ(told(block("len='4'", "<R address='16'>16777216</R>"), kPlan, KX_TRANSPORT_USB3),
+              "  1 unchanged\n");
+    EXPECT_EQ(told(block("len='5'", "<R address='16'>16777216,2</R>"), kPlan), "  1 unchanged\n");
     // Behind a converter the raw word counts.
     EXPECT_EQ(told(block("len='4'", "<R address='16' to='1' from='TO*2'>9.000000</R>"
                                     "<R address='16' to='5' from='TO*2'>10.000000</R>"),
                    kPlan),
-              "  would change: Lut (register 16): 1 -> 5\n  1 same, 1 would change\n");
+              "  would change: Lut (register 16): 1 -> 5\n  1 unchanged, 1 would change\n");
 }
 
-TEST_F(FeatureCheck, WarnsOfRegistersThatAreNotWrittenAsTheFileSays)
+TEST_F(CameraChecked, WarnsOfRegistersThatAreNotWrittenAsTheFileSays)
 {
     device().setMemory(16, QByteArray::fromHex("0000000102000000"));
     const QString eight = "len='8'";
     EXPECT_EQ(told(block(eight, "<R address='18'>1,2</R>"), kPlan),
-              "  would be skipped: Lut (register 18): imports pass over an address that is no multiple of 4\n"
-              "  warning: Lut (register 18): address 18 is no multiple of 4\n  1 would be skipped\n");
+              "  skipped: Lut (register 18): imports pass over an address that is no multiple of 4\n"
+              "  warning: Lut (register 18): address 18 is no multiple of 4\n  1 skipped\n");
     EXPECT_EQ(told(block(eight, "<R address='16'>1,2,3</R>"), kPlan),
               "  would change: Lut (register 16): 16777216,2 -> 1,2\n"
               "  warning: Lut (register 16): the file has 3 values for 2 words: the others are not written\n"
@@ -347,20 +354,22 @@ TEST_F(FeatureCheck, WarnsOfRegistersThatAreNotWrittenAsTheFileSays)
               "  warning: Lut (register 16): \"x\" is written as 0: a word is a number of 32 bits\n"
               "  warning: Lut (register 16): \"4294967297\" is written as 1: a word is a number of 32 bits\n"
               "  1 would change\n");
-    EXPECT_EQ(told(block(eight, "<R address='16'>0x1000000</R>"), kPlan),
-              "  warning: Lut (register 16): written again: the texts differ, the values do not\n  1 same\n");
+    EXPECT_EQ(
+        told(block(eight, "<R address='16'>0x1000000</R>"), kPlan),
+        "  warning: Lut (register 16): written again: the texts differ, the values do not\n  1 unchanged\n");
 }
 
 // What an export has put together from the words around.
-TEST_F(FeatureCheck, ComparesRegistersThatImportsPassOver)
+TEST_F(CameraChecked, ComparesRegistersThatImportsPassOver)
 {
     device().setMemory(16, QByteArray::fromHex("0000010203040000"));
     const QString same = "<R address='18'>16909060</R>"; // 0x01020304
-    EXPECT_EQ(told(block("len='4'", same), kPlan), "  1 same\n");
-    EXPECT_EQ(told(block("len='4'", same), kVerify), "  1 applied\n");
-    EXPECT_EQ(told(block("len='2'", "<R address='18'>33620995</R>"), kVerify), "  1 applied\n"); // 0x02010403
+    EXPECT_EQ(told(block("len='4'", same), kPlan), "  1 unchanged\n");
+    EXPECT_EQ(told(block("len='4'", same), kVerify), "  1 unchanged\n");
+    EXPECT_EQ(told(block("len='2'", "<R address='18'>33620995</R>"), kVerify),
+              "  1 unchanged\n"); // 0x02010403
     EXPECT_EQ(told(block("len='4'", "<R address='18' to='16909060' from='TO'>1.000000</R>"), kVerify),
-              "  1 applied\n");
+              "  1 unchanged\n");
     EXPECT_EQ(
         told(block("len='4'", "<R address='18'>7</R>"), kVerify),
         "  not applied: Lut (register 18): camera 16909060, file 7: imports pass over an address that is "
@@ -369,7 +378,7 @@ TEST_F(FeatureCheck, ComparesRegistersThatImportsPassOver)
     EXPECT_THAT(told(block("len='8'", same), kVerify), StartsWith("  skipped: "));
 }
 
-TEST_F(FeatureCheck, TellsOfRegistersThatCannotBeWritten)
+TEST_F(CameraChecked, TellsOfRegistersThatCannotBeWritten)
 {
     device().setWord(16, 0x01000000);
     device().setAccessMode("LutReg", KX_AM_READ_ONLY);
@@ -378,10 +387,10 @@ TEST_F(FeatureCheck, TellsOfRegistersThatCannotBeWritten)
     const QString registers = "<R address='16'>1</R><R address='16'>2</R>";
     EXPECT_EQ(told(block(four, registers), kPlan),
               "  not writable: Lut (register 16): camera 1, file 2: LutReg: read-only now\n"
-              "  1 same, 1 not writable\n");
+              "  1 unchanged, 1 not writable\n");
     EXPECT_EQ(told(block(four, registers), kVerify),
               "  not applied: Lut (register 16): camera 1, file 2: LutReg: read-only now\n"
-              "  1 applied, 1 not applied\n");
+              "  1 unchanged, 1 not applied\n");
     EXPECT_EQ(told(block("len='4' reg='Gone'", registers), kPlan),
               "  absent: Lut: its register Gone: A scripted failure.\n  1 absent\n");
     EXPECT_THAT(told(block("len='4'", "<R address='32'>2</R>"), kPlan),
@@ -390,16 +399,17 @@ TEST_F(FeatureCheck, TellsOfRegistersThatCannotBeWritten)
                 StartsWith("  not writable: Lut (register 16): file 1: "));
 }
 
-TEST_F(FeatureCheck, TellsWhereABrokenBlockEndsTheImport)
+TEST_F(CameraChecked, TellsWhereABrokenBlockEndsTheImport)
 {
     device().setInteger("Width", 640);
     const QString sound = block("len='4'", "<R address='16'>0</R>").replace("Lut", "Later");
     const QString later = "  broken: Later: imports end before it, at Lut\n";
-    EXPECT_EQ(told(block("", "<R address='16'>0</R>") + sound + plain("Width", "Integer", "640"), kPlan),
-              ("  broken: Lut: the block has no length\n" + later + "  1 same, 2 broken\n").toStdString());
+    EXPECT_EQ(
+        told(block("", "<R address='16'>0</R>") + sound + plain("Width", "Integer", "640"), kPlan),
+        ("  broken: Lut: the block has no length\n" + later + "  1 unchanged, 2 broken\n").toStdString());
     EXPECT_EQ(
         told(block("len='4'", "<R address='16'>0</R><R>0</R><R address='16'>0</R>") + sound, kPlan),
-        ("  broken: Lut: the register has no address\n" + later + "  1 same, 2 broken\n").toStdString());
+        ("  broken: Lut: the register has no address\n" + later + "  1 unchanged, 2 broken\n").toStdString());
     EXPECT_EQ(
         told(block("len='4'", "<R address='16'/>") + sound, kPlan),
         ("  broken: Lut (register 16): the register has no value\n" + later + "  2 broken\n").toStdString());
@@ -408,12 +418,12 @@ TEST_F(FeatureCheck, TellsWhereABrokenBlockEndsTheImport)
     // A block whose register is not writable is left before its length is looked at.
     device().setAccessMode("LutReg", KX_AM_READ_ONLY);
     EXPECT_EQ(told(block("reg='LutReg'", "<R address='16'>0</R>") + sound, kPlan),
-              "  broken: Lut: the block has no length\n  1 same, 1 broken\n");
+              "  broken: Lut: the block has no length\n  1 unchanged, 1 broken\n");
     EXPECT_EQ(told(block("", "<R address='16'>0</R>") + sound, kVerify),
-              "  broken: Lut: the block has no length\n  1 applied, 1 broken\n");
+              "  broken: Lut: the block has no length\n  1 unchanged, 1 broken\n");
 }
 
-TEST_F(FeatureCheck, VerifiesRegisters)
+TEST_F(CameraChecked, VerifiesRegisters)
 {
     device().setMemory(16, QByteArray::fromHex("0000000102000000"));
     EXPECT_EQ(told(block("len='8'", "<R address='16'>16777216,2</R><R address='16'>0x1000000,2</R>"
@@ -425,14 +435,14 @@ TEST_F(FeatureCheck, VerifiesRegisters)
               "for 2 words: the others are not written\n"
               "  skipped: Lut (register 17): imports pass over an address that is no multiple of 4\n"
               "  warning: Lut (register 17): address 17 is no multiple of 4\n"
-              "  2 applied, 2 not applied, 1 skipped\n");
+              "  2 unchanged, 2 not applied, 1 skipped\n");
 }
 
-TEST_F(FeatureCheck, TellsWhatTheFileHasToProve)
+TEST_F(CameraChecked, TellsWhatTheFileHasToProve)
 {
     header += "<BoardDeviceType>7</BoardDeviceType>";
     const CameraCheck good = check({}, kPlan);
-    EXPECT_EQ(companion::checkText({good}, kPlan),
+    EXPECT_EQ(companion::checkText({good}),
               "M S1: ready\n"
               "  version given: good, file \"" +
                   VELAInterface::softwareVersion() + "\", camera \"" + VELAInterface::softwareVersion() +
@@ -443,7 +453,7 @@ TEST_F(FeatureCheck, TellsWhatTheFileHasToProve)
                   "  firmware: good, file \"V1\", camera \"V1\"\n"
                   "  model: good, file \"M\", camera \"M\"\n"
                   "  nothing in the file\n");
-    EXPECT_EQ(companion::checkExitCode({good}), 0);
+    EXPECT_EQ(exitCodeOf(good), 0);
 }
 
 namespace
@@ -456,7 +466,7 @@ struct IdentityCase
     int exitCode;
 };
 
-class Identity : public FeatureCheck, public ::testing::WithParamInterface<IdentityCase>
+class Identity : public CameraChecked, public ::testing::WithParamInterface<IdentityCase>
 {
 };
 
@@ -467,11 +477,11 @@ TEST_P(Identity, IsToldInTheOrderOfTheImport)
     const CameraCheck done =
         companion::checkCamera(camera(), parsed(GetParam().file), kPlan, [] { return true; });
     std::string verdicts;
-    for (const companion::IdentityCheck& line : done.identity)
-        verdicts += "gtb"[int(line.verdict)];
+    for (const ie::IdentityComparison& line : done.identity)
+        verdicts += "gtb"[int(line.outcome)];
     EXPECT_EQ(verdicts, GetParam().verdicts);
-    EXPECT_EQ(companion::checkExitCode({done}), GetParam().exitCode);
-    EXPECT_EQ(companion::checkExitCode({done}) == 5, done.entries.empty());
+    EXPECT_EQ(exitCodeOf(done), GetParam().exitCode);
+    EXPECT_EQ(exitCodeOf(done) == 5, done.entries.empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -495,32 +505,32 @@ INSTANTIATE_TEST_SUITE_P(
                      "<BoardDeviceType>8</BoardDeviceType><Features><F/></Features></F>",
                      "gtbgb", 5}));
 
-TEST_F(FeatureCheck, AFirmwareThatCannotBeReadFitsNoFile)
+TEST_F(CameraChecked, AFirmwareThatCannotBeReadFitsNoFile)
 {
     device().removeNode("DeviceFirmwareVersion");
     header = "<DeviceFirmwareVersion></DeviceFirmwareVersion><DeviceModelName>M</DeviceModelName>";
-    EXPECT_EQ(check({}, kPlan).state, CameraCheck::State::Incompatible);
+    EXPECT_EQ(check({}, kPlan).verdict, CameraVerdict::Incompatible);
     device().setString("DeviceFirmwareVersion", "");
-    EXPECT_EQ(check({}, kPlan).state, CameraCheck::State::Checked);
+    EXPECT_EQ(check({}, kPlan).verdict, CameraVerdict::Ready);
 }
 
-TEST_F(FeatureCheck, FailsWithTheLine)
+TEST_F(CameraChecked, FailsWithTheLine)
 {
     device().setInteger("Width", 640);
     device().addRule({"GetIntValueEx", KX_E_NO_ANSWER, "Width"});
     const CameraCheck done = check(plain("Width", "Integer", "640"), kPlan);
-    EXPECT_EQ(done.state, CameraCheck::State::Failed);
-    EXPECT_EQ(done.status, KX_E_NO_ANSWER);
+    EXPECT_EQ(done.verdict, CameraVerdict::Failed);
+    EXPECT_EQ(done.error, KX_CC_StatusText(KX_E_NO_ANSWER));
     EXPECT_TRUE(done.entries.empty());
-    EXPECT_EQ(companion::checkExitCode({done}), 1);
-    EXPECT_THAT(companion::checkText({done}, kPlan).toStdString(),
+    EXPECT_EQ(exitCodeOf(done), 1);
+    EXPECT_THAT(companion::checkText({done}).toStdString(),
                 StartsWith(std::string("M S1: failed: ") + KX_CC_StatusText(KX_E_NO_ANSWER) + "\n"));
 
     device().addRule({"OpenDevice", KX_E_CONTROL_REFUSED});
-    EXPECT_EQ(check({}, kVerify).status, KX_E_CONTROL_REFUSED);
+    EXPECT_EQ(check({}, kVerify).error, KX_CC_StatusText(KX_E_CONTROL_REFUSED));
 }
 
-TEST_F(FeatureCheck, EndsBetweenFeaturesWhenInterrupted)
+TEST_F(CameraChecked, EndsBetweenFeaturesWhenInterrupted)
 {
     device().setInteger("Width", 640);
     int asked = 0;
@@ -528,16 +538,16 @@ TEST_F(FeatureCheck, EndsBetweenFeaturesWhenInterrupted)
     const ie::FeaturesContent file =
         parsed("<F version='1'>" + header + "<Features>" + width + width + width + "</Features></F>");
     const CameraCheck done = companion::checkCamera(camera(), file, kPlan, [&] { return ++asked <= 3; });
-    EXPECT_EQ(done.state, CameraCheck::State::Interrupted);
+    EXPECT_EQ(done.verdict, CameraVerdict::Interrupted);
     EXPECT_EQ(done.entries.size(), 2u);
-    EXPECT_EQ(companion::checkExitCode({done}), 130);
+    EXPECT_EQ(exitCodeOf(done), 130);
 }
 
-TEST_F(FeatureCheck, CountsWhatWouldNotBeApplied)
+TEST_F(CameraChecked, CountsWhatWouldNotBeApplied)
 {
     device().setInteger("Width", 640, 0, 1000);
     const auto code = [&](const QString& features, CheckMode mode) {
-        return companion::checkExitCode({check(features, mode)});
+        return exitCodeOf(check(features, mode));
     };
     EXPECT_EQ(code(plain("Width", "Integer", "320"), kPlan), 0);
     EXPECT_EQ(code(plain("Width", "Integer", "320"), kVerify), 4);
@@ -551,7 +561,7 @@ TEST_F(FeatureCheck, CountsWhatWouldNotBeApplied)
     EXPECT_EQ(code(block("len='4'", "<R address='16'>1,2</R>"), kPlan), 4);
 }
 
-TEST_F(FeatureCheck, TellsScriptsEverything)
+TEST_F(CameraChecked, TellsScriptsEverything)
 {
     device().setInteger("Width", 640, 0, 1000);
     device().setMemory(16, QByteArray::fromHex("00000001"));
@@ -560,10 +570,9 @@ TEST_F(FeatureCheck, TellsScriptsEverything)
                                    kPlan);
     const std::string version = VELAInterface::softwareVersion().toStdString();
     EXPECT_EQ(
-        companion::checkJson({done}, kPlan),
-        "{\"result\":\"not all would be applied\",\"device\":" +
-            std::to_string(done.camera.device.nDeviceID) +
-            ",\"model\":\"M\",\"serial\":\"S1\",\"identity\":["
+        companion::checkJson({done}),
+        "{\"result\":\"incomplete\",\"device\":" + std::to_string(done.camera.device.nDeviceID) +
+            ",\"model\":\"M\",\"serial\":\"S1\",\"notApplied\":[\"Width\",\"Gone\"],\"identity\":["
             "{\"check\":\"version given\",\"verdict\":\"good\",\"file\":\"" +
             version + "\",\"camera\":\"" + version +
             "\"},{\"check\":\"version\",\"verdict\":\"good\",\"file\":\"" + version + "\",\"camera\":\"" +
@@ -576,6 +585,6 @@ TEST_F(FeatureCheck, TellsScriptsEverything)
             "to 4294967295\"]},"
             "{\"feature\":\"Gone\",\"verdict\":\"absent\",\"file\":\"1\",\"camera\":null,"
             "\"reason\":\"A scripted failure.\",\"warnings\":[]},"
-            "{\"feature\":\"Lut\",\"address\":\"16\",\"verdict\":\"same\",\"file\":\"1\",\"camera\":\"1\","
+            "{\"feature\":\"Lut\",\"register\":16,\"verdict\":\"unchanged\",\"file\":\"1\",\"camera\":\"1\","
             "\"warnings\":[]}]}\n");
 }

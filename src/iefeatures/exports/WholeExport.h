@@ -1,0 +1,45 @@
+// Runs exports and looks at what they came to: whoever goes on with what an export has written wants it
+// whole.
+#pragma once
+
+#include "iefeatures/console/Console.h"
+#include "iefeatures/exports/ExportVerdict.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <vector>
+
+namespace companion
+{
+
+struct ExportTask
+{
+    enum class Format
+    {
+        FeaturesFile,
+        FeatureBag
+    };
+    Format format = Format::FeaturesFile;
+    std::function<QString(const StructDeviceInfo& device)> folder; // that the camera's file goes into
+    bool isJson = false;                                           // the jobs' signals are told as JSON lines
+};
+
+struct CameraExport
+{
+    ExportResult result;
+    QStringList remarks; // what the jobs' own messages have not told, a sentence each
+
+    // A file that the line has thinned out is none to go on with.
+    bool isWhole() const { return result.state == ExportResult::State::Written && remarks.isEmpty(); }
+};
+
+// All at the same time, in the cameras' order. Blocks until all are over.
+std::vector<CameraExport> runExports(Console& console, const std::vector<ListedCamera>& cameras,
+                                     const ExportTask& task);
+
+// The remarks, each behind the camera's name.
+void tellRemarks(Console& console, const CameraExport& done);
+
+} // namespace companion
