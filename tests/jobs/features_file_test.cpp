@@ -4,6 +4,8 @@
 #include "support/RecordingSuiteTools.h"
 
 #include <QDomDocument>
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -202,4 +204,60 @@ TEST(FeaturesFileRecords, NumbersAreReadWithTheSuitesParser)
     EXPECT_EQ(content.entries[0].complex.values[0].address, 16);
     EXPECT_EQ(content.entries[0].complex.values[0].content, QString("5,6"));
     EXPECT_EQ(tests::suiteCalls("string2Int"), QStringList({"string2Int(0x8)", "string2Int(0x10)"}));
+}
+
+namespace
+{
+
+class FeaturesFileLoad : public ::testing::Test
+{
+protected:
+    LoadedFile::Failure failureOf(const QByteArray& bytes)
+    {
+        QFile file(path());
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        EXPECT_EQ(file.write(bytes), bytes.size());
+        file.close();
+        return loadFeaturesFile(path()).failure;
+    }
+    QString path() const { return m_folder.filePath("in.fpk"); }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+using Failure = LoadedFile::Failure;
+
+} // namespace
+
+TEST_F(FeaturesFileLoad, EveryFailedStepIsTold)
+{
+    EXPECT_EQ(loadFeaturesFile(path()).failure, Failure::NotOpened);
+    EXPECT_EQ(loadFeaturesFile(".").failure, Failure::NotOpened);
+    EXPECT_EQ(loadFeaturesFile("/dev/zero").failure, Failure::NotOpened);
+    EXPECT_EQ(failureOf(""), Failure::Empty);
+    EXPECT_EQ(failureOf(QByteArray("\0<F/>", 5)), Failure::Empty);
+    EXPECT_EQ(failureOf("<F>"), Failure::NotLoaded);
+    EXPECT_EQ(failureOf("<F/>"), Failure::None);
+}
+
+TEST_F(FeaturesFileLoad, TextsThatAreNotSafeToParseAreNotLoaded)
+{
+    EXPECT_EQ(failureOf(QByteArray("<a>").repeated(1000) + QByteArray("</a>").repeated(1000)), Failure::None);
+    EXPECT_EQ(failureOf(QByteArray("<a>").repeated(1001) + QByteArray("</a>").repeated(1001)),
+              Failure::NotLoaded);
+}
+
+TEST_F(FeaturesFileLoad, FilesBeyondTheLimitAreNotOpened)
+{
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize(kMaximumFileSize + 1)); // sparse
+    EXPECT_EQ(loadFeaturesFile(path()).failure, Failure::NotOpened);
+}
+
+TEST_F(FeaturesFileLoad, BytesAreUtf8WhateverTheFileDeclares)
+{
+    ASSERT_EQ(failureOf("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><F v=\"\xC3\xA4\"/>"), Failure::None);
+    EXPECT_EQ(loadFeaturesFile(path()).document.documentElement().attribute("v"), QString(QChar(0xE4)));
 }

@@ -1,7 +1,7 @@
 #include "support/RealExport.h"
 
 #include "gvcp/Gvcp.h"
-#include "jobs/worker/JobLog.h"
+#include "jobs/rules/JobLog.h"
 #include "jobs/worker/QOperateThread.h"
 
 #include <QFile>

@@ -9,7 +9,7 @@ QString ImportSkips::reason(const QString& name)
 {
     if (ie::isProtectedFeature(name))
         return "protected: imports never write it";
-    if (ie::importSkipList().contains(name))
+    if (ie::commonSkipList().contains(name))
         return "on the import's skip list";
     if ((name == "AcquisitionLineRate" || name == "AcquisitionLineRateEnable") && !isLineScan())
         return "imports write it to line-scan cameras only";

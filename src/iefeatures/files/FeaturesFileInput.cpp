@@ -1,6 +1,6 @@
 #include "iefeatures/files/FeaturesFileInput.h"
 
-#include "jobs/file/XmlDepth.h"
+#include "jobs/file/XmlSafety.h"
 
 #include <QDomDocument>
 #include <QFile>

@@ -1,22 +1,18 @@
 #include "jobs/export/RegisterBlock.h"
 
 #include "jobs/file/FeaturesFile.h"
-#include "jobs/nodes/JobMemory.h"
-#include "jobs/worker/JobLog.h"
+#include "jobs/nodes/RegisterWords.h"
+#include "jobs/rules/JobLog.h"
 
 #include <SuiteTools/SuiteTools.h>
 
 #include <QStringList>
-#include <QVector>
 #include <QtEndian>
 
-#include <cstring>
 #include <optional>
 
 namespace
 {
-
-constexpr qint64 kScratchSize = 256;
 
 QString nameOf(const QDomElement& element)
 {
@@ -76,10 +72,7 @@ private:
     QDomElement* m_converter = nullptr;
     qint64 m_length = 0;
     std::optional<Conversion> m_conversion;
-    quint32 m_scratch[kScratchSize / 4] = {};
-    ie::MemoryBlock m_heap;
-    quint32* m_words = nullptr;
-    int m_wordCount = 0;
+    std::optional<ie::RegisterWords> m_words;
     QString m_text;
 };
 
@@ -178,19 +171,12 @@ bool RegisterBlock::takeVariable(const QDomElement& variable)
 // Zeroed once: what one address leaves behind its bytes stays for the next.
 bool RegisterBlock::allocate()
 {
-    const quint64 words = RegisterEvaluator::wholeWords(m_length);
-    m_words = m_scratch;
-    if (m_length > kScratchSize) {
-        if (m_length <= RegisterEvaluator::kMaximumLength)
-            m_heap.reset(ie::allocateZeroed(std::size_t(words) * 4));
-        m_words = static_cast<quint32*>(m_heap.get());
-    }
-    if (!m_words) {
-        IE_JOB_LOG(QString("malloc size  failed:%1 size:%2").arg(m_name, QString::number(words * 4)));
-        return false;
-    }
-    m_wordCount = int(words);
-    return true;
+    m_words.emplace(m_length, m_bGigE);
+    if (m_words->isAllocated())
+        return true;
+    IE_JOB_LOG(QString("malloc size  failed:%1 size:%2")
+                   .arg(m_name, QString::number(ie::RegisterWords::wholeWords(m_length) * 4)));
+    return false;
 }
 
 bool RegisterBlock::appendLine(const _FORMULA_RESULT_& address, int index)
@@ -204,9 +190,7 @@ bool RegisterBlock::appendLine(const _FORMULA_RESULT_& address, int index)
     if (!m_conversion) {
         value.content = plainContent(unaligned);
     } else {
-        quint32 raw = qFromLittleEndian(m_words[0]);
-        if (m_bGigE && m_length == 4)
-            raw = qbswap(raw);
+        quint32 raw = m_words->word(0);
         if (unaligned)
             raw = exchangeHalves(raw); // by the address alone, whether it was read around or not. Meant.
         if (!convert(index, raw, value))
@@ -219,7 +203,7 @@ bool RegisterBlock::appendLine(const _FORMULA_RESULT_& address, int index)
 bool RegisterBlock::readWords(const _FORMULA_RESULT_& address)
 {
     const auto onWire = static_cast<quint32>(address.nValue); // addresses are cut to 32 bits here. Meant.
-    if (read(onWire, m_words, m_length))
+    if (read(onWire, m_words->data(), m_length))
         return true;
     IE_JOB_LOG(QString("Create RegAddress  failed:%1 addr:%2 formula:%3 variables:%4")
                    .arg(m_name, QString::number(address.nValue), address.strFormula, address.strVariables));
@@ -234,7 +218,7 @@ bool RegisterBlock::readAround(quint32 address)
     const bool behind = read(quint32(address + 2), around + 4, 4);
     if (!before || !behind)
         return false;
-    m_words[0] = qToLittleEndian(exchangeHalves(qFromLittleEndian<quint32>(around + 2)));
+    m_words->setRaw(0, exchangeHalves(qFromLittleEndian<quint32>(around + 2)));
     return true;
 }
 
@@ -245,16 +229,9 @@ bool RegisterBlock::read(qint64 address, void* buffer, qint64 bytes)
 
 QString RegisterBlock::plainContent(bool unaligned) const
 {
-    const bool swap = m_bGigE && m_length == 4;
-    QVector<quint32> words(m_wordCount);
-    for (int i = 0; i < m_wordCount; ++i) {
-        words[i] = qFromLittleEndian(m_words[i]);
-        if (swap && unaligned)
-            words[i] = exchangeHalves(words[i]);
-        if (swap)
-            words[i] = qbswap(words[i]);
-    }
-    return ie::wordsText(words);
+    if (unaligned && m_words->isSwapped()) // one word then
+        return ie::wordsText({qbswap(exchangeHalves(m_words->raw(0)))});
+    return m_words->text();
 }
 
 bool RegisterBlock::convert(int index, quint32 raw, ie::RegisterValue& value)

@@ -1,7 +1,7 @@
 #include "jobs/export/RegisterEvaluator.h"
 
-#include "jobs/nodes/JobMemory.h"
-#include "jobs/worker/JobLog.h"
+#include "jobs/nodes/RegisterWords.h"
+#include "jobs/rules/JobLog.h"
 
 #include <SuiteTools/SuiteTools.h>
 
@@ -15,8 +15,6 @@
 
 namespace
 {
-
-constexpr qint64 kScratchSize = 256;
 
 QString nameOf(const QDomElement& element)
 {
@@ -357,11 +355,6 @@ bool RegisterEvaluator::length(const LengthText& length, qint64& bytes)
     return true;
 }
 
-quint64 RegisterEvaluator::wholeWords(qint64 bytes)
-{
-    return (static_cast<quint64>(bytes) + 3) / 4;
-}
-
 bool RegisterEvaluator::getBitFieldValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out)
 {
     QDomElement* converter = nullptr;
@@ -388,28 +381,19 @@ bool RegisterEvaluator::getBitFieldValue(const QDomElement& node, QList<_FORMULA
 bool RegisterEvaluator::readBitFields(const QDomElement& node, const QDomElement& reg, qint64 bytes,
                                       const QList<_FORMULA_RESULT_>& addresses, QList<_FORMULA_RESULT_>& out)
 {
-    const quint64 size = wholeWords(bytes) * 4;
-    quint32 scratch[kScratchSize / 4] = {};
-    quint32* words = scratch;
-    ie::MemoryBlock heap;
-    if (bytes > kScratchSize) {
-        if (bytes <= kMaximumLength)
-            heap.reset(ie::allocateZeroed(std::size_t(size)));
-        words = static_cast<quint32*>(heap.get());
-    }
-    if (!words) {
-        IE_JOB_LOG(QString("malloc size  failed:%1 size:%2").arg(nameOf(reg), QString::number(size)));
+    ie::RegisterWords words(bytes, m_bGigE);
+    if (!words.isAllocated()) {
+        IE_JOB_LOG(QString("malloc size  failed:%1 size:%2")
+                       .arg(nameOf(reg), QString::number(ie::RegisterWords::wholeWords(bytes) * 4)));
         return false;
     }
     const std::optional<BitShifts> shifts = bitShifts(node); // of the node, not of its register
     if (!shifts)
         return false;
-    const bool swap = m_bGigE && bytes == 4;
     for (const _FORMULA_RESULT_& address : addresses) {
-        if (!readMemory(address.nValue, words, bytes))
+        if (!readMemory(address.nValue, words.data(), bytes))
             return false;
-        const quint32 word = qFromLittleEndian(words[0]);
-        const quint32 value = ((swap ? qbswap(word) : word) << shifts->left) >> shifts->right;
+        const quint32 value = (words.word(0) << shifts->left) >> shifts->right;
         out.append(constant(value)); // the address's formula and variables are not passed on. Meant.
     }
     return true;

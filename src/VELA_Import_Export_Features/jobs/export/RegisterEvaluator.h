@@ -4,6 +4,7 @@
 
 #include "jobs/description/SelectorPair.h"
 #include "jobs/export/FormulaResult.h"
+#include "jobs/rules/ImportRules.h"
 
 #include <KXCameraControl/KXCameraControl.h>
 
@@ -29,9 +30,7 @@ public:
     static constexpr int kMaximumDepth = 200;
     static constexpr int kMaximumSteps = 4 * 1048576;
     static constexpr int kMaximumVariables = 1000;
-    static constexpr int kMaximumFormula = 1024 * 1024; // characters
-    // Lengths beyond this count as an allocation that failed.
-    static constexpr qint64 kMaximumLength = 16 * 1024 * 1024;
+    static constexpr int kMaximumFormula = ie::kLongestFormula; // characters
 
     // `handle` is read at each call: null counts as a failed camera call. `gige`: the camera's transport is
     // GigE.
@@ -60,9 +59,6 @@ public:
     static LengthText lengthText(const QDomElement& reg);
     // The length that the text stands for. False when it is none: no number, or a reference without a value.
     bool length(const LengthText& length, qint64& bytes);
-
-    // 32-bit words that hold a length; not negative.
-    static quint64 wholeWords(qint64 bytes);
 
     // Whether the whole text is a hexadecimal number with or without "0x".
     static bool isNumber(const QString& text);

@@ -1,7 +1,11 @@
 #include "jobs/file/FeaturesFile.h"
 
+#include "jobs/file/XmlSafety.h"
+
 #include <SuiteTools/SuiteTools.h>
 
+#include <QFile>
+#include <QFileInfo>
 #include <QStringList>
 
 namespace ie
@@ -88,6 +92,22 @@ QString wordsText(const QVector<quint32>& words)
     for (const quint32 word : words)
         texts.append(QString::number(word));
     return texts.join(',');
+}
+
+LoadedFile loadFeaturesFile(const QString& path)
+{
+    LoadedFile loaded;
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > kMaximumFileSize) {
+        loaded.failure = LoadedFile::Failure::NotOpened;
+        return loaded;
+    }
+    const QString text(file.readAll());
+    if (text.isEmpty())
+        loaded.failure = LoadedFile::Failure::Empty;
+    else if (!isSafeToParse(text) || !loaded.document.setContent(text))
+        loaded.failure = LoadedFile::Failure::NotLoaded;
+    return loaded;
 }
 
 namespace

@@ -1,6 +1,7 @@
-// The text of a features file: records to lines, and back. No camera and no file access here.
+// A features file: records to lines, and from the disk back to records. No camera here.
 #pragma once
 
+#include <QDomDocument>
 #include <QDomElement>
 #include <QList>
 #include <QString>
@@ -66,7 +67,24 @@ QString floatText(double value);
 // Words as unsigned decimals joined by ",".
 QString wordsText(const QVector<quint32>& words);
 
-// Reader: the records of one parsed file, in document order. `document` is any well-formed XML; what is
+// Reader, of imports and of whoever asks what an import would read.
+struct LoadedFile
+{
+    enum class Failure
+    {
+        None,
+        NotOpened, // it is none (but a device or a folder), cannot be read, or exceeds kMaximumFileSize
+        Empty,
+        NotLoaded // no well-formed XML, or none that is safe to parse (XmlSafety)
+    };
+    Failure failure = Failure::None;
+    QDomDocument document;
+};
+constexpr qint64 kMaximumFileSize = 512 * 1024 * 1024; // bytes
+// The bytes are taken as UTF-8 up to a zero byte, whatever the file declares, without a byte-order mark.
+LoadedFile loadFeaturesFile(const QString& path);
+
+// The records of one parsed file, in document order. `document` is any well-formed XML; what is
 // missing is left empty and told by `hasFeatures`.
 struct FeaturesContent
 {

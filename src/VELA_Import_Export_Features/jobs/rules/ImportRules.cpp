@@ -1,9 +1,18 @@
 #include "jobs/rules/ImportRules.h"
 
+#include <SuiteTools/SuiteTools.h>
+
 #include <QSet>
+
+#include <algorithm>
 
 namespace ie
 {
+
+bool isWritable(KX_XML_AccessMode mode)
+{
+    return mode == KX_AM_WRITE_ONLY || mode == KX_AM_READ_WRITE;
+}
 
 bool isProtectedFeature(const QString& name)
 {
@@ -12,7 +21,7 @@ bool isProtectedFeature(const QString& name)
     return names.contains(name);
 }
 
-const QStringList& importSkipList()
+const QStringList& commonSkipList()
 {
     static const QStringList names = {"LUTValueAll",
                                       "GevPAUSEFrameReception",
@@ -26,6 +35,88 @@ const QStringList& importSkipList()
                                       "GevCurrentSubnetMask",
                                       "GevCurrentIPAddress"};
     return names;
+}
+
+bool isSkippedAsShown(const QString& name, const QString& representation)
+{
+    return representation == "IPV4Address" || representation == "MACAddress" ||
+           (representation == "HexNumber" && name == "GevMACAddress");
+}
+
+const QStringList& lineScanOnlyList()
+{
+    static const QStringList names = {"AcquisitionLineRateEnable", "AcquisitionLineRate"};
+    return names;
+}
+
+bool isLineScan(const QString& scanType)
+{
+    return scanType == "1";
+}
+
+ImportSkip importSkip(const QString& name, const std::function<QString()>& scanType)
+{
+    if (isProtectedFeature(name))
+        return ImportSkip::Protected;
+    if (commonSkipList().contains(name))
+        return ImportSkip::Listed;
+    return lineScanOnlyList().contains(name) && !isLineScan(scanType()) ? ImportSkip::LineScanOnly
+                                                                        : ImportSkip::None;
+}
+
+Imported<bool> importedBoolean(const QString& text)
+{
+    bool ok = false;
+    const int number = text.toInt(&ok, 10);
+    return {number >= 1, ok && number >= 0};
+}
+
+Imported<quint32> importedNumber(const QString& text)
+{
+    bool ok = false;
+    const quint32 number = text.toUInt(&ok, 10);
+    return {number, ok};
+}
+
+Imported<float> importedFloat(const QString& text)
+{
+    bool ok = false;
+    const float number = text.toFloat(&ok);
+    return {number, ok};
+}
+
+Imported<quint32> importedWord(const QString& text)
+{
+    const qint64 number = VELAInterface::string2Int(text);
+    const auto word = static_cast<quint32>(number);
+    const bool isZero = text == "0x0" || (!text.isEmpty() && text.count('0') == text.size());
+    return {word, number == qint64(word) && (number != 0 || isZero)};
+}
+
+QByteArray importedBytes(const QString& text)
+{
+    char bytes[kLongestText + 1] = {}; // a terminating zero always stands
+    VELAInterface::CovertEncodeCharFromQString(text, bytes, kLongestText);
+    return bytes;
+}
+
+qint64 forEachImportedWord(const RegisterValue& entry, int words,
+                           const std::function<void(int, const QString&)>& take)
+{
+    if (!entry.to.isEmpty()) {
+        if (words > 0)
+            take(0, entry.to);
+        return 1;
+    }
+    // Part by part, no further than the register reaches: all parts of a huge text would not fit into memory.
+    const QString& text = entry.content;
+    for (int i = 0, begin = 0; i < words && begin <= text.size(); ++i) {
+        const int comma = text.indexOf(',', begin);
+        const int end = comma < 0 ? text.size() : comma;
+        take(i, text.mid(begin, end - begin));
+        begin = end + 1;
+    }
+    return qint64(text.count(',')) + 1;
 }
 
 } // namespace ie

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "jobs/description/SelectorPair.h"
+#include "jobs/file/FeaturesFile.h"
 #include "jobs/nodes/JobMemory.h"
+#include "jobs/nodes/NodeAccess.h"
 #include "jobs/worker/Compatibility.h"
 
 #include <KXCameraControl/KXCameraControl.h>
@@ -126,32 +128,15 @@ private:
     bool AppendFeatures(QString& strText);
     bool AppendFeature(RegisterEvaluator& evaluator, const QDomElement& element, QString& strText);
     bool IsGigE() const;
-    bool ReadPlainValue(const QString& strTag, const QString& strName, QString& strValue, int* pErrorCode);
     bool WriteFeaturesFile(const QString& strFileName, const QString& strText);
 
     // Import.
-    struct ImportRun;
-    struct RegisterBuffer;
     void FailImport(const QString& strLog, const QString& strUserText);
+    void FailToLoad(ie::LoadedFile::Failure eFailure);
     void ReportImportResult();
     void ChooseImportSkipList();
     bool import_feature_xml(const QDomDocument& document);
-    bool BelongsToCamera(const QDomElement& root);
-    bool ReadFeatureElement(const QDomElement& element, QString& strName, QString& strType,
-                            QString& strValue) const;
-    bool ApplyFeatures(const QDomElement& root);
-    bool ApplyCycle(ImportRun& run);
-    bool GiveUpImport(const QString& strName, const QString& strValue);
-    KX_Status setFeatureIntoDevice(const QString& strName, const QString& strType, const QString& strValue,
-                                   ImportRun& run);
-    bool WritePlainValue(const QString& strType, const QString& strName, const QString& strValue,
-                         int* pErrorCode);
-    bool ApplyRegisterBlock(const QDomElement& element, ImportRun& run);
-    bool PrepareBuffer(const QString& strLength, RegisterBuffer& buffer);
-    bool SetValueFromReg(const QDomElement& entry, qint64 nAddress, RegisterBuffer& buffer);
-    void FillBuffer(const QDomElement& entry, RegisterBuffer& buffer) const;
-    bool WriteRegister(qint64 nAddress, RegisterBuffer& buffer, int nCycle);
-    void LogRegisterFailure(const QString& strName, qint64 nAddress);
+    bool BelongsToCamera(const ie::FeaturesHeader& header);
 
     // Feature bag.
     void ReportBagFailure(const QString& strLog, const QString& strUserText, KX_Status status);
@@ -172,6 +157,7 @@ private:
     QMap<QString, QStringList> m_mapFeatureFilter;
 
     // Not part of what a job leaves behind.
+    ie::NodeAccess m_camera{m_hDevice};
     QSet<QString> m_setSkipped;           // the running job's skip list
     QSet<QString> m_setCategoryNames;     // m_lstCategoryNames again, for the walk
     ie::MemoryBlock m_pDescriptionBuffer; // of the last fetch; kept until the next one

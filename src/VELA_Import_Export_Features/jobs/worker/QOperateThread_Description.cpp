@@ -1,5 +1,5 @@
-#include "jobs/file/XmlDepth.h"
-#include "jobs/worker/JobLog.h"
+#include "jobs/file/XmlSafety.h"
+#include "jobs/rules/JobLog.h"
 #include "jobs/worker/QOperateThread.h"
 
 #include <algorithm>

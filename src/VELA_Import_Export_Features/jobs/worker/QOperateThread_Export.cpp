@@ -1,8 +1,9 @@
 #include "jobs/export/RegisterBlock.h"
 #include "jobs/file/FeaturesFile.h"
+#include "jobs/nodes/FeatureKind.h"
 #include "jobs/rules/DeviceNames.h"
 #include "jobs/rules/ImportRules.h"
-#include "jobs/worker/JobLog.h"
+#include "jobs/rules/JobLog.h"
 #include "jobs/worker/QOperateThread.h"
 
 #include <SuiteTools/SuiteTools.h>
@@ -12,19 +13,6 @@
 
 namespace
 {
-
-// Skipped by every transport that has no filter file.
-const QStringList& builtInSkipList()
-{
-    static const QStringList names = {
-        "GevCurrentIPAddress",           "GevCurrentSubnetMask",
-        "GevCurrentDefaultGateway",      "LUTValueAll",
-        "GevPersistentIPAddress",        "GevPersistentSubnetMask",
-        "GevPersistentDefaultGateway",   "GevSCDA",
-        "GevCurrentIPConfigurationDHCP", "GevCurrentIPConfigurationPersistentIP",
-        "GevPAUSEFrameReception"};
-    return names;
-}
 
 QString transportWord(quint32 nTransport)
 {
@@ -119,7 +107,7 @@ void QOperateThread::LoadStreamableFilter()
 void QOperateThread::ChooseSkipList()
 {
     const auto itFilter = m_mapFeatureFilter.constFind(transportWord(m_stDevice.stDeviceInfo.transportType));
-    m_setSkipped = toSet(itFilter != m_mapFeatureFilter.constEnd() ? itFilter.value() : builtInSkipList());
+    m_setSkipped = toSet(itFilter != m_mapFeatureFilter.constEnd() ? itFilter.value() : ie::commonSkipList());
 }
 
 bool QOperateThread::IsSkippedFeature(const QString& strName) const
@@ -129,9 +117,7 @@ bool QOperateThread::IsSkippedFeature(const QString& strName) const
     QDomElement element;
     if (!GetNodeElement(strName, element))
         return false;
-    const QString strShown = element.firstChildElement("Representation").text();
-    return strShown == "IPV4Address" || strShown == "MACAddress" ||
-           (strShown == "HexNumber" && strName == "GevMACAddress");
+    return ie::isSkippedAsShown(strName, element.firstChildElement("Representation").text());
 }
 
 bool QOperateThread::AppendHeader(const QString& strModel, QString& strText)
@@ -179,13 +165,14 @@ bool QOperateThread::AppendFeature(RegisterEvaluator& evaluator, const QDomEleme
     const QString strName = element.attribute("Name");
     if (evaluator.isSelectedFeature(strName) && tryRegisters() != RegisterAttempt::Failed)
         return true;
-    QString strValue;
-    int nErrorCode = 0;
-    if (ReadPlainValue(element.tagName(), strName, strValue, &nErrorCode)) {
-        strText += ie::plainBlock({strName, element.tagName(), strValue});
+    const auto kind = ie::featureKind(element.tagName());
+    const ie::FeatureReading reading =
+        kind ? ie::readFeature(m_camera, *kind, strName) : ie::FeatureReading();
+    if (reading.isGood()) {
+        strText += ie::plainBlock({strName, element.tagName(), reading.text});
         return true;
     }
-    if (KX_IS_LINE_FAILURE(static_cast<KX_Status>(nErrorCode)))
+    if (KX_IS_LINE_FAILURE(reading.status))
         return false;
     tryRegisters(); // a selected feature's second attempt. Meant.
     return true;
@@ -194,37 +181,6 @@ bool QOperateThread::AppendFeature(RegisterEvaluator& evaluator, const QDomEleme
 bool QOperateThread::IsGigE() const
 {
     return m_stDevice.stDeviceInfo.transportType == KX_TRANSPORT_GIGE;
-}
-
-// The value counts on success only. A tag without a plain value fails with the error code untouched.
-bool QOperateThread::ReadPlainValue(const QString& strTag, const QString& strName, QString& strValue,
-                                    int* pErrorCode)
-{
-    if (strTag == "Boolean") {
-        bool bValue = false;
-        const bool bRead = GetBooleanNodePropertyValue(strName, &bValue, pErrorCode);
-        strValue = ie::booleanText(bValue);
-        return bRead;
-    }
-    if (strTag == "Integer" || strTag == "IntReg") {
-        KX_IntegerValue stValue = {};
-        const bool bRead = GetIntegerNodePropertyValue(strName, &stValue, pErrorCode);
-        strValue = ie::integerText(stValue.current);
-        return bRead;
-    }
-    if (strTag == "Enumeration") {
-        KX_EnumValue stValue = {};
-        const bool bRead = GetEnumerationNodePropertyValue(strName, &stValue, pErrorCode);
-        strValue = ie::enumerationText(stValue.current);
-        return bRead;
-    }
-    if (strTag == "Float") {
-        KX_FloatValue stValue = {};
-        const bool bRead = GetFloatNodePropertyValue(strName, &stValue, pErrorCode);
-        strValue = ie::floatText(stValue.current);
-        return bRead;
-    }
-    return strTag == "StringReg" && GetStringRegNodePropertyValue(strName, strValue, nullptr, pErrorCode);
 }
 
 bool QOperateThread::WriteFeaturesFile(const QString& strFileName, const QString& strText)

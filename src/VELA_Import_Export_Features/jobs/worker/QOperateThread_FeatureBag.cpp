@@ -1,6 +1,6 @@
 // The two jobs that hand the whole transfer to the camera library. A camera that cannot be opened ends them
 // without a message. Meant.
-#include "jobs/worker/JobLog.h"
+#include "jobs/rules/JobLog.h"
 #include "jobs/worker/QOperateThread.h"
 
 #include <SuiteTools/SuiteTools.h>

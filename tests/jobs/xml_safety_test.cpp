@@ -1,5 +1,5 @@
 // What foreign XML is refused before QDomDocument sees it.
-#include "jobs/file/XmlDepth.h"
+#include "jobs/file/XmlSafety.h"
 
 #include <QDomDocument>
 
@@ -20,7 +20,7 @@ QString withType(const QString& subset, const QString& content)
 
 } // namespace
 
-TEST(XmlDepth, TakesAThousandLevelsAndNotOneMore)
+TEST(XmlSafety, TakesAThousandLevelsAndNotOneMore)
 {
     EXPECT_TRUE(ie::isSafeToParse(nested(1000)));
     EXPECT_FALSE(ie::isSafeToParse(nested(1001)));
@@ -29,20 +29,20 @@ TEST(XmlDepth, TakesAThousandLevelsAndNotOneMore)
     EXPECT_FALSE(ie::isSafeToParse(nested(1000, "<b x='/>'></b>")));
 }
 
-TEST(XmlDepth, RefusesWhatWouldOverflowTheStack)
+TEST(XmlSafety, RefusesWhatWouldOverflowTheStack)
 {
     EXPECT_FALSE(ie::isSafeToParse(nested(100000)));
     EXPECT_FALSE(ie::isSafeToParse(QString("<a>").repeated(1000000))); // never closed
 }
 
-TEST(XmlDepth, CountsNestingAndNotElements)
+TEST(XmlSafety, CountsNestingAndNotElements)
 {
     EXPECT_TRUE(ie::isSafeToParse("<r>" + QString("<a><b/></a>").repeated(5000) + "</r>"));
     EXPECT_TRUE(ie::isSafeToParse("<r>" + QString("<a/>").repeated(5000) + "</r>"));
     EXPECT_TRUE(ie::isSafeToParse("<r>" + QString("<a x=\"1\" />").repeated(5000) + "</r>"));
 }
 
-TEST(XmlDepth, LooksThroughWhatIsNoElement)
+TEST(XmlSafety, LooksThroughWhatIsNoElement)
 {
     const QString many = QString("<a>").repeated(2000);
     EXPECT_TRUE(ie::isSafeToParse("<r><!-- " + many + " --></r>"));
@@ -52,7 +52,7 @@ TEST(XmlDepth, LooksThroughWhatIsNoElement)
     EXPECT_TRUE(ie::isSafeToParse(withType("<!-- don't " + many + " --><!ELEMENT a ANY>", "<a/>")));
 }
 
-TEST(XmlDepth, FindsNestingBehindWhatIsNoElement)
+TEST(XmlSafety, FindsNestingBehindWhatIsNoElement)
 {
     const QString deep = nested(1001);
     EXPECT_FALSE(ie::isSafeToParse("<!-- > --><?p ?>" + deep));
@@ -65,7 +65,7 @@ TEST(XmlDepth, FindsNestingBehindWhatIsNoElement)
     EXPECT_FALSE(ie::isSafeToParse(withType("", deep)));
 }
 
-TEST(XmlDepth, BrokenTextIsLeftToTheParser)
+TEST(XmlSafety, BrokenTextIsLeftToTheParser)
 {
     for (const char* text :
          {"", "no xml", "<", "<a", "<a b='", "</", "</a", "<!", "<!--", "<![CDATA[", "<?", "<!DOCTYPE",

@@ -14,6 +14,9 @@ constexpr char kJobLogFile[] = "..\\..\\src\\VELA_Import_Export_Features\\QOpera
 
 } // namespace ie
 
+// The line of an operation that the suite knows as the worker's, wherever it stands: with that signature.
+#define IE_JOB_LOG_OF(signature, text)                                                                       \
+    QMessageLogger(ie::kJobLogFile, __LINE__, signature).critical() << QString(text)
 // A composed text: a QString, which the debug stream prints in quotes.
 #define IE_JOB_LOG(text) QMessageLogger(ie::kJobLogFile, __LINE__, Q_FUNC_INFO).critical() << QString(text)
 // A fixed text, printed as it is.

@@ -1,4 +1,4 @@
-#include "jobs/file/XmlDepth.h"
+#include "jobs/file/XmlSafety.h"
 
 #include <QStringView>
 
