@@ -1,10 +1,9 @@
 #include "iefeatures/files/NamedFeatures.h"
 
-#include <SuiteTools/SuiteTools.h>
+#include "iefeatures/files/FeaturesFileInput.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QXmlStreamReader>
 
 namespace companion
 {
@@ -32,24 +31,17 @@ void takeOnce(const QString& name, QStringList& names, std::map<QString, bool>& 
 
 ImportedFeatures featuresOfFile(const QString& featuresFile)
 {
+    const ie::FeaturesContent content = readFeaturesFile(featuresFile).content;
     ImportedFeatures features;
+    features.model = content.header.model;
     std::map<QString, bool> isKnown;
-    QXmlStreamReader reader(contentOf(featuresFile));
-    QString block;
-    while (!reader.atEnd()) {
-        if (reader.readNext() != QXmlStreamReader::StartElement)
-            continue;
-        const QXmlStreamAttributes attributes = reader.attributes();
-        if (reader.name() == QLatin1String("DeviceModelName")) {
-            features.model = reader.readElementText(QXmlStreamReader::SkipChildElements);
-        } else if (reader.name() == QLatin1String("Name")) {
-            takeOnce(reader.readElementText(QXmlStreamReader::SkipChildElements), features.names, isKnown);
-        } else if (reader.name() == QLatin1String("ComplexFeature")) {
-            block = attributes.value("name").toString();
-            takeOnce(block, features.names, isKnown);
-        } else if (attributes.hasAttribute("address")) {
-            features.blocks.emplace(VELAInterface::string2Int(attributes.value("address").toString()), block);
-        }
+    for (const ie::FeaturesContent::Entry& entry : content.entries) {
+        for (const QString& name : entry.names)
+            takeOnce(name, features.names, isKnown);
+        takeOnce(entry.complex.name, features.names, isKnown);
+        for (const ie::RegisterValue& value : entry.complex.values)
+            if (!value.addressText.isEmpty())
+                features.blocks.emplace(value.address, entry.complex.name);
     }
     return features;
 }
