@@ -1,7 +1,7 @@
 #include "iefeatures/cameras/FeatureReader.h"
 
 #include "jobs/file/FeaturesFile.h"
-#include <SuiteTools/SuiteTools.h>
+#include "jobs/rules/ImportRules.h"
 
 #include <algorithm>
 
@@ -52,13 +52,11 @@ QString realObjection(const KX_FloatValue& bounds, const QString& value)
     return {};
 }
 
-QString stringObjection(const KX_StringValue& bounds, const QString& value)
+QString stringObjection(qint64 longest, const QString& value)
 {
-    char bytes[256] = {};
-    VELAInterface::CovertEncodeCharFromQString(value, bytes, sizeof bytes - 1);
-    if (qint64(qstrlen(bytes)) <= bounds.maximumLength)
+    if (qint64(qstrlen(ie::importedBytes(value).constData())) <= longest)
         return {};
-    return QString("the text is longer than %1 bytes").arg(bounds.maximumLength);
+    return QString("the text is longer than %1 bytes").arg(longest);
 }
 
 } // namespace
@@ -71,7 +69,7 @@ QString rangeObjection(const FeatureReader::Reading& reading, const QString& val
         return enumerationObjection(*reading.enumeration, value);
     if (reading.real)
         return realObjection(*reading.real, value);
-    return reading.string ? stringObjection(*reading.string, value) : QString();
+    return reading.longestText ? stringObjection(*reading.longestText, value) : QString();
 }
 
 KX_Status FeatureReader::note(KX_Status status)
@@ -81,68 +79,37 @@ KX_Status FeatureReader::note(KX_Status status)
     return status;
 }
 
-// Names go to the camera library as the jobs give them there.
-FeatureReader::Reading FeatureReader::read(const QString& type, const QString& name)
+// An origin that cannot be told speaks against no value.
+FeatureReader::Reading FeatureReader::read(ie::FeatureKind kind, const QString& name)
 {
-    Reading reading;
-    const QByteArray latin1 = name.toLatin1();
-    if (type == "Boolean") {
-        bool value = false;
-        reading.status = note(KX_CC_GetBoolValue(m_handle, latin1.constData(), &value));
-        reading.text = ie::booleanText(value);
-    } else if (type == "Enumeration") {
-        KX_EnumValue value = {};
-        reading.status = note(KX_CC_GetEnumValue(m_handle, latin1.constData(), &value));
-        reading.text = ie::enumerationText(value.current);
-        reading.enumeration = value;
-    } else if (type == "Float") {
-        KX_FloatValue value = {};
-        reading.status = note(KX_CC_GetFloatValue(m_handle, latin1.constData(), &value));
-        reading.text = ie::floatText(value.current);
-        reading.real = value;
-    } else if (type == "StringReg") {
-        KX_StringValue value = {};
-        reading.status = note(KX_CC_GetStringValue(m_handle, name.toLocal8Bit().constData(), &value));
-        reading.text = VELAInterface::char2QStringLocale(value.current, -1);
-        reading.string = value;
-    } else {
-        readInteger(latin1.constData(), reading);
-    }
-    if (!reading.isGood())
-        return Reading{reading.status, {}, {}, {}, {}, {}, {}};
-    if (reading.text.isNull())
-        reading.text = "";
+    Reading reading{ie::readFeature(m_camera, kind, name), {}};
+    note(reading.status);
+    int64_t origin = 0;
+    if (reading.integer && reading.integer->increment > 1 &&
+        note(KX_CC_GetIntIncrementOrigin(m_handle, name.toLatin1().constData(), &origin)) == KX_OK)
+        reading.incrementOrigin = origin;
     return reading;
 }
 
-// An origin that cannot be told speaks against no value.
-void FeatureReader::readInteger(const char* name, Reading& reading)
+KX_Status FeatureReader::readMemory(qint64 address, qint64 length, void* buffer)
 {
-    KX_IntegerValue value = {};
-    reading.status = note(KX_CC_GetIntValueEx(m_handle, name, &value));
-    reading.text = ie::integerText(value.current);
-    reading.integer = value;
-    int64_t origin = 0;
-    if (value.increment > 1 && note(KX_CC_GetIntIncrementOrigin(m_handle, name, &origin)) == KX_OK)
-        reading.incrementOrigin = origin;
-}
-
-KX_Status FeatureReader::readMemory(qint64 address, qint64 length, QByteArray& bytes)
-{
-    bytes.fill('\0', int(length));
-    return note(KX_CC_ReadMemory(m_handle, bytes.data(), address, length));
+    int code = KX_OK;
+    m_camera.readMemory(address, buffer, length, &code);
+    return note(static_cast<KX_Status>(code));
 }
 
 FeatureReader::Access FeatureReader::access(const QString& name)
 {
     Access access;
-    access.status = note(KX_XML_GetNodeAccessMode(m_handle, name.toLocal8Bit().constData(), &access.mode));
+    int code = KX_OK;
+    access.mode = m_camera.accessMode(name, &code);
+    access.status = note(static_cast<KX_Status>(code));
     return access;
 }
 
 bool FeatureReader::Access::isWritable() const
 {
-    return status == KX_OK && (mode == KX_AM_WRITE_ONLY || mode == KX_AM_READ_WRITE);
+    return status == KX_OK && ie::isWritable(mode);
 }
 
 bool FeatureReader::Access::isAbsent() const

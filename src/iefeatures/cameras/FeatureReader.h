@@ -1,12 +1,10 @@
 // Reads features over an open handle as jobs do, and tells what a feature would take.
 #pragma once
 
-#include <KXCameraControl/KXCameraControl.h>
+#include "jobs/nodes/FeatureKind.h"
 
-#include <QByteArray>
 #include <QString>
 
-#include <functional>
 #include <optional>
 
 namespace companion
@@ -17,22 +15,16 @@ class FeatureReader
 public:
     // The handle must outlive the reader.
     explicit FeatureReader(KX_HANDLE handle) : m_handle(handle) {}
+    FeatureReader(const FeatureReader&) = delete;
+    FeatureReader& operator=(const FeatureReader&) = delete;
 
-    struct Reading
+    struct Reading : ie::FeatureReading
     {
-        KX_Status status = KX_OK;
-        QString text; // as a features file has it; null: not read
-        std::optional<KX_IntegerValue> integer;
         std::optional<qint64> incrementOrigin; // of an integer whose increment is not 1
-        std::optional<KX_EnumValue> enumeration;
-        std::optional<KX_FloatValue> real;
-        std::optional<KX_StringValue> string;
-        bool isGood() const { return status == KX_OK; }
     };
-    // `type`: one of the six type words of features files.
-    Reading read(const QString& type, const QString& name);
-    // `bytes` become as long as `length`; it must be in the range that the camera library takes.
-    KX_Status readMemory(qint64 address, qint64 length, QByteArray& bytes);
+    Reading read(ie::FeatureKind kind, const QString& name);
+    // `length` in bytes, in the range that the camera library takes.
+    KX_Status readMemory(qint64 address, qint64 length, void* buffer);
 
     struct Access
     {
@@ -49,9 +41,9 @@ public:
 
 private:
     KX_Status note(KX_Status status);
-    void readInteger(const char* name, Reading& reading);
 
-    KX_HANDLE m_handle;
+    const KX_HANDLE m_handle;
+    const ie::NodeAccess m_camera{m_handle, ie::NodeAccess::FailureLog::Silent};
     KX_Status m_lineStatus = KX_OK;
 };
 

@@ -5,8 +5,7 @@
 #include "iefeatures/check/PlainCheck.h"
 #include "iefeatures/check/RegisterCheck.h"
 
-#include "jobs/rules/DeviceNames.h"
-#include <SuiteTools/SuiteTools.h>
+#include "jobs/import/ImportIdentity.h"
 
 #include <algorithm>
 
@@ -17,37 +16,43 @@ namespace
 
 using IdentityVerdict = IdentityCheck::Verdict;
 
-IdentityVerdict goodIf(bool isGood, IdentityVerdict otherwise = IdentityVerdict::Bad)
+const char* identityWord(ie::IdentityComparison::What what)
 {
-    return isGood ? IdentityVerdict::Good : otherwise;
+    using What = ie::IdentityComparison::What;
+    switch (what) {
+    case What::VersionGiven:
+        return "version given";
+    case What::Version:
+        return "version";
+    case What::BoardType:
+        return "board type";
+    case What::Firmware:
+        return "firmware";
+    default:
+        return "model";
+    }
 }
 
-// Of what the file may leave out; null when it does.
-QString given(bool isThere, const QString& text)
+IdentityVerdict identityVerdict(ie::IdentityComparison::Outcome outcome)
 {
-    return isThere && text.isNull() ? QString("") : text;
+    using Outcome = ie::IdentityComparison::Outcome;
+    if (outcome == Outcome::Tolerated)
+        return IdentityVerdict::Tolerated;
+    return outcome == Outcome::Good ? IdentityVerdict::Good : IdentityVerdict::Bad;
 }
 
 // All are told, though an import ends at the first that is bad.
 std::vector<IdentityCheck> checkIdentity(FeatureReader& reader, const KX_DeviceInfo& device,
                                          const ie::FeaturesHeader& file)
 {
-    const QString version = VELAInterface::softwareVersion();
-    std::vector<IdentityCheck> checks = {
-        {"version given", goodIf(!file.version.isEmpty()), file.version, version},
-        {"version", goodIf(file.version == version, IdentityVerdict::Tolerated), file.version, version}};
-    // A file without a board type fits every board.
-    const QString board = file.hasBoardType ? reader.read("Integer", "BoardDeviceType").text : QString();
-    const auto add = [&](const char* what, bool isGood, const QString& inFile, const QString& inCamera) {
-        checks.push_back({what, goodIf(isGood), inFile, inCamera});
+    const auto read = [&reader](ie::FeatureKind kind, const QString& name) {
+        return reader.read(kind, name);
     };
-    add("board type", !file.hasBoardType || (!board.isNull() && board == file.boardType),
-        given(file.hasBoardType, file.boardType), board);
-    const QString firmware = reader.read("StringReg", "DeviceFirmwareVersion").text;
-    add("firmware", file.hasFirmware && !firmware.isNull() && firmware == file.firmware,
-        given(file.hasFirmware, file.firmware), firmware);
-    const QString model = ie::modelNameAsUtf8(device);
-    add("model", file.hasModel && model == file.model, given(file.hasModel, file.model), model);
+    std::vector<IdentityCheck> checks;
+    for (const ie::IdentityComparison& comparison :
+         ie::compareIdentity(file, device, read, ie::IdentityDepth::All))
+        checks.push_back({identityWord(comparison.what), identityVerdict(comparison.outcome),
+                          comparison.fileValue, comparison.cameraValue});
     return checks;
 }
 

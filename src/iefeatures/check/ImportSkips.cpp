@@ -7,22 +7,23 @@ namespace companion
 
 QString ImportSkips::reason(const QString& name)
 {
-    if (ie::isProtectedFeature(name))
+    switch (ie::importSkip(name, [this] { return scanType(); })) {
+    case ie::ImportSkip::Protected:
         return "protected: imports never write it";
-    if (ie::commonSkipList().contains(name))
+    case ie::ImportSkip::Listed:
         return "on the import's skip list";
-    if ((name == "AcquisitionLineRate" || name == "AcquisitionLineRateEnable") && !isLineScan())
+    case ie::ImportSkip::LineScanOnly:
         return "imports write it to line-scan cameras only";
-    return {};
+    default:
+        return {};
+    }
 }
 
-bool ImportSkips::isLineScan()
+QString ImportSkips::scanType()
 {
-    if (!m_isLineScan) {
-        const FeatureReader::Reading type = m_reader.read("Enumeration", "DeviceScanType");
-        m_isLineScan = type.enumeration && type.enumeration->current == 1;
-    }
-    return *m_isLineScan;
+    if (!m_scanType)
+        m_scanType = m_reader.read(ie::FeatureKind::Enumeration, "DeviceScanType").text;
+    return *m_scanType;
 }
 
 } // namespace companion

@@ -21,10 +21,10 @@ public:
     QString reason(const QString& name);
 
 private:
-    bool isLineScan();
+    QString scanType();
 
     FeatureReader& m_reader;
-    std::optional<bool> m_isLineScan;
+    std::optional<QString> m_scanType; // as read once; null where it could not be
 };
 
 } // namespace companion

@@ -45,14 +45,15 @@ QString PlainCheck::skipReason(const ie::FeaturesContent::Entry& entry)
     // Jobs hold exclusive access while they run, and files are full of it.
     if (feature.name == "GevCCP" && feature.value == "1")
         return "tells who controls the camera: while an import runs, that is the import";
-    if (!isPlainType(feature.type))
+    if (!ie::featureKind(feature.type))
         return "imports write no feature of the type \"" + feature.type + '"';
     return {};
 }
 
 void PlainCheck::plan(const ie::PlainFeature& feature, EntryCheck& check)
 {
-    const FeatureReader::Reading reading = m_reader.read(feature.type, feature.name);
+    const ie::FeatureKind kind = *ie::featureKind(feature.type);
+    const FeatureReader::Reading reading = m_reader.read(kind, feature.name);
     if (reading.isGood()) {
         check.cameraValue = reading.text;
         if (reading.text == feature.value)
@@ -65,7 +66,7 @@ void PlainCheck::plan(const ie::PlainFeature& feature, EntryCheck& check)
         if (check.verdict != Verdict::Change)
             return;
     }
-    const ImportedValue imported = importedValue(feature.type, feature.value);
+    const ImportedValue imported = importedValue(kind, feature.value);
     if (!imported.flaw.isNull()) {
         check.isFaithful = false;
         check.warnings += imported.flaw;
@@ -97,16 +98,17 @@ void PlainCheck::planUnread(const ie::PlainFeature& feature, KX_Status status, E
 
 void PlainCheck::verify(const ie::PlainFeature& feature, EntryCheck& check)
 {
-    const FeatureReader::Reading reading = m_reader.read(feature.type, feature.name);
+    const ie::FeatureKind kind = *ie::featureKind(feature.type);
+    const FeatureReader::Reading reading = m_reader.read(kind, feature.name);
     if (!reading.isGood())
         return verifyUnread(feature, reading.status, check);
     check.cameraValue = reading.text;
-    if (isSameValue(feature.type, feature.value, reading.text))
+    if (ie::isSameValue(kind, feature.value, reading.text))
         return;
     const qint64 increment = reading.integer ? reading.integer->increment : 1;
-    if (isCoercedValue(feature.type, feature.value, reading.text, increment))
+    if (isCoercedValue(kind, feature.value, reading.text, increment))
         return judge(check, Verdict::Coerced);
-    const ImportedValue imported = importedValue(feature.type, feature.value);
+    const ImportedValue imported = importedValue(kind, feature.value);
     const FeatureReader::Access access = m_reader.access(feature.name);
     if (!access.isWritable())
         return judge(check, Verdict::NotApplied, access.text());

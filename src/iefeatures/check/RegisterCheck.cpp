@@ -1,33 +1,17 @@
 #include "iefeatures/check/RegisterCheck.h"
 
-#include <SuiteTools/SuiteTools.h>
+#include "jobs/nodes/RegisterWords.h"
+#include "jobs/rules/ImportRules.h"
 
 #include <QVector>
 #include <QtEndian>
-
-#include <algorithm>
-#include <limits>
 
 namespace companion
 {
 namespace
 {
 
-constexpr qint64 kLargestBlock = 16 * 1024 * 1024; // imports end at a larger one
-
 using Words = QVector<quint32>;
-
-// As files have them. A last word that the block does not fill up has zeros above.
-Words wordsOf(QByteArray bytes, bool swaps)
-{
-    bytes.append(QByteArray((4 - bytes.size() % 4) % 4, '\0'));
-    Words words;
-    for (int i = 0; i < bytes.size(); i += 4) {
-        const auto word = qFromLittleEndian<quint32>(bytes.constData() + i);
-        words += swaps ? qbswap(word) : word;
-    }
-    return words;
-}
 
 void judge(EntryCheck& check, Verdict verdict, const QString& reason = {})
 {
@@ -37,29 +21,26 @@ void judge(EntryCheck& check, Verdict verdict, const QString& reason = {})
 
 quint32 importedWord(const QString& text, EntryCheck& check)
 {
-    const qint64 number = VELAInterface::string2Int(text);
-    const auto word = static_cast<quint32>(number);
-    const bool isPlainZero = !text.isEmpty() && text.count('0') == text.size();
-    if (number != qint64(word) || (number == 0 && !isPlainZero && text != "0x0")) {
+    const ie::Imported<quint32> imported = ie::importedWord(text);
+    if (!imported.isFaithful) {
         check.isFaithful = false;
         check.warnings +=
-            QString("\"%1\" is written as %2: a word is a number of 32 bits").arg(text).arg(word);
+            QString("\"%1\" is written as %2: a word is a number of 32 bits").arg(text).arg(imported.value);
     }
-    return word;
+    return imported.value;
 }
 
 // What the block would hold after an import: what the file gives over what stands there.
 Words imported(const Words& current, const ie::RegisterValue& value, EntryCheck& check)
 {
     Words words = current;
-    const QStringList given = value.to.isEmpty() ? value.content.split(',') : QStringList(value.to);
-    const int count = std::min<int>(given.size(), words.size());
-    for (int i = 0; i < count; ++i)
-        words[i] = importedWord(given[i], check);
-    if (given.size() > words.size()) {
+    const qint64 given = ie::forEachImportedWord(value, words.size(), [&](int index, const QString& text) {
+        words[index] = importedWord(text, check);
+    });
+    if (given > words.size()) {
         check.isFaithful = false;
         check.warnings += QString("the file has %1 values for %2 words: the others are not written")
-                              .arg(given.size())
+                              .arg(given)
                               .arg(words.size());
     }
     return words;
@@ -88,7 +69,7 @@ std::vector<EntryCheck> RegisterCheck::check(const ie::ComplexFeature& feature)
         judge(whole, Verdict::Broken, "imports end before it, at " + m_brokenBlock);
     else if (block.access.isAbsent())
         judge(whole, Verdict::Absent, "its register " + feature.reg + ": " + block.access.text());
-    else if (feature.lengthText.isEmpty() || feature.length > kLargestBlock)
+    else if (feature.lengthText.isEmpty() || feature.length > ie::RegisterWords::kMaximumLength)
         judge(whole, Verdict::Broken,
               feature.lengthText.isEmpty() ? "the block has no length" : "the block is too large");
     else {
@@ -130,11 +111,11 @@ EntryCheck RegisterCheck::checkEntry(const Block& block, const ie::RegisterValue
 void RegisterCheck::checkUnaligned(const Block& block, const ie::RegisterValue& value, EntryCheck& check)
 {
     const qint64 length = block.feature.length;
-    QByteArray bytes;
+    char bytes[8] = {};
     const bool canBeRead = m_isGigE && value.address % 4 == 2 && length > 0 && length <= 4 &&
                            m_reader.readMemory(value.address - 2, 8, bytes) == KX_OK;
     if (canBeRead) {
-        const auto word = qFromLittleEndian<quint32>(bytes.constData() + 2);
+        const auto word = qFromLittleEndian<quint32>(bytes + 2);
         const quint32 halvesExchanged = word << 16 | word >> 16;
         check.cameraValue = QString::number(length == 4          ? qbswap(word)
                                             : value.to.isEmpty() ? halvesExchanged
@@ -152,13 +133,15 @@ void RegisterCheck::checkUnaligned(const Block& block, const ie::RegisterValue& 
 
 void RegisterCheck::compare(const Block& block, const ie::RegisterValue& value, EntryCheck& check)
 {
-    QByteArray bytes;
     const qint64 length = block.feature.length;
-    const KX_Status status = length > 0 ? m_reader.readMemory(value.address, length, bytes) : KX_E_PARAMETER;
+    ie::RegisterWords words(length, m_isGigE);
+    const KX_Status status = length > 0 && words.isAllocated()
+                                 ? m_reader.readMemory(value.address, length, words.data())
+                                 : KX_E_PARAMETER;
     if (status != KX_OK)
         return judge(check, m_mode == CheckMode::Plan ? Verdict::NotWritable : Verdict::NotApplied,
                      KX_CC_StatusText(status));
-    const Words current = wordsOf(bytes, m_isGigE && length == 4);
+    const Words current = words.words();
     check.cameraValue = ie::wordsText(current);
     if (check.cameraValue == check.fileValue)
         return;
