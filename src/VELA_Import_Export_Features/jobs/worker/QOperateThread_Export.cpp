@@ -139,7 +139,8 @@ bool QOperateThread::AppendHeader(const QString& strModel, QString& strText)
 
 bool QOperateThread::AppendFeatures(QString& strText)
 {
-    RegisterEvaluator evaluator(m_hDevice, m_mapNodeElement, m_lstSelectorPairs, IsGigE());
+    ie::ExportBudget budget;
+    RegisterEvaluator evaluator(m_hDevice, m_mapNodeElement, m_lstSelectorPairs, IsGigE(), budget);
     const QSet<QString> setListed = toSet(m_lstFeatureNames);
     // Over the living map: evaluating a feature adds entries, and those behind the current one are visited
     // too.
