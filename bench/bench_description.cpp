@@ -1,8 +1,8 @@
 // Parsing and indexing a description against bare parsing of the same text.
 // usage: bench_description [FILE]   (default: the largest of the folder KX_DESCRIPTIONS)
+#include "DirectExport.h"
 #include "Measure.h"
 #include "TableCamera.h"
-#include "WorkerAccess.h"
 
 #include <QDir>
 #include <QDomDocument>
@@ -35,9 +35,7 @@ int main(int argc, char** argv)
 
     const double indexing = bench::medianSeconds(
         [] {
-            QOperateThread worker; // as for a camera's first export: no earlier description to let go
-            QOperateThreadProbe::open(worker);
-            QOperateThreadProbe::index(worker);
+            bench::IndexedCamera camera; // as for a camera's first export: no earlier description to let go
         },
         15);
     const double parsing = bench::medianSeconds(

@@ -1,8 +1,8 @@
 // The evaluation of register addresses: time per RegValue line as their number grows, and a large synthetic
 // selector.
+#include "DirectExport.h"
 #include "Measure.h"
 #include "TableCamera.h"
-#include "WorkerAccess.h"
 
 #include <cstdio>
 
@@ -42,7 +42,7 @@ std::string description(int registers)
 double secondsPerLine(int registers)
 {
     bench::setDescription(description(registers));
-    bench::ReadyWorker ready;
+    bench::ReadyExport ready;
     const int repeats = registers >= 1000 ? 1 : 1000 / registers;
     const double seconds = bench::medianSeconds([&] {
         for (int i = 0; i < repeats; ++i)

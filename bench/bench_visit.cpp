@@ -1,7 +1,7 @@
 // The visit of plain features: time per feature as their number grows.
+#include "DirectExport.h"
 #include "Measure.h"
 #include "TableCamera.h"
-#include "WorkerAccess.h"
 
 #include <cstdio>
 
@@ -24,7 +24,7 @@ std::string description(int count)
 double secondsPerFeature(int count)
 {
     bench::setDescription(description(count));
-    bench::ReadyWorker ready;
+    bench::ReadyExport ready;
     const int repeats = 50000 / count;
     const double seconds = bench::medianSeconds([&] {
         for (int i = 0; i < repeats; ++i)

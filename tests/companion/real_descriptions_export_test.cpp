@@ -5,10 +5,10 @@
 #include "companion/RegisterRule.h"
 #include "companion/WhyLeftOut.h"
 #include "gvcp/Gvcp.h"
-#include "jobs/QOperateThreadProbe.h"
 #include "jobs/file/FeaturesFile.h"
 #include "jobs/worker/QOperateThread.h"
 #include "support/LoopbackAddress.h"
+#include "support/OwnDescription.h"
 #include "support/QtPrinting.h"
 #include "support/RealExport.h"
 
@@ -43,18 +43,18 @@ struct Row
 // What an index of the description lists and knows.
 struct Indexed
 {
-    explicit Indexed(const QString& path) : probe(worker)
+    explicit Indexed(const QString& path)
     {
         QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly) && probe.index(QString::fromUtf8(file.readAll())));
-        for (const QString& name : qAsConst(probe.featureNames)) {
-            if (probe.nodes.contains(name))
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly) &&
+                    description.index.index(QString::fromUtf8(file.readAll())));
+        for (const QString& name : qAsConst(description.featureNames)) {
+            if (description.nodes.contains(name))
                 listed += name;
         }
     }
 
-    QOperateThread worker;
-    QOperateThreadProbe probe;
+    tests::OwnDescription description;
     QSet<QString> listed;
 };
 
@@ -207,9 +207,9 @@ void checkFile(const tests::ExportOutcome& outcome, const emu::EmulatedCamera& c
     }
     row.leftOut = leftOut.size();
     expectVisitOrder(row.content);
-    expectNothingSkipped(row.content, index.probe.nodes);
+    expectNothingSkipped(row.content, index.description.nodes);
     expectTheCamerasValues(row.content, camera);
-    expectExplanations(leftOut, index.probe.nodes, outcome.log);
+    expectExplanations(leftOut, index.description.nodes, outcome.log);
 }
 
 Row exportOnce(emu::EmulatedCamera& camera, const Indexed& index, const QString& name)
@@ -217,7 +217,7 @@ Row exportOnce(emu::EmulatedCamera& camera, const Indexed& index, const QString&
     Row row;
     row.name = name;
     row.listed = index.listed.size();
-    row.exported = index.probe.nodes.contains("DeviceFirmwareVersion");
+    row.exported = index.description.nodes.contains("DeviceFirmwareVersion");
     const QTemporaryDir folder;
     camera.resetCounters();
     QElapsedTimer watch;
@@ -250,7 +250,7 @@ void fillRegisters(const ie::FeaturesContent& content, emu::EmulatedCamera& came
 QList<Row> tryDescription(const QFileInfo& description)
 {
     const Indexed index(description.filePath());
-    emu::EmulatedCamera camera(configFor(description, index.probe.nodes));
+    emu::EmulatedCamera camera(configFor(description, index.description.nodes));
     const auto started = camera.start();
     EXPECT_TRUE(started) << started.message;
     QList<Row> rows{exportOnce(camera, index, description.completeBaseName())};

@@ -45,7 +45,9 @@ void EvaluatorFixture::index(const QDomElement& parent)
 
 void EvaluatorFixture::startRun()
 {
-    evaluator = std::make_unique<RegisterEvaluator>(handle, nodes, pairs, gige);
+    evaluator.reset();
+    budget = std::make_unique<ie::ExportBudget>(limits);
+    evaluator = std::make_unique<RegisterEvaluator>(handle, nodes, pairs, gige, *budget);
 }
 
 void EvaluatorFixture::select(const QString& selector, const QString& selected)

@@ -51,6 +51,8 @@ protected:
     QMap<QString, QDomElement> nodes;
     QList<SelectorPair> pairs;
     bool gige;
+    ie::ExportBudget::Limits limits; // of each new run
+    std::unique_ptr<ie::ExportBudget> budget;
     std::unique_ptr<RegisterEvaluator> evaluator;
 
 private:

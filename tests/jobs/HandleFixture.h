@@ -6,6 +6,9 @@
 #include "support/RecordingSuiteTools.h"
 #include "support/ScriptedCamera.h"
 
+#include <QByteArrayList>
+#include <QRegularExpression>
+
 #include <gtest/gtest.h>
 
 class HandleFixture : public ::testing::Test
@@ -27,6 +30,27 @@ protected:
         KX_CC_CloseDevice(handle);
         KX_CC_DestroyHandle(handle);
         EXPECT_EQ(tests::cameraViolations(), QStringList());
+    }
+
+    QStringList trace() const { return recorder.texts(); }
+    QStringList logs() const { return trace().filter(QRegularExpression("^log ")); }
+    // Raw bytes of the node names of all calls.
+    QByteArrayList callNames() const
+    {
+        QByteArrayList names;
+        for (const tests::TraceEntry& call : recorder.calls())
+            if (!call.name.isEmpty())
+                names.append(call.name);
+        return names;
+    }
+    // The node fails with that status from now on, and nothing else does.
+    void failNode(const QByteArray& name, KX_Status status)
+    {
+        camera->clearRules();
+        for (const char* operation : {"GetBoolValue", "GetEnumValue", "GetFloatValue", "GetIntValueEx",
+                                      "GetStringValue", "SetBoolValue", "SetEnumValue", "SetFloatValue",
+                                      "SetIntValueEx", "SetStringValue", "GetNodeAccessMode"})
+            camera->addRule({operation, status, name});
     }
 
     QStringList takeTrace()

@@ -1,5 +1,6 @@
 // How a parsed description becomes the worker's indexes. No camera is asked.
 #include "QOperateThreadProbe.h"
+#include "support/OwnDescription.h"
 #include "support/QtPrinting.h"
 
 #include <gtest/gtest.h>
@@ -12,12 +13,12 @@ class DescriptionIndex : public ::testing::Test
 protected:
     void index(const QString& inside)
     {
-        ASSERT_TRUE(probe.index("<RegisterDescription Name=\"Whole\">" + inside + "</RegisterDescription>"));
+        ASSERT_TRUE(
+            indexed.index.index("<RegisterDescription Name=\"Whole\">" + inside + "</RegisterDescription>"));
     }
-    QString tagOf(const QString& name) const { return probe.nodes.value(name).tagName(); }
+    QString tagOf(const QString& name) const { return indexed.nodes.value(name).tagName(); }
 
-    QOperateThread worker;
-    QOperateThreadProbe probe{worker};
+    tests::OwnDescription indexed;
 };
 
 QString category(const QString& name, const QStringList& features)
@@ -32,6 +33,8 @@ QString category(const QString& name, const QStringList& features)
 
 TEST_F(DescriptionIndex, IsEmptyOnAFreshWorker)
 {
+    QOperateThread worker;
+    const QOperateThreadProbe probe(worker);
     EXPECT_TRUE(probe.nodes.isEmpty());
     EXPECT_TRUE(probe.featureCategory.isEmpty());
     EXPECT_TRUE(probe.featureNames.isEmpty());
@@ -45,84 +48,84 @@ TEST_F(DescriptionIndex, ListsTheFeaturesOfListedCategories)
 {
     index(category("Root", {"Image"}) + category("Image", {"Width", "Height"}) +
           "<Integer Name=\"Width\"/><Integer Name=\"Height\"/>");
-    EXPECT_EQ(probe.categoryNames, QStringList({"Image"}));
-    EXPECT_EQ(probe.featureNames, QStringList({"Width", "Height"}));
-    EXPECT_EQ(probe.featureCategory.value("Width"), QString("Image"));
-    EXPECT_EQ(probe.nodes.keys(), QStringList({"Height", "Image", "Root", "Width"}));
+    EXPECT_EQ(indexed.categoryNames, QStringList({"Image"}));
+    EXPECT_EQ(indexed.featureNames, QStringList({"Width", "Height"}));
+    EXPECT_EQ(indexed.featureCategory.value("Width"), QString("Image"));
+    EXPECT_EQ(indexed.nodes.keys(), QStringList({"Height", "Image", "Root", "Width"}));
 }
 
 TEST_F(DescriptionIndex, TakesEveryChildOfRootWhateverItsTag)
 {
     index("<Category Name=\"Root\"><ToolTip>All of it</ToolTip><pFeature>A</pFeature><!-- no element -->"
           "<Visibility>Beginner</Visibility><pFeature>A</pFeature></Category>");
-    EXPECT_EQ(probe.categoryNames, QStringList({"All of it", "A", "Beginner", "A"}));
+    EXPECT_EQ(indexed.categoryNames, QStringList({"All of it", "A", "Beginner", "A"}));
 }
 
 TEST_F(DescriptionIndex, LeavesOutWhatRootListsItself)
 {
     index(category("Root", {"Image", "Width"}) + category("Image", {"Height"}));
-    EXPECT_EQ(probe.featureNames, QStringList({"Height"}));
+    EXPECT_EQ(indexed.featureNames, QStringList({"Height"}));
 }
 
 TEST_F(DescriptionIndex, TakesTheFirstCategoryThatIsNamedRootExactly)
 {
     index(category("root", {"No"}) + "<Group>" + category("Root", {"Yes"}) + "</Group>" +
           category("Root", {"Late"}));
-    EXPECT_EQ(probe.categoryNames, QStringList({"Yes"}));
+    EXPECT_EQ(indexed.categoryNames, QStringList({"Yes"}));
 }
 
 TEST_F(DescriptionIndex, WithoutRootListsNothingButKnowsEveryNode)
 {
     index(category("Image", {"Width"}) + "<Integer Name=\"Width\"/>");
-    EXPECT_TRUE(probe.categoryNames.isEmpty());
-    EXPECT_TRUE(probe.featureNames.isEmpty());
-    EXPECT_TRUE(probe.featureCategory.isEmpty());
-    EXPECT_EQ(probe.nodes.keys(), QStringList({"Image", "Width"}));
+    EXPECT_TRUE(indexed.categoryNames.isEmpty());
+    EXPECT_TRUE(indexed.featureNames.isEmpty());
+    EXPECT_TRUE(indexed.featureCategory.isEmpty());
+    EXPECT_EQ(indexed.nodes.keys(), QStringList({"Image", "Width"}));
 }
 
 TEST_F(DescriptionIndex, TakesInASubCategoryThatIsDeclaredAfterItsParent)
 {
     index(category("Root", {"Image"}) + category("Image", {"Width", "Format"}) +
           category("Format", {"PixelFormat"}));
-    EXPECT_EQ(probe.categoryNames, QStringList({"Image", "Format"}));
-    EXPECT_EQ(probe.featureNames, QStringList({"Width", "Format", "PixelFormat"}));
+    EXPECT_EQ(indexed.categoryNames, QStringList({"Image", "Format"}));
+    EXPECT_EQ(indexed.featureNames, QStringList({"Width", "Format", "PixelFormat"}));
 }
 
 TEST_F(DescriptionIndex, LeavesOutASubCategoryThatIsDeclaredBeforeItsParent)
 {
     index(category("Root", {"Image"}) + category("Format", {"PixelFormat"}) +
           category("Image", {"Width", "Format"}));
-    EXPECT_EQ(probe.categoryNames, QStringList({"Image"}));
-    EXPECT_EQ(probe.featureNames, QStringList({"Width", "Format"}));
+    EXPECT_EQ(indexed.categoryNames, QStringList({"Image"}));
+    EXPECT_EQ(indexed.featureNames, QStringList({"Width", "Format"}));
 }
 
 TEST_F(DescriptionIndex, AppendsASubCategoryOnce)
 {
     index(category("Root", {"A", "B"}) + category("A", {"Sub"}) + category("B", {"Sub"}) +
           category("Sub", {"X"}) + category("Sub", {"Y"}));
-    EXPECT_EQ(probe.categoryNames, QStringList({"A", "B", "Sub"}));
-    EXPECT_EQ(probe.featureNames, QStringList({"Sub", "Sub", "X", "Y"}));
+    EXPECT_EQ(indexed.categoryNames, QStringList({"A", "B", "Sub"}));
+    EXPECT_EQ(indexed.featureNames, QStringList({"Sub", "Sub", "X", "Y"}));
 }
 
 TEST_F(DescriptionIndex, KeepsDuplicatesAndTheLastCategoryOfAFeature)
 {
     index(category("Root", {"A", "B"}) + category("A", {"Gain"}) + category("B", {"Gain"}));
-    EXPECT_EQ(probe.featureNames, QStringList({"Gain", "Gain"}));
-    EXPECT_EQ(probe.featureCategory.value("Gain"), QString("B"));
+    EXPECT_EQ(indexed.featureNames, QStringList({"Gain", "Gain"}));
+    EXPECT_EQ(indexed.featureCategory.value("Gain"), QString("B"));
 }
 
 TEST_F(DescriptionIndex, KeepsBlanksAroundNames)
 {
     index(category("Root", {"A", " B "}) + category("A", {" Gain "}) + category("B", {"No"}));
-    EXPECT_EQ(probe.categoryNames, QStringList({"A", " B "}));
-    EXPECT_EQ(probe.featureNames, QStringList({" Gain "}));
+    EXPECT_EQ(indexed.categoryNames, QStringList({"A", " B "}));
+    EXPECT_EQ(indexed.featureNames, QStringList({" Gain "}));
 }
 
 TEST_F(DescriptionIndex, CountsAListedFeatureOnlyDirectlyInACategory)
 {
     index(category("Root", {"A"}) + "<Group Name=\"A\"><pFeature>No</pFeature></Group>" +
           "<Category Name=\"A\"><Extension><pFeature>Neither</pFeature></Extension></Category>");
-    EXPECT_TRUE(probe.featureNames.isEmpty());
+    EXPECT_TRUE(indexed.featureNames.isEmpty());
 }
 
 TEST_F(DescriptionIndex, IndexesEveryNamedElementWhateverItsTag)
@@ -131,7 +134,7 @@ TEST_F(DescriptionIndex, IndexesEveryNamedElementWhateverItsTag)
           "<Constant Name=\"C\">4</Constant></IntSwissKnife></Group><Port Name=\"Device\"/>"
           "<StructReg Name=\"Struct\"><StructEntry Name=\"Entry\"/></StructReg>"
           "<Category Name=\"Cat\"><pFeature Name=\"Odd\">X</pFeature></Category><Integer/>");
-    EXPECT_EQ(probe.nodes.keys(),
+    EXPECT_EQ(indexed.nodes.keys(),
               QStringList({"C", "Cat", "Device", "Entry", "G", "Knife", "Odd", "SEL", "Struct"}));
     EXPECT_EQ(tagOf("SEL"), QString("pVariable"));
 }
@@ -139,14 +142,14 @@ TEST_F(DescriptionIndex, IndexesEveryNamedElementWhateverItsTag)
 TEST_F(DescriptionIndex, DoesNotIndexTheDocumentElement)
 {
     index("<Integer Name=\"I\"/>");
-    EXPECT_FALSE(probe.nodes.contains("Whole"));
+    EXPECT_FALSE(indexed.nodes.contains("Whole"));
 }
 
 TEST_F(DescriptionIndex, NeitherIndexesNorEntersEntriesOfEnumerations)
 {
     index("<Enumeration Name=\"E\"><EnumEntry Name=\"On\"><Integer Name=\"Inside\"/></EnumEntry>"
           "<Integer Name=\"Beside\"/></Enumeration>");
-    EXPECT_EQ(probe.nodes.keys(), QStringList({"Beside", "E"}));
+    EXPECT_EQ(indexed.nodes.keys(), QStringList({"Beside", "E"}));
 }
 
 TEST_F(DescriptionIndex, TheLaterOfTwoEqualNamesWinsAcrossTags)
@@ -162,7 +165,7 @@ TEST_F(DescriptionIndex, TheLaterOfTwoEqualNamesWinsAcrossTags)
 TEST_F(DescriptionIndex, PrefixedTagsAreOtherTags)
 {
     index("<x:Category Name=\"Root\" xmlns:x=\"u\"><pFeature>A</pFeature></x:Category>");
-    EXPECT_TRUE(probe.categoryNames.isEmpty());
+    EXPECT_TRUE(indexed.categoryNames.isEmpty());
     EXPECT_EQ(tagOf("Root"), QString("x:Category"));
 }
 
@@ -170,34 +173,34 @@ TEST_F(DescriptionIndex, ANewRunReplacesEverything)
 {
     index(category("Root", {"A"}) + category("A", {"Sel"}) +
           "<Integer Name=\"Sel\"><pSelected>X</pSelected></Integer>");
-    probe.generateSelectorMap();
+    indexed.index.generateSelectorMap();
     index(category("Root", {"B"}) + category("B", {"Other"}));
-    EXPECT_EQ(probe.nodes.keys(), QStringList({"B", "Root"}));
-    EXPECT_EQ(probe.categoryNames, QStringList({"B"}));
-    EXPECT_EQ(probe.featureNames, QStringList({"Other"}));
-    EXPECT_EQ(probe.featureCategory.keys(), QStringList({"Other"}));
-    EXPECT_TRUE(probe.selectorFeatures.isEmpty());
-    EXPECT_TRUE(probe.selectorPairs.isEmpty());
+    EXPECT_EQ(indexed.nodes.keys(), QStringList({"B", "Root"}));
+    EXPECT_EQ(indexed.categoryNames, QStringList({"B"}));
+    EXPECT_EQ(indexed.featureNames, QStringList({"Other"}));
+    EXPECT_EQ(indexed.featureCategory.keys(), QStringList({"Other"}));
+    EXPECT_TRUE(indexed.selectorFeatures.isEmpty());
+    EXPECT_TRUE(indexed.selectorPairs.isEmpty());
 }
 
 TEST_F(DescriptionIndex, FindsNodesByTheirExactName)
 {
     index("<Integer Name=\"Gain\"/>");
     QDomElement element;
-    EXPECT_TRUE(probe.nodeElement("Gain", element));
+    EXPECT_TRUE(indexed.index.nodeElement("Gain", element));
     EXPECT_EQ(element.tagName(), QString("Integer"));
-    EXPECT_FALSE(probe.nodeElement("gain", element));
-    probe.nodes["Empty"] = QDomElement();
-    EXPECT_FALSE(probe.nodeElement("Empty", element));
+    EXPECT_FALSE(indexed.index.nodeElement("gain", element));
+    indexed.nodes["Empty"] = QDomElement();
+    EXPECT_FALSE(indexed.index.nodeElement("Empty", element));
     EXPECT_TRUE(element.isNull());
 }
 
 TEST_F(DescriptionIndex, FindsTheFirstElementOfAList)
 {
     index("<Integer Name=\"A\" Which=\"1\"/><Group><Integer Name=\"A\" Which=\"2\"/></Group>");
-    const QDomNodeList integers = probe.document.elementsByTagName("Integer");
-    EXPECT_EQ(probe.findElement("A", integers).attribute("Which"), QString("1"));
-    EXPECT_TRUE(probe.findElement("a", integers).isNull());
+    const QDomNodeList integers = indexed.document.elementsByTagName("Integer");
+    EXPECT_EQ(indexed.index.findElement("A", integers).attribute("Which"), QString("1"));
+    EXPECT_TRUE(indexed.index.findElement("a", integers).isNull());
 }
 
 namespace
@@ -220,33 +223,33 @@ TEST_F(DescriptionIndex, KnowsWhatASelectorSelects)
           "<Integer Name=\"GainSelector\"><pSelected>Gain</pSelected><Group><pSelected>No</pSelected></Group>"
           "<pSelected>Black</pSelected></Integer><Integer Name=\"Gain\"/>"
           "<Integer Name=\"Unlisted\"><pSelected>Gain</pSelected></Integer>");
-    probe.generateSelectorMap();
-    EXPECT_EQ(probe.selectorFeatures.keys(), QStringList({"GainSelector"}));
-    EXPECT_EQ(probe.selectorFeatures.value("GainSelector"), QStringList({"Gain", "Black"}));
-    EXPECT_EQ(pairTexts(probe.selectorPairs), QStringList({"GainSelector>Gain=0", "GainSelector>Black=0"}));
+    indexed.index.generateSelectorMap();
+    EXPECT_EQ(indexed.selectorFeatures.keys(), QStringList({"GainSelector"}));
+    EXPECT_EQ(indexed.selectorFeatures.value("GainSelector"), QStringList({"Gain", "Black"}));
+    EXPECT_EQ(pairTexts(indexed.selectorPairs), QStringList({"GainSelector>Gain=0", "GainSelector>Black=0"}));
 
-    probe.generateSelectorMap(); // starts afresh
-    EXPECT_EQ(probe.selectorPairs.size(), 2);
+    indexed.index.generateSelectorMap(); // starts afresh
+    EXPECT_EQ(indexed.selectorPairs.size(), 2);
 }
 
 TEST_F(DescriptionIndex, DoublesThePairsOfASelectorThatIsListedTwice)
 {
     index(category("Root", {"A", "B"}) + category("A", {"S"}) + category("B", {"S"}) +
           "<Integer Name=\"S\"><pSelected>Gain</pSelected></Integer>");
-    probe.generateSelectorMap();
-    EXPECT_EQ(pairTexts(probe.selectorPairs), QStringList({"S>Gain=0", "S>Gain=0"}));
-    EXPECT_EQ(probe.selectorFeatures.value("S"), QStringList({"Gain"}));
+    indexed.index.generateSelectorMap();
+    EXPECT_EQ(pairTexts(indexed.selectorPairs), QStringList({"S>Gain=0", "S>Gain=0"}));
+    EXPECT_EQ(indexed.selectorFeatures.value("S"), QStringList({"Gain"}));
 }
 
 TEST_F(DescriptionIndex, SelectedFeaturesOfAnUnknownNodeAreNone)
 {
-    probe.nodes["Empty"] = QDomElement();
+    indexed.nodes["Empty"] = QDomElement();
     for (const char* name : {"Unknown", "Empty"}) {
         QStringList selected = {"old"};
-        probe.selectedFeatures(name, selected);
+        indexed.index.selectedFeatures(name, selected);
         EXPECT_TRUE(selected.isEmpty()) << name;
     }
-    EXPECT_TRUE(probe.selectorPairs.isEmpty());
+    EXPECT_TRUE(indexed.selectorPairs.isEmpty());
 }
 
 TEST_F(DescriptionIndex, CollectsWhatANodeDependsOn)
@@ -259,7 +262,7 @@ TEST_F(DescriptionIndex, CollectsWhatANodeDependsOn)
           "<IntSwissKnife Name=\"Lock\"><pVariable Name=\"W\">State</pVariable></IntSwissKnife>");
     QStringList references;
     QStringList variables;
-    probe.collectReferences("Start", &references, &variables);
+    indexed.index.collectReferences("Start", &references, &variables);
     EXPECT_EQ(references, QStringList({"Inv", "Knife", "Deep", "Gone", "LowReg", "State"}));
     EXPECT_EQ(variables, QStringList({"Deep", "State"}));
 }
@@ -278,7 +281,7 @@ TEST_F(DescriptionIndex, FollowsAllSixKindsOfLimitsWithoutNamingThem)
     index(text);
     QStringList references;
     QStringList variables;
-    probe.collectReferences("Start", &references, &variables);
+    indexed.index.collectReferences("Start", &references, &variables);
     EXPECT_EQ(references, leaves);
     EXPECT_TRUE(variables.isEmpty());
 }
@@ -291,7 +294,7 @@ TEST_F(DescriptionIndex, CollectsAStructEntrysInvalidatorsBackwards)
           "<pInvalidator>Behind</pInvalidator></StructReg>");
     QStringList references;
     QStringList variables;
-    probe.collectReferences("E", &references, &variables);
+    indexed.index.collectReferences("E", &references, &variables);
     EXPECT_EQ(references, QStringList({"Second", "First", "Own"}));
 }
 
@@ -299,6 +302,6 @@ TEST_F(DescriptionIndex, CollectsNothingForAnUnknownNode)
 {
     QStringList references;
     QStringList variables;
-    probe.collectReferences("Unknown", &references, &variables);
+    indexed.index.collectReferences("Unknown", &references, &variables);
     EXPECT_TRUE(references.isEmpty() && variables.isEmpty());
 }

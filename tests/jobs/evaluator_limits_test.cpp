@@ -1,6 +1,8 @@
 // Descriptions that would have an evaluator work for ever, take all memory, or run out of stack.
 #include "EvaluatorFixture.h"
 
+#include "jobs/rules/BoundedText.h"
+
 #include <limits>
 
 namespace
@@ -22,7 +24,6 @@ protected:
             .arg(name, node);
     }
 
-private:
     // An integer "Sel" whose value is its whole range.
     QDomElement valueThatSelects()
     {
@@ -89,7 +90,7 @@ TEST_F(EvaluatorLimits, CirclesBetweenFormulasEnd)
         EXPECT_FALSE(value(name).ok);
         const QStringList lines = takeLogs();
         ASSERT_FALSE(lines.isEmpty());
-        EXPECT_LE(lines.size(), 2 * RegisterEvaluator::kMaximumDepth);
+        EXPECT_LE(lines.size(), 2 * limits.depth);
         for (const QString& line : lines)
             EXPECT_TRUE(line.startsWith("getValue getIntValue failed:")) << line.toStdString();
     }
@@ -134,17 +135,79 @@ TEST_F(EvaluatorLimits, DoublingChainsCostABoundedNumberOfSteps)
         ok = true;
         return 1.0;
     };
+    limits.steps = 1000000;
+    startRun();
     EXPECT_VALUES(value("K10"), {"1 [K9:1][K9:1] A+B"});
     EXPECT_FALSE(value("K60").ok);
-    EXPECT_LE(tests::suiteCalls("Compute").size(), RegisterEvaluator::kMaximumSteps);
-    takeLogs();
-    EXPECT_VALUES(value("K10"), {"1 [K9:1][K9:1] A+B"}); // each evaluation has its own budget
+    EXPECT_FALSE(takeLogs().isEmpty());
+    EXPECT_LE(quint64(tests::suiteCalls("Compute").size()), limits.steps);
+    EXPECT_FALSE(value("K1").ok); // the steps are the whole run's
+    startRun();
+    EXPECT_VALUES(value("K10"), {"1 [K9:1][K9:1] A+B"});
+}
+
+// One variable of one value: the knife, its variable and the combination are three steps.
+TEST_F(EvaluatorLimits, TheLastStepIsTakenAndNotOneMore)
+{
+    limits.steps = 6;
+    describe("<Integer Name=\"N\"><Value>1</Value></Integer>" + knife("K", "N"));
+    EXPECT_TRUE(value("K").ok);
+    EXPECT_TRUE(value("K").ok);
+    EXPECT_FAILURE(value("K"), {});
+    limits.steps = 5;
+    startRun();
+    EXPECT_TRUE(value("K").ok);
+    EXPECT_FAILURE(value("K"), {"getValue  failed:K compute erro,formula:X.msg:too many combinations"});
+    limits.steps = 1;
+    startRun();
+    EXPECT_FAILURE(value("K"), {"getValue getIntValue failed:N"});
+}
+
+TEST_F(EvaluatorLimits, ManyListsOfManyValuesAreRefusedBeforeTheyGrow)
+{
+    QString variables;
+    for (int i = 0; i < 100; ++i)
+        variables += QString("<pVariable Name=\"V%1_\">V</pVariable>").arg(i);
+    describe("<Integer Name=\"Sel\"/><IntSwissKnife Name=\"K\">" + variables +
+             "<Formula>1</Formula></IntSwissKnife>");
+    camera.setInteger("Sel", 1, 1, 1048576, 1);
+    nodes["V"] = valueThatSelects();
+    EXPECT_FAILURE(value("K"), {"getIntValue failed:Sel GetIntegerNodePropertyValue failed",
+                                "getValue getIntValue failed:V"});
+    const int asked = takeCalls().size();
+    EXPECT_GT(asked, 2); // one list alone is allowed
+    EXPECT_LT(asked, 10);
+    EXPECT_EQ(tests::suiteCalls("Compute").size(), 0);
+}
+
+TEST_F(EvaluatorLimits, ValuesAreChargedByFeature)
+{
+    limits.memory = 1000;
+    describeSelector(1, 10);
+    EXPECT_TRUE(integer("V").ok);
+    EXPECT_TRUE(integer("V").ok);
+    EXPECT_FAILURE(integer("V"), {"getIntValue failed:Sel GetIntegerNodePropertyValue failed"});
+    budget->beginFeature();
+    EXPECT_TRUE(integer("V").ok);
+}
+
+TEST_F(EvaluatorLimits, ALengthThatTheBudgetEndedIsNone)
+{
+    const QString masked = "<MaskedIntReg Name=\"M\"><Address>0</Address><pLength>K</pLength><Bit>0</Bit>"
+                           "</MaskedIntReg>";
+    const QString length = "<Integer Name=\"K\"><pValue>En</pValue></Integer><Enumeration Name=\"En\"/>";
+    camera.setEnumeration("En", 4, {4, 8});
+    limits.memory = 60; // of one value
+    describe(masked + length);
+    EXPECT_FALSE(integer("M").ok);
+    EXPECT_EQ(takeCalls(), QStringList({"GetEnumValue En"}));
+    EXPECT_EQ(budget->refusals(), 1u);
 }
 
 TEST_F(EvaluatorLimits, ManyVariablesFailInsteadOfNesting)
 {
     QString variables;
-    for (int i = 0; i <= RegisterEvaluator::kMaximumVariables; ++i)
+    for (quint64 i = 0; i <= limits.variables; ++i)
         variables += QString("<pVariable Name=\"V%1_\">N</pVariable>").arg(i);
     describe("<Integer Name=\"N\"><Value>1</Value></Integer><IntSwissKnife Name=\"K\">" + variables +
              "<Formula>V0_</Formula></IntSwissKnife>");
@@ -166,9 +229,34 @@ TEST_F(EvaluatorLimits, TextsThatMultiplyEnd)
         ok = true;
         return 0.0;
     };
+    EXPECT_FAILURE(value("K"), {"getValue  failed:K compute erro,formula:1.msg:too many combinations"});
+    EXPECT_EQ(longest, 0);
+}
+
+TEST_F(EvaluatorLimits, AFormulaTextMayBeAMillionCharactersLong)
+{
+    tests::suiteScript().compute = [](const char*, bool& ok) {
+        ok = true;
+        return 0.0;
+    };
+    const auto formula = [](int length) {
+        return QString("<IntSwissKnife Name=\"K\"><pVariable Name=\"X\">N</pVariable><Formula>X%1</Formula>"
+                       "</IntSwissKnife><Integer Name=\"N\"><Value>10</Value></Integer>")
+            .arg(QString(length - 2, ' ') + "");
+    };
+    describe(formula(ie::kLongestFormula));
     EXPECT_TRUE(value("K").ok);
-    EXPECT_GT(longest, RegisterEvaluator::kMaximumFormula);
-    EXPECT_LT(longest, 20 * RegisterEvaluator::kMaximumFormula);
+    describe(formula(ie::kLongestFormula + 1));
+    EXPECT_FALSE(value("K").ok);
+}
+
+TEST_F(EvaluatorLimits, TheTextOfAllFormulasIsBounded)
+{
+    limits.text = 3;
+    describe("<Integer Name=\"N\"><Value>1</Value></Integer>" + knife("K", "N"));
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(value("K").ok);
+    EXPECT_FAILURE(value("K"), {"getValue  failed:K compute erro,formula:X.msg:too many combinations"});
 }
 
 TEST_F(EvaluatorLimits, LengthsThatNobodyHasAreNotAllocated)

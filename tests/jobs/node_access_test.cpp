@@ -1,5 +1,7 @@
-// The worker's operations on single nodes and on register memory.
-#include "JobFixture.h"
+// The jobs' operations on single nodes and on register memory.
+#include "HandleFixture.h"
+
+#include "jobs/nodes/NodeAccess.h"
 
 #include <QTextCodec>
 
@@ -9,21 +11,13 @@
 namespace
 {
 
-class NodeAccess : public JobFixture
+class NodeAccess : public HandleFixture
 {
 protected:
-    void SetUp() override
-    {
-        JobFixture::SetUp();
-        worker.SetXmlExportJob(device, folder.path());
-        ASSERT_TRUE(probe.open());
-        takeTrace();
-    }
-    void TearDown() override { probe.close(); }
-
-    // A worker without a connection.
-    QOperateThread closedWorker;
-    QOperateThreadProbe closed{closedWorker};
+    ie::NodeAccess access{handle};
+    // Without a connection.
+    const KX_HANDLE none = nullptr;
+    ie::NodeAccess closed{none};
     int code = 77;
 };
 
@@ -37,14 +31,14 @@ TEST_F(NodeAccess, GettersReadAndStoreSuccess)
 {
     camera->setBool("B", true);
     bool boolean = false;
-    EXPECT_TRUE(probe.getBoolean("B", &boolean, &code));
+    EXPECT_TRUE(access.getBoolean("B", &boolean, &code));
     EXPECT_TRUE(boolean);
     EXPECT_EQ(code, 0);
 
     code = 77;
     camera->setEnumeration("E", 3, {1, 3, 5});
     KX_EnumValue enumeration = {};
-    EXPECT_TRUE(probe.getEnumeration("E", &enumeration, &code));
+    EXPECT_TRUE(access.getEnumeration("E", &enumeration, &code));
     EXPECT_EQ(enumeration.current, 3u);
     EXPECT_EQ(enumeration.supportedCount, 3u);
     EXPECT_EQ(enumeration.supported[2], 5u);
@@ -53,14 +47,14 @@ TEST_F(NodeAccess, GettersReadAndStoreSuccess)
     code = 77;
     camera->setFloat("F", 2.5f);
     KX_FloatValue floating = {};
-    EXPECT_TRUE(probe.getFloat("F", &floating, &code));
+    EXPECT_TRUE(access.getFloat("F", &floating, &code));
     EXPECT_EQ(floating.current, 2.5f);
     EXPECT_EQ(code, 0);
 
     code = 77;
     camera->setInteger("I", -5, -10, 10, 5);
     KX_IntegerValue integer = {};
-    EXPECT_TRUE(probe.getInteger("I", &integer, &code));
+    EXPECT_TRUE(access.getInteger("I", &integer, &code));
     EXPECT_EQ(integer.current, -5);
     EXPECT_EQ(integer.maximum, 10);
     EXPECT_EQ(integer.minimum, -10);
@@ -98,18 +92,18 @@ TEST_F(NodeAccess, TypedGettersFailSilently)
     KX_EnumValue enumeration = {};
     KX_FloatValue floating = {};
     KX_IntegerValue integer = {};
-    EXPECT_FALSE(probe.getBoolean("N", &boolean, &code));
+    EXPECT_FALSE(access.getBoolean("N", &boolean, &code));
     EXPECT_EQ(code, kDenied);
     code = 77;
-    EXPECT_FALSE(probe.getEnumeration("N", &enumeration, &code));
+    EXPECT_FALSE(access.getEnumeration("N", &enumeration, &code));
     EXPECT_EQ(code, kDenied);
     code = 77;
-    EXPECT_FALSE(probe.getFloat("N", &floating, &code));
+    EXPECT_FALSE(access.getFloat("N", &floating, &code));
     EXPECT_EQ(code, kDenied);
     code = 77;
-    EXPECT_FALSE(probe.getInteger("N", &integer, &code));
+    EXPECT_FALSE(access.getInteger("N", &integer, &code));
     EXPECT_EQ(code, kDenied);
-    EXPECT_FALSE(probe.getInteger("N", &integer, nullptr));
+    EXPECT_FALSE(access.getInteger("N", &integer, nullptr));
     EXPECT_TRUE(logs().isEmpty());
 }
 
@@ -120,7 +114,7 @@ TEST_F(NodeAccess, WithoutAConnectionGettersLeaveEverythingAlone)
     KX_FloatValue floating = {};
     KX_IntegerValue integer = {};
     QString text = "before";
-    __int64 maximum = 11;
+    qint64 maximum = 11;
     EXPECT_FALSE(closed.getBoolean("N", &boolean, &code));
     EXPECT_FALSE(closed.getEnumeration("N", &enumeration, &code));
     EXPECT_FALSE(closed.getFloat("N", &floating, &code));
@@ -139,10 +133,10 @@ TEST_F(NodeAccess, TypedGettersSendLatin1AndAllOthersLocal8Bit)
     KX_FloatValue floating = {};
     bool boolean = false;
     QString text;
-    probe.getBoolean(kAccent, &boolean, nullptr);
-    probe.getEnumeration(kAccent, &enumeration, nullptr);
-    probe.getFloat(kAccent, &floating, nullptr);
-    probe.getInteger(kAccent, &integer, nullptr);
+    access.getBoolean(kAccent, &boolean, nullptr);
+    access.getEnumeration(kAccent, &enumeration, nullptr);
+    access.getFloat(kAccent, &floating, nullptr);
+    access.getInteger(kAccent, &integer, nullptr);
     EXPECT_EQ(callNames(), QByteArrayList({"Gr\xF6\xDF"
                                            "e",
                                            "Gr\xF6\xDF"
@@ -154,13 +148,13 @@ TEST_F(NodeAccess, TypedGettersSendLatin1AndAllOthersLocal8Bit)
 
     takeTrace();
     const auto callAllOthers = [&] {
-        probe.getString(kAccent, text, nullptr, nullptr);
-        probe.accessMode(kAccent, nullptr);
-        probe.setBoolean(kAccent, true, nullptr);
-        probe.setEnumeration(kAccent, 1, nullptr);
-        probe.setFloat(kAccent, 1, nullptr);
-        probe.setInteger(kAccent, 1, nullptr);
-        probe.setString(kAccent, "x", nullptr);
+        access.getString(kAccent, text, nullptr, nullptr);
+        access.accessMode(kAccent, nullptr);
+        access.setBoolean(kAccent, true, nullptr);
+        access.setEnumeration(kAccent, 1, nullptr);
+        access.setFloat(kAccent, 1, nullptr);
+        access.setInteger(kAccent, 1, nullptr);
+        access.setString(kAccent, "x", nullptr);
     };
     callAllOthers();
     for (const QByteArray& name : callNames())
@@ -182,12 +176,12 @@ TEST_F(NodeAccess, StringsComeWithTheirMaximumLength)
 {
     camera->setString("S", "text", 64);
     QString text = "before";
-    __int64 maximum = 11;
-    EXPECT_TRUE(probe.getString("S", text, &maximum, &code));
+    qint64 maximum = 11;
+    EXPECT_TRUE(access.getString("S", text, &maximum, &code));
     EXPECT_EQ(text, QString("text"));
     EXPECT_EQ(maximum, 64);
     EXPECT_EQ(code, 0);
-    EXPECT_TRUE(probe.getString("S", text, nullptr, nullptr));
+    EXPECT_TRUE(access.getString("S", text, nullptr, nullptr));
     EXPECT_EQ(tests::suiteCalls("char2QStringLocale"),
               QStringList({"char2QStringLocale(-1)", "char2QStringLocale(-1)"}));
     EXPECT_TRUE(tests::cameraViolations().isEmpty()); // the record came zeroed
@@ -197,8 +191,8 @@ TEST_F(NodeAccess, AFailedStringReadEmptiesTheTextAndLogs)
 {
     failNode("S", KX_E_PARAMETER);
     QString text = "before";
-    __int64 maximum = 11;
-    EXPECT_FALSE(probe.getString("S", text, &maximum, &code));
+    qint64 maximum = 11;
+    EXPECT_FALSE(access.getString("S", text, &maximum, &code));
     EXPECT_TRUE(text.isEmpty());
     EXPECT_EQ(maximum, 11);
     EXPECT_EQ(code, -2147483644);
@@ -210,7 +204,7 @@ TEST_F(NodeAccess, StatusesAreLoggedAsSignedHexadecimal)
     QString text;
     for (const KX_Status status : {0x1Au, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu, 0x80000106u}) {
         failNode("S", status);
-        probe.getString("S", text, nullptr, nullptr);
+        access.getString("S", text, nullptr, nullptr);
     }
     const QString line = "log \"Operate Feature Failed; NodeName : S;  ErrorCode : %1\"";
     EXPECT_EQ(logs(), QStringList({line.arg("1a"), line.arg("7fffffff"), line.arg("-80000000"),
@@ -222,7 +216,7 @@ TEST_F(NodeAccess, AccessModeIsTheCamerasOwn)
     for (const KX_XML_AccessMode mode : {KX_AM_NOT_AVAILABLE, KX_AM_WRITE_ONLY, KX_AM_READ_WRITE}) {
         camera->setAccessMode("N", mode);
         code = 77;
-        EXPECT_EQ(probe.accessMode("N", &code), mode);
+        EXPECT_EQ(access.accessMode("N", &code), mode);
         EXPECT_EQ(code, 0);
     }
     EXPECT_TRUE(logs().isEmpty());
@@ -231,7 +225,7 @@ TEST_F(NodeAccess, AccessModeIsTheCamerasOwn)
 TEST_F(NodeAccess, AFailedAccessModeIsNotImplementedAndLogged)
 {
     failNode("N", KX_E_GC_PROPERTY);
-    EXPECT_EQ(probe.accessMode("N", &code), KX_AM_NOT_IMPLEMENTED);
+    EXPECT_EQ(access.accessMode("N", &code), KX_AM_NOT_IMPLEMENTED);
     EXPECT_EQ(code, static_cast<int>(KX_E_GC_PROPERTY));
     EXPECT_EQ(logs(), QStringList({"log \"Operate Feature Failed; NodeName : N;  ErrorCode : -7ffffefd\""}));
 }
@@ -251,17 +245,17 @@ TEST_F(NodeAccess, SettersWriteAndStoreSuccess)
     camera->setFloat("F", 0);
     camera->setInteger("I", 0);
     camera->setString("S", "");
-    EXPECT_TRUE(probe.setBoolean("B", true, &code));
+    EXPECT_TRUE(access.setBoolean("B", true, &code));
     EXPECT_EQ(std::exchange(code, 77), 0);
-    EXPECT_TRUE(probe.setEnumeration("E", 4294967295u, &code));
+    EXPECT_TRUE(access.setEnumeration("E", 4294967295u, &code));
     EXPECT_EQ(std::exchange(code, 77), 0);
-    EXPECT_TRUE(probe.setFloat("F", -0.5f, &code));
+    EXPECT_TRUE(access.setFloat("F", -0.5f, &code));
     EXPECT_EQ(std::exchange(code, 77), 0);
-    EXPECT_TRUE(probe.setInteger("I", std::numeric_limits<__int64>::min(), &code));
+    EXPECT_TRUE(access.setInteger("I", std::numeric_limits<qint64>::min(), &code));
     EXPECT_EQ(std::exchange(code, 77), 0);
-    EXPECT_TRUE(probe.setString("S", "text", &code));
+    EXPECT_TRUE(access.setString("S", "text", &code));
     EXPECT_EQ(code, 0);
-    EXPECT_TRUE(probe.setString("S", "text", nullptr));
+    EXPECT_TRUE(access.setString("S", "text", nullptr));
     EXPECT_EQ(trace(), QStringList({"SetBoolValue B true", "SetEnumValue E 4294967295",
                                     "SetFloatValue F -0.5", "SetIntValueEx I -9223372036854775808",
                                     "SetStringValue S text", "SetStringValue S text"}));
@@ -280,23 +274,23 @@ TEST_F(NodeAccess, SettersLogAndReportFailures)
         takeTrace();
         code = 77;
     };
-    expectFailure(probe.setBoolean("N", true, &code));
-    expectFailure(probe.setEnumeration("N", 1, &code));
-    expectFailure(probe.setFloat("N", 1, &code));
-    expectFailure(probe.setInteger("N", 1, &code));
-    expectFailure(probe.setString("N", "x", &code));
+    expectFailure(access.setBoolean("N", true, &code));
+    expectFailure(access.setEnumeration("N", 1, &code));
+    expectFailure(access.setFloat("N", 1, &code));
+    expectFailure(access.setInteger("N", 1, &code));
+    expectFailure(access.setString("N", "x", &code));
 }
 
 TEST_F(NodeAccess, SettersNeedANameAndAConnection)
 {
-    const auto callAll = [this](QOperateThreadProbe& on, const QString& name) {
+    const auto callAll = [this](ie::NodeAccess& on, const QString& name) {
         EXPECT_FALSE(on.setBoolean(name, true, &code));
         EXPECT_FALSE(on.setEnumeration(name, 1, &code));
         EXPECT_FALSE(on.setFloat(name, 1, &code));
         EXPECT_FALSE(on.setInteger(name, 1, &code));
         EXPECT_FALSE(on.setString(name, "x", &code));
     };
-    callAll(probe, "");
+    callAll(access, "");
     callAll(closed, "N");
     EXPECT_EQ(code, 77);
     EXPECT_TRUE(trace().isEmpty());
@@ -305,7 +299,7 @@ TEST_F(NodeAccess, SettersNeedANameAndAConnection)
 TEST_F(NodeAccess, LongStringsAreCutTo255Bytes)
 {
     camera->setString("S", "");
-    EXPECT_TRUE(probe.setString("S", QString(300, 'x'), &code));
+    EXPECT_TRUE(access.setString("S", QString(300, 'x'), &code));
     EXPECT_EQ(trace(), QStringList({"SetStringValue S " + QString(255, 'x')}));
 }
 
@@ -313,13 +307,13 @@ TEST_F(NodeAccess, MemoryIsReadAndWrittenWhereItWasAsked)
 {
     camera->setMemory(0x1004, QByteArray("\x01\x02\x03\x04", 4));
     char buffer[4] = {};
-    EXPECT_TRUE(probe.readMemory(0x1004, buffer, 4, &code));
+    EXPECT_TRUE(access.readMemory(0x1004, buffer, 4, &code));
     EXPECT_EQ(QByteArray(buffer, 4), QByteArray("\x01\x02\x03\x04", 4));
     EXPECT_EQ(code, 0);
 
     code = 77;
     char other[8] = {8, 7, 6, 5, 4, 3, 2, 1};
-    EXPECT_TRUE(probe.writeMemory(0x100001000, other, 8, &code));
+    EXPECT_TRUE(access.writeMemory(0x100001000, other, 8, &code));
     EXPECT_EQ(code, 0);
     EXPECT_EQ(trace(), QStringList({"ReadMemory 4100 4", "WriteMemory 4294971392 8 0807060504030201"}));
 }
@@ -329,19 +323,19 @@ TEST_F(NodeAccess, FailedMemoryOperationsAreSilent)
     camera->addRule({"ReadMemory", KX_E_GC_ACCESS});
     camera->addRule({"WriteMemory", KX_E_CONNECTION_LOST});
     char buffer[4] = {};
-    EXPECT_FALSE(probe.readMemory(0, buffer, 4, &code));
+    EXPECT_FALSE(access.readMemory(0, buffer, 4, &code));
     EXPECT_EQ(code, kDenied);
-    EXPECT_FALSE(probe.writeMemory(0, buffer, 4, &code));
+    EXPECT_FALSE(access.writeMemory(0, buffer, 4, &code));
     EXPECT_EQ(code, static_cast<int>(KX_E_CONNECTION_LOST));
-    EXPECT_FALSE(probe.writeMemory(0, buffer, 4, nullptr));
+    EXPECT_FALSE(access.writeMemory(0, buffer, 4, nullptr));
     EXPECT_TRUE(logs().isEmpty());
 }
 
 TEST_F(NodeAccess, MemoryOperationsNeedABufferAndAConnection)
 {
     char buffer[4] = {};
-    EXPECT_FALSE(probe.readMemory(0, nullptr, 4, &code));
-    EXPECT_FALSE(probe.writeMemory(0, nullptr, 4, &code));
+    EXPECT_FALSE(access.readMemory(0, nullptr, 4, &code));
+    EXPECT_FALSE(access.writeMemory(0, nullptr, 4, &code));
     EXPECT_FALSE(closed.readMemory(0, buffer, 4, &code));
     EXPECT_FALSE(closed.writeMemory(0, buffer, 4, &code));
     EXPECT_EQ(code, 77);

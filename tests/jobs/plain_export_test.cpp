@@ -1,6 +1,8 @@
 // The XML export as far as plain values carry it: order of its steps, the file's bytes, what stops it.
 #include "JobFixture.h"
 
+#include <SuiteTools/SuiteTools.h>
+
 #include <QTextCodec>
 
 namespace
@@ -361,4 +363,29 @@ TEST_F(PlainExport, TwoCamerasOfOneNameShareOneFile)
     runExport(second);
     EXPECT_TRUE(fileBytes().contains("<DeviceFirmwareVersion>V2<"));
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList({"Cam_S1.fpk"}));
+}
+
+TEST_F(PlainExport, TheEndNamesTheWrittenFileWhateverTheEncodingIsThen)
+{
+    makeExportable();
+    device = gigeDevice("C\xC3\xA4m", "S1", 7);
+    VELAInterface::SetEncodingType(static_cast<VELAInterface::_ENCODING_TYPE_>(1));
+    tests::suiteScript().onCall = [](const QString& call) {
+        if (call == "softwareVersion()") // behind the file's name
+            VELAInterface::SetEncodingType(static_cast<VELAInterface::_ENCODING_TYPE_>(3));
+    };
+    runExport();
+    VELAInterface::SetEncodingType(static_cast<VELAInterface::_ENCODING_TYPE_>(0));
+    const QString path = folder.path() + QString::fromUtf8("/C\xC3\xA4m_S1.fpk");
+    EXPECT_EQ(trace().last(), "end 7 3 " + path);
+    EXPECT_FALSE(fileBytes(path).isEmpty());
+
+    // A job without a file of its own has the default name of its end.
+    takeTrace();
+    tests::suiteScript().onCall = nullptr;
+    failCall("OpenDevice", KX_E_NO_ANSWER);
+    VELAInterface::SetEncodingType(static_cast<VELAInterface::_ENCODING_TYPE_>(3));
+    runExport();
+    VELAInterface::SetEncodingType(static_cast<VELAInterface::_ENCODING_TYPE_>(0));
+    EXPECT_EQ(trace().last(), "end 7 3 " + folder.path() + QString::fromUtf8("/C\xC3\x83\xC2\xA4m_S1.fpk"));
 }

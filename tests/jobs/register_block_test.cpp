@@ -429,9 +429,8 @@ TEST_F(RegisterBlock, TextsThatMultiplyEnd)
         return 0.0;
     };
     describe(converter(QString(400, '1'), variables) + intReg() + values);
-    EXPECT_EQ(attempt("C"), RegisterAttempt::Written);
-    EXPECT_GT(longest, RegisterEvaluator::kMaximumFormula);
-    EXPECT_LT(longest, 8 * RegisterEvaluator::kMaximumFormula);
+    expectFailure("C", {"getValue  failed:C compute erro,formula:" + QString(400, '1') + ".msg:too long"});
+    EXPECT_EQ(longest, 0);
 }
 
 TEST_F(RegisterBlock, FromIsEscapedBeforeTheRegisterGoesIn)
@@ -525,4 +524,12 @@ TEST_F(RegisterBlock, AConverterIsReadBeforeTheRegister)
     camera.makeUnreadable(0x1000, 4);
     expectFailure("C", {"getValue failed:pVariableX Gone no mapdom"});
     EXPECT_EQ(takeCalls(), QStringList());
+}
+
+TEST_F(RegisterBlock, ABudgetThatIsSpentFailsWithALine)
+{
+    limits.steps = 0;
+    describe("<IntReg Name=\"R\"><Address>0x1000</Address><Length>4</Length></IntReg>"
+             "<Integer Name=\"I\"><pValue>R</pValue></Integer>");
+    expectFailure("I", {"Reg is empty failed:I"});
 }

@@ -60,6 +60,8 @@ private:
     QString plainContent(bool unaligned) const;
     bool convert(int index, quint32 raw, ie::RegisterValue& value);
     bool substitute(int index, QString& formula) const;
+    bool put(QString& formula, const QString& name, const QString& text) const;
+    void logNotComputed(const QString& from, const QString& message) const;
 
     RegisterEvaluator& m_evaluator;
     KX_HANDLE& m_hDevice;
@@ -78,6 +80,7 @@ private:
 
 RegisterAttempt RegisterBlock::build()
 {
+    m_evaluator.budget().beginFeature();
     if (!findRegister() || !findLength())
         return RegisterAttempt::Failed;
     if (m_length == 0)
@@ -242,27 +245,39 @@ bool RegisterBlock::convert(int index, quint32 raw, ie::RegisterValue& value)
     value.converted = true;
     value.to = QString::number(raw);
     value.from = formula;
-    formula.replace("TO", value.to); // also inside other words. Meant.
+    if (!put(formula, "TO", value.to)) // also inside other words. Meant.
+        return false;
     bool ok = false;
     const double result = VELAInterface::Compute(formula.toLocal8Bit().constData(), ok);
     if (!ok) {
-        IE_JOB_LOG(QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
-                       .arg(m_name, value.from.toHtmlEscaped(), VELAInterface::GetCalculatorErro()));
+        logNotComputed(value.from, VELAInterface::GetCalculatorErro());
         return false;
     }
     value.content = QString::number(result, 'f', 6);
     return true;
 }
 
-// Plain text, in the order in which the converter names its variables. Names may be digits, and a text of
-// digits multiply: one that has grown beyond its bound is computed as it stands.
+void RegisterBlock::logNotComputed(const QString& from, const QString& message) const
+{
+    IE_JOB_LOG(QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
+                   .arg(m_name, from.toHtmlEscaped(), message));
+}
+
+bool RegisterBlock::put(QString& formula, const QString& name, const QString& text) const
+{
+    if (m_evaluator.budget().substitute(formula, name, text))
+        return true;
+    logNotComputed(m_conversion->formulaFrom, "too long");
+    return false;
+}
+
+// Plain text, in the order in which the converter names its variables.
 bool RegisterBlock::substitute(int index, QString& formula) const
 {
     for (const QString& variable : m_conversion->variables) {
-        const bool mayGrow = formula.size() <= RegisterEvaluator::kMaximumFormula;
         if (m_conversion->isRegister[variable]) {
-            if (mayGrow)
-                formula.replace(variable, "TO");
+            if (!put(formula, variable, "TO"))
+                return false;
             continue;
         }
         const QList<_FORMULA_RESULT_>& values = qAsConst(m_conversion->values)[variable];
@@ -272,8 +287,8 @@ bool RegisterBlock::substitute(int index, QString& formula) const
                 QString("getValue  failed:%1 out of size variables:%2").arg(m_conversion->name, variable));
             return false;
         }
-        if (mayGrow) // six significant digits
-            formula.replace(variable, QString::number(double(values[wanted].nValue)));
+        if (!put(formula, variable, QString::number(double(values[wanted].nValue)))) // six significant digits
+            return false;
     }
     return true;
 }

@@ -92,26 +92,19 @@ struct RegisterEvaluator::Formula
 class RegisterEvaluator::Nesting
 {
 public:
-    explicit Nesting(RegisterEvaluator& evaluator) : m_evaluator(evaluator)
-    {
-        if (m_evaluator.m_nDepth++ == 0)
-            m_evaluator.m_nSteps = 0;
-        ++m_evaluator.m_nSteps;
-    }
-    ~Nesting() { --m_evaluator.m_nDepth; }
-
-    bool isTooDeep() const
-    {
-        return m_evaluator.m_nDepth > kMaximumDepth || m_evaluator.m_nSteps > kMaximumSteps;
-    }
+    explicit Nesting(ie::ExportBudget& budget) : m_budget(budget), m_isAllowed(budget.enter()) {}
+    ~Nesting() { m_budget.leave(); }
+    bool isAllowed() const { return m_isAllowed; }
 
 private:
-    RegisterEvaluator& m_evaluator;
+    ie::ExportBudget& m_budget;
+    const bool m_isAllowed;
 };
 
 RegisterEvaluator::RegisterEvaluator(KX_HANDLE& handle, QMap<QString, QDomElement>& nodes,
-                                     const QList<SelectorPair>& selectorPairs, bool gige)
-    : m_hDevice(handle), m_mapNodeElement(nodes), m_bGigE(gige)
+                                     const QList<SelectorPair>& selectorPairs, bool gige,
+                                     ie::ExportBudget& budget)
+    : m_hDevice(handle), m_mapNodeElement(nodes), m_bGigE(gige), m_budget(budget)
 {
     for (const SelectorPair& pair : selectorPairs)
         m_mapSelectorsOf[pair.strSelected].append(pair.strSelector);
@@ -129,8 +122,8 @@ bool RegisterEvaluator::isNumber(const QString& text)
 
 QDomElement* RegisterEvaluator::getRegNode(const QDomElement& node, QDomElement** converter)
 {
-    const Nesting nesting(*this);
-    if (nesting.isTooDeep())
+    const Nesting nesting(m_budget);
+    if (!nesting.isAllowed())
         return nullptr;
     const QString tag = node.tagName();
     if (tag == QLatin1String("Register") || isRegister(tag))
@@ -171,7 +164,8 @@ bool RegisterEvaluator::getIntRegAddress(const QDomElement& reg, QList<_FORMULA_
         const QString text = child.text();
         QList<_FORMULA_RESULT_> term;
         if (isNumber(text)) {
-            term.append(constant(VELAInterface::string2Int(text)));
+            if (!append(constant(VELAInterface::string2Int(text)), term))
+                return fail();
         } else if (!getValue(m_mapNodeElement[text], term)) {
             IE_JOB_LOG(QString("getIntRegAddress getValue failed:%1").arg(text));
             return false;
@@ -184,10 +178,8 @@ bool RegisterEvaluator::getIntRegAddress(const QDomElement& reg, QList<_FORMULA_
         return fail();
     const _FORMULA_RESULT_ base = single->first();
     terms.removeAt(int(single - terms.cbegin()));
-    if (terms.isEmpty()) {
-        out.append(base);
-        return true;
-    }
+    if (terms.isEmpty())
+        return append(base, out) || fail();
     const int count = terms.first().size();
     if (!std::all_of(terms.cbegin(), terms.cend(),
                      [count](const auto& term) { return term.size() == count; }))
@@ -199,15 +191,16 @@ bool RegisterEvaluator::getIntRegAddress(const QDomElement& reg, QList<_FORMULA_
             address.strVariables += term[k].strVariables;
             address.nValue = sum(address.nValue, term[k].nValue);
         }
-        out.append(address);
+        if (!append(address, out))
+            return fail();
     }
     return true;
 }
 
 bool RegisterEvaluator::getValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out)
 {
-    const Nesting nesting(*this);
-    if (node.isNull() || nesting.isTooDeep())
+    const Nesting nesting(m_budget);
+    if (node.isNull() || !nesting.isAllowed())
         return false;
     const QString tag = node.tagName();
     if (tag == QLatin1String("Integer")) {
@@ -243,25 +236,30 @@ bool RegisterEvaluator::getSwissKnifeValue(const QDomElement& node, QList<_FORMU
         IE_JOB_LOG(QString("getValue  failed:%1 no formula or variables").arg(formula.swissKnife));
         return false;
     }
-    if (!isAffordable(formula)) {
+    bool ok = true;
+    if (!isAffordable(formula) || !computeFormula(formula, formula.text, QString(), 0, out, ok)) {
         IE_JOB_LOG(QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
                        .arg(formula.swissKnife, formula.text, "too many combinations"));
         return false;
     }
-    bool ok = true;
-    computeFormula(formula, formula.text, QString(), 0, out, ok);
     return ok;
 }
 
-// Counts the formula's combinations as steps.
 bool RegisterEvaluator::isAffordable(const Formula& formula)
 {
+    constexpr quint64 many = std::numeric_limits<quint32>::max();
     quint64 combinations = 1;
     for (const QList<_FORMULA_RESULT_>& values : formula.values)
-        combinations = std::min(kMaximumValues + 1, combinations * quint64(values.size()));
-    m_nSteps += int(combinations);
-    return combinations <= kMaximumValues && m_nSteps <= kMaximumSteps &&
-           formula.values.size() <= kMaximumVariables;
+        combinations = std::min(many, combinations * quint64(values.size()));
+    return m_budget.takeCombinations(combinations, quint64(formula.values.size()));
+}
+
+bool RegisterEvaluator::append(const _FORMULA_RESULT_& result, QList<_FORMULA_RESULT_>& out)
+{
+    if (!m_budget.takeValue(result.strVariables.size()))
+        return false;
+    out.append(result);
+    return true;
 }
 
 bool RegisterEvaluator::takeVariable(const QDomElement& variable, const QString& swissKnife, Formula& formula)
@@ -291,8 +289,8 @@ bool RegisterEvaluator::takeVariable(const QDomElement& variable, const QString&
 }
 
 // One result per combination, the alphabetically last variable changing fastest. Substitution is plain text:
-// a name inside a longer one is replaced too. Meant.
-void RegisterEvaluator::computeFormula(const Formula& formula, const QString& text, const QString& variables,
+// a name inside a longer one is replaced too. Meant. False: the budget refuses, and nothing more is computed.
+bool RegisterEvaluator::computeFormula(const Formula& formula, const QString& text, const QString& variables,
                                        int index, QList<_FORMULA_RESULT_>& out, bool& ok)
 {
     if (index < formula.values.size()) {
@@ -300,29 +298,28 @@ void RegisterEvaluator::computeFormula(const Formula& formula, const QString& te
         for (const _FORMULA_RESULT_& value : variable.value()) {
             const QString number = QString::number(value.nValue);
             QString substituted = text;
-            if (text.size() <= kMaximumFormula) // names may be digits, and a text of digits multiply
-                substituted.replace(variable.key(), number);
-            computeFormula(formula, substituted,
-                           variables + QString("[%1:%2]").arg(formula.nodes[variable.key()], number),
-                           index + 1, out, ok);
+            if (!m_budget.substitute(substituted, variable.key(), number) ||
+                !computeFormula(formula, substituted,
+                                variables + QString("[%1:%2]").arg(formula.nodes[variable.key()], number),
+                                index + 1, out, ok))
+                return false;
         }
-        return;
+        return true;
     }
     bool computed = false;
     const double value = VELAInterface::Compute(text.toLocal8Bit().constData(), computed);
-    if (!computed) {
-        ok = false; // the remaining combinations are computed all the same
-        IE_JOB_LOG(QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
-                       .arg(formula.swissKnife, text, VELAInterface::GetCalculatorErro()));
-        return;
-    }
-    out.append({formula.text, variables, truncated(value)});
+    if (computed)
+        return append({formula.text, variables, truncated(value)}, out);
+    ok = false; // the remaining combinations are computed all the same
+    IE_JOB_LOG(QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
+                   .arg(formula.swissKnife, text, VELAInterface::GetCalculatorErro()));
+    return true;
 }
 
 bool RegisterEvaluator::getIntValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out)
 {
-    const Nesting nesting(*this);
-    if (nesting.isTooDeep())
+    const Nesting nesting(m_budget);
+    if (!nesting.isAllowed())
         return false;
     const QString tag = node.tagName();
     if (tag == QLatin1String("StructEntry") || tag == QLatin1String("MaskedIntReg"))
@@ -347,9 +344,11 @@ bool RegisterEvaluator::length(const LengthText& length, qint64& bytes)
     if (!length.isReference || !m_mapNodeElement.contains(length.text))
         return false;
     QList<_FORMULA_RESULT_> values;
+    const quint64 refusals = m_budget.refusals();
     const bool ok = getValue(m_mapNodeElement[length.text], values);
-    // A failed evaluation that left exactly one value counts too. Meant.
-    if (values.isEmpty() || !(ok || values.size() == 1))
+    // A failed evaluation that left exactly one value counts too, unless the budget ended it. Meant.
+    const bool isMeant = ok || (values.size() == 1 && m_budget.refusals() == refusals);
+    if (values.isEmpty() || !isMeant)
         return false;
     bytes = values.first().nValue;
     return true;
@@ -394,7 +393,8 @@ bool RegisterEvaluator::readBitFields(const QDomElement& node, const QDomElement
         if (!readMemory(address.nValue, words.data(), bytes))
             return false;
         const quint32 value = (words.word(0) << shifts->left) >> shifts->right;
-        out.append(constant(value)); // the address's formula and variables are not passed on. Meant.
+        if (!append(constant(value), out)) // without the address's formula and variables. Meant.
+            return false;
     }
     return true;
 }
@@ -413,8 +413,7 @@ bool RegisterEvaluator::getLinkedValue(const QDomElement& node, QList<_FORMULA_R
     }
     if (!isNumber(text))
         return getValue(m_mapNodeElement[text], out);
-    out.append(constant(VELAInterface::string2Int(text)));
-    return true;
+    return append(constant(VELAInterface::string2Int(text)), out);
 }
 
 // Four bytes, swapped on GigE, whatever the register's length. Meant.
@@ -433,7 +432,8 @@ bool RegisterEvaluator::getRegisterValue(const QDomElement& reg, QList<_FORMULA_
             return false;
         }
         word = qFromLittleEndian(word);
-        out.append({address.strFormula, address.strVariables, qint64(m_bGigE ? qbswap(word) : word)});
+        if (!append({address.strFormula, address.strVariables, qint64(m_bGigE ? qbswap(word) : word)}, out))
+            return false;
     }
     return true;
 }
@@ -455,8 +455,7 @@ bool RegisterEvaluator::getConstantValue(const QDomElement& node, QList<_FORMULA
         IE_JOB_LOG(QString("getIntValue failed:%1 valuenode content is unsupport").arg(name));
         return false;
     }
-    out.append(constant(VELAInterface::string2Int(value.text())));
-    return true;
+    return append(constant(VELAInterface::string2Int(value.text())), out);
 }
 
 bool RegisterEvaluator::getSelectorValue(const QDomElement& selector, QList<_FORMULA_RESULT_>& out)
@@ -484,9 +483,8 @@ bool RegisterEvaluator::appendSupported(const QString& name, QList<_FORMULA_RESU
     if (!m_hDevice || KX_CC_GetEnumValue(m_hDevice, name.toLatin1().constData(), &value) != KX_OK)
         return false;
     const quint32 count = std::min<quint32>(value.supportedCount, KX_ENUM_CAPACITY);
-    for (quint32 i = 0; i < count; ++i)
-        out.append(constant(value.supported[i]));
-    return true;
+    return std::all_of(value.supported, value.supported + count,
+                       [&](quint32 entry) { return append(constant(entry), out); });
 }
 
 // Every value from the minimum to the maximum in steps of the increment; the minimum alone without a step.
@@ -498,15 +496,13 @@ bool RegisterEvaluator::appendRange(const QString& name, QList<_FORMULA_RESULT_>
     quint64 steps = 0; // behind the minimum
     if (read && value.increment > 0 && value.maximum > value.minimum)
         steps = (quint64(value.maximum) - quint64(value.minimum)) / quint64(value.increment);
-    if (!read || steps >= kMaximumValues) {
+    const quint64 count = value.minimum > value.maximum ? 0 : steps == ~quint64(0) ? steps : steps + 1;
+    bool ok = read && m_budget.takeRange(count);
+    for (quint64 i = 0; ok && i < count; ++i)
+        ok = append(constant(qint64(quint64(value.minimum) + i * quint64(value.increment))), out);
+    if (!ok)
         IE_JOB_LOG(QString("getIntValue failed:%1 GetIntegerNodePropertyValue failed").arg(name));
-        return false;
-    }
-    if (value.minimum > value.maximum)
-        return true;
-    for (quint64 i = 0; i <= steps; ++i)
-        out.append(constant(qint64(quint64(value.minimum) + i * quint64(value.increment))));
-    return true;
+    return ok;
 }
 
 bool RegisterEvaluator::readMemory(qint64 address, void* buffer, qint64 bytes)

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "jobs/description/SelectorPair.h"
+#include "jobs/export/ExportBudget.h"
 #include "jobs/export/FormulaResult.h"
-#include "jobs/rules/ImportRules.h"
 
 #include <KXCameraControl/KXCameraControl.h>
 
@@ -19,23 +19,14 @@
 // and pointers that it hands out stay good as long as the map is neither copied nor loses entries. Failures
 // are logged here in their exact words; nothing is sent to the user.
 //
-// Hostile descriptions are bounded: a value list or a set of combinations above kMaximumValues fails, as does
-// an evaluation that nests deeper than kMaximumDepth (circles) or takes more than kMaximumSteps steps, a step
-// being one operation or one combination, and a formula of more than kMaximumVariables variables. A formula's
-// text that has grown beyond kMaximumFormula is computed as it stands.
+// Hostile descriptions are bounded by the export's budget; whatever it refuses fails.
 class RegisterEvaluator
 {
 public:
-    static constexpr quint64 kMaximumValues = 1048576;
-    static constexpr int kMaximumDepth = 200;
-    static constexpr int kMaximumSteps = 4 * 1048576;
-    static constexpr int kMaximumVariables = 1000;
-    static constexpr int kMaximumFormula = ie::kLongestFormula; // characters
-
     // `handle` is read at each call: null counts as a failed camera call. `gige`: the camera's transport is
     // GigE.
     RegisterEvaluator(KX_HANDLE& handle, QMap<QString, QDomElement>& nodes,
-                      const QList<SelectorPair>& selectorPairs, bool gige);
+                      const QList<SelectorPair>& selectorPairs, bool gige, ie::ExportBudget& budget);
 
     // The register element behind a node, or null. `*converter` becomes the last converter passed on the way
     // and stays as it is when there is none. Both may point to `node` itself.
@@ -63,6 +54,9 @@ public:
     // Whether the whole text is a hexadecimal number with or without "0x".
     static bool isNumber(const QString& text);
 
+    // What the run may spend; charged by who computes over this evaluator as well.
+    ie::ExportBudget& budget() { return m_budget; }
+
 private:
     struct Formula;
     class Nesting;
@@ -70,7 +64,8 @@ private:
     bool getSwissKnifeValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out);
     bool takeVariable(const QDomElement& variable, const QString& swissKnife, Formula& formula);
     bool isAffordable(const Formula& formula);
-    void computeFormula(const Formula& formula, const QString& text, const QString& variables, int index,
+    bool append(const _FORMULA_RESULT_& result, QList<_FORMULA_RESULT_>& out);
+    bool computeFormula(const Formula& formula, const QString& text, const QString& variables, int index,
                         QList<_FORMULA_RESULT_>& out, bool& ok);
     bool getBitFieldValue(const QDomElement& node, QList<_FORMULA_RESULT_>& out);
     bool readBitFields(const QDomElement& node, const QDomElement& reg, qint64 bytes,
@@ -88,6 +83,6 @@ private:
     bool m_bGigE;
     QHash<QString, QStringList> m_mapSelectorsOf; // selected feature -> its selectors, in the pairs' order
     QMap<QString, QDomElement> m_mapSelected;     // what a selector stands for -> the selector
+    ie::ExportBudget& m_budget;
     int m_nDepth = 0;
-    int m_nSteps = 0;
 };

@@ -1,18 +1,12 @@
 #include "jobs/import/FeaturesImport.h"
 
-#include "jobs/rules/ImportRules.h"
 #include "jobs/rules/JobLog.h"
 
 #include <algorithm>
 
 namespace ie
 {
-namespace
-{
-
 constexpr int kLastCycle = 10;
-
-} // namespace
 
 bool FeaturesImport::ApplyFeatures(const FeaturesContent& content)
 {

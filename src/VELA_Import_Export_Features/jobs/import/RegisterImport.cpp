@@ -1,5 +1,6 @@
 #include "jobs/import/RegisterImport.h"
 
+#include "jobs/rules/BoundedText.h"
 #include "jobs/rules/ImportRules.h"
 #include "jobs/rules/JobLog.h"
 
@@ -75,10 +76,9 @@ bool RegisterImport::SetValueFromReg(const ComplexFeature& block, const Register
         return false;
     // The converted value is worked out and not asked. Meant.
     QString formula = entry.from;
-    if (formula.size() + qint64(formula.count("TO")) * current.size() <= kLongestFormula) {
-        bool ok = false;
-        VELAInterface::Compute(formula.replace("TO", current).toLocal8Bit().constData(), ok);
-    }
+    bool ok = false;
+    if (replaceBounded(formula, "TO", current))
+        VELAInterface::Compute(formula.toLocal8Bit().constData(), ok);
     return true;
 }
 

@@ -66,7 +66,4 @@ constexpr int kLongestText = 255;
 qint64 forEachImportedWord(const RegisterValue& entry, int words,
                            const std::function<void(int index, const QString& text)>& take);
 
-// Characters of the longest formula text that is computed.
-constexpr int kLongestFormula = 1024 * 1024;
-
 } // namespace ie

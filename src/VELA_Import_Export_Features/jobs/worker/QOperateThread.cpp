@@ -35,6 +35,7 @@ void QOperateThread::SetJob(JobType eType, const StructDeviceInfo& stDevice, con
 
 void QOperateThread::run()
 {
+    m_strTargetPath.clear();
     emit SigBeginThread(m_stDevice.nDeviceID, m_nThreadType);
     switch (m_nThreadType) {
     case JOB_FEATURE_BAG_IMPORT:
@@ -70,13 +71,17 @@ void QOperateThread::CloseDevice()
     ReportEnd();
 }
 
+// The default name is made at every end, which other tools count on; an export says the file that it has
+// written, also where the encoding setting has changed meanwhile. Meant.
 void QOperateThread::ReportEnd()
 {
     m_bRunning = false;
-    emit SigEndThread(m_stDevice.nDeviceID, m_nThreadType, TargetPath());
+    const QString strDefaultPath = DefaultPath();
+    emit SigEndThread(m_stDevice.nDeviceID, m_nThreadType,
+                      m_strTargetPath.isEmpty() ? strDefaultPath : m_strTargetPath);
 }
 
-QString QOperateThread::TargetPath() const
+QString QOperateThread::DefaultPath() const
 {
     const ie::DeviceNames names = ie::deviceNames(m_stDevice.stDeviceInfo, ie::FieldEnd::AtZero);
     // Meant for import jobs too, whose path is a file: the window only passes it on.

@@ -1,9 +1,8 @@
 // The worker: one import or export job on one camera, on its own thread.
 #pragma once
 
-#include "jobs/description/SelectorPair.h"
+#include "jobs/description/FeatureIndex.h"
 #include "jobs/file/FeaturesFile.h"
-#include "jobs/nodes/JobMemory.h"
 #include "jobs/nodes/NodeAccess.h"
 #include "jobs/worker/Compatibility.h"
 
@@ -18,8 +17,6 @@
 #include <QString>
 #include <QStringList>
 #include <QThread>
-
-class RegisterEvaluator;
 
 enum JobType : unsigned int
 {
@@ -75,7 +72,7 @@ private:
     bool OpenDevice();
     void CloseDevice();
     void ReportEnd();
-    QString TargetPath() const;
+    QString DefaultPath() const;
 
     // Jobs.
     void FeatureBagImport();
@@ -107,11 +104,6 @@ private:
 
     // Description.
     void GenerateFeatureXmlMap();
-    QString FetchDescription();
-    void IndexDescription();
-    void WalkFeatureNodes(const QDomElement& parent);
-    void TakeListedFeature(const QDomElement& parent, const QString& strFeature);
-    void TakeCategory(const QString& strName);
     void GenerateSelectorMap();
     bool GetNodeElement(const QString& strName, QDomElement& element) const;
     void GetSelectedFeatures(const QString& strName, QStringList& lstSelected);
@@ -119,16 +111,13 @@ private:
     void CollectNodeReferences(const QString& strName, QStringList* pReferences,
                                QStringList* pVariables) const;
 
-    // Export. Those that append to a text answer false when the export has to stop.
+    // Export.
     bool export_xml();
     void LoadStreamableFilter();
     void ChooseSkipList();
     bool IsSkippedFeature(const QString& strName) const;
-    bool AppendHeader(const QString& strModel, QString& strText);
-    bool AppendFeatures(QString& strText);
-    bool AppendFeature(RegisterEvaluator& evaluator, const QDomElement& element, QString& strText);
     bool IsGigE() const;
-    bool WriteFeaturesFile(const QString& strFileName, const QString& strText);
+    bool WriteFeaturesFile(const QString& strText);
 
     // Import.
     void FailImport(const QString& strLog, const QString& strUserText);
@@ -158,7 +147,8 @@ private:
 
     // Not part of what a job leaves behind.
     ie::NodeAccess m_camera{m_hDevice};
-    QSet<QString> m_setSkipped;           // the running job's skip list
-    QSet<QString> m_setCategoryNames;     // m_lstCategoryNames again, for the walk
-    ie::MemoryBlock m_pDescriptionBuffer; // of the last fetch; kept until the next one
+    QString m_strTargetPath;    // the running export's file, as soon as it has its name
+    QSet<QString> m_setSkipped; // the running job's skip list
+    ie::FeatureIndex m_index{{m_domGenICam, m_mapNodeElement, m_mapFeatureCategory, m_lstFeatureNames,
+                              m_lstCategoryNames, m_mapSelectorFeatures, m_lstSelectorPairs}};
 };

@@ -8,7 +8,8 @@
 void QOperateThread::FeatureBagExport()
 {
     if (OpenDevice()) {
-        const KX_Status status = KX_CC_FeatureSave(m_hDevice, TargetPath().toLatin1().constData());
+        m_strTargetPath = DefaultPath();
+        const KX_Status status = KX_CC_FeatureSave(m_hDevice, m_strTargetPath.toLatin1().constData());
         if (status != KX_OK)
             ReportBagFailure("KX_CC_FeatureSave failed.%1", tr("Failed to save feature.%1"), status);
     }

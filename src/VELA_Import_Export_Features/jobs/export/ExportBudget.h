@@ -1,0 +1,57 @@
+// What one export may spend on a description's formulas, however hostile it is: steps, depth, values, text.
+#pragma once
+
+#include <QString>
+#include <QtGlobal>
+
+namespace ie
+{
+
+// Charged before anything is done or grows. Every operation answers whether it is allowed; a refusal is
+// always a failure of the evaluation, never a value.
+class ExportBudget
+{
+public:
+    struct Limits
+    {
+        quint64 values = 1048576;            // of one range, and combinations of one formula
+        quint64 variables = 1000;            // of one formula
+        int depth = 200;                     // of operations that call each other; circles end here
+        quint64 steps = 16 * 1048576;        // of the export: operations and combinations
+        quint64 text = quint64(1024) << 20;  // of the export: characters that are searched for variables
+        quint64 memory = quint64(256) << 20; // bytes of the values of one attempt at a feature
+    };
+
+    ExportBudget() = default;
+    explicit ExportBudget(const Limits& limits) : m_limits(limits) {}
+
+    // A new attempt at a feature: the values of the last one are gone. Steps and text go on counting.
+    void beginFeature() { m_memory = 0; }
+
+    // One operation that may call others; a refused one is left as well.
+    bool enter();
+    void leave() { --m_depth; }
+    bool takeRange(quint64 values);
+    bool takeCombinations(quint64 combinations, quint64 variables);
+    // One value in a list, with that many characters of text of its own.
+    bool takeValue(qint64 characters = 0);
+    // Replaces `name` (not empty) in a formula's text, or leaves the text as it is: no text grows beyond
+    // kLongestFormula.
+    bool substitute(QString& text, const QString& name, const QString& value);
+
+    // How often something was refused.
+    quint64 refusals() const { return m_refusals; }
+
+private:
+    bool take(quint64& taken, quint64 amount, quint64 limit);
+    bool allow(bool isAllowed);
+
+    const Limits m_limits;
+    int m_depth = 0;
+    quint64 m_steps = 0;
+    quint64 m_text = 0;
+    quint64 m_memory = 0;
+    quint64 m_refusals = 0;
+};
+
+} // namespace ie
