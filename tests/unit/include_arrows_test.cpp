@@ -77,11 +77,7 @@ struct Exception
     std::string from;
     std::string to;
 };
-const std::vector<Exception> kExceptions = {
-    // The log lines of jobs stand with the worker; what both write belongs below both.
-    {kProgram + "/jobs/export/RegisterEvaluator.cpp", "jobs/worker/JobLog.h"},
-    {kProgram + "/jobs/export/RegisterBlock.cpp", "jobs/worker/JobLog.h"},
-};
+const std::vector<Exception> kExceptions = {};
 
 bool isWithin(const std::string& path, const std::string& folder)
 {
