@@ -1,7 +1,7 @@
 // Fetching and parsing the description: buffers, lengths, what is refused, what stays of the last run.
 #include "JobFixture.h"
 
-#include "jobs/nodes/JobMemory.h"
+#include "jobs/rules/JobMemory.h"
 
 #include <algorithm>
 #include <cstdlib>

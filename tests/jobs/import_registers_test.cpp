@@ -2,7 +2,7 @@
 // and written, and which failures bring another cycle.
 #include "ImportFixture.h"
 
-#include "jobs/nodes/JobMemory.h"
+#include "jobs/rules/JobMemory.h"
 
 #include <SuiteTools/SuiteTools.h>
 

@@ -1,7 +1,7 @@
 // Values of integer-like nodes: bit fields, registers, links and constants.
 #include "EvaluatorFixture.h"
 
-#include "jobs/nodes/JobMemory.h"
+#include "jobs/rules/JobMemory.h"
 
 #include <cstdlib>
 

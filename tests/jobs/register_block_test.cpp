@@ -2,7 +2,7 @@
 #include "EvaluatorFixture.h"
 
 #include "jobs/export/RegisterBlock.h"
-#include "jobs/nodes/JobMemory.h"
+#include "jobs/rules/JobMemory.h"
 
 #include <SuiteTools/SuiteTools.h>
 

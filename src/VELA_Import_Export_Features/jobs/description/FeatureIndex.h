@@ -3,7 +3,7 @@
 #pragma once
 
 #include "jobs/description/SelectorPair.h"
-#include "jobs/nodes/JobMemory.h"
+#include "jobs/rules/JobMemory.h"
 
 #include <KXCameraControl/KXCameraControl.h>
 

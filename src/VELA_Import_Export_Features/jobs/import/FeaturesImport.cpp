@@ -6,7 +6,10 @@
 
 namespace ie
 {
+namespace
+{
 constexpr int kLastCycle = 10;
+}
 
 bool FeaturesImport::ApplyFeatures(const FeaturesContent& content)
 {

@@ -68,4 +68,23 @@ void RegisterWords::take(const RegisterValue& entry)
                         [this](int index, const QString& text) { setWord(index, importedWord(text).value); });
 }
 
+qint64 forEachImportedWord(const RegisterValue& entry, int words,
+                           const std::function<void(int, const QString&)>& take)
+{
+    if (!entry.to.isEmpty()) {
+        if (words > 0)
+            take(0, entry.to);
+        return 1;
+    }
+    // Part by part, no further than the register reaches: all parts of a huge text would not fit into memory.
+    const QString& text = entry.content;
+    for (int i = 0, begin = 0; i < words && begin <= text.size(); ++i) {
+        const int comma = text.indexOf(',', begin);
+        const int end = comma < 0 ? text.size() : comma;
+        take(i, text.mid(begin, end - begin));
+        begin = end + 1;
+    }
+    return qint64(text.count(',')) + 1;
+}
+
 } // namespace ie

@@ -2,10 +2,12 @@
 #pragma once
 
 #include "jobs/file/FeaturesFile.h"
-#include "jobs/nodes/JobMemory.h"
+#include "jobs/rules/JobMemory.h"
 
 #include <QString>
 #include <QVector>
+
+#include <functional>
 
 namespace ie
 {
@@ -56,5 +58,11 @@ private:
     MemoryBlock m_heap;
     quint32* m_words = nullptr;
 };
+
+// Hands out the texts of the words that an import writes of a register entry, as far as a register of `words`
+// words reaches, and answers how many the file gives: more are ignored, and words that it does not give keep
+// what the camera has.
+qint64 forEachImportedWord(const RegisterValue& entry, int words,
+                           const std::function<void(int index, const QString& text)>& take);
 
 } // namespace ie

@@ -4,8 +4,6 @@
 
 #include <QSet>
 
-#include <algorithm>
-
 namespace ie
 {
 
@@ -98,25 +96,6 @@ QByteArray importedBytes(const QString& text)
     char bytes[kLongestText + 1] = {}; // a terminating zero always stands
     VELAInterface::CovertEncodeCharFromQString(text, bytes, kLongestText);
     return bytes;
-}
-
-qint64 forEachImportedWord(const RegisterValue& entry, int words,
-                           const std::function<void(int, const QString&)>& take)
-{
-    if (!entry.to.isEmpty()) {
-        if (words > 0)
-            take(0, entry.to);
-        return 1;
-    }
-    // Part by part, no further than the register reaches: all parts of a huge text would not fit into memory.
-    const QString& text = entry.content;
-    for (int i = 0, begin = 0; i < words && begin <= text.size(); ++i) {
-        const int comma = text.indexOf(',', begin);
-        const int end = comma < 0 ? text.size() : comma;
-        take(i, text.mid(begin, end - begin));
-        begin = end + 1;
-    }
-    return qint64(text.count(',')) + 1;
 }
 
 } // namespace ie

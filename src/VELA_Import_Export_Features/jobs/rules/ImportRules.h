@@ -2,8 +2,6 @@
 // written. Names are compared exactly and case-sensitively.
 #pragma once
 
-#include "jobs/file/FeaturesFile.h"
-
 #include <KXCameraControl/KXCameraControl.h>
 
 #include <QByteArray>
@@ -59,11 +57,5 @@ Imported<quint32> importedWord(const QString& text);
 // In the suite's encoding, at most kLongestText bytes.
 QByteArray importedBytes(const QString& text);
 constexpr int kLongestText = 255;
-
-// Hands out the texts of the words that an import writes of a register entry, as far as a register of `words`
-// words reaches, and answers how many the file gives: more are ignored, and words that it does not give keep
-// what the camera has.
-qint64 forEachImportedWord(const RegisterValue& entry, int words,
-                           const std::function<void(int index, const QString& text)>& take);
 
 } // namespace ie

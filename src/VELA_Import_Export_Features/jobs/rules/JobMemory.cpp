@@ -1,4 +1,4 @@
-#include "jobs/nodes/JobMemory.h"
+#include "jobs/rules/JobMemory.h"
 
 #include <atomic>
 #include <cstdlib>
