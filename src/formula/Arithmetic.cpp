@@ -5,12 +5,12 @@
 namespace formula
 {
 
-void fail(Fault::Kind kind, std::int64_t count)
+void fail(Fault& fault, Fault::Kind kind, std::int64_t count)
 {
-    Fault fault;
+    if (fault.kind != Fault::Kind::None)
+        return;
     fault.kind = kind;
     fault.count = count;
-    throw fault;
 }
 
 namespace
@@ -72,11 +72,13 @@ double functionOfReal(Operation operation, double x)
     }
 }
 
-double arithmeticOfReals(Operation operation, double a, double b)
+double arithmeticOfReals(Operation operation, double a, double b, Fault& fault)
 {
     const bool divides = operation == Operation::Divide || operation == Operation::Remainder;
-    if (divides && b == 0)
-        fail(Fault::Kind::DivisionByZero);
+    if (divides && b == 0) {
+        fail(fault, Fault::Kind::DivisionByZero);
+        return 0;
+    }
     switch (operation) {
     case Operation::RoundToDigits:
         return roundToDigits(a, b);
@@ -95,27 +97,31 @@ double arithmeticOfReals(Operation operation, double a, double b)
     }
 }
 
-std::int64_t bitsOf(double x)
+std::int64_t bitsOf(double x, Fault& fault)
 {
     const double whole = std::trunc(x);
-    if (!(whole >= -twoTo63 && whole < twoTo64))
-        fail(Fault::Kind::TooLarge);
+    if (!(whole >= -twoTo63 && whole < twoTo64)) {
+        fail(fault, Fault::Kind::TooLarge);
+        return 0;
+    }
     return whole < twoTo63 ? static_cast<std::int64_t>(whole)
                            : static_cast<std::int64_t>(static_cast<std::uint64_t>(whole));
 }
 
-std::int64_t remainder(std::int64_t a, std::int64_t b)
+std::int64_t remainder(std::int64_t a, std::int64_t b, Fault& fault)
 {
     if (b == 0)
-        fail(Fault::Kind::DivisionByZero);
-    return b == -1 ? 0 : a % b; // the lowest number divided by -1 has no quotient
+        fail(fault, Fault::Kind::DivisionByZero);
+    return b == 0 || b == -1 ? 0 : a % b; // the lowest number divided by -1 has no quotient
 }
 
-std::int64_t operationOnBits(Operation operation, std::int64_t a, std::int64_t b)
+std::int64_t operationOnBits(Operation operation, std::int64_t a, std::int64_t b, Fault& fault)
 {
     const bool shifts = operation == Operation::ShiftLeft || operation == Operation::ShiftRight;
-    if (shifts && (b < 0 || b > 63))
-        fail(Fault::Kind::ShiftCount, b);
+    if (shifts && (b < 0 || b > 63)) {
+        fail(fault, Fault::Kind::ShiftCount, b);
+        return 0;
+    }
     switch (operation) {
     case Operation::ShiftLeft:
         return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) << b);

@@ -14,35 +14,38 @@ namespace
 
 struct DoubleRules
 {
-    static double literal(const Number& number) { return number.asReal(); }
+    Fault fault = {};
+
+    static double integer(std::int64_t value) { return static_cast<double>(value); }
+    static double real(double value) { return value; }
     static double variable(std::size_t) { return 0; } // the dialect has none
     static bool isTrue(double x) { return x != 0; }
     static double truth(bool value) { return value ? 1 : 0; }
 
-    static double one(Operation operation, double x)
+    double one(Operation operation, double x)
     {
         if (operation == Operation::Complement)
-            return static_cast<double>(~bitsOf(x));
+            return static_cast<double>(~bitsOf(x, fault));
         return finite(functionOfReal(operation, x));
     }
 
-    static double two(Operation operation, double a, double b)
+    double two(Operation operation, double a, double b)
     {
         if (isComparison(operation))
             return truth(isRelation(operation, a, b));
         if (isArithmetic(operation) && operation != Operation::Remainder)
-            return finite(arithmeticOfReals(operation, a, b));
-        const std::int64_t left = bitsOf(a);
-        const std::int64_t right = bitsOf(b);
+            return finite(arithmeticOfReals(operation, a, b, fault));
+        const std::int64_t left = bitsOf(a, fault);
+        const std::int64_t right = bitsOf(b, fault);
         return static_cast<double>(operation == Operation::Remainder
-                                       ? remainder(left, right)
-                                       : operationOnBits(operation, left, right));
+                                       ? remainder(left, right, fault)
+                                       : operationOnBits(operation, left, right, fault));
     }
 
-    static double finite(double x)
+    double finite(double x)
     {
         if (!std::isfinite(x))
-            fail(Fault::Kind::NotFinite);
+            fail(fault, Fault::Kind::NotFinite);
         return x;
     }
 };
@@ -51,13 +54,13 @@ struct DoubleRules
 
 DoubleResult calculate(std::string_view formula)
 {
-    try {
-        const Program program = parse(formula, Dialect::Suite);
-        DoubleRules rules;
-        return {StackMachine<double, DoubleRules>(program, rules).run(), {}};
-    } catch (const Fault& fault) {
-        return {0, fault};
-    }
+    const Parsed parsed = parse(formula, Dialect::Suite);
+    if (parsed.fault.kind != Fault::Kind::None)
+        return {0, parsed.fault};
+    DoubleRules rules;
+    const double value = StackMachine<double, DoubleRules>(parsed.program, rules).run();
+    const bool failed = rules.fault.kind != Fault::Kind::None;
+    return {failed ? 0 : value, rules.fault};
 }
 
 } // namespace formula

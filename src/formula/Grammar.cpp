@@ -1,11 +1,9 @@
 #include "formula/Grammar.h"
 
+#include "formula/Language.h"
 #include "formula/Literal.h"
 
 #include <algorithm>
-#include <array>
-#include <iterator>
-#include <limits>
 #include <utility>
 
 namespace formula
@@ -14,114 +12,7 @@ namespace formula
 namespace
 {
 
-// ---- the tables of the language ----
-
-struct BinaryOperator
-{
-    std::string_view sign;
-    Operation operation;
-};
-
-// A sign that begins another one stands behind it.
-constexpr BinaryOperator binaryOperators[] = {
-    {"**", Operation::Power},          {"*", Operation::Multiply},    {"/", Operation::Divide},
-    {"%", Operation::Remainder},       {"+", Operation::Add},         {"-", Operation::Subtract},
-    {"<<", Operation::ShiftLeft},      {">>", Operation::ShiftRight}, {"<>", Operation::NotEqual},
-    {"<=", Operation::LessOrEqual},    {"<", Operation::Less},        {"=", Operation::Equal},
-    {">=", Operation::GreaterOrEqual}, {">", Operation::Greater},     {"&&", Operation::DecideAnd},
-    {"||", Operation::DecideOr},       {"&", Operation::BitAnd},      {"^", Operation::BitXor},
-    {"|", Operation::BitOr},
-};
-constexpr std::size_t operatorCount = std::size(binaryOperators);
-
-// Precedence, loosest first; signs before an operand bind tighter than all of it. As in C, with ** between
-// the signs and the products: a variable's value may be put in as text, and "-2**2" must square the negative
-// number.
-constexpr std::string_view suitePrecedence[] = {"?:",   "||",        "&&",    "|",   "^",     "&",
-                                                "= <>", "< > <= >=", "<< >>", "+ -", "* / %", "**"};
-constexpr std::string_view nodesPrecedence[] = {"?:",   "||",        "&&",    "|",   "^",     "&",
-                                                "= <>", "< > <= >=", "<< >>", "+ -", "* / %", "**"};
-constexpr int bracketLevel = -1; // never completed by what follows, only by what closes it
-constexpr int conditionalLevel = 0;
-constexpr int signLevel = 100;
-
-using Levels = std::array<int, operatorCount>;
-
-constexpr bool hasWord(std::string_view words, std::string_view word)
-{
-    while (!words.empty()) {
-        const std::size_t end = std::min(words.find(' '), words.size());
-        if (words.substr(0, end) == word)
-            return true;
-        words.remove_prefix(std::min(end + 1, words.size()));
-    }
-    return false;
-}
-
-template <std::size_t rows>
-constexpr Levels levelsOf(const std::string_view (&precedence)[rows])
-{
-    Levels levels{};
-    for (std::size_t row = 0; row < rows; ++row)
-        for (std::size_t i = 0; i < operatorCount; ++i)
-            if (hasWord(precedence[row], binaryOperators[i].sign))
-                levels[i] = static_cast<int>(row);
-    return levels;
-}
-
-struct Function
-{
-    std::string_view name;
-    Operation operation;
-};
-
-constexpr Function functions[] = {
-    {"ABS", Operation::Abs},   {"SGN", Operation::Sgn},     {"NEG", Operation::Negate},
-    {"ATAN", Operation::Atan}, {"COS", Operation::Cos},     {"SIN", Operation::Sin},
-    {"TAN", Operation::Tan},   {"ASIN", Operation::Asin},   {"ACOS", Operation::Acos},
-    {"EXP", Operation::Exp},   {"LN", Operation::Ln},       {"LG", Operation::Lg},
-    {"SQRT", Operation::Sqrt}, {"TRUNC", Operation::Trunc}, {"FLOOR", Operation::Floor},
-    {"CEIL", Operation::Ceil}, {"ROUND", Operation::Round},
-};
-
-struct Constant
-{
-    std::string_view name;
-    double value;
-};
-
-constexpr Constant constants[] = {{"E", 2.718281828459045235}, {"PI", 3.141592653589793238}};
-
-struct Bounds
-{
-    std::size_t open;    // parentheses and calls
-    std::size_t pending; // whatever waits for its right side
-    std::size_t steps;
-};
-
-constexpr std::size_t unbounded = std::numeric_limits<std::size_t>::max();
-
-struct Language
-{
-    Levels levels;
-    Bounds bounds;
-};
-
-constexpr Language languages[] = {
-    {levelsOf(suitePrecedence), {10000, unbounded, unbounded}},
-    {levelsOf(nodesPrecedence), {unbounded, 2000, 100000}},
-};
-
-// ---- characters and names ----
-
-template <typename Entry, std::size_t size>
-const Entry* findByName(const Entry (&table)[size], std::string_view name)
-{
-    for (const Entry& entry : table)
-        if (entry.name == name)
-            return &entry;
-    return nullptr;
-}
+// ---- characters ----
 
 bool isBlank(char c)
 {
@@ -153,9 +44,9 @@ struct Pending
     };
     Kind kind;
     int level;
-    Operation operation = Operation::Literal; // of an operator, or of the called function
-    std::size_t jump = 0;                     // the step whose target is not known yet
-    bool hasComma = false;                    // of a call
+    Operation operation = Operation::Jump; // of an operator, or of the called function
+    std::size_t jump = 0;                  // the step whose target is not known yet
+    bool hasComma = false;                 // of a call
 };
 
 // Where to go on behind a named part.
@@ -165,7 +56,7 @@ struct Outer
     std::size_t position;
 };
 
-// Operator precedence parsing with an explicit stack.
+// Operator precedence parsing with an explicit stack. After the first fault it only finds its way out.
 class Parser
 {
 public:
@@ -176,9 +67,10 @@ public:
         m_pending.reserve(8);
     }
 
-    Program run();
+    Parsed run();
 
 private:
+    void readParts();
     void readText();
     void readOperand();
     void readName();
@@ -199,13 +91,16 @@ private:
     bool innermostIs(Pending::Kind kind) const { return !m_pending.empty() && m_pending.back().kind == kind; }
 
     void push(const Pending& pending);
-    std::size_t emit(Operation operation, Number literal = {}, std::size_t target = 0);
-    void operand(Operation operation, Number literal, std::size_t target = 0);
+    std::size_t emit(const Step& step);
+    std::size_t emit(Operation operation) { return emit(Step{operation, {0}}); }
+    void operand(const Step& step);
     void land(std::size_t jump) { m_program.steps[jump].target = m_program.steps.size(); }
     void skipBlanks();
     bool take(std::string_view token);
-    [[noreturn]] void fail(Fault::Kind kind) const { fail(kind, m_position, m_text.substr(m_position)); }
-    [[noreturn]] void fail(Fault::Kind kind, std::size_t position, std::string_view rest) const;
+    bool failed() const { return m_fault.kind != Fault::Kind::None; }
+    void fail(Fault::Kind kind) { fail(kind, m_position, m_text.substr(m_position)); }
+    void failBefore(Fault::Kind kind) { fail(kind, m_position - 1, m_text.substr(m_position - 1)); }
+    void fail(Fault::Kind kind, std::size_t position, std::string_view rest);
 
     const Language& m_language;
     const Scope& m_scope;
@@ -217,44 +112,52 @@ private:
     std::vector<Pending> m_pending;
     std::vector<Outer> m_outer; // one for each pending part
     Program m_program;
+    Fault m_fault;
 };
 
 // ---- operands ----
 
-Program Parser::run()
+Parsed Parser::run()
 {
     skipBlanks();
     if (m_position == m_text.size())
         fail(Fault::Kind::Empty);
+    else
+        readParts();
+    return {std::move(m_program), m_fault};
+}
+
+void Parser::readParts()
+{
     readText();
-    while (!m_pending.empty()) { // the part that has just ended
+    while (!failed() && !m_pending.empty()) { // the part that has just ended
         m_text = m_outer.back().text;
         m_position = m_outer.back().position;
         m_outer.pop_back();
         m_pending.pop_back();
         readText();
     }
-    return std::move(m_program);
 }
 
 // Up to the end of the text, or of the innermost part.
 void Parser::readText()
 {
     skipBlanks();
-    while (m_position < m_text.size()) {
+    while (!failed() && m_position < m_text.size()) {
         if (m_operandExpected)
             readOperand();
         else
             readOperator();
         skipBlanks();
     }
-    endText();
+    if (!failed())
+        endText();
 }
 
 void Parser::readOperand()
 {
     if (take("("))
-        open(Pending::Kind::Parenthesis, Operation::Literal);
+        open(Pending::Kind::Parenthesis, Operation::Jump);
     else if (take("-"))
         push({Pending::Kind::Operator, signLevel, Operation::Negate});
     else if (take("~"))
@@ -290,7 +193,7 @@ bool Parser::readDeclared(std::string_view name)
 {
     const auto variable = std::find(m_scope.variables.begin(), m_scope.variables.end(), name);
     if (variable != m_scope.variables.end()) {
-        operand(Operation::Variable, {}, static_cast<std::size_t>(variable - m_scope.variables.begin()));
+        operand({Operation::Variable, {static_cast<std::size_t>(variable - m_scope.variables.begin())}});
         return true;
     }
     const auto expression = m_scope.expressions.find(name);
@@ -305,7 +208,7 @@ bool Parser::readDeclared(std::string_view name)
 
 void Parser::readConstant(std::string_view name, double value)
 {
-    operand(Operation::Literal, Number::ofReal(value));
+    operand(realStep(value));
     skipBlanks();
     if (!take("(")) // PI and PI() are both in use
         return;
@@ -319,21 +222,21 @@ void Parser::readLiteral()
     const std::string_view rest = m_text.substr(m_position);
     const bool isNumber = (rest[0] >= '0' && rest[0] <= '9') || rest[0] == '.';
     if (!isNumber)
-        fail(Fault::Kind::ValueMissing);
+        return fail(Fault::Kind::ValueMissing);
     const Literal literal = scanLiteral(rest);
     if (literal.fault == Fault::Kind::NoNumber || literal.fault == Fault::Kind::NoDigits)
-        fail(literal.fault);
+        return fail(literal.fault);
     if (literal.length < rest.size() && isNamePart(rest[literal.length]))
-        fail(Fault::Kind::NumberRunsOn, m_position, rest.substr(literal.length));
+        return fail(Fault::Kind::NumberRunsOn, m_position, rest.substr(literal.length));
     if (literal.fault != Fault::Kind::None)
-        fail(literal.fault, m_position, rest.substr(0, literal.length));
+        return fail(literal.fault, m_position, rest.substr(0, literal.length));
     m_position += literal.length;
-    operand(Operation::Literal, literal.number);
+    operand(literal.step);
 }
 
-void Parser::operand(Operation operation, Number literal, std::size_t target)
+void Parser::operand(const Step& step)
 {
-    emit(operation, literal, target);
+    emit(step);
     m_operandExpected = false;
 }
 
@@ -358,7 +261,7 @@ void Parser::readOperator()
 void Parser::open(Pending::Kind kind, Operation operation)
 {
     if (++m_open > m_language.bounds.open)
-        fail(Fault::Kind::TooDeep);
+        return fail(Fault::Kind::TooDeep);
     push({kind, bracketLevel, operation});
 }
 
@@ -368,9 +271,9 @@ void Parser::close()
     if (innermostIs(Pending::Kind::Call))
         emit(m_pending.back().hasComma ? Operation::RoundToDigits : m_pending.back().operation);
     else if (innermostIs(Pending::Kind::Question))
-        fail(Fault::Kind::ColonMissing);
+        return fail(Fault::Kind::ColonMissing);
     else if (!innermostIs(Pending::Kind::Parenthesis))
-        fail(Fault::Kind::ParenthesisNotOpened, m_position - 1, m_text.substr(m_position - 1));
+        return failBefore(Fault::Kind::ParenthesisNotOpened);
     m_pending.pop_back();
     --m_open;
 }
@@ -380,7 +283,7 @@ void Parser::comma()
     reduce(conditionalLevel);
     if (!innermostIs(Pending::Kind::Call) || m_pending.back().operation != Operation::Round ||
         m_pending.back().hasComma)
-        fail(Fault::Kind::SecondArgument, m_position - 1, m_text.substr(m_position - 1));
+        return failBefore(Fault::Kind::SecondArgument);
     m_pending.back().hasComma = true;
     m_operandExpected = true;
 }
@@ -396,7 +299,7 @@ void Parser::colon()
 {
     reduce(conditionalLevel);
     if (!innermostIs(Pending::Kind::Question))
-        fail(Fault::Kind::ColonWithoutQuestion, m_position - 1, m_text.substr(m_position - 1));
+        return failBefore(Fault::Kind::ColonWithoutQuestion);
     const std::size_t toElse = m_pending.back().jump;
     m_pending.back() = {Pending::Kind::Colon, conditionalLevel, Operation::Jump, emit(Operation::Jump)};
     land(toElse);
@@ -419,10 +322,10 @@ void Parser::binary(const BinaryOperator& op)
 void Parser::endText()
 {
     if (m_operandExpected)
-        fail(Fault::Kind::ValueMissingAtEnd);
+        return fail(Fault::Kind::ValueMissingAtEnd);
     reduce(conditionalLevel);
     if (innermostIs(Pending::Kind::Question))
-        fail(Fault::Kind::ColonMissing);
+        return fail(Fault::Kind::ColonMissing);
     if (!m_pending.empty() && !innermostIs(Pending::Kind::Part))
         fail(Fault::Kind::ParenthesisMissing);
 }
@@ -447,14 +350,16 @@ void Parser::reduce(int level)
 void Parser::push(const Pending& pending)
 {
     if (m_pending.size() >= m_language.bounds.pending)
-        fail(Fault::Kind::TooDeep);
+        return fail(Fault::Kind::TooDeep);
     m_pending.push_back(pending);
 }
 
-std::size_t Parser::emit(Operation operation, Number literal, std::size_t target)
+// The step's index.
+std::size_t Parser::emit(const Step& step)
 {
     if (m_program.steps.size() >= m_language.bounds.steps)
         fail(Fault::Kind::TooLong);
+    const Operation operation = step.operation;
     const bool isOperand = operation <= Operation::Variable;
     const bool isOneForOne = operation == Operation::Truth ||
                              (operation >= Operation::Negate && operation < Operation::RoundToDigits);
@@ -462,7 +367,7 @@ std::size_t Parser::emit(Operation operation, Number literal, std::size_t target
         m_program.height = std::max(m_program.height, ++m_height);
     else if (!isOneForOne)
         --m_height; // jumps too: what stands behind them is reached with one number less
-    m_program.steps.push_back({operation, target, literal});
+    m_program.steps.push_back(step);
     return m_program.steps.size() - 1;
 }
 
@@ -480,22 +385,22 @@ bool Parser::take(std::string_view token)
     return true;
 }
 
-void Parser::fail(Fault::Kind kind, std::size_t position, std::string_view rest) const
+void Parser::fail(Fault::Kind kind, std::size_t position, std::string_view rest)
 {
-    Fault fault;
-    fault.kind = kind;
-    fault.position = position;
-    fault.rest = rest;
+    if (failed())
+        return;
+    m_fault.kind = kind;
+    m_fault.position = position;
+    m_fault.rest = rest;
     const auto bracket = std::find_if(m_pending.rbegin(), m_pending.rend(),
                                       [](const Pending& it) { return it.level == bracketLevel; });
     if (bracket != m_pending.rend() && bracket->kind != Pending::Kind::Part)
-        fault.closing = bracket->kind == Pending::Kind::Question ? ':' : ')';
-    throw fault;
+        m_fault.closing = bracket->kind == Pending::Kind::Question ? ':' : ')';
 }
 
 } // namespace
 
-Program parse(std::string_view text, Dialect dialect, const Scope& scope)
+Parsed parse(std::string_view text, Dialect dialect, const Scope& scope)
 {
     return Parser(text, dialect, scope).run();
 }

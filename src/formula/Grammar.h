@@ -28,10 +28,16 @@ struct Scope
     std::map<std::string, std::string, std::less<>> expressions; // named parts and constants, as formulas
 };
 
-// Throws Fault. Time and memory grow linearly with the text and the named parts in it; the thread's stack is
-// not used for nesting. Bounds: the suite's formulas may open 10,000 parentheses and calls, however long they
-// are; the nodes' ones may keep 2,000 signs, operators, parentheses and parts pending and have 100,000 steps,
-// since named parts multiply.
-Program parse(std::string_view text, Dialect dialect, const Scope& scope = {});
+struct Parsed
+{
+    Program program; // of no use unless `fault` is Kind::None
+    Fault fault;
+};
+
+// Throws nothing but std::bad_alloc. Time and memory grow linearly with the text and the named parts in it;
+// the thread's stack is not used for nesting. Bounds: the suite's formulas may open 10,000 parentheses and
+// calls, however long they are; the nodes' ones may keep 2,000 signs, operators, parentheses and parts
+// pending and have 100,000 steps, since named parts multiply.
+Parsed parse(std::string_view text, Dialect dialect, const Scope& scope = {});
 
 } // namespace formula

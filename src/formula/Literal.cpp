@@ -77,14 +77,14 @@ Literal scanDecimal(std::string_view text)
     const char* const last = first + literal.length;
     std::int64_t integer = 0;
     if (isWhole && std::from_chars(first, last, integer).ec == std::errc()) {
-        literal.number = Number::ofInteger(integer);
+        literal.step = integerStep(integer);
         return literal;
     }
     double real = 0;
     const auto result = std::from_chars(first, last, real);
     const bool isOutOfRange = result.ec == std::errc::result_out_of_range;
     const bool fits = isOutOfRange ? isTiny(text.substr(0, literal.length)) : std::isfinite(real);
-    literal.number = Number::ofReal(isOutOfRange ? 0 : real);
+    literal.step = realStep(isOutOfRange ? 0 : real);
     literal.fault = fits ? Fault::Kind::None : Fault::Kind::NumberTooLarge;
     return literal;
 }
@@ -95,7 +95,7 @@ Literal scanPattern(std::string_view text)
     const auto result = std::from_chars(text.data() + 2, text.data() + text.size(), pattern, 16);
     Literal literal;
     literal.length = static_cast<std::size_t>(result.ptr - text.data());
-    literal.number = Number::ofInteger(static_cast<std::int64_t>(pattern));
+    literal.step = integerStep(static_cast<std::int64_t>(pattern));
     if (result.ec == std::errc::invalid_argument)
         literal.fault = Fault::Kind::NoDigits;
     else if (result.ec != std::errc())

@@ -10,8 +10,8 @@ namespace formula
 
 struct Literal
 {
-    std::size_t length = 0; // characters taken
-    Number number;
+    std::size_t length = 0;     // characters taken
+    Step step = integerStep(0); // the number, pushed
     Fault::Kind fault = Fault::Kind::None;
 };
 

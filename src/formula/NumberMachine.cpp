@@ -5,6 +5,7 @@
 #include "formula/StackMachine.h"
 
 #include <cmath>
+#include <utility>
 
 namespace formula
 {
@@ -21,94 +22,99 @@ std::int64_t Number::rounded() const
 namespace
 {
 
-void require(bool fits)
+void require(bool fits, Fault& fault)
 {
     if (!fits)
-        fail(Fault::Kind::TooLarge);
+        fail(fault, Fault::Kind::TooLarge);
 }
 
-std::int64_t integerPower(std::int64_t base, std::int64_t exponent)
+std::int64_t integerPower(std::int64_t base, std::int64_t exponent, Fault& fault)
 {
     std::int64_t result = 1;
     for (; exponent > 0; exponent >>= 1) {
         if ((exponent & 1) != 0)
-            require(!__builtin_mul_overflow(result, base, &result));
+            require(!__builtin_mul_overflow(result, base, &result), fault);
         if (exponent > 1)
-            require(!__builtin_mul_overflow(base, base, &base));
+            require(!__builtin_mul_overflow(base, base, &base), fault);
     }
     return result;
 }
 
-std::int64_t negated(std::int64_t value)
+std::int64_t negated(std::int64_t value, Fault& fault)
 {
     std::int64_t result = 0;
-    require(!__builtin_sub_overflow(std::int64_t{0}, value, &result));
+    require(!__builtin_sub_overflow(std::int64_t{0}, value, &result), fault);
     return result;
 }
 
 // Of the arithmetic ones, all but RoundToDigits; an exponent is not negative.
-std::int64_t arithmeticOfIntegers(Operation operation, std::int64_t left, std::int64_t right)
+std::int64_t arithmeticOfIntegers(Operation operation, std::int64_t left, std::int64_t right, Fault& fault)
 {
     std::int64_t result = 0;
     switch (operation) {
     case Operation::Add:
-        require(!__builtin_add_overflow(left, right, &result));
+        require(!__builtin_add_overflow(left, right, &result), fault);
         return result;
     case Operation::Subtract:
-        require(!__builtin_sub_overflow(left, right, &result));
+        require(!__builtin_sub_overflow(left, right, &result), fault);
         return result;
     case Operation::Multiply:
-        require(!__builtin_mul_overflow(left, right, &result));
+        require(!__builtin_mul_overflow(left, right, &result), fault);
         return result;
     case Operation::Power:
-        return integerPower(left, right);
+        return integerPower(left, right, fault);
     case Operation::Remainder:
-        return remainder(left, right);
+        return remainder(left, right, fault);
     default:
+        if (right == -1)
+            return negated(left, fault);
         if (right == 0)
-            fail(Fault::Kind::DivisionByZero);
-        return right == -1 ? negated(left) : left / right;
+            fail(fault, Fault::Kind::DivisionByZero);
+        return right == 0 ? 0 : left / right;
     }
 }
 
 class NumberRules
 {
 public:
+    Fault fault = {};
+
     NumberRules(bool isReal, const std::function<Number(std::size_t)>& variable)
         : m_isReal(isReal), m_variable(variable)
     {}
 
     // In real arithmetic every operand is a real one, so that 5/2 is 2.5 whatever its nodes are.
-    Number literal(const Number& number) const { return typed(number); }
+    Number integer(std::int64_t value) const { return typed(Number::ofInteger(value)); }
+    static Number real(double value) { return Number::ofReal(value); }
     Number variable(std::size_t index) const { return typed(m_variable(index)); }
     static bool isTrue(const Number& number) { return number.isTrue(); }
     static Number truth(bool value) { return Number::ofInteger(value ? 1 : 0); }
 
-    Number one(Operation operation, const Number& x) const
+    Number one(Operation operation, const Number& x)
     {
         if (operation == Operation::Complement)
             return Number::ofInteger(~bits(x));
         if (x.isInteger() && !m_isReal && operation == Operation::Negate)
-            return Number::ofInteger(negated(x.asInteger()));
+            return Number::ofInteger(negated(x.asInteger(), fault));
         if (x.isInteger() && !m_isReal && operation == Operation::Abs)
-            return x.asInteger() < 0 ? Number::ofInteger(negated(x.asInteger())) : x;
+            return x.asInteger() < 0 ? Number::ofInteger(negated(x.asInteger(), fault)) : x;
         const double result = functionOfReal(operation, x.asReal());
         if (operation == Operation::Sgn)
             return typed(Number::ofInteger(static_cast<std::int64_t>(result)));
         return Number::ofReal(result);
     }
 
-    Number two(Operation operation, const Number& a, const Number& b) const
+    Number two(Operation operation, const Number& a, const Number& b)
     {
         const bool areIntegers = a.isInteger() && b.isInteger();
         if (isComparison(operation))
             return truth(areIntegers ? isRelation(operation, a.asInteger(), b.asInteger())
                                      : isRelation(operation, a.asReal(), b.asReal()));
         if (!isArithmetic(operation))
-            return Number::ofInteger(operationOnBits(operation, bits(a), bits(b)));
+            return Number::ofInteger(operationOnBits(operation, bits(a), bits(b), fault));
         if (areIntegers && !m_isReal && staysInteger(operation, b.asInteger()))
-            return Number::ofInteger(arithmeticOfIntegers(operation, a.asInteger(), b.asInteger()));
-        return Number::ofReal(arithmeticOfReals(operation, a.asReal(), b.asReal()));
+            return Number::ofInteger(arithmeticOfIntegers(operation, a.asInteger(), b.asInteger(), fault));
+        return Number::ofReal(arithmeticOfReals(operation, a.asReal(), b.asReal(), fault));
     }
 
 private:
@@ -119,38 +125,39 @@ private:
         return operation != Operation::RoundToDigits && (operation != Operation::Power || right >= 0);
     }
 
-    static std::int64_t bits(const Number& number)
+    std::int64_t bits(const Number& number)
     {
-        return number.isInteger() ? number.asInteger() : bitsOf(number.asReal());
+        return number.isInteger() ? number.asInteger() : bitsOf(number.asReal(), fault);
     }
 
     const bool m_isReal;
     const std::function<Number(std::size_t)>& m_variable;
 };
 
+void throwIfAny(const Fault& fault)
+{
+    if (fault.kind != Fault::Kind::None)
+        throw FormulaError{textOf(fault)};
+}
+
 } // namespace
 
 NumberMachine::NumberMachine(std::string_view text, const Scope& scope, Arithmetic arithmetic)
     : m_arithmetic(arithmetic)
 {
-    try {
-        m_program = parse(text, Dialect::Nodes, scope);
-    } catch (const Fault& fault) {
-        throw FormulaError{textOf(fault)};
-    }
+    Parsed parsed = parse(text, Dialect::Nodes, scope);
+    throwIfAny(parsed.fault);
+    m_program = std::move(parsed.program);
 }
 
 Number NumberMachine::evaluate(const std::function<Number(std::size_t)>& variable) const
 {
-    try {
-        NumberRules rules(m_arithmetic == Arithmetic::Real, variable);
-        const Number result = StackMachine<Number, NumberRules>(m_program, rules).run();
-        if (!result.isInteger() && !std::isfinite(result.asReal()))
-            fail(Fault::Kind::NotFinite);
-        return result;
-    } catch (const Fault& fault) {
-        throw FormulaError{textOf(fault)};
-    }
+    NumberRules rules(m_arithmetic == Arithmetic::Real, variable);
+    const Number result = StackMachine<Number, NumberRules>(m_program, rules).run();
+    if (!result.isInteger() && !std::isfinite(result.asReal()))
+        fail(rules.fault, Fault::Kind::NotFinite);
+    throwIfAny(rules.fault);
+    return result;
 }
 
 } // namespace formula

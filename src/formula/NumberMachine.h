@@ -2,6 +2,7 @@
 #pragma once
 
 #include "formula/Grammar.h"
+#include "formula/Number.h"
 
 #include <functional>
 #include <string>

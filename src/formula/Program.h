@@ -1,8 +1,6 @@
 // A formula after parsing: steps for a machine with one stack of numbers.
 #pragma once
 
-#include "formula/Number.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -14,7 +12,8 @@ namespace formula
 // In this order: what stands on no operand, what decides where to go on, one operand, two operands.
 enum class Operation : std::uint8_t
 {
-    Literal,  // push `literal`
+    Integer,  // push `integer`
+    Real,     // push `real`
     Variable, // push the variable `target`
     // Control: what makes ?: && || lazy.
     Jump,       // go on at `target`
@@ -65,9 +64,27 @@ enum class Operation : std::uint8_t
 struct Step
 {
     Operation operation;
-    std::size_t target; // of the four that may jump: index of the next step; of a variable: its index
-    Number literal;
+    union
+    {
+        std::size_t target; // of the four that may jump: index of the next step; of a variable: its index
+        std::int64_t integer;
+        double real;
+    };
 };
+
+inline Step integerStep(std::int64_t value)
+{
+    Step step{Operation::Integer, {0}};
+    step.integer = value;
+    return step;
+}
+
+inline Step realStep(double value)
+{
+    Step step{Operation::Real, {0}};
+    step.real = value;
+    return step;
+}
 
 struct Program
 {

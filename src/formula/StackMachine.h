@@ -8,8 +8,9 @@
 namespace formula
 {
 
-// Rules say what numbers are: literal(Number), variable(index), isTrue(value), truth(bool),
-// one(operation, value), two(operation, left, right). They fail by throwing.
+// Rules say what numbers are: integer(value), real(value), variable(index), isTrue(value), truth(bool),
+// one(operation, value), two(operation, left, right). Where one of them cannot, it leaves a `fault`, and the
+// machine stops.
 template <typename Value, typename Rules>
 class StackMachine
 {
@@ -22,13 +23,16 @@ public:
         }
     }
 
+    // Of no use when the rules have a fault.
     Value run()
     {
         std::size_t next = 0;
-        while (next < m_steps.size()) {
+        while (next < m_steps.size() && m_rules.fault.kind == Fault::Kind::None) {
             const Step& step = m_steps[next++];
-            if (step.operation == Operation::Literal)
-                *m_top++ = m_rules.literal(step.literal);
+            if (step.operation == Operation::Integer)
+                *m_top++ = m_rules.integer(step.integer);
+            else if (step.operation == Operation::Real)
+                *m_top++ = m_rules.real(step.real);
             else if (step.operation == Operation::Variable)
                 *m_top++ = m_rules.variable(step.target);
             else if (step.operation <= Operation::Truth)

@@ -1,3 +1,5 @@
-ie_add_test(formula_differences_test LABEL unit
-    SOURCES formula_differences_test.cpp
-    LIBRARIES formula GTest::gtest_main)
+foreach(subject formula_differences formula_precedence)
+    ie_add_test(${subject}_test LABEL unit
+        SOURCES ${subject}_test.cpp
+        LIBRARIES formula GTest::gtest_main)
+endforeach()
