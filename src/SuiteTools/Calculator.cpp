@@ -63,7 +63,8 @@ std::string textOf(const formula::Fault& fault)
     case Kind::NotFinite:
         return "the value is not a finite number";
     case Kind::None:
-    case Kind::TooLong: // no formula of numbers is
+    case Kind::TooLong: // the nodes' alone are, and their operands
+    case Kind::TooWide:
         break;
     }
     return {};

@@ -17,6 +17,7 @@ struct DoubleRules
     Fault fault = {};
 
     static double integer(std::int64_t value) { return static_cast<double>(value); }
+    static double pattern(std::int64_t value) { return integer(value); }
     static double real(double value) { return value; }
     static double variable(std::size_t) { return 0; } // the dialect has none
     static bool isTrue(double x) { return x != 0; }

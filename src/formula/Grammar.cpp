@@ -175,14 +175,14 @@ void Parser::readName()
         ++m_position;
     const std::string_view name = m_text.substr(start, m_position - start);
     const std::size_t end = m_position;
-    const Function* const function = findByName(functions, name);
+    const Function* const function = findByName(functions, name, m_language.ignoresCase);
     skipBlanks();
     if (function && take("("))
         return open(Pending::Kind::Call, function->operation);
     const std::size_t next = std::exchange(m_position, end);
     if (readDeclared(name))
         return;
-    if (const Constant* const constant = findByName(constants, name))
+    if (const Constant* const constant = findByName(constants, name, m_language.ignoresCase))
         return readConstant(name, constant->value);
     fail(function ? Fault::Kind::CallWithoutParenthesis : Fault::Kind::UnknownName, function ? next : start,
          name);
@@ -290,7 +290,7 @@ void Parser::comma()
 
 void Parser::question()
 {
-    reduce(conditionalLevel + 1);
+    reduce(m_language.chainsFromRight ? conditionalLevel + 1 : conditionalLevel);
     push({Pending::Kind::Question, bracketLevel, Operation::JumpUnless, emit(Operation::JumpUnless)});
     m_operandExpected = true;
 }
@@ -309,7 +309,7 @@ void Parser::colon()
 void Parser::binary(const BinaryOperator& op)
 {
     const int level = m_language.levels[static_cast<std::size_t>(&op - binaryOperators)];
-    const bool rightToLeft = op.operation == Operation::Power;
+    const bool rightToLeft = m_language.chainsFromRight && op.operation == Operation::Power;
     reduce(rightToLeft ? level + 1 : level);
     if (op.operation == Operation::DecideAnd || op.operation == Operation::DecideOr)
         push({Pending::Kind::Decision, level, op.operation, emit(op.operation)});

@@ -2,7 +2,8 @@
 //
 // There are two dialects: the common library's, whose formulas hold numbers only, and the nodes', with
 // variables and named parts. They share tokens, literals, functions and constants; each has a table of
-// precedence of its own. What they do not share is told in Differences.h.
+// precedence of its own, and the nodes' reads their names in small letters too. What they do not share is
+// told in Differences.h.
 #pragma once
 
 #include "formula/Program.h"

@@ -29,13 +29,15 @@ inline constexpr BinaryOperator binaryOperators[] = {
 };
 inline constexpr std::size_t operatorCount = std::size(binaryOperators);
 
-// Precedence, loosest first; signs before an operand bind tighter than all of it. As in C, with ** between
-// the signs and the products: a variable's value may be put in as text, and "-2**2" must square the negative
-// number.
+// Precedence, loosest first; signs before an operand bind tighter than all of it.
+//
+// The suite's is that of C, with ** between the signs and the products: a variable's value may be put in as
+// text, and "-2**2" must square the negative number. The nodes' is that of the standard's reference
+// implementation, which makers of cameras try their descriptions with.
 inline constexpr std::string_view suitePrecedence[] = {"?:",   "||",        "&&",    "|",   "^",     "&",
                                                        "= <>", "< > <= >=", "<< >>", "+ -", "* / %", "**"};
-inline constexpr std::string_view nodesPrecedence[] = {"?:",   "||",        "&&",    "|",   "^",     "&",
-                                                       "= <>", "< > <= >=", "<< >>", "+ -", "* / %", "**"};
+inline constexpr std::string_view nodesPrecedence[] = {"?: || && = <> < > <= >=", "+ -", "* / %",
+                                                       "& | ^ << >> **"};
 constexpr int bracketLevel = -1; // never completed by what follows, only by what closes it
 constexpr int conditionalLevel = 0;
 constexpr int signLevel = 100;
@@ -87,11 +89,20 @@ struct Constant
 
 inline constexpr Constant constants[] = {{"E", 2.718281828459045235}, {"PI", 3.141592653589793238}};
 
+// `word` stands in a formula, `name` in a table and so in capitals.
+inline bool isNamed(std::string_view word, std::string_view name, bool ignoresCase)
+{
+    const auto isSame = [ignoresCase](char c, char capital) {
+        return c == capital || (ignoresCase && c >= 'a' && c <= 'z' && c - 'a' + 'A' == capital);
+    };
+    return std::equal(word.begin(), word.end(), name.begin(), name.end(), isSame);
+}
+
 template <typename Entry, std::size_t size>
-const Entry* findByName(const Entry (&table)[size], std::string_view name)
+const Entry* findByName(const Entry (&table)[size], std::string_view word, bool ignoresCase)
 {
     for (const Entry& entry : table)
-        if (entry.name == name)
+        if (isNamed(word, entry.name, ignoresCase))
             return &entry;
     return nullptr;
 }
@@ -108,13 +119,15 @@ inline constexpr std::size_t unbounded = std::numeric_limits<std::size_t>::max()
 struct Language
 {
     Levels levels;
+    bool chainsFromRight; // 2**3**2 and 1?2:3?4:5
+    bool ignoresCase;     // of functions and constants
     Bounds bounds;
 };
 
 // In the order of Dialect.
 inline constexpr Language languages[] = {
-    {levelsOf(suitePrecedence), {10000, unbounded, unbounded}},
-    {levelsOf(nodesPrecedence), {unbounded, 2000, 100000}},
+    {levelsOf(suitePrecedence), true, false, {10000, unbounded, unbounded}},
+    {levelsOf(nodesPrecedence), false, true, {unbounded, 2000, 100000}},
 };
 
 } // namespace formula

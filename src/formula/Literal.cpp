@@ -95,7 +95,7 @@ Literal scanPattern(std::string_view text)
     const auto result = std::from_chars(text.data() + 2, text.data() + text.size(), pattern, 16);
     Literal literal;
     literal.length = static_cast<std::size_t>(result.ptr - text.data());
-    literal.step = integerStep(static_cast<std::int64_t>(pattern));
+    literal.step = integerStep(static_cast<std::int64_t>(pattern), Operation::Pattern);
     if (result.ec == std::errc::invalid_argument)
         literal.fault = Fault::Kind::NoDigits;
     else if (result.ec != std::errc())

@@ -85,6 +85,12 @@ public:
 
     // In real arithmetic every operand is a real one, so that 5/2 is 2.5 whatever its nodes are.
     Number integer(std::int64_t value) const { return typed(Number::ofInteger(value)); }
+    // In real arithmetic, up to 32 bits are one of the numbers that its bit operators work on.
+    Number pattern(std::int64_t value) const
+    {
+        const bool isShort = static_cast<std::uint64_t>(value) >> 32 == 0;
+        return integer(m_isReal && isShort ? static_cast<std::int32_t>(value) : value);
+    }
     static Number real(double value) { return Number::ofReal(value); }
     Number variable(std::size_t index) const { return typed(m_variable(index)); }
     static bool isTrue(const Number& number) { return number.isTrue(); }
@@ -93,7 +99,7 @@ public:
     Number one(Operation operation, const Number& x)
     {
         if (operation == Operation::Complement)
-            return Number::ofInteger(~bits(x));
+            return Number::ofInteger(~bits(x)); // of 32 bits: 32 bits
         if (x.isInteger() && !m_isReal && operation == Operation::Negate)
             return Number::ofInteger(negated(x.asInteger(), fault));
         if (x.isInteger() && !m_isReal && operation == Operation::Abs)
@@ -111,7 +117,7 @@ public:
             return truth(areIntegers ? isRelation(operation, a.asInteger(), b.asInteger())
                                      : isRelation(operation, a.asReal(), b.asReal()));
         if (!isArithmetic(operation))
-            return Number::ofInteger(operationOnBits(operation, bits(a), bits(b), fault));
+            return Number::ofInteger(onBits(operation, bits(a), bits(b)));
         if (areIntegers && !m_isReal && staysInteger(operation, b.asInteger()))
             return Number::ofInteger(arithmeticOfIntegers(operation, a.asInteger(), b.asInteger(), fault));
         return Number::ofReal(arithmeticOfReals(operation, a.asReal(), b.asReal(), fault));
@@ -125,9 +131,26 @@ private:
         return operation != Operation::RoundToDigits && (operation != Operation::Power || right >= 0);
     }
 
+    // Without the fraction.
     std::int64_t bits(const Number& number)
     {
-        return number.isInteger() ? number.asInteger() : bitsOf(number.asReal(), fault);
+        if (!m_isReal)
+            return number.isInteger() ? number.asInteger() : bitsOf(number.asReal(), fault);
+        const double real = number.asReal();
+        const bool fits = real >= -2147483648.0 && real <= 2147483647.0;
+        if (!fits)
+            fail(fault, Fault::Kind::TooWide);
+        return fits ? static_cast<std::int64_t>(real) : 0;
+    }
+
+    // In real arithmetic, what is shifted out of 32 bits is lost.
+    std::int64_t onBits(Operation operation, std::int64_t a, std::int64_t b)
+    {
+        const bool shifts = operation == Operation::ShiftLeft || operation == Operation::ShiftRight;
+        if (m_isReal && shifts && b > 31)
+            fail(fault, Fault::Kind::ShiftCount, b);
+        const std::int64_t result = operationOnBits(operation, a, b, fault);
+        return m_isReal ? static_cast<std::int32_t>(result) : result;
     }
 
     const bool m_isReal;

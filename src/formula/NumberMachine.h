@@ -21,7 +21,7 @@ public:
     enum class Arithmetic
     {
         Integer, // 5/2 is 2; a result that does not fit 64 bits is an error
-        Real     // 5/2 is 2.5
+        Real     // 5/2 is 2.5; & | ^ ~ << >> work on 32 bits with a sign
     };
 
     // Parsed once, evaluated often. Throws FormulaError for what is no formula, uses an undeclared name, or

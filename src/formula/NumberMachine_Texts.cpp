@@ -54,6 +54,8 @@ std::string textOf(const Fault& fault)
         return "a shift by " + std::to_string(fault.count) + " bits";
     case Fault::Kind::TooLarge:
         return "a result does not fit 64 bits";
+    case Fault::Kind::TooWide:
+        return "an operand does not fit 32 bits";
     case Fault::Kind::NotFinite:
         return "the result is no number";
     default:

@@ -13,6 +13,7 @@ namespace formula
 enum class Operation : std::uint8_t
 {
     Integer,  // push `integer`
+    Pattern,  // the same, written as bits: hexadecimal
     Real,     // push `real`
     Variable, // push the variable `target`
     // Control: what makes ?: && || lazy.
@@ -72,9 +73,9 @@ struct Step
     };
 };
 
-inline Step integerStep(std::int64_t value)
+inline Step integerStep(std::int64_t value, Operation operation = Operation::Integer)
 {
-    Step step{Operation::Integer, {0}};
+    Step step{operation, {0}};
     step.integer = value;
     return step;
 }
@@ -123,6 +124,7 @@ struct Fault
         DivisionByZero,
         ShiftCount, // `count` is not in 0..63
         TooLarge,   // for 64 bits
+        TooWide,    // an operand, for 32 bits
         NotFinite
     };
 

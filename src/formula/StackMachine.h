@@ -8,9 +8,9 @@
 namespace formula
 {
 
-// Rules say what numbers are: integer(value), real(value), variable(index), isTrue(value), truth(bool),
-// one(operation, value), two(operation, left, right). Where one of them cannot, it leaves a `fault`, and the
-// machine stops.
+// Rules say what numbers are: integer(value), pattern(value), real(value), variable(index), isTrue(value),
+// truth(bool), one(operation, value), two(operation, left, right). Where one of them cannot, it leaves a
+// `fault`, and the machine stops.
 template <typename Value, typename Rules>
 class StackMachine
 {
@@ -31,6 +31,8 @@ public:
             const Step& step = m_steps[next++];
             if (step.operation == Operation::Integer)
                 *m_top++ = m_rules.integer(step.integer);
+            else if (step.operation == Operation::Pattern)
+                *m_top++ = m_rules.pattern(step.integer);
             else if (step.operation == Operation::Real)
                 *m_top++ = m_rules.real(step.real);
             else if (step.operation == Operation::Variable)

@@ -13,3 +13,16 @@ ie_add_test(nodes_other_engine_test LABEL camera
 ie_add_test(camera_on_emulator_test LABEL camera
     SOURCES camera_on_emulator_test.cpp
     LIBRARIES KXCameraControl camera_emulator_core GTest::gtest_main)
+
+# Needs the network once, for the reference; says SKIPPED where it cannot have it.
+add_executable(formula_answers formula_reference/formula_answers.cpp)
+target_link_libraries(formula_answers PRIVATE formula)
+set_target_properties(formula_answers PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+find_package(Python3 3.11 COMPONENTS Interpreter)
+if(Python3_FOUND)
+    add_test(NAME formula_reference_test
+        COMMAND Python3::Interpreter "${CMAKE_CURRENT_SOURCE_DIR}/formula_reference/formula_reference_test.py"
+            "$<TARGET_FILE:formula_answers>" "${CMAKE_BINARY_DIR}/tests/formula_reference")
+    set_tests_properties(formula_reference_test PROPERTIES LABELS camera TIMEOUT 300
+        SKIP_REGULAR_EXPRESSION "SKIPPED:")
+endif()

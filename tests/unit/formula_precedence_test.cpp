@@ -26,6 +26,19 @@ std::string suiteValue(const std::string& text)
     return result.fault.kind == Fault::Kind::None ? std::to_string(result.value + 0) : "error";
 }
 
+std::string nodesValue(const std::string& text)
+{
+    try {
+        const Number value =
+            NumberMachine(text, {}, NumberMachine::Arithmetic::Real).evaluate([](std::size_t) {
+                return Number();
+            });
+        return std::to_string(value.asReal() + 0);
+    } catch (const FormulaError&) {
+        return "error";
+    }
+}
+
 struct Precedence
 {
     Evaluate evaluate;
@@ -46,6 +59,13 @@ const Precedence suite = {suiteValue,
                            {"*", "/", "%"},
                            {"**"}},
                           {"**"}};
+
+const Precedence nodes = {nodesValue,
+                          {{"||", "&&", "=", "<>", "<", ">", "<=", ">="},
+                           {"+", "-"},
+                           {"*", "/", "%"},
+                           {"&", "|", "^", "<<", ">>", "**"}},
+                          {}};
 
 // Either way of reading these gives the same numbers.
 const std::set<std::string> sameEitherWay = {"+ +", "+ -", "* *",   "* /",   "& &",
@@ -129,6 +149,14 @@ void holdsSigns(const Precedence& precedence)
         }
 }
 
+// Of what stands before a question mark.
+Readings condition(const std::array<std::string, 3>& n, const std::string& sign)
+{
+    const std::string end = "?" + n[2] + ":7";
+    return {n[0] + sign + n[1] + end, "(" + n[0] + sign + n[1] + ")" + end,
+            n[0] + sign + "(" + n[1] + end + ")"};
+}
+
 } // namespace
 
 TEST(SuitePrecedence, holdsForEveryPairOfSigns)
@@ -152,20 +180,48 @@ TEST(SuitePrecedence, aChoiceIsLooserThanAllAndChainsFromTheRight)
                           }),
                   0u)
             << sign;
-        EXPECT_GT(compare(suite,
-                          [&](const auto& n) {
-                              const std::string end = "?" + n[2] + ":7";
-                              return Readings{n[0] + sign + n[1] + end, "(" + n[0] + sign + n[1] + ")" + end,
-                                              n[0] + sign + "(" + n[1] + end + ")"};
-                          }),
-                  0u)
-            << sign;
+        EXPECT_GT(compare(suite, [&](const auto& n) { return condition(n, sign); }), 0u) << sign;
     }
     EXPECT_GT(compare(suite,
                       [](const auto& n) {
                           return Readings{n[0] + "?2:" + n[1] + "?4:" + n[2],
                                           n[0] + "?2:(" + n[1] + "?4:" + n[2] + ")",
                                           "(" + n[0] + "?2:" + n[1] + ")?4:" + n[2]};
+                      }),
+              0u);
+}
+
+TEST(NodesPrecedence, holdsForEveryPairOfSigns)
+{
+    holdsEveryPair(nodes);
+}
+
+TEST(NodesPrecedence, signsBindTighterThanAll)
+{
+    holdsSigns(nodes);
+}
+
+TEST(NodesPrecedence, aChoiceStandsWithTheLoosestAndGoesFromTheLeft)
+{
+    for (const std::string& sign : signsOf(nodes)) {
+        const bool isLoosest = levelOf(nodes, sign) == 0;
+        EXPECT_GT(compare(nodes,
+                          [&](const auto& n) {
+                              const std::string start = n[0] + "?" + n[1] + ":";
+                              const std::string whole = "(" + start + n[2] + ")" + sign + "3";
+                              const std::string last = start + "(" + n[2] + sign + "3)";
+                              return Readings{start + n[2] + sign + "3", isLoosest ? whole : last,
+                                              isLoosest ? last : whole};
+                          }),
+                  0u)
+            << sign;
+        EXPECT_GT(compare(nodes, [&](const auto& n) { return condition(n, sign); }), 0u) << sign;
+    }
+    EXPECT_GT(compare(nodes,
+                      [](const auto& n) {
+                          return Readings{n[0] + "?2:" + n[1] + "?4:" + n[2],
+                                          "(" + n[0] + "?2:" + n[1] + ")?4:" + n[2],
+                                          n[0] + "?2:(" + n[1] + "?4:" + n[2] + ")"};
                       }),
               0u);
 }
