@@ -1,3 +1,5 @@
+find_package(nlohmann_json REQUIRED)
+
 foreach(subject nodes_values nodes_access nodes_writes nodes_real_descriptions description node_formula camera_handles read_memo nodes_noise)
     ie_add_test(${subject}_test LABEL camera
         SOURCES ${subject}_test.cpp EveryNodeKind.h FakePort.h
@@ -13,3 +15,18 @@ ie_add_test(nodes_other_engine_test LABEL camera
 ie_add_test(camera_on_emulator_test LABEL camera
     SOURCES camera_on_emulator_test.cpp
     LIBRARIES KXCameraControl camera_emulator_core GTest::gtest_main)
+
+add_executable(nodes_dump nodes_reference/nodes_dump.cpp nodes_reference/SeededMemory.h)
+target_link_libraries(nodes_dump PRIVATE kx_core camera_emulator_core nlohmann_json::nlohmann_json)
+target_include_directories(nodes_dump PRIVATE "${CMAKE_SOURCE_DIR}/tests")
+set_target_properties(nodes_dump PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests")
+
+# Needs the network once, for the reference; says SKIPPED where it cannot have it.
+find_package(Python3 3.11 COMPONENTS Interpreter)
+if(Python3_FOUND)
+    add_test(NAME nodes_reference_test
+        COMMAND Python3::Interpreter "${CMAKE_CURRENT_SOURCE_DIR}/nodes_reference/nodes_reference_test.py"
+            "$<TARGET_FILE:nodes_dump>" "${CMAKE_SOURCE_DIR}/tests/data/every_node_kind.xml"
+            "${CMAKE_BINARY_DIR}/tests/nodes_reference")
+    set_tests_properties(nodes_reference_test PROPERTIES LABELS camera TIMEOUT 300)
+endif()
