@@ -59,6 +59,7 @@ void NodeValues::beginCall()
 {
     forgetAnswers();
     m_writeDepth = 0;
+    m_openEnumerations.clear(); // a failure may have left some
 }
 
 void NodeValues::forgetAnswers()
@@ -234,17 +235,8 @@ std::vector<const Node*> NodeValues::usableEntries(const Node& node)
 {
     std::vector<const Node*> entries;
     for (const Property& property : node.properties) {
-        if (property.tag != Tag::Entry)
-            continue;
-        try {
-            const KX_XML_AccessMode mode = access(*property.target);
-            if (mode == KX_AM_READ_ONLY || mode == KX_AM_READ_WRITE)
-                entries.push_back(property.target);
-        } catch (const NodeFailure& failure) {
-            // An entry that cannot tell whether it is there is not; the others are not its fault.
-            if (KX_IS_LINE_FAILURE(failure.status))
-                throw;
-        }
+        if (property.tag == Tag::Entry && isReadable(entryAccess(*property.target)))
+            entries.push_back(property.target);
     }
     return entries;
 }

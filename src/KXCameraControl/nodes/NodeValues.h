@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace kx
 {
@@ -68,6 +69,11 @@ private:
 
     KX_XML_AccessMode freshAccess(const Node& node);
     KX_XML_AccessMode kindAccess(const Node& node);
+    KX_XML_AccessMode missing(const Node& node);
+    std::vector<const Node*> hangsOn(const Node& node);
+    KX_XML_AccessMode condition(const Node& node);
+    KX_XML_AccessMode ofEntries(const Node& enumeration);
+    KX_XML_AccessMode entryAccess(const Node& entry);
     bool flag(const Node& node, Tag tag, bool otherwise);
 
     void writeSource(const Node& node, const Number& number);
@@ -82,6 +88,7 @@ private:
     std::unordered_map<const Node*, Number> m_values;
     std::unordered_map<const Node*, Range> m_ranges;
     std::unordered_map<const Node*, KX_XML_AccessMode> m_access;
+    std::unordered_set<const Node*> m_openEnumerations; // whose entries are being asked
     // Written literals: they live in the host, as long as the camera is open.
     std::unordered_map<const Property*, Number> m_literals;
     std::unordered_map<const Property*, std::string> m_literalTexts;

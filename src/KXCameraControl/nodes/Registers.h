@@ -43,6 +43,7 @@ public:
 
     // Chunk data and events stand in a stream's buffers, which this library does not receive.
     static bool isInMemory(const Node& node);
+    static bool isEvent(const Node& node);
 
 private:
     struct Bits

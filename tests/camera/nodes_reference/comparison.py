@@ -6,7 +6,7 @@ from xml.etree import ElementTree
 
 from reference import DIED, READABLE, UNTOLD, WRITABLE
 
-# `source` is the node's element and those along its pValue, `type` is the reference's interface of the node. `aspect`: node, mode, value, number, minimum, maximum, increment,
+# `source` is the node's element and those along its pValue (of a mode: of its conditions as well), `type` is the reference's interface of the node. `aspect`: node, mode, value, number, minimum, maximum, increment,
 # entries, address, length; of a write: refusal, wire, after.
 Difference = collections.namedtuple("Difference", "file seed name source type write aspect ours theirs")
 
@@ -103,6 +103,12 @@ class Sources:
             if "Name" in element.attrib and len(element):
                 self.elements[element.attrib["Name"]] = element
 
+    def of(self, name, aspect):
+        element = self.elements.get(name)
+        conditions = [] if element is None or aspect != "mode" else [
+            child.text for child in element if re.search("}pIs(Implemented|Available|Locked)$", child.tag)]
+        return "".join(self.chain(one) for one in [name, *conditions])
+
     def chain(self, name, depth=0):
         """The text of a node and of those that it has its value from."""
         element = self.elements.get(name)
@@ -120,7 +126,7 @@ def differences(file, xml, lines, answers):
     for ours, theirs in zip(lines, answers):
         key = (ours["seed"], ours["name"])
         for kind, aspect, mine, other in differences_of_line(ours, theirs, earlier, key):
-            yield Difference(file, *key, sources.chain(ours["name"]), kind, ours.get("write"), aspect, mine, other)
+            yield Difference(file, *key, sources.of(ours["name"], aspect), kind, ours.get("write"), aspect, mine, other)
 
 
 def differences_of_line(ours, theirs, earlier, key):

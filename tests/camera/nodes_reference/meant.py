@@ -83,9 +83,9 @@ ROWS = [
         lambda d: d.aspect in ("length", "minimum", "maximum") and says(d, "than Max = 8", "than Min = 4")),
     Row("entry that cannot tell whether it is there",
         "It is left out and cannot be set; the reference hides all the other entries with it, and sets it.",
-        lambda d: "EnumEntry" in d.source and (d.aspect == "entries" and refused(d.theirs)
-                                               or d.type == "IEnumEntry" and d.ours == UNDEFINED
-                                               or d.aspect == "refusal" and d.ours and not d.theirs)),
+        lambda d: d.type == "IEnumEntry" and d.ours == UNDEFINED
+        or d.type == "IEnumeration" and (d.aspect == "entries" and refused(d.theirs)
+                                         or d.aspect == "refusal" and d.ours and not d.theirs)),
     Row("address that a value outside its range leads to",
         "The camera decides where its selectors stand; the reference reads there but does not write.",
         lambda d: d.aspect == "refusal" and not d.ours and says(d, "must be", "not readable")
@@ -110,8 +110,6 @@ ROWS = [
 
 # Where the reference is right and the library is not, or not yet.
 ROWS += [
-    Row("access modes", "Not passed on from every node that is referred to.",
-        lambda d: d.aspect == "mode"),
     Row("steps of floats", "A float over an integer is not set to the nearest step.",
         lambda d: d.aspect in ("refusal", "wire") and d.type == "IFloat"),
     Row("slope", "It is not read.",
@@ -120,6 +118,8 @@ ROWS += [
         lambda d: d.type == "IEnumeration" and is_write(d) and d.write >= 2**32),
     Row("name of an unavailable entry", "Its number stands for it.",
         lambda d: d.type == "IEnumeration" and d.aspect in ("value", "after") and not refused(d.theirs)),
+    Row("formulas", "Shifts of reals do not end at 32 bits, and || binds weaker than =.",
+        lambda d: d.aspect in ("value", "mode") and ("nife " in d.source or "onverter " in d.source)),
     Row("copies", "Their ranges do not count, and the value itself goes first.",
         lambda d: "<pValueCopy>" in d.source),
 ]
