@@ -132,6 +132,18 @@ TEST_F(NodeValues, formulasAreEvaluatedInTheirArithmetic)
     EXPECT_EQ(value("EntryOfMode"), 10);
 }
 
+TEST_F(NodeValues, anIntegerConverterTakesARealNumberAsTheNearestInteger)
+{
+    device().set(0x500, {0x42, 0xC6, 0xCC, 0xCD}); // 99.4
+    EXPECT_EQ(value("HundredthOfReal"), 0);
+    device().set(0x500, {0x42, 0xC7, 0x00, 0x00});                    // 99.5
+    EXPECT_EQ(KX_CC_WriteMemory(camera.handle, "", 0xF00, 1), KX_OK); // forget what was read
+    EXPECT_EQ(value("HundredthOfReal"), 1);
+    device().set(0x500, {0x43, 0x1B, 0x00, 0x00}); // 155
+    EXPECT_EQ(KX_CC_WriteMemory(camera.handle, "", 0xF00, 1), KX_OK);
+    EXPECT_EQ(value("HundredthOfReal"), 1);
+}
+
 TEST_F(NodeValues, aBranchThatIsNotTakenCannotFail)
 {
     EXPECT_EQ(value("Guarded"), 7);

@@ -132,6 +132,49 @@ TEST_F(NodeWrites, aFloatBehindAConverterIsRoundedToTheNearestInteger)
     EXPECT_EQ(setReal("Reciprocal", 0), KX_E_GC_RUNTIME);
 }
 
+TEST_F(NodeWrites, aFloatIsSetToTheNearestStepOfTheIntegerBehindIt)
+{
+    // From 10 in steps of 20; of two that are equally near the lower one.
+    const std::vector<std::pair<float, uint32_t>> expected = {
+        {10, 10}, {19.9F, 10}, {20, 10},   {20.4F, 10},   {20.6F, 30},
+        {40, 30}, {41, 50},    {990, 990}, {999.4F, 990}, {1000, 990}};
+    for (const auto& [value, written] : expected) {
+        EXPECT_EQ(setReal("OnStepped", value), KX_OK) << value;
+        EXPECT_EQ(device().get32(0x100), written) << value;
+    }
+    EXPECT_EQ(setReal("OnStepped", 9), KX_E_GC_RANGE);
+    EXPECT_EQ(setReal("OnStepped", 1001), KX_E_GC_RANGE);
+    EXPECT_EQ(setInteger("Stepped", 20), KX_E_GC_ARGUMENT); // an integer is meant as it is
+    EXPECT_EQ(device().get32(0x100), 990u);
+}
+
+TEST_F(NodeWrites, theNearestStepIsFoundThroughAConverterToo)
+{
+    EXPECT_EQ(setReal("SteppedExposure", 5), KX_OK); // 20
+    EXPECT_EQ(device().get32(0x100), 10u);
+    EXPECT_EQ(setReal("SteppedExposure", 5.3F), KX_OK); // 21.2
+    EXPECT_EQ(device().get32(0x100), 30u);
+    EXPECT_EQ(setReal("SteppedScale", 250), KX_OK); // 1000
+    EXPECT_EQ(device().get32(0x100), 990u);
+}
+
+TEST_F(NodeWrites, theNearestStepLiesWithinTheRange)
+{
+    EXPECT_EQ(setReal("OnSteppedShort", 1006), KX_OK); // 1010 would be nearer
+    EXPECT_EQ(device().get32(0x100), 990u);
+}
+
+TEST_F(NodeWrites, stepsWithoutAMinimumCountFromZero)
+{
+    const std::vector<std::pair<float, uint64_t>> expected = {
+        {14, 10},     {15, 10},      {16, 20},      {-4, 0},          {-5, 0xFFF6},
+        {-6, 0xFFF6}, {-14, 0xFFF6}, {-15, 0xFFEC}, {-32768, 0x8008}, {32767, 0x7FF8}};
+    for (const auto& [value, written] : expected) {
+        EXPECT_EQ(setReal("OnSteppedFromZero", value), KX_OK) << value;
+        EXPECT_EQ(device().get(0x108, 2), written) << value;
+    }
+}
+
 TEST_F(NodeWrites, aFloatMeetsABoundThatOnly64BitsCanTellFromIt)
 {
     EXPECT_GT(static_cast<double>(0.3F), 0.3);

@@ -200,7 +200,7 @@ Number NodeValues::formulaValue(const Node& node, const CompiledFormula& compile
             const Number number = variable(node, property);
             return isInteger ? Number::ofInteger(number.asInteger()) : number;
         }
-        return *input;
+        return isInteger ? Number::ofInteger(input->asInteger()) : *input;
     };
     return compiled.formula->evaluate(asked);
 }

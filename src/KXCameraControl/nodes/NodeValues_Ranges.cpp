@@ -39,6 +39,30 @@ Number clampedInteger(const Number& number)
     return Number::ofInteger(number.asInteger());
 }
 
+// The nearest value that the increment allows, the lower one of two; a value outside the range stays, to be
+// refused.
+int64_t nearestStep(int64_t value, const Range& range)
+{
+    const int64_t minimum = range.minimum.asInteger(), maximum = range.maximum.asInteger();
+    const int64_t origin = range.incrementOrigin();
+    const auto step = static_cast<uint64_t>(range.increment);
+    if (step == 1 || value < minimum || value > maximum)
+        return value;
+    const bool isAbove = value >= origin;
+    const uint64_t distance = isAbove ? static_cast<uint64_t>(value) - static_cast<uint64_t>(origin)
+                                      : static_cast<uint64_t>(origin) - static_cast<uint64_t>(value);
+    const uint64_t rest = distance % step;
+    if (rest == 0)
+        return value;
+    const uint64_t down = isAbove ? rest : step - rest;
+    const uint64_t up = step - down;
+    const bool isDownThere = down <= static_cast<uint64_t>(value) - static_cast<uint64_t>(minimum);
+    const bool isUpThere = up <= static_cast<uint64_t>(maximum) - static_cast<uint64_t>(value);
+    if (isUpThere && (up < down || !isDownThere))
+        return value + static_cast<int64_t>(up);
+    return isDownThere ? value - static_cast<int64_t>(down) : value;
+}
+
 [[noreturn]] void outOfRange(const Node& node)
 {
     throw NodeFailure{KX_E_GC_RANGE, node.name + ": the value is out of range."};
@@ -168,7 +192,9 @@ void NodeValues::checkRange(const Node& node, Number& number)
         number = Number::ofReal(std::max(allowed.minimum.asReal(), std::min(allowed.maximum.asReal(), real)));
         return;
     }
-    number = Number::ofInteger(number.asInteger());
+    // Who writes an integer means it; a real number comes from a float or a converter, which know no steps.
+    number =
+        Number::ofInteger(number.isInteger() ? number.asInteger() : nearestStep(number.asInteger(), allowed));
     const int64_t integer = number.asInteger();
     const int64_t minimum = allowed.minimum.asInteger();
     if (integer < minimum || integer > allowed.maximum.asInteger())
@@ -198,8 +224,10 @@ void NodeValues::write(const Node& node, const Number& number)
             m_registers.writeFloat(node, checked.asReal());
             break;
         case NodeKind::IntConverter:
-        case NodeKind::Converter:
             writeSource(node, formulaValue(node, node.to, checked));
+            break;
+        case NodeKind::Converter:
+            writeSource(node, Number::ofReal(formulaValue(node, node.to, checked).asReal()));
             break;
         case NodeKind::Boolean:
             writeSource(node, Number::ofInteger(checked.isTrue() ? booleanLiteral(node, Tag::OnValue, 1)

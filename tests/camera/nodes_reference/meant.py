@@ -100,6 +100,13 @@ ROWS = [
     Row("formula over an enumeration of no entry",
         "Its number is the value; the reference throws.",
         lambda d: says(d, "NULL pointer")),
+    Row("step beyond the maximum",
+        "The nearest step that there is; the reference refuses what lies nearer to the one that there is not, though "
+        "it tells that the value is in range.",
+        lambda d: d.aspect == "refusal" and d.type == "IFloat" and not d.ours and says(d, "smaller than Max")),
+    Row("increment without a minimum",
+        "It counts from 0 and not from the lowest number of the type, where no value would be a round one.",
+        lambda d: d.aspect in ("refusal", "wire") and "<Inc>" in d.source and "Min>" not in d.source),
     Row("text of no length",
         "There is nothing to be sent; the reference writes no bytes at that address.",
         lambda d: d.aspect == "wire" and d.ours == [] and all(data == "" for _, data in d.theirs)),
@@ -110,8 +117,6 @@ ROWS = [
 
 # Where the reference is right and the library is not, or not yet.
 ROWS += [
-    Row("steps of floats", "A float over an integer is not set to the nearest step.",
-        lambda d: d.aspect in ("refusal", "wire") and d.type == "IFloat"),
     Row("slope", "It is not read.",
         lambda d: "<Slope>" in d.source and d.aspect in ("minimum", "maximum", "refusal")),
     Row("wide values of enumerations", "They are cut to 32 bits.",

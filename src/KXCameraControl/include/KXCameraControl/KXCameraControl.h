@@ -340,7 +340,7 @@ KX_API KX_Status KX_CC_GetEnumEntryName(KX_HANDLE handle, const char* name, uint
 
 /* The setters check before they send: KX_E_GC_ACCESS (not writable now, or opened for monitoring), KX_E_GC_RANGE,
  * KX_E_GC_ARGUMENT (increment, unknown entry, text too long); otherwise as the getters. A float written to an
- * integer behind a converter is rounded to the nearest. */
+ * integer behind it is rounded to the nearest that the integer's increment allows, of two the lower one. */
 KX_API KX_Status KX_CC_SetBoolValue(KX_HANDLE handle, const char* name, bool value);
 KX_API KX_Status KX_CC_SetEnumValue(KX_HANDLE handle, const char* name, unsigned int value);
 KX_API KX_Status KX_CC_SetFloatValue(KX_HANDLE handle, const char* name, float value);
