@@ -180,6 +180,28 @@ TEST_F(NodeValues, converterBoundsAreConvertedInOrder)
     EXPECT_EQ(reciprocal.maximum, FLT_MAX); // 1/0 is no bound
 }
 
+TEST_F(NodeValues, aSlopeSaysWhichEndIsTheLowerOne)
+{
+    EXPECT_EQ(real("SlopeIncreasing").minimum, -65536);
+    EXPECT_EQ(real("SlopeIncreasing").maximum, 65534);
+    EXPECT_EQ(real("SlopeDecreasing").minimum, -32767);
+    EXPECT_EQ(real("SlopeDecreasing").maximum, 32768);
+    EXPECT_EQ(integer("SlopeAutomatic").minimum, -32767);
+    EXPECT_EQ(integer("SlopeAutomatic").maximum, 32768);
+    EXPECT_EQ(real("SlopeWrong").minimum, 32768); // as the description says
+    EXPECT_EQ(real("SlopeWrong").maximum, -32767);
+}
+
+TEST_F(NodeValues, aSlopeThatVariesLeavesTheLimitsOfTheType)
+{
+    EXPECT_EQ(real("SlopeVarying").minimum, -FLT_MAX);
+    EXPECT_EQ(real("SlopeVarying").maximum, FLT_MAX);
+    EXPECT_EQ(integer("SlopeVaryingInteger").minimum, lowest);
+    EXPECT_EQ(integer("SlopeVaryingInteger").maximum, highest);
+    EXPECT_EQ(setReal("SlopeVarying", -32767), KX_OK);
+    EXPECT_EQ(setReal("SlopeVarying", -32768), KX_E_GC_RANGE); // the register has its range all the same
+}
+
 TEST_F(NodeValues, floatsAreHandedOutIn32Bits)
 {
     device().set(0x500, {0x3F, 0xC0, 0x00, 0x00});

@@ -146,14 +146,17 @@ Range NodeValues::ownRange(const Node& node, bool isReal)
     return range;
 }
 
-// The ends of what lies behind, converted. An end that the formula cannot convert (a reciprocal at zero, a
-// product beyond all numbers) leaves the type's limit.
+// The ends of what lies behind, converted; which one is the lower is the slope's to say (GenApi, Slope), and
+// where it is Automatic, theirs. With a slope that varies the ends tell nothing. An end that the formula
+// cannot convert (a reciprocal at zero, a product beyond all numbers) leaves the type's limit.
 Range NodeValues::converterRange(const Node& node)
 {
     const bool isInteger = node.kind == NodeKind::IntConverter;
     const Range limits = isInteger ? integers(lowestInteger, highestInteger) : reals(-DBL_MAX, DBL_MAX);
+    const Property* slope = node.find(Tag::Slope);
+    const std::string direction = slope ? slope->text : "Automatic";
     const Source from = source(node);
-    if (!from.node)
+    if (!from.node || direction == "Varying")
         return limits;
     const Range behind = range(*from.node);
     try {
@@ -167,7 +170,8 @@ Range NodeValues::converterRange(const Node& node)
         // where the feature stands, not where it may go.
         if (first.asReal() == last.asReal())
             return limits;
-        if (last.asReal() < first.asReal())
+        const bool isFalling = last.asReal() < first.asReal();
+        if (direction == "Decreasing" || (direction != "Increasing" && isFalling))
             std::swap(first, last);
         return {first, last};
     } catch (const FormulaError&) {

@@ -46,11 +46,13 @@ ROWS = [
         lambda d: d.aspect in ("value", "minimum", "maximum") and refused(d.ours) and says(d, "inf", "nan")),
     Row("branch that is not taken",
         "(D = 0) ? 7 : (100 / D) is 7; the reference divides all the same, and throws.",
-        lambda d: not is_write(d) and d.aspect == "value" and not refused(d.ours) and says(d, "LogicalError")),
+        lambda d: d.aspect == "value" and not refused(d.ours) and says(d, "LogicalError")
+        or d.aspect == "refusal" and not d.ours and says(d, "LogicalError") and says(d, "_ConvertTo")),
     Row("converted end that is no number",
         "An end that the formula cannot convert leaves the type's limit; the reference throws, and the feature cannot "
         "be set at all.",
-        lambda d: d.aspect in ("minimum", "maximum") and not refused(d.ours) and says(d, "_ConvertFrom")),
+        lambda d: d.aspect in ("minimum", "maximum") and not refused(d.ours)
+        and says(d, "_ConvertFrom", "out of integer range")),
     Row("writing where an end cannot be converted",
         "The same, in writing.",
         lambda d: d.aspect == "refusal" and not d.ours and says(d, "LogicalError") and says(d, "_ConvertFrom")),
@@ -93,7 +95,8 @@ ROWS = [
     Row("number beyond 64 bits",
         "An integer formula whose result does not fit is an error, and with it the bounds that it is one of; the "
         "reference goes on with other numbers.",
-        lambda d: d.type in ("IInteger", "IRegister") and refused(d.ours) and isinstance(d.theirs, int)),
+        lambda d: d.type in ("IInteger", "IRegister") and refused(d.ours) and isinstance(d.theirs, int)
+        or d.type == "IInteger" and d.aspect == "refusal" and d.ours and abs(d.write) >= 2**62),
     Row("variable called as a constant",
         "What a description declares is what it means; the reference takes e for 2.718...",
         lambda d: d.aspect == "value" and re.search(r'<pVariable Name="(e|E|pi|PI)"', d.source)),
@@ -117,8 +120,6 @@ ROWS = [
 
 # Where the reference is right and the library is not, or not yet.
 ROWS += [
-    Row("slope", "It is not read.",
-        lambda d: "<Slope>" in d.source and d.aspect in ("minimum", "maximum", "refusal")),
     Row("wide values of enumerations", "They are cut to 32 bits.",
         lambda d: d.type == "IEnumeration" and is_write(d) and d.write >= 2**32),
     Row("name of an unavailable entry", "Its number stands for it.",
