@@ -248,6 +248,26 @@ TEST_F(NodeValues, enumerationsListTheirUsableEntriesInOrder)
     EXPECT_EQ(supported, (std::vector<uint32_t>{30, 10, 22, 0xFFFFFFFF}));
 }
 
+TEST_F(NodeValues, anEnumerationBeyond32BitsIsRefusedAndNeverAnother)
+{
+    KX_EnumValue value{};
+    device().set32(0x110, 2); // High, whose lower half is 0
+    EXPECT_EQ(KX_CC_GetEnumValue(camera.handle, "Wide", &value), KX_E_GC_RANGE);
+    EXPECT_EQ(camera.lastError(), "Wide: its value does not fit 32 bits.");
+    device().set32(0x110, 0);
+    device().set32(0x114, 7);
+    EXPECT_EQ(KX_CC_WriteMemory(camera.handle, "", 0xF00, 1), KX_OK); // forget what was read
+    ASSERT_EQ(KX_CC_GetEnumValue(camera.handle, "Wide", &value), KX_OK);
+    EXPECT_EQ(value.current, 7u);
+    const std::vector<uint32_t> supported(value.supported, value.supported + value.supportedCount);
+    EXPECT_EQ(supported, std::vector<uint32_t>{7}); // not what looks like another, nor what does not fit
+    char name[10];
+    uint32_t length = 0;
+    EXPECT_EQ(KX_CC_GetEnumEntryName(camera.handle, "Wide", 0, name, sizeof name, &length), KX_E_GC_ARGUMENT);
+    EXPECT_EQ(KX_CC_GetEnumEntryName(camera.handle, "Wide", 5, name, sizeof name, &length), KX_OK);
+    EXPECT_STREQ(name, "Low");
+}
+
 TEST_F(NodeValues, entriesHaveNamesWhetherTheyAreUsableOrNot)
 {
     const auto nameOf = [&](uint32_t value) -> std::string {

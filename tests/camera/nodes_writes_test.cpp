@@ -221,6 +221,19 @@ TEST_F(NodeWrites, enumerationsTakeTheirUsableEntriesOnly)
     EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Nobody", 64), KX_E_GC_PROPERTY);
 }
 
+TEST_F(NodeWrites, anEntryThatTheRecordCannotTellIsRefusedAndNeverAnother)
+{
+    device().set32(0x114, 7);
+    EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Wide", 0), KX_E_GC_RANGE); // High, cut to 32 bits
+    EXPECT_EQ(camera.lastError(), "Wide: 0 does not tell its entries apart: they need more bits.");
+    EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Wide", 5), KX_E_GC_RANGE); // Low or Twin
+    EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Wide", 6), KX_E_GC_ARGUMENT);
+    EXPECT_EQ(device().get(0x110, 8), 7u);
+    EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Wide", 7), KX_OK);
+    EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Mode", 0xFFFFFFFF),
+              KX_E_GC_RANGE); // -1 in a register from 0 on
+}
+
 TEST_F(NodeWrites, textsFillTheirRegisterWithZeros)
 {
     device().set(0x600, std::vector<uint8_t>(17, 'x'));

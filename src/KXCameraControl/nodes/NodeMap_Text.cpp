@@ -106,8 +106,10 @@ KX_Status NodeMap::entryName(const char* name, uint32_t value, std::string& text
     return guarded([&](Nodes& nodes) {
         const Node& node = nodes.find(name, isKind<NodeKind::Enumeration>);
         for (const Property& property : node.properties) {
-            const bool isEntry = property.tag == Tag::Entry && property.target->find(Tag::Value);
-            if (isEntry && static_cast<uint32_t>(nodes.values.entryValue(*property.target)) == value) {
+            if (property.tag != Tag::Entry || !property.target->find(Tag::Value))
+                continue;
+            const int64_t number = nodes.values.entryValue(*property.target);
+            if (fitsEnumValue(number) && static_cast<uint32_t>(number) == value) {
                 text = nameOfEntry(node, *property.target);
                 return;
             }

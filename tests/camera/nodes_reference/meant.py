@@ -20,8 +20,10 @@ def without_slope(difference):
                re.findall(r"<IntConverter .*?</IntConverter>", difference.source, re.DOTALL))
 
 
-def is_write(difference):
-    return difference.write is not None
+def looks_like_another(difference):
+    """Whether another entry looks like the written one."""
+    values = {int(text, 0) for text in re.findall(r"<Value>(\w+)</Value>", difference.source)}
+    return sum(value % 2**32 == difference.write % 2**32 for value in values) > 1
 
 
 ROWS = [
@@ -110,6 +112,10 @@ ROWS = [
     Row("increment without a minimum",
         "It counts from 0 and not from the lowest number of the type, where no value would be a round one.",
         lambda d: d.aspect in ("refusal", "wire") and "<Inc>" in d.source and "Min>" not in d.source),
+    Row("enumeration beyond 32 bits",
+        "The library's record keeps 32 bits: what does not fit, or looks like another entry, is refused.",
+        lambda d: d.type == "IEnumeration" and (d.aspect == "number" and refused(d.ours)
+                                                or d.aspect == "refusal" and d.ours and looks_like_another(d))),
     Row("text of no length",
         "There is nothing to be sent; the reference writes no bytes at that address.",
         lambda d: d.aspect == "wire" and d.ours == [] and all(data == "" for _, data in d.theirs)),
@@ -120,8 +126,6 @@ ROWS = [
 
 # Where the reference is right and the library is not, or not yet.
 ROWS += [
-    Row("wide values of enumerations", "They are cut to 32 bits.",
-        lambda d: d.type == "IEnumeration" and is_write(d) and d.write >= 2**32),
     Row("name of an unavailable entry", "Its number stands for it.",
         lambda d: d.type == "IEnumeration" and d.aspect in ("value", "after") and not refused(d.theirs)),
     Row("formulas", "Shifts of reals do not end at 32 bits, and || binds weaker than =.",

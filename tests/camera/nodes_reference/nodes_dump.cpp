@@ -220,8 +220,16 @@ private:
         if (node.kind == kx::NodeKind::Boolean)
             return m_map->setBool(name, value);
         if (node.kind == kx::NodeKind::Enumeration)
-            return m_map->setEnum(name, static_cast<uint32_t>(value.get<int64_t>()));
+            return writeEntry(name, value);
         return m_map->execute(name);
+    }
+
+    // What the record of 32 bits cannot say feature files can.
+    KX_Status writeEntry(const char* name, int64_t number)
+    {
+        const bool fits = number >= INT32_MIN && number <= UINT32_MAX;
+        return fits ? m_map->setEnum(name, static_cast<uint32_t>(number))
+                    : m_map->setText(name, std::to_string(number));
     }
 
     json integers(const kx::Node& node)

@@ -288,6 +288,8 @@ typedef struct KX_IntegerValue
 
 #define KX_ENUM_CAPACITY 64
 
+/* Numbers from -2^31 to 2^32-1, as 32 bits. GenApi's have 64: what does not fit is refused (KX_E_GC_RANGE), read or
+ * written, as is a number that two entries share in 32 bits; the entries in question are not among `supported`. */
 typedef struct KX_EnumValue
 {
     uint32_t current;
