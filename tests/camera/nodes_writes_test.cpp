@@ -260,6 +260,40 @@ TEST_F(NodeWrites, commandsWriteTheirValue)
     EXPECT_EQ(KX_CC_ExecuteCommand(camera.handle, "Mute"), KX_E_GC_RUNTIME);
 }
 
+TEST_F(NodeWrites, copiesAndTheValueAreWrittenInTheDescriptionsOrder)
+{
+    EXPECT_EQ(setInteger("CopiedFirst", 3), KX_OK);
+    EXPECT_EQ(takeRequests(), (std::vector<std::string>{"write 108 2", "write 100 4", "write 104 4"}));
+}
+
+TEST_F(NodeWrites, aCopyNarrowsTheRange)
+{
+    EXPECT_EQ(integer("CopiedFirst").minimum, 0);
+    EXPECT_EQ(integer("CopiedFirst").maximum, 32767);
+    EXPECT_EQ(integer("CopiedWide").maximum, 100000); // its own word
+    EXPECT_EQ(setInteger("CopiedFirst", 32768), KX_E_GC_RANGE);
+    EXPECT_EQ(setInteger("CopiedFirst", -1), KX_E_GC_RANGE);
+}
+
+TEST_F(NodeWrites, whatOneCopyRefusesIsWrittenNowhere)
+{
+    takeRequests();
+    EXPECT_EQ(setInteger("CopiedWide", 32768), KX_E_GC_RANGE);
+    EXPECT_TRUE(takeRequests().empty());
+    EXPECT_EQ(setInteger("CopiedWide", 32767), KX_OK);
+    EXPECT_EQ(takeRequests(), (std::vector<std::string>{"write 100 4", "write 108 2"}));
+}
+
+TEST_F(NodeWrites, aCopyThatCannotBeWrittenMakesTheNodeReadOnly)
+{
+    EXPECT_EQ(mode("CopiedReadOnly"), KX_AM_READ_ONLY);
+    EXPECT_EQ(mode("CopiedBlind"), KX_AM_READ_WRITE); // nobody reads a copy
+    EXPECT_EQ(setInteger("CopiedBlind", 4), KX_OK);
+    EXPECT_EQ(device().get32(0x118), 4u);
+    EXPECT_EQ(setInteger("CopiedLiteral", 5), KX_OK);
+    EXPECT_EQ(value("Literal"), 5);
+}
+
 TEST_F(NodeWrites, copiesGetTheValueToo)
 {
     EXPECT_EQ(setInteger("Copied", 3), KX_OK);

@@ -59,6 +59,7 @@ void NodeValues::beginCall()
 {
     forgetAnswers();
     m_writeDepth = 0;
+    m_openCopies.clear();
     m_openEnumerations.clear(); // a failure may have left some
 }
 

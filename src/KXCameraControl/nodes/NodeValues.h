@@ -65,6 +65,7 @@ private:
 
     Range freshRange(const Node& node);
     Range ownRange(const Node& node, bool isReal);
+    void narrowToCopies(const Node& node, Range& range);
     Range converterRange(const Node& node);
 
     KX_XML_AccessMode freshAccess(const Node& node);
@@ -76,10 +77,22 @@ private:
     KX_XML_AccessMode entryAccess(const Node& entry);
     bool flag(const Node& node, Tag tag, bool otherwise);
 
-    void writeSource(const Node& node, const Number& number);
+    enum class Intent
+    {
+        Check,
+        Write
+    };
+    void follow(const Node& node, const Number& number, Intent intent);
+    void followSources(const Node& node, const Number& number, Intent intent);
+    void followAll(const std::vector<Source>& targets, const Number& number, Intent intent);
+    std::vector<Source> sourcesInOrder(const Node& node);
+    int64_t onOrOff(const Node& node, bool isOn) const;
     void checkRange(const Node& node, Number& number);
     void requireSound(const Node& node, Aspect aspect) const;
     void forgetAnswers();
+
+    // Copies of a value (pValueCopy) may lead in circles.
+    static constexpr unsigned maximumWriteDepth = 100;
 
     const NodeTable& m_table;
     Registers m_registers;
@@ -88,6 +101,7 @@ private:
     std::unordered_map<const Node*, Number> m_values;
     std::unordered_map<const Node*, Range> m_ranges;
     std::unordered_map<const Node*, KX_XML_AccessMode> m_access;
+    std::unordered_set<const Node*> m_openCopies;       // whose ranges are being asked
     std::unordered_set<const Node*> m_openEnumerations; // whose entries are being asked
     // Written literals: they live in the host, as long as the camera is open.
     std::unordered_map<const Property*, Number> m_literals;

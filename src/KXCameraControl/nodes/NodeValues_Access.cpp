@@ -97,6 +97,27 @@ bool isWriteOnly(const Node& node)
     return false;
 }
 
+// Likewise; what can be read only cannot be written along.
+bool isReadOnly(const Node& node)
+{
+    for (const Node* behind = &node; behind; behind = behind->link(Tag::pValue)) {
+        const bool isKnife = behind->kind == NodeKind::IntSwissKnife || behind->kind == NodeKind::SwissKnife;
+        const bool isReadRegister = isRegister(behind->kind) && !says(*behind, Tag::AccessMode, "RW") &&
+                                    !says(*behind, Tag::AccessMode, "WO");
+        if (isKnife || isReadRegister || says(*behind, Tag::ImposedAccessMode, "RO"))
+            return true;
+    }
+    return false;
+}
+
+bool hasReadOnlyCopy(const Node& node)
+{
+    return std::any_of(node.properties.begin(), node.properties.end(), [](const Property& property) {
+        const Node* copy = property.tag == Tag::pValueCopy ? property.target : nullptr;
+        return copy && copy->anyFault() == FaultNone && isReadOnly(*copy);
+    });
+}
+
 } // namespace
 
 bool isReadable(KX_XML_AccessMode mode)
@@ -260,7 +281,8 @@ KX_XML_AccessMode NodeValues::kindAccess(const Node& node)
         return KX_AM_READ_WRITE;
     default: {
         const Source from = source(node);
-        return from.node ? access(*from.node) : KX_AM_READ_WRITE;
+        const KX_XML_AccessMode mode = from.node ? access(*from.node) : KX_AM_READ_WRITE;
+        return hasReadOnlyCopy(node) ? modeOf(isReadable(mode), false) : mode;
     }
     }
 }

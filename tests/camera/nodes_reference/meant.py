@@ -126,6 +126,9 @@ ROWS = [
     Row("name of entries of one number",
         "The first one that is available counts; the reference names the first one, be it not implemented at all.",
         lambda d: d.type == "IEnumeration" and d.aspect in ("value", "after") and is_name_of_same(d)),
+    Row("value that a copy refuses",
+        "Nothing is written; the reference writes what stands before it.",
+        lambda d: d.aspect == "wire" and "<pValueCopy>" in d.source and d.ours == []),
     Row("text of no length",
         "There is nothing to be sent; the reference writes no bytes at that address.",
         lambda d: d.aspect == "wire" and d.ours == [] and all(data == "" for _, data in d.theirs)),
@@ -138,8 +141,6 @@ ROWS = [
 ROWS += [
     Row("formulas", "Shifts of reals do not end at 32 bits, and || binds weaker than =.",
         lambda d: d.aspect in ("value", "mode") and ("nife " in d.source or "onverter " in d.source)),
-    Row("copies", "Their ranges do not count, and the value itself goes first.",
-        lambda d: "<pValueCopy>" in d.source),
 ]
 
 
