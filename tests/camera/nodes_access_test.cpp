@@ -39,7 +39,7 @@ TEST_F(NodeAccess, combinesTheNodeWithWhatItLinksTo)
         {"ImposedWriteOnly", KX_AM_WRITE_ONLY},
         {"ImposedClash", KX_AM_NOT_AVAILABLE},
         {"InChunk", KX_AM_NOT_AVAILABLE},
-        {"InEvent", KX_AM_NOT_AVAILABLE},
+        {"InEvent", KX_AM_NOT_IMPLEMENTED},
         {"BrokenLock", KX_AM_UNDEFINED},
         {"WithoutValue", KX_AM_UNDEFINED},
     };
@@ -48,6 +48,159 @@ TEST_F(NodeAccess, combinesTheNodeWithWhatItLinksTo)
     KX_XML_AccessMode untouched = KX_AM_READ_WRITE;
     EXPECT_EQ(KX_XML_GetNodeAccessMode(camera.handle, "Nobody", &untouched), KX_E_GC_PROPERTY);
     EXPECT_EQ(untouched, KX_AM_READ_WRITE);
+}
+
+// A description with nodes that are not implemented (Nothing), not available (Away), and write-only (Blind).
+class MissingNodes : public testing::Test
+{
+protected:
+    static std::string description(const std::string& nodes)
+    {
+        return "<RegisterDescription SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\"><Port "
+               "Name=\"Device\"/>"
+               "<Integer Name=\"Zero\"><Value>0</Value></Integer><Integer "
+               "Name=\"One\"><Value>1</Value></Integer>"
+               "<Integer Name=\"Nothing\"><pIsImplemented>Zero</pIsImplemented><Value>1</Value></Integer>"
+               "<Integer Name=\"Away\"><pIsAvailable>Zero</pIsAvailable><Value>1</Value></Integer>"
+               "<Integer Name=\"Blind\"><ImposedAccessMode>WO</ImposedAccessMode><Value>1</Value></Integer>"
+               "<IntReg Name=\"Reg\"><Address>0x100</Address><Length>4</Length><AccessMode>RW</AccessMode>"
+               "<pPort>Device</pPort></IntReg>" +
+               nodes + "</RegisterDescription>";
+    }
+
+    static KX_XML_AccessMode mode(const std::string& nodes)
+    {
+        tests::FakeCamera camera(description(nodes));
+        KX_XML_AccessMode result = KX_AM_CYCLE_DETECTED;
+        EXPECT_EQ(KX_XML_GetNodeAccessMode(camera.handle, "X", &result), KX_OK) << nodes;
+        return result;
+    }
+
+    // With each of the three for the one that `nodes` calls @.
+    static std::vector<KX_XML_AccessMode> modes(const std::string& nodes)
+    {
+        std::vector<KX_XML_AccessMode> result;
+        for (const std::string target : {"Nothing", "Away", "Blind"}) {
+            std::string text = nodes;
+            text.replace(text.find('@'), 1, target);
+            result.push_back(mode(text));
+        }
+        return result;
+    }
+
+    static std::string reg(const std::string& where)
+    {
+        return "<IntReg Name=\"X\">" + where +
+               "<Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>";
+    }
+    static std::string integer(const std::string& parts)
+    {
+        return "<Integer Name=\"X\">" + parts + "</Integer>";
+    }
+};
+
+TEST_F(MissingNodes, takeAlongWhateverRefersToThem)
+{
+    const std::vector<KX_XML_AccessMode> itself = {KX_AM_NOT_IMPLEMENTED, KX_AM_NOT_AVAILABLE,
+                                                   KX_AM_READ_WRITE};
+    for (const std::string& nodes : {
+             integer("<pValue>Reg</pValue><pValueCopy>@</pValueCopy>"),
+             integer("<pValue>Reg</pValue><pMin>@</pMin>"),
+             integer("<pValue>Reg</pValue><pMax>@</pMax>"),
+             integer("<pValue>Reg</pValue><pInc>@</pInc>"),
+             reg("<pAddress>@</pAddress>"),
+             reg("<Address>0x100</Address><pIndex Offset=\"4\">@</pIndex>"),
+             reg("<Address>0x100</Address><pIndex pOffset=\"@\">One</pIndex>"),
+             reg("<IntSwissKnife Name=\"Part\"><pVariable "
+                 "Name=\"A\">@</pVariable><Formula>A</Formula></IntSwissKnife>"),
+             std::string("<StringReg Name=\"X\"><Address>0x100</Address><pLength>@</pLength>"
+                         "<AccessMode>RW</AccessMode><pPort>Device</pPort></StringReg>"),
+             std::string(
+                 "<Converter Name=\"X\"><pVariable Name=\"A\">@</pVariable><FormulaTo>FROM+A</FormulaTo>"
+                 "<FormulaFrom>TO-A</FormulaFrom><pValue>Reg</pValue></Converter>"),
+         })
+        EXPECT_EQ(modes(nodes), itself) << nodes;
+}
+
+TEST_F(MissingNodes, takeAlongConditionsWhichHaveToBeReadableToo)
+{
+    const std::vector<KX_XML_AccessMode> none = {KX_AM_NOT_IMPLEMENTED, KX_AM_NOT_AVAILABLE,
+                                                 KX_AM_NOT_AVAILABLE};
+    for (const std::string& nodes : {
+             integer("<pIsImplemented>@</pIsImplemented><pValue>Reg</pValue>"),
+             integer("<pIsAvailable>@</pIsAvailable><pValue>Reg</pValue>"),
+             integer("<pIsLocked>@</pIsLocked><pValue>Reg</pValue>"),
+             std::string(
+                 "<Command Name=\"X\"><pValue>Reg</pValue><pCommandValue>@</pCommandValue></Command>"),
+         })
+        EXPECT_EQ(modes(nodes), none) << nodes;
+}
+
+TEST_F(MissingNodes, standAtTheEndOfAnyWay)
+{
+    EXPECT_EQ(
+        mode(
+            "<IntSwissKnife Name=\"Knife\"><pVariable Name=\"A.Max\">Far</pVariable><Formula>A.Max"
+            "</Formula></IntSwissKnife><Integer Name=\"Far\"><Value>1</Value><pMin>Nothing</pMin></Integer>" +
+            integer("<pValue>Reg</pValue><pMax>Knife</pMax>")),
+        KX_AM_NOT_IMPLEMENTED);
+    // The worse of two counts, wherever it stands.
+    EXPECT_EQ(mode(integer("<pIsAvailable>Zero</pIsAvailable><pValue>Nothing</pValue>")),
+              KX_AM_NOT_IMPLEMENTED);
+    EXPECT_EQ(mode(integer("<pValue>Away</pValue><pMin>Nothing</pMin>")), KX_AM_NOT_IMPLEMENTED);
+}
+
+TEST_F(MissingNodes, leaveAloneWhatDoesNotAskThemNow)
+{
+    EXPECT_EQ(modes(integer("<pIndex>One</pIndex><pValueIndexed Index=\"1\">Reg</pValueIndexed>"
+                            "<pValueDefault>@</pValueDefault>")),
+              (std::vector<KX_XML_AccessMode>(3, KX_AM_READ_WRITE)));
+    EXPECT_EQ(modes(integer("<pValue>Reg</pValue><pSelected>@</pSelected>")),
+              (std::vector<KX_XML_AccessMode>(3, KX_AM_READ_WRITE)));
+}
+
+TEST_F(MissingNodes, areNotReadToFindOutThatTheyAreMissing)
+{
+    tests::FakeCamera camera(
+        description("<IntReg Name=\"Condition\"><pIsImplemented>Zero</pIsImplemented>"
+                    "<Address>0x200</Address><Length>4</Length><AccessMode>RO</AccessMode>"
+                    "<pPort>Device</pPort></IntReg>" +
+                    integer("<pIsAvailable>Condition</pIsAvailable><pValue>Reg</pValue>")));
+    camera.device.requests.clear();
+    KX_XML_AccessMode result = KX_AM_READ_WRITE;
+    EXPECT_EQ(KX_XML_GetNodeAccessMode(camera.handle, "X", &result), KX_OK);
+    EXPECT_EQ(result, KX_AM_NOT_IMPLEMENTED);
+    EXPECT_TRUE(camera.device.requests.empty());
+}
+
+TEST_F(MissingNodes, emptyAnEnumerationOfWhichNoEntryIsThere)
+{
+    const auto enumeration = [](const std::string& entries) {
+        return "<Enumeration Name=\"X\">" + entries + "<pValue>Reg</pValue></Enumeration>";
+    };
+    const std::string one =
+        "<EnumEntry Name=\"One\"><pIsImplemented>@</pIsImplemented><Value>1</Value></EnumEntry>";
+    const std::string other = "<EnumEntry Name=\"Other\"><Value>0</Value></EnumEntry>";
+    EXPECT_EQ(modes(enumeration(one)), (std::vector<KX_XML_AccessMode>{
+                                           KX_AM_NOT_IMPLEMENTED, KX_AM_NOT_AVAILABLE, KX_AM_NOT_AVAILABLE}));
+    EXPECT_EQ(modes(enumeration(one + other)), (std::vector<KX_XML_AccessMode>(3, KX_AM_READ_WRITE)));
+    const std::string missing =
+        "<EnumEntry Name=\"M\"><pIsImplemented>Zero</pIsImplemented><Value>1</Value></EnumEntry>";
+    EXPECT_EQ(
+        mode("<Integer Name=\"X\"><pValue>Reg</pValue><pMax>E</pMax></Integer><Enumeration Name=\"E\">" +
+             missing + "<pValue>Reg</pValue></Enumeration>"),
+        KX_AM_NOT_IMPLEMENTED);
+}
+
+// Which formats there are hangs on the format.
+TEST_F(MissingNodes, anEntryMayHangOnItsOwnEnumeration)
+{
+    EXPECT_EQ(mode("<Enumeration Name=\"X\"><EnumEntry "
+                   "Name=\"One\"><pIsAvailable>Knife</pIsAvailable><Value>1</Value>"
+                   "</EnumEntry><EnumEntry Name=\"Two\"><Value>0</Value></EnumEntry><pValue>Reg</pValue>"
+                   "</Enumeration><IntSwissKnife Name=\"Knife\"><pVariable Name=\"A\">X</pVariable>"
+                   "<Formula>A = 0</Formula></IntSwissKnife>"),
+              KX_AM_READ_WRITE);
 }
 
 TEST_F(NodeAccess, followsTheCamera)

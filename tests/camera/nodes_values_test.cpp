@@ -132,6 +132,18 @@ TEST_F(NodeValues, formulasAreEvaluatedInTheirArithmetic)
     EXPECT_EQ(value("EntryOfMode"), 10);
 }
 
+TEST_F(NodeValues, anIntegerConverterTakesARealNumberAsTheNearestInteger)
+{
+    device().set(0x500, {0x42, 0xC6, 0xCC, 0xCD}); // 99.4
+    EXPECT_EQ(value("HundredthOfReal"), 0);
+    device().set(0x500, {0x42, 0xC7, 0x00, 0x00});                    // 99.5
+    EXPECT_EQ(KX_CC_WriteMemory(camera.handle, "", 0xF00, 1), KX_OK); // forget what was read
+    EXPECT_EQ(value("HundredthOfReal"), 1);
+    device().set(0x500, {0x43, 0x1B, 0x00, 0x00}); // 155
+    EXPECT_EQ(KX_CC_WriteMemory(camera.handle, "", 0xF00, 1), KX_OK);
+    EXPECT_EQ(value("HundredthOfReal"), 1);
+}
+
 TEST_F(NodeValues, aBranchThatIsNotTakenCannotFail)
 {
     EXPECT_EQ(value("Guarded"), 7);
@@ -166,6 +178,28 @@ TEST_F(NodeValues, converterBoundsAreConvertedInOrder)
     const Float reciprocal = real("Reciprocal");
     EXPECT_FLOAT_EQ(reciprocal.current, 0.25F);
     EXPECT_EQ(reciprocal.maximum, FLT_MAX); // 1/0 is no bound
+}
+
+TEST_F(NodeValues, aSlopeSaysWhichEndIsTheLowerOne)
+{
+    EXPECT_EQ(real("SlopeIncreasing").minimum, -65536);
+    EXPECT_EQ(real("SlopeIncreasing").maximum, 65534);
+    EXPECT_EQ(real("SlopeDecreasing").minimum, -32767);
+    EXPECT_EQ(real("SlopeDecreasing").maximum, 32768);
+    EXPECT_EQ(integer("SlopeAutomatic").minimum, -32767);
+    EXPECT_EQ(integer("SlopeAutomatic").maximum, 32768);
+    EXPECT_EQ(real("SlopeWrong").minimum, 32768); // as the description says
+    EXPECT_EQ(real("SlopeWrong").maximum, -32767);
+}
+
+TEST_F(NodeValues, aSlopeThatVariesLeavesTheLimitsOfTheType)
+{
+    EXPECT_EQ(real("SlopeVarying").minimum, -FLT_MAX);
+    EXPECT_EQ(real("SlopeVarying").maximum, FLT_MAX);
+    EXPECT_EQ(integer("SlopeVaryingInteger").minimum, lowest);
+    EXPECT_EQ(integer("SlopeVaryingInteger").maximum, highest);
+    EXPECT_EQ(setReal("SlopeVarying", -32767), KX_OK);
+    EXPECT_EQ(setReal("SlopeVarying", -32768), KX_E_GC_RANGE); // the register has its range all the same
 }
 
 TEST_F(NodeValues, floatsAreHandedOutIn32Bits)
@@ -212,6 +246,26 @@ TEST_F(NodeValues, enumerationsListTheirUsableEntriesInOrder)
     ASSERT_EQ(KX_CC_GetEnumValue(camera.handle, "Mode", &value), KX_OK);
     supported.assign(value.supported, value.supported + value.supportedCount);
     EXPECT_EQ(supported, (std::vector<uint32_t>{30, 10, 22, 0xFFFFFFFF}));
+}
+
+TEST_F(NodeValues, anEnumerationBeyond32BitsIsRefusedAndNeverAnother)
+{
+    KX_EnumValue value{};
+    device().set32(0x110, 2); // High, whose lower half is 0
+    EXPECT_EQ(KX_CC_GetEnumValue(camera.handle, "Wide", &value), KX_E_GC_RANGE);
+    EXPECT_EQ(camera.lastError(), "Wide: its value does not fit 32 bits.");
+    device().set32(0x110, 0);
+    device().set32(0x114, 7);
+    EXPECT_EQ(KX_CC_WriteMemory(camera.handle, "", 0xF00, 1), KX_OK); // forget what was read
+    ASSERT_EQ(KX_CC_GetEnumValue(camera.handle, "Wide", &value), KX_OK);
+    EXPECT_EQ(value.current, 7u);
+    const std::vector<uint32_t> supported(value.supported, value.supported + value.supportedCount);
+    EXPECT_EQ(supported, std::vector<uint32_t>{7}); // not what looks like another, nor what does not fit
+    char name[10];
+    uint32_t length = 0;
+    EXPECT_EQ(KX_CC_GetEnumEntryName(camera.handle, "Wide", 0, name, sizeof name, &length), KX_E_GC_ARGUMENT);
+    EXPECT_EQ(KX_CC_GetEnumEntryName(camera.handle, "Wide", 5, name, sizeof name, &length), KX_OK);
+    EXPECT_STREQ(name, "Low");
 }
 
 TEST_F(NodeValues, entriesHaveNamesWhetherTheyAreUsableOrNot)

@@ -132,6 +132,49 @@ TEST_F(NodeWrites, aFloatBehindAConverterIsRoundedToTheNearestInteger)
     EXPECT_EQ(setReal("Reciprocal", 0), KX_E_GC_RUNTIME);
 }
 
+TEST_F(NodeWrites, aFloatIsSetToTheNearestStepOfTheIntegerBehindIt)
+{
+    // From 10 in steps of 20; of two that are equally near the lower one.
+    const std::vector<std::pair<float, uint32_t>> expected = {
+        {10, 10}, {19.9F, 10}, {20, 10},   {20.4F, 10},   {20.6F, 30},
+        {40, 30}, {41, 50},    {990, 990}, {999.4F, 990}, {1000, 990}};
+    for (const auto& [value, written] : expected) {
+        EXPECT_EQ(setReal("OnStepped", value), KX_OK) << value;
+        EXPECT_EQ(device().get32(0x100), written) << value;
+    }
+    EXPECT_EQ(setReal("OnStepped", 9), KX_E_GC_RANGE);
+    EXPECT_EQ(setReal("OnStepped", 1001), KX_E_GC_RANGE);
+    EXPECT_EQ(setInteger("Stepped", 20), KX_E_GC_ARGUMENT); // an integer is meant as it is
+    EXPECT_EQ(device().get32(0x100), 990u);
+}
+
+TEST_F(NodeWrites, theNearestStepIsFoundThroughAConverterToo)
+{
+    EXPECT_EQ(setReal("SteppedExposure", 5), KX_OK); // 20
+    EXPECT_EQ(device().get32(0x100), 10u);
+    EXPECT_EQ(setReal("SteppedExposure", 5.3F), KX_OK); // 21.2
+    EXPECT_EQ(device().get32(0x100), 30u);
+    EXPECT_EQ(setReal("SteppedScale", 250), KX_OK); // 1000
+    EXPECT_EQ(device().get32(0x100), 990u);
+}
+
+TEST_F(NodeWrites, theNearestStepLiesWithinTheRange)
+{
+    EXPECT_EQ(setReal("OnSteppedShort", 1006), KX_OK); // 1010 would be nearer
+    EXPECT_EQ(device().get32(0x100), 990u);
+}
+
+TEST_F(NodeWrites, stepsWithoutAMinimumCountFromZero)
+{
+    const std::vector<std::pair<float, uint64_t>> expected = {
+        {14, 10},     {15, 10},      {16, 20},      {-4, 0},          {-5, 0xFFF6},
+        {-6, 0xFFF6}, {-14, 0xFFF6}, {-15, 0xFFEC}, {-32768, 0x8008}, {32767, 0x7FF8}};
+    for (const auto& [value, written] : expected) {
+        EXPECT_EQ(setReal("OnSteppedFromZero", value), KX_OK) << value;
+        EXPECT_EQ(device().get(0x108, 2), written) << value;
+    }
+}
+
 TEST_F(NodeWrites, aFloatMeetsABoundThatOnly64BitsCanTellFromIt)
 {
     EXPECT_GT(static_cast<double>(0.3F), 0.3);
@@ -178,6 +221,19 @@ TEST_F(NodeWrites, enumerationsTakeTheirUsableEntriesOnly)
     EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Nobody", 64), KX_E_GC_PROPERTY);
 }
 
+TEST_F(NodeWrites, anEntryThatTheRecordCannotTellIsRefusedAndNeverAnother)
+{
+    device().set32(0x114, 7);
+    EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Wide", 0), KX_E_GC_RANGE); // High, cut to 32 bits
+    EXPECT_EQ(camera.lastError(), "Wide: 0 does not tell its entries apart: they need more bits.");
+    EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Wide", 5), KX_E_GC_RANGE); // Low or Twin
+    EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Wide", 6), KX_E_GC_ARGUMENT);
+    EXPECT_EQ(device().get(0x110, 8), 7u);
+    EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Wide", 7), KX_OK);
+    EXPECT_EQ(KX_CC_SetEnumValue(camera.handle, "Mode", 0xFFFFFFFF),
+              KX_E_GC_RANGE); // -1 in a register from 0 on
+}
+
 TEST_F(NodeWrites, textsFillTheirRegisterWithZeros)
 {
     device().set(0x600, std::vector<uint8_t>(17, 'x'));
@@ -202,6 +258,40 @@ TEST_F(NodeWrites, commandsWriteTheirValue)
     EXPECT_EQ(KX_CC_ExecuteCommand(camera.handle, "StartLinked"), KX_OK);
     EXPECT_EQ(device().get32(0x118), 42u);
     EXPECT_EQ(KX_CC_ExecuteCommand(camera.handle, "Mute"), KX_E_GC_RUNTIME);
+}
+
+TEST_F(NodeWrites, copiesAndTheValueAreWrittenInTheDescriptionsOrder)
+{
+    EXPECT_EQ(setInteger("CopiedFirst", 3), KX_OK);
+    EXPECT_EQ(takeRequests(), (std::vector<std::string>{"write 108 2", "write 100 4", "write 104 4"}));
+}
+
+TEST_F(NodeWrites, aCopyNarrowsTheRange)
+{
+    EXPECT_EQ(integer("CopiedFirst").minimum, 0);
+    EXPECT_EQ(integer("CopiedFirst").maximum, 32767);
+    EXPECT_EQ(integer("CopiedWide").maximum, 100000); // its own word
+    EXPECT_EQ(setInteger("CopiedFirst", 32768), KX_E_GC_RANGE);
+    EXPECT_EQ(setInteger("CopiedFirst", -1), KX_E_GC_RANGE);
+}
+
+TEST_F(NodeWrites, whatOneCopyRefusesIsWrittenNowhere)
+{
+    takeRequests();
+    EXPECT_EQ(setInteger("CopiedWide", 32768), KX_E_GC_RANGE);
+    EXPECT_TRUE(takeRequests().empty());
+    EXPECT_EQ(setInteger("CopiedWide", 32767), KX_OK);
+    EXPECT_EQ(takeRequests(), (std::vector<std::string>{"write 100 4", "write 108 2"}));
+}
+
+TEST_F(NodeWrites, aCopyThatCannotBeWrittenMakesTheNodeReadOnly)
+{
+    EXPECT_EQ(mode("CopiedReadOnly"), KX_AM_READ_ONLY);
+    EXPECT_EQ(mode("CopiedBlind"), KX_AM_READ_WRITE); // nobody reads a copy
+    EXPECT_EQ(setInteger("CopiedBlind", 4), KX_OK);
+    EXPECT_EQ(device().get32(0x118), 4u);
+    EXPECT_EQ(setInteger("CopiedLiteral", 5), KX_OK);
+    EXPECT_EQ(value("Literal"), 5);
 }
 
 TEST_F(NodeWrites, copiesGetTheValueToo)

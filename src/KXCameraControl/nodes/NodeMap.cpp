@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstring>
+#include <set>
 
 namespace kx
 {
@@ -17,6 +18,25 @@ float narrowed(double value)
 {
     return static_cast<float>(
         std::isinf(value) ? value : std::max<double>(-FLT_MAX, std::min<double>(FLT_MAX, value)));
+}
+
+std::vector<int64_t> usableNumbers(NodeValues& values, const Node& enumeration)
+{
+    std::vector<int64_t> numbers;
+    for (const Node* entry : values.usableEntries(enumeration))
+        numbers.push_back(values.entryValue(*entry));
+    return numbers;
+}
+
+// Those that an enumeration's record cannot tell apart.
+std::set<int64_t> lookingLike(const std::vector<int64_t>& numbers, uint32_t record)
+{
+    std::set<int64_t> alike;
+    for (const int64_t number : numbers) {
+        if (static_cast<uint32_t>(number) == record)
+            alike.insert(number);
+    }
+    return alike;
 }
 
 } // namespace
@@ -53,11 +73,16 @@ KX_Status NodeMap::getEnum(const char* name, KX_EnumValue& value)
     return guarded([&](Nodes& nodes) {
         const Node& node = nodes.findReadable(name, isKind<NodeKind::Enumeration>);
         KX_EnumValue result{};
-        result.current = static_cast<uint32_t>(nodes.values.value(node).asInteger());
-        for (const Node* entry : nodes.values.usableEntries(node)) {
-            if (result.supportedCount < KX_ENUM_CAPACITY)
-                result.supported[result.supportedCount++] =
-                    static_cast<uint32_t>(nodes.values.entryValue(*entry));
+        const int64_t current = nodes.values.value(node).asInteger();
+        if (!fitsEnumValue(current))
+            throw NodeFailure{KX_E_GC_RANGE, node.name + ": its value does not fit 32 bits."};
+        result.current = static_cast<uint32_t>(current);
+        const std::vector<int64_t> numbers = usableNumbers(nodes.values, node);
+        for (const int64_t number : numbers) {
+            const auto record = static_cast<uint32_t>(number);
+            const bool canBeSet = fitsEnumValue(number) && lookingLike(numbers, record).size() == 1;
+            if (canBeSet && result.supportedCount < KX_ENUM_CAPACITY)
+                result.supported[result.supportedCount++] = record;
         }
         value = result;
     });
@@ -119,18 +144,18 @@ KX_Status NodeMap::setBool(const char* name, bool value)
     });
 }
 
+// Of two entries that look alike in 32 bits neither is meant for sure, and one that does not fit never is.
 KX_Status NodeMap::setEnum(const char* name, uint32_t value)
 {
     return guarded([&](Nodes& nodes) {
         const Node& node = nodes.findWritable(name, isKind<NodeKind::Enumeration>);
-        for (const Node* entry : nodes.values.usableEntries(node)) {
-            const int64_t number = nodes.values.entryValue(*entry);
-            if (static_cast<uint32_t>(number) == value) {
-                nodes.values.write(node, Number::ofInteger(number));
-                return;
-            }
-        }
-        throw NodeFailure{KX_E_GC_ARGUMENT, node.name + ": " + std::to_string(value) + " is no entry of it."};
+        const std::set<int64_t> meant = lookingLike(usableNumbers(nodes.values, node), value);
+        const std::string text = node.name + ": " + std::to_string(value);
+        if (meant.empty())
+            throw NodeFailure{KX_E_GC_ARGUMENT, text + " is no entry of it."};
+        if (meant.size() > 1 || !fitsEnumValue(*meant.begin()))
+            throw NodeFailure{KX_E_GC_RANGE, text + " does not tell its entries apart: they need more bits."};
+        nodes.values.write(node, Number::ofInteger(*meant.begin()));
     });
 }
 

@@ -21,6 +21,12 @@ inline bool isTextKind(NodeKind kind)
     return kind == NodeKind::String || kind == NodeKind::StringReg;
 }
 
+// An enumeration's record keeps 32 bits: unsigned numbers, and negative ones as they look in as many.
+inline bool fitsEnumValue(int64_t number)
+{
+    return number >= INT32_MIN && number <= UINT32_MAX;
+}
+
 class NodeMap::Nodes
 {
 public:

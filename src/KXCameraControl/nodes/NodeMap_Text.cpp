@@ -37,6 +37,22 @@ std::string nameOfEntry(const Node& enumeration, const Node& entry)
     return entry.name.rfind(prefix, 0) == 0 ? entry.name.substr(prefix.size()) : entry.name;
 }
 
+// A camera that stands at an entry which is not available now stands there all the same. Of several entries
+// of one number the first one that is available counts, else the first; null: there is none.
+const Node* entryOf(NodeValues& values, const Node& enumeration, int64_t number)
+{
+    for (const Node* entry : values.usableEntries(enumeration)) {
+        if (entry->find(Tag::Value) && values.entryValue(*entry) == number)
+            return entry;
+    }
+    for (const Property& property : enumeration.properties) {
+        const bool isEntry = property.tag == Tag::Entry && property.target->find(Tag::Value);
+        if (isEntry && values.entryValue(*property.target) == number)
+            return property.target;
+    }
+    return nullptr;
+}
+
 int64_t integerOf(const Node& node, const std::string& text)
 {
     int64_t value = 0;
@@ -61,11 +77,9 @@ KX_Status NodeMap::getText(const char* name, std::string& text)
         } else if (node.kind == NodeKind::Boolean) {
             text = value.isTrue() ? "1" : "0";
         } else {
-            text = std::to_string(value.asInteger());
-            if (node.kind == NodeKind::Enumeration)
-                for (const Node* entry : nodes.values.usableEntries(node))
-                    if (nodes.values.entryValue(*entry) == value.asInteger())
-                        text = nameOfEntry(node, *entry);
+            const bool isEntry = node.kind == NodeKind::Enumeration;
+            const Node* entry = isEntry ? entryOf(nodes.values, node, value.asInteger()) : nullptr;
+            text = entry ? nameOfEntry(node, *entry) : std::to_string(value.asInteger());
         }
     });
 }
@@ -106,8 +120,10 @@ KX_Status NodeMap::entryName(const char* name, uint32_t value, std::string& text
     return guarded([&](Nodes& nodes) {
         const Node& node = nodes.find(name, isKind<NodeKind::Enumeration>);
         for (const Property& property : node.properties) {
-            const bool isEntry = property.tag == Tag::Entry && property.target->find(Tag::Value);
-            if (isEntry && static_cast<uint32_t>(nodes.values.entryValue(*property.target)) == value) {
+            if (property.tag != Tag::Entry || !property.target->find(Tag::Value))
+                continue;
+            const int64_t number = nodes.values.entryValue(*property.target);
+            if (fitsEnumValue(number) && static_cast<uint32_t>(number) == value) {
                 text = nameOfEntry(node, *property.target);
                 return;
             }

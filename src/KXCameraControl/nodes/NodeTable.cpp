@@ -66,6 +66,7 @@ const std::unordered_map<std::string, Tag> tagNames = {
     {"Formula", Tag::Formula},
     {"FormulaTo", Tag::FormulaTo},
     {"FormulaFrom", Tag::FormulaFrom},
+    {"Slope", Tag::Slope},
     {"ChunkID", Tag::ChunkID},
     {"pChunkID", Tag::pChunkID},
     {"EventID", Tag::EventID},

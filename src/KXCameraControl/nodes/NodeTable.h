@@ -84,6 +84,7 @@ enum class Tag
     Formula,
     FormulaTo,
     FormulaFrom,
+    Slope,
     ChunkID,
     pChunkID,
     EventID,

@@ -59,6 +59,8 @@ void NodeValues::beginCall()
 {
     forgetAnswers();
     m_writeDepth = 0;
+    m_openCopies.clear();
+    m_openEnumerations.clear(); // a failure may have left some
 }
 
 void NodeValues::forgetAnswers()
@@ -199,7 +201,7 @@ Number NodeValues::formulaValue(const Node& node, const CompiledFormula& compile
             const Number number = variable(node, property);
             return isInteger ? Number::ofInteger(number.asInteger()) : number;
         }
-        return *input;
+        return isInteger ? Number::ofInteger(input->asInteger()) : *input;
     };
     return compiled.formula->evaluate(asked);
 }
@@ -234,17 +236,8 @@ std::vector<const Node*> NodeValues::usableEntries(const Node& node)
 {
     std::vector<const Node*> entries;
     for (const Property& property : node.properties) {
-        if (property.tag != Tag::Entry)
-            continue;
-        try {
-            const KX_XML_AccessMode mode = access(*property.target);
-            if (mode == KX_AM_READ_ONLY || mode == KX_AM_READ_WRITE)
-                entries.push_back(property.target);
-        } catch (const NodeFailure& failure) {
-            // An entry that cannot tell whether it is there is not; the others are not its fault.
-            if (KX_IS_LINE_FAILURE(failure.status))
-                throw;
-        }
+        if (property.tag == Tag::Entry && isReadable(entryAccess(*property.target)))
+            entries.push_back(property.target);
     }
     return entries;
 }

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace kx
 {
@@ -64,16 +65,34 @@ private:
 
     Range freshRange(const Node& node);
     Range ownRange(const Node& node, bool isReal);
+    void narrowToCopies(const Node& node, Range& range);
     Range converterRange(const Node& node);
 
     KX_XML_AccessMode freshAccess(const Node& node);
     KX_XML_AccessMode kindAccess(const Node& node);
+    KX_XML_AccessMode missing(const Node& node);
+    std::vector<const Node*> hangsOn(const Node& node);
+    KX_XML_AccessMode condition(const Node& node);
+    KX_XML_AccessMode ofEntries(const Node& enumeration);
+    KX_XML_AccessMode entryAccess(const Node& entry);
     bool flag(const Node& node, Tag tag, bool otherwise);
 
-    void writeSource(const Node& node, const Number& number);
+    enum class Intent
+    {
+        Check,
+        Write
+    };
+    void follow(const Node& node, const Number& number, Intent intent);
+    void followSources(const Node& node, const Number& number, Intent intent);
+    void followAll(const std::vector<Source>& targets, const Number& number, Intent intent);
+    std::vector<Source> sourcesInOrder(const Node& node);
+    int64_t onOrOff(const Node& node, bool isOn) const;
     void checkRange(const Node& node, Number& number);
     void requireSound(const Node& node, Aspect aspect) const;
     void forgetAnswers();
+
+    // Copies of a value (pValueCopy) may lead in circles.
+    static constexpr unsigned maximumWriteDepth = 100;
 
     const NodeTable& m_table;
     Registers m_registers;
@@ -82,6 +101,8 @@ private:
     std::unordered_map<const Node*, Number> m_values;
     std::unordered_map<const Node*, Range> m_ranges;
     std::unordered_map<const Node*, KX_XML_AccessMode> m_access;
+    std::unordered_set<const Node*> m_openCopies;       // whose ranges are being asked
+    std::unordered_set<const Node*> m_openEnumerations; // whose entries are being asked
     // Written literals: they live in the host, as long as the camera is open.
     std::unordered_map<const Property*, Number> m_literals;
     std::unordered_map<const Property*, std::string> m_literalTexts;

@@ -1,4 +1,4 @@
-// What may be written, and writing it.
+// What may be written.
 #include "KXCameraControl/nodes/NodeValues.h"
 
 #include <algorithm>
@@ -14,8 +14,6 @@ namespace
 
 constexpr int64_t lowestInteger = std::numeric_limits<int64_t>::min();
 constexpr int64_t highestInteger = std::numeric_limits<int64_t>::max();
-// Copies of a value (pValueCopy) may lead in circles.
-constexpr unsigned maximumWriteDepth = 100;
 
 Range integers(int64_t minimum, int64_t maximum)
 {
@@ -37,11 +35,6 @@ Number clampedInteger(const Number& number)
     if (number.asReal() <= -9223372036854775808.0)
         return Number::ofInteger(lowestInteger);
     return Number::ofInteger(number.asInteger());
-}
-
-[[noreturn]] void outOfRange(const Node& node)
-{
-    throw NodeFailure{KX_E_GC_RANGE, node.name + ": the value is out of range."};
 }
 
 } // namespace
@@ -98,6 +91,8 @@ Range NodeValues::ownRange(const Node& node, bool isReal)
     const Source from = saysAll ? Source{} : source(node);
     if (from.node)
         range = this->range(*from.node);
+    if (!isReal)
+        narrowToCopies(node, range);
     const auto replace = [&](Tag link, Tag literal, Number& bound) {
         const Property* own = node.find(literal);
         if (const Node* target = node.link(link))
@@ -122,14 +117,36 @@ Range NodeValues::ownRange(const Node& node, bool isReal)
     return range;
 }
 
-// The ends of what lies behind, converted. An end that the formula cannot convert (a reciprocal at zero, a
-// product beyond all numbers) leaves the type's limit.
+// What a copy cannot take the node cannot. Copies may lead in circles.
+void NodeValues::narrowToCopies(const Node& node, Range& range)
+{
+    for (const Property& property : node.properties) {
+        if (property.tag != Tag::pValueCopy || !property.target || m_openCopies.size() >= maximumWriteDepth ||
+            !m_openCopies.insert(property.target).second)
+            continue;
+        const Range copy = this->range(*property.target);
+        m_openCopies.erase(property.target);
+        const auto higher = [](const Number& a, const Number& b) {
+            return clampedInteger(a).asInteger() > clampedInteger(b).asInteger();
+        };
+        if (higher(copy.minimum, range.minimum))
+            range.minimum = clampedInteger(copy.minimum);
+        if (higher(range.maximum, copy.maximum))
+            range.maximum = clampedInteger(copy.maximum);
+    }
+}
+
+// The ends of what lies behind, converted; which one is the lower is the slope's to say (GenApi, Slope), and
+// where it is Automatic, theirs. With a slope that varies the ends tell nothing. An end that the formula
+// cannot convert (a reciprocal at zero, a product beyond all numbers) leaves the type's limit.
 Range NodeValues::converterRange(const Node& node)
 {
     const bool isInteger = node.kind == NodeKind::IntConverter;
     const Range limits = isInteger ? integers(lowestInteger, highestInteger) : reals(-DBL_MAX, DBL_MAX);
+    const Property* slope = node.find(Tag::Slope);
+    const std::string direction = slope ? slope->text : "Automatic";
     const Source from = source(node);
-    if (!from.node)
+    if (!from.node || direction == "Varying")
         return limits;
     const Range behind = range(*from.node);
     try {
@@ -143,120 +160,13 @@ Range NodeValues::converterRange(const Node& node)
         // where the feature stands, not where it may go.
         if (first.asReal() == last.asReal())
             return limits;
-        if (last.asReal() < first.asReal())
+        const bool isFalling = last.asReal() < first.asReal();
+        if (direction == "Decreasing" || (direction != "Increasing" && isFalling))
             std::swap(first, last);
         return {first, last};
     } catch (const FormulaError&) {
         return limits;
     }
-}
-
-// ---- writing ----
-
-// Integers meet their bounds exactly. Reals come from 32-bit callers: a bound that only 64 bits can tell from
-// the value is met, and the bound is what goes on.
-void NodeValues::checkRange(const Node& node, Number& number)
-{
-    if (!isIntegerKind(node.kind) && !isFloatKind(node.kind))
-        return;
-    const Range allowed = range(node);
-    if (isFloatKind(node.kind)) {
-        const double real = number.asReal();
-        if (!(static_cast<float>(real) >= static_cast<float>(allowed.minimum.asReal()) &&
-              static_cast<float>(real) <= static_cast<float>(allowed.maximum.asReal())))
-            outOfRange(node);
-        number = Number::ofReal(std::max(allowed.minimum.asReal(), std::min(allowed.maximum.asReal(), real)));
-        return;
-    }
-    number = Number::ofInteger(number.asInteger());
-    const int64_t integer = number.asInteger();
-    const int64_t minimum = allowed.minimum.asInteger();
-    if (integer < minimum || integer > allowed.maximum.asInteger())
-        outOfRange(node);
-    const int64_t origin = allowed.incrementOrigin();
-    const auto distance = origin <= integer ? static_cast<uint64_t>(integer) - static_cast<uint64_t>(origin)
-                                            : static_cast<uint64_t>(origin) - static_cast<uint64_t>(integer);
-    if (distance % static_cast<uint64_t>(allowed.increment) != 0)
-        throw NodeFailure{KX_E_GC_ARGUMENT, node.name + ": the value is no multiple of the increment."};
-}
-
-void NodeValues::write(const Node& node, const Number& number)
-{
-    requireSound(node, AspectValue);
-    if (++m_writeDepth > maximumWriteDepth)
-        throw NodeFailure{KX_E_GC_RUNTIME, node.name + ": its copies lead in a circle."};
-    Number checked = number;
-    try {
-        checkRange(node, checked);
-        switch (node.kind) {
-        case NodeKind::IntReg:
-        case NodeKind::MaskedIntReg:
-        case NodeKind::StructEntry:
-            m_registers.writeInteger(node, checked.asInteger());
-            break;
-        case NodeKind::FloatReg:
-            m_registers.writeFloat(node, checked.asReal());
-            break;
-        case NodeKind::IntConverter:
-        case NodeKind::Converter:
-            writeSource(node, formulaValue(node, node.to, checked));
-            break;
-        case NodeKind::Boolean:
-            writeSource(node, Number::ofInteger(checked.isTrue() ? booleanLiteral(node, Tag::OnValue, 1)
-                                                                 : booleanLiteral(node, Tag::OffValue, 0)));
-            break;
-        case NodeKind::Integer:
-        case NodeKind::Float:
-        case NodeKind::Enumeration:
-        case NodeKind::Command:
-            writeSource(node, checked);
-            break;
-        default:
-            throw NodeFailure{KX_E_GC_ACCESS, node.name + ": it cannot be written."};
-        }
-    } catch (const FormulaError& error) {
-        throw NodeFailure{KX_E_GC_RUNTIME, node.name + ": " + error.text + "."};
-    }
-    --m_writeDepth;
-    forgetAnswers();
-}
-
-void NodeValues::writeSource(const Node& node, const Number& number)
-{
-    const Source to = source(node);
-    if (to.node)
-        write(*to.node, number);
-    else
-        m_literals[to.literal] = number;
-    for (const Property& property : node.properties) {
-        if (property.tag == Tag::pValueCopy && property.target)
-            write(*property.target, number);
-    }
-}
-
-void NodeValues::writeText(const Node& node, const std::string& text)
-{
-    requireSound(node, AspectValue);
-    if (node.kind == NodeKind::StringReg) {
-        m_registers.writeText(node, text);
-    } else {
-        const Source to = source(node);
-        if (to.node)
-            writeText(*to.node, text);
-        else
-            m_literalTexts[to.literal] = text;
-    }
-    forgetAnswers();
-}
-
-void NodeValues::execute(const Node& node)
-{
-    requireSound(node, AspectValue);
-    const Node* source = node.link(Tag::pCommandValue);
-    const Property* literal = node.find(Tag::CommandValue);
-    if (!source && !literal)
-        throw NodeFailure{KX_E_GC_RUNTIME, node.name + ": it has no command value."};
-    write(node, source ? value(*source) : Number::ofInteger(literalInteger(node, *literal)));
 }
 
 } // namespace kx

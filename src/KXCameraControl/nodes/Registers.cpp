@@ -73,7 +73,13 @@ bool Registers::isInMemory(const Node& node)
 {
     const Node* port = node.link(Tag::pPort);
     const bool isPlainPort = !port || (!port->find(Tag::ChunkID) && !port->find(Tag::pChunkID));
-    return isPlainPort && !(port && port->find(Tag::EventID)) && !node.find(Tag::EventID);
+    return isPlainPort && !isEvent(node);
+}
+
+bool Registers::isEvent(const Node& node)
+{
+    const Node* port = node.link(Tag::pPort);
+    return node.find(Tag::EventID) || (port && port->find(Tag::EventID));
 }
 
 // ---- where a register lies ----

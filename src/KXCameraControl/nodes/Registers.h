@@ -28,6 +28,7 @@ public:
     Registers(const NodeTable& table, RegisterLine& line, IntegerReader integerOf);
 
     // All throw NodeFailure.
+    uint64_t address(const Node& node) const;
     int64_t length(const Node& node) const;
     // Of IntReg, MaskedIntReg and StructEntry.
     IntegerLimits limits(const Node& node) const;
@@ -42,6 +43,7 @@ public:
 
     // Chunk data and events stand in a stream's buffers, which this library does not receive.
     static bool isInMemory(const Node& node);
+    static bool isEvent(const Node& node);
 
 private:
     struct Bits
@@ -50,7 +52,6 @@ private:
         unsigned count;
     };
 
-    uint64_t address(const Node& node) const;
     size_t numberLength(const Node& node) const;
     Bits bits(const Node& node, size_t size) const;
     static bool isSigned(const Node& node);

@@ -4,13 +4,16 @@ random formulas are worked out alike, and the reference does what the table of d
     formula_reference_test.py FORMULA_ANSWERS FOLDER"""
 import math
 import pathlib
-import platform
 import random
 import subprocess
 import sys
 from xml.sax.saxutils import escape
 
-RELEASE = "genicam==1.6.0"
+sys.dont_write_bytecode = True  # the sources' folder stays as it is
+sys.path.insert(1, str(pathlib.Path(__file__).parent.parent))
+# pylint: disable=wrong-import-position
+from yardstick import install
+
 FORMULAS = 6000
 AT_ONCE = 2000  # formulas of one description
 HEAD = """<?xml version="1.0" encoding="utf-8"?>
@@ -20,20 +23,6 @@ HEAD = """<?xml version="1.0" encoding="utf-8"?>
  VersionGuid="00000000-0000-0000-0000-000000000002" xmlns="http://www.genicam.org/GenApi/Version_1_1">
 <Category Name="Root"></Category>"""
 SIGNS = "+ - * / % & | ^ << >> = <> < > <= >= && ||".split()
-
-
-def install(folder):
-    """Why the reference cannot be had, or an empty text."""
-    if platform.python_implementation() != "CPython" or sys.version_info[:2] != (3, 11):
-        return f"the reference needs CPython 3.11, this is {platform.python_version()}"
-    if not (folder / "genicam").is_dir():
-        command = [sys.executable, "-m", "pip", "install", "--quiet", "--disable-pip-version-check", "--target",
-                   str(folder), RELEASE]
-        done = subprocess.run(command, capture_output=True, text=True, timeout=100, check=False)
-        if done.returncode != 0:
-            return f"pip does not install {RELEASE}: {(done.stderr.strip().splitlines() or ['no reason'])[-1]}"
-    sys.path.insert(0, str(folder))
-    return ""
 
 
 def random_operand(chance):
@@ -94,8 +83,8 @@ def compare(lines, may_refuse):
 
 
 def main():
-    program, folder = sys.argv[1], pathlib.Path(sys.argv[2])
-    reason = install(folder)
+    program = sys.argv[1]
+    reason = install(sys.argv[2])
     if reason:
         print(f"SKIPPED: {reason}")
         return 0

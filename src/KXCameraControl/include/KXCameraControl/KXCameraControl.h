@@ -288,6 +288,8 @@ typedef struct KX_IntegerValue
 
 #define KX_ENUM_CAPACITY 64
 
+/* Numbers from -2^31 to 2^32-1, as 32 bits. GenApi's have 64: what does not fit is refused (KX_E_GC_RANGE), read or
+ * written, as is a number that two entries share in 32 bits; the entries in question are not among `supported`. */
 typedef struct KX_EnumValue
 {
     uint32_t current;
@@ -340,7 +342,7 @@ KX_API KX_Status KX_CC_GetEnumEntryName(KX_HANDLE handle, const char* name, uint
 
 /* The setters check before they send: KX_E_GC_ACCESS (not writable now, or opened for monitoring), KX_E_GC_RANGE,
  * KX_E_GC_ARGUMENT (increment, unknown entry, text too long); otherwise as the getters. A float written to an
- * integer behind a converter is rounded to the nearest. */
+ * integer behind it is rounded to the nearest that the integer's increment allows, of two the lower one. */
 KX_API KX_Status KX_CC_SetBoolValue(KX_HANDLE handle, const char* name, bool value);
 KX_API KX_Status KX_CC_SetEnumValue(KX_HANDLE handle, const char* name, unsigned int value);
 KX_API KX_Status KX_CC_SetFloatValue(KX_HANDLE handle, const char* name, float value);

@@ -1,0 +1,73 @@
+// Features as texts, as feature files have them.
+#include "KXCameraControl/nodes/NodeMap.h"
+#include "camera/EveryNodeKind.h"
+#include "camera/nodes_reference/SeededMemory.h"
+
+namespace
+{
+
+class NodeTexts : public testing::Test
+{
+protected:
+    NodeTexts() : m_map(memory, false)
+    {
+        std::string problem;
+        EXPECT_TRUE(m_map.load(tests::testData("every_node_kind.xml"), problem)) << problem;
+    }
+
+    std::string text(const char* name)
+    {
+        std::string result;
+        const KX_Status status = m_map.getText(name, result);
+        return status == KX_OK ? result : "status " + std::to_string(status);
+    }
+
+    KX_Status set(const char* name, const std::string& value) { return m_map.setText(name, value); }
+
+    tests::SeededMemory memory{0};
+
+private:
+    kx::NodeMap m_map;
+};
+
+TEST_F(NodeTexts, anEntryThatIsNotAvailableNowHasItsName)
+{
+    EXPECT_EQ(text("Rest"), "Gone");
+    memory.writeRegister(0x100, 1);
+    EXPECT_EQ(text("Rest"), "Here");
+    memory.writeRegister(0x100, 21);
+    EXPECT_EQ(text("Mode"), "Away");
+    memory.writeRegister(0x100, 20);
+    EXPECT_EQ(text("Mode"), "Missing");
+}
+
+TEST_F(NodeTexts, aNumberWithoutAnEntryStaysANumber)
+{
+    memory.writeRegister(0x100, 77);
+    EXPECT_EQ(text("Mode"), "77");
+}
+
+TEST_F(NodeTexts, ofEntriesOfOneNumberTheFirstThatIsAvailableCounts)
+{
+    EXPECT_EQ(text("Equals"), "First");
+}
+
+TEST_F(NodeTexts, entriesBeyond32BitsHaveNamesToo)
+{
+    EXPECT_EQ(set("Wide", "High"), KX_OK);
+    const auto written = memory.takeWrites();
+    ASSERT_EQ(written.size(), 1u);
+    EXPECT_EQ(written[0].bytes, "0000000200000000");
+    memory.writeRegister(0x110, 1);
+    memory.writeRegister(0x114, 5);
+    EXPECT_EQ(text("Wide"), "Twin");
+}
+
+TEST_F(NodeTexts, anEntryThatIsNotAvailableCannotBeSet)
+{
+    EXPECT_EQ(set("Rest", "Gone"), KX_E_GC_ARGUMENT);
+    EXPECT_EQ(set("Rest", "0"), KX_E_GC_ARGUMENT);
+    EXPECT_TRUE(memory.takeWrites().empty());
+}
+
+} // namespace
