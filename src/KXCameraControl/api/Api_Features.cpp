@@ -10,26 +10,6 @@ using namespace kx::api;
 namespace
 {
 
-// A call on one node.
-template <class Body>
-KX_Status onNode(KX_HANDLE handle, KX_Operation kind, const char* name, const void* value,
-                 bool parametersAreGood, Body body)
-{
-    const bool allGood = parametersAreGood && name && *name;
-    return onLine(handle, allGood, {kind, name, 0, 0, value}, [&](Camera& camera) -> Outcome {
-        if (const KX_Status lost = camera.lineStatus())
-            return lost;
-        NodeMap& nodes = camera.nodesForCall();
-        const KX_Status status = body(nodes);
-        // Where the description was no good, no name is known: the reason helps more than the name.
-        if (status == KX_E_GC_PROPERTY && !camera.descriptionProblem().empty())
-            return {status, camera.descriptionProblem()};
-        return {status, status == KX_OK ? std::string() : nodes.lastError()};
-    });
-}
-
-constexpr int64_t maximumMemoryLength = 0x1000000;
-
 template <class Body>
 KX_Status onMemory(KX_HANDLE handle, KX_Operation kind, const void* buffer, int64_t address, int64_t length,
                    Body body)

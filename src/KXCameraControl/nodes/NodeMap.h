@@ -42,6 +42,11 @@ public:
     bool isReadOnly() const;
     // From the description alone.
     KX_Status entryName(const char* name, uint32_t value, std::string& text);
+    KX_Status isEverWritable(const char* name, bool& writable);
+    // `relation`: a KX_Relation.
+    KX_Status relatedNames(const char* name, uint32_t relation, std::vector<std::string>& names);
+    KX_Status registerCoverage(uint64_t address, uint64_t length, KX_RegisterCoverage& coverage);
+    KX_Status registerNames(uint64_t address, uint64_t length, std::vector<std::string>& names);
 
     // The features as texts, for feature files: integers in decimal, floats in the shortest form that reads
     // back, "1" and "0", entry names, strings as they are. Writing takes hexadecimal integers and entries'

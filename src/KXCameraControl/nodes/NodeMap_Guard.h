@@ -2,6 +2,7 @@
 // and the guard that turns every failure inside into a status.
 #pragma once
 
+#include "KXCameraControl/nodes/DescribedFeatures.h"
 #include "KXCameraControl/nodes/NodeMap.h"
 #include "KXCameraControl/nodes/NodeValues.h"
 
@@ -24,7 +25,7 @@ inline bool isTextKind(NodeKind kind)
 class NodeMap::Nodes
 {
 public:
-    Nodes(RegisterLine& line, bool readOnly) : values(table, line), isReadOnly(readOnly) {}
+    Nodes(RegisterLine& line, bool readOnly) : values(table, line), described(table), isReadOnly(readOnly) {}
 
     const Node& find(const char* name) const
     {
@@ -60,6 +61,7 @@ public:
 
     NodeTable table;
     NodeValues values;
+    DescribedFeatures described;
     const bool isReadOnly;
 
 private:

@@ -70,6 +70,7 @@ const std::unordered_map<std::string, Tag> tagNames = {
     {"pChunkID", Tag::pChunkID},
     {"EventID", Tag::EventID},
     {"Streamable", Tag::Streamable},
+    {"pInvalidator", Tag::pInvalidator},
     {"pSelected", Tag::pSelected},
     {"pFeature", Tag::pFeature},
 };

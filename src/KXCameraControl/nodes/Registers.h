@@ -28,6 +28,7 @@ public:
     Registers(const NodeTable& table, RegisterLine& line, IntegerReader integerOf);
 
     // All throw NodeFailure.
+    uint64_t address(const Node& node) const;
     int64_t length(const Node& node) const;
     // Of IntReg, MaskedIntReg and StructEntry.
     IntegerLimits limits(const Node& node) const;
@@ -50,7 +51,6 @@ private:
         unsigned count;
     };
 
-    uint64_t address(const Node& node) const;
     size_t numberLength(const Node& node) const;
     Bits bits(const Node& node, size_t size) const;
     static bool isSigned(const Node& node);
@@ -66,6 +66,9 @@ private:
     RegisterLine& m_line;
     IntegerReader m_integerOf;
 };
+
+// Nodes that stand for device memory themselves.
+bool isRegisterKind(NodeKind kind);
 
 // Literals of a node; throw NodeFailure (KX_E_GC_RUNTIME) when they are no numbers.
 int64_t literalInteger(const Node& node, const Property& property);
