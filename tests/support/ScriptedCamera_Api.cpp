@@ -45,7 +45,7 @@ KX_Status takeInteger(KX_IntegerValue& node, int64_t value)
 KX_Status takeEntry(KX_EnumValue& node, uint32_t value)
 {
     const uint32_t* begin = node.supported;
-    const uint32_t* end = begin + node.supportedCount;
+    const uint32_t* end = begin + std::min<uint32_t>(node.supportedCount, KX_ENUM_CAPACITY);
     if (std::find(begin, end, value) == end)
         return KX_E_GC_ARGUMENT;
     node.current = value;

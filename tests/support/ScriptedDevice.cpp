@@ -34,8 +34,9 @@ void ScriptedDevice::setEnumeration(const QByteArray& name, quint32 current,
 {
     KX_EnumValue value{};
     value.current = current;
-    value.supportedCount = quint32(std::min<std::size_t>(supported.size(), KX_ENUM_CAPACITY));
-    std::copy_n(supported.begin(), value.supportedCount, value.supported);
+    value.supportedCount = quint32(supported.size());
+    std::copy_n(supported.begin(), std::min<std::size_t>(supported.size(), KX_ENUM_CAPACITY),
+                value.supported);
     const Lock lock(m_mutex);
     m_nodes[name].enumeration = value;
 }

@@ -55,9 +55,10 @@ KX_Status NodeMap::getEnum(const char* name, KX_EnumValue& value)
         KX_EnumValue result{};
         result.current = static_cast<uint32_t>(nodes.values.value(node).asInteger());
         for (const Node* entry : nodes.values.usableEntries(node)) {
+            const auto number = static_cast<uint32_t>(nodes.values.entryValue(*entry));
             if (result.supportedCount < KX_ENUM_CAPACITY)
-                result.supported[result.supportedCount++] =
-                    static_cast<uint32_t>(nodes.values.entryValue(*entry));
+                result.supported[result.supportedCount] = number;
+            ++result.supportedCount;
         }
         value = result;
     });

@@ -58,8 +58,10 @@ public:
     std::vector<std::string> streamableFeatures() const;
     std::vector<std::string> selectors() const;
     std::vector<std::string> selectedFeatures(const std::string& selector) const;
-    // What a selector can be set to now; empty when that is more than `limit`, or when it cannot be told.
-    KX_Status selectorValues(const char* selector, size_t limit, std::vector<std::string>& values);
+    // What a selector can be set to now; empty when that is more than `limit` (`isMore`), or when it cannot
+    // be told.
+    KX_Status selectorValues(const char* selector, size_t limit, std::vector<std::string>& values,
+                             bool& isMore);
 
     // What the last failing call had to say beyond its status.
     const std::string& lastError() const { return m_lastError; }

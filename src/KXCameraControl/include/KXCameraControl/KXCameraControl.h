@@ -68,7 +68,8 @@ typedef uint32_t KX_Status;
 #define KX_E_FILE              ((KX_Status)0x80000300u) /* a file cannot be opened, read or written */
 #define KX_E_FILE_FORMAT       ((KX_Status)0x80000301u) /* a file is not what it should be */
 #define KX_E_DESCRIPTION       ((KX_Status)0x80000302u) /* the camera has no usable GenICam description */
-#define KX_E_INCOMPLETE        ((KX_Status)0x80000303u) /* a feature file was loaded, but not every feature took its value */
+#define KX_E_INCOMPLETE        ((KX_Status)0x80000303u) /* a feature file was loaded, but not every feature took its value; or
+                                                       saved, but not all of it */
 
 /* 0x80000004 and 0x80000100..0x80000106 say "this does not apply to this node now": the camera answered and
  * refused, or the description rules it out. Every other failure, an unknown one too, says that the line, the camera
@@ -267,7 +268,8 @@ typedef struct KX_CallEvent
     const void* value;           /* what a call that is over and went well has got or given; valid during the call only.
                                     Getters: their record. Setters: bool, uint32_t (enumeration), float, int64_t, or
                                     zero-terminated text. Memory: `length` bytes. Open: the description as zero-terminated
-                                    text, empty when there is none. Null for everything else. */
+                                    text, empty when there is none. Feature save: uint32_t, the number of
+                                    entries of the file. Null for everything else. */
 } KX_CallEvent;
 
 /* Called on the thread of the observed call, before and after it. Non-zero from the call before (`finished` 0)
@@ -295,8 +297,11 @@ typedef struct KX_IntegerValue
 typedef struct KX_EnumValue
 {
     uint32_t current;
-    uint32_t supportedCount; /* entries that are implemented and available now; at most KX_ENUM_CAPACITY */
-    uint32_t supported[KX_ENUM_CAPACITY]; /* in the description's order */
+    uint32_t supportedCount; /* entries that are implemented and available now: all of them, so it may exceed
+                                KX_ENUM_CAPACITY */
+    uint32_t supported[KX_ENUM_CAPACITY]; /* the first of them, in the description's order: as many as there are, at
+                                             most KX_ENUM_CAPACITY. Those behind can be set all the same, and
+                                             KX_CC_GetEnumEntryName tells the names of all. */
     uint32_t reserved[4];
 } KX_EnumValue;
 
@@ -451,11 +456,15 @@ KX_API KX_Status KX_CC_GetRegisterNames(KX_HANDLE handle, int64_t address, int64
  * the work there (KX_E_ABORTED). Of each value that a load has read or written it is told as of a getter or setter of
  * texts that is over (KX_OP_GET_STRING with a KX_StringValue, KX_OP_SET_STRING).
  * Save: all features of the categories that are streamable, readable and writable, for every combination of their
- * selectors, which are put back to what they were on every way out. The file appears whole or not at all.
+ * selectors, which are put back to what they were on every way out. The file appears whole or not at all. A camera
+ * without such a feature (descriptions before schema 1.1 know no Streamable) gives a file without an entry and KX_OK:
+ * the observer is told the number of entries (KX_CallEvent, `value`), and a comment in the file says it. Of a selector
+ * of more than 65,536 values the features are saved for the one that it has, of more than 262,144 combinations of
+ * selectors the first ones; then comments in the file say so and the status is KX_E_INCOMPLETE.
  * Load: passes over the file until nothing more settles, between the camera's streaming commands where it has them.
  * KX_E_FILE: the file cannot be opened, read or written; KX_E_FILE_FORMAT: it is no such file; KX_E_INCOMPLETE: some
- * entries did not take their value, or a selector could not be put back (KX_CC_GetLastErrorText lists them with their
- * reasons); KX_E_HANDLE, KX_E_PARAMETER; the statuses of a failed line; KX_E_ABORTED. */
+ * entries did not take their value, something was cut off, or a selector could not be put back
+ * (KX_CC_GetLastErrorText lists them with their reasons); KX_E_HANDLE, KX_E_PARAMETER; the statuses of a failed line; KX_E_ABORTED. */
 KX_API KX_Status KX_CC_FeatureSave(KX_HANDLE handle, const char* path);
 KX_API KX_Status KX_CC_FeatureLoad(KX_HANDLE handle, const char* path);
 
