@@ -270,13 +270,104 @@ TEST(DescriptionCheck, tellsWhatIsWrong)
     EXPECT_EQ(problemOf(nested(1001)), start + "it is nested too deeply.");
     EXPECT_EQ(problemOf(nested(100000)), start + "it is nested too deeply.");
     EXPECT_EQ(problemOf("<a>" + std::string(20 << 20, ' ') + "</a>"), start + "it is too long.");
-    const std::string bomb = "<?xml version=\"1.0\"?><!DOCTYPE r [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b "
-                             "\"&a;&a;&a;&a;&a;&a;&a;&a;\">]><RegisterDescription>&b;</RegisterDescription>";
-    EXPECT_EQ(problemOf(bomb), start + "it declares a document type, which may hide entities.");
-    EXPECT_EQ(problemOf("<a><!ENTITY b \"c\"></a>"),
-              start + "it declares a document type, which may hide entities.");
+    EXPECT_EQ(problemOf("<a><!ENTITY b \"c\"></a>"), start + "it is no XML.");
+    EXPECT_EQ(problemOf("<a/><!DOCTYPE a>"), start + "it is no XML.");
     for (size_t length = 1; length < plain.size() - 1; ++length)
         EXPECT_NE(problemOf(plain.substr(0, length)), "none") << length;
+}
+
+std::string withType(const std::string& subset, const std::string& content)
+{
+    return "<?xml version=\"1.0\"?>\n<!DOCTYPE a [" + subset + "]>\n<a>" + content + "</a>";
+}
+
+std::string repeated(const std::string& text, size_t times)
+{
+    std::string all;
+    for (size_t i = 0; i < times; ++i)
+        all += text;
+    return all;
+}
+
+TEST(DescriptionEntities, plainTextIsWelcome)
+{
+    for (const std::string& text : {
+             withType("<!ENTITY micro \"&#181;\">", "&micro;m"),
+             withType("<!ENTITY micro '&#xB5;'>\n<!-- ]> --><?x ]>?><!ENTITY more \"1 > 0 ] &amp; &micro;\">",
+                      "<b c='&more;'/>&micro;"),
+             withType("<!ELEMENT a ANY><!NOTATION n SYSTEM \"x>\">", ""),
+             std::string("<!DOCTYPE a><a/>"),
+             std::string("<!DOCTYPE a SYSTEM \"[>\" ><a>&lt;</a>"),
+         })
+        EXPECT_EQ(problemOf(text), "none") << text;
+}
+
+TEST(DescriptionEntities, whatMayHideSomethingIsRefused)
+{
+    const std::string start = "The description cannot be used: ";
+    const std::vector<std::pair<std::string, std::string>> expected = {
+        {withType("<!ENTITY % p \"x\">", ""), "it declares parameter entities."},
+        {withType("%p;<!ATTLIST a b CDATA \"x\">", ""), "it declares more than entities."},
+        {withType("<!ENTITY e SYSTEM \"file:///etc/passwd\">", "&e;"),
+         "it declares an entity that stands elsewhere."},
+        {withType("<!ENTITY e \"x\" NDATA n>", ""), "it declares an entity that stands elsewhere."},
+        {withType("<!ENTITY e>", ""), "it declares an entity without a value."},
+        {withType("<!ENTITY e '<b/>'>", ""), "it declares an entity that holds markup."},
+        {withType("<!ENTITY e '%p;'>", ""), "it declares an entity that holds markup."},
+        {withType("<!ENTITY e '&#60;b>'>", ""), "it declares an entity that holds markup."},
+        {withType("<!ENTITY e '&#x003c;b>'>", ""), "it declares an entity that holds markup."},
+        {withType("<!ENTITY e '&#38;f;'>", ""), "it declares an entity that holds markup."},
+        {withType("<!ENTITY e '&e;'>", ""), "it refers to an entity that it does not declare before."},
+        {withType("<!ENTITY e '&f;'><!ENTITY f 'x'>", ""),
+         "it refers to an entity that it does not declare before."},
+        {withType("", "&e;"), "it refers to an entity that it does not declare before."},
+        {withType("", "<b c=\"&e;\"/>"), "it refers to an entity that it does not declare before."},
+        {"<!DOCTYPE a [<!ENTITY e 'x'", "it is cut short."},
+        {"<!DOCTYPE a [<!ENTITY e 'x'>]", "it is cut short."},
+        {"<!DOCTYPE a", "it is cut short."},
+    };
+    for (const auto& [text, problem] : expected)
+        EXPECT_EQ(problemOf(text), start + problem) << text;
+}
+
+TEST(DescriptionEntities, areMeasuredByWhatTheyGrowTo)
+{
+    const std::string tooLong = "The description cannot be used: its entities make it too long.";
+    const std::string thousand = "<!ENTITY k \"" + std::string(1000, 'k') + "\">";
+    EXPECT_EQ(problemOf(withType(thousand, repeated("&k;", 16000))), "none");
+    EXPECT_EQ(problemOf(withType(thousand, repeated("&k;", 17000))), tooLong);
+    EXPECT_EQ(problemOf(withType(thousand, repeated("<b c='&k;'/>", 17000))), tooLong);
+    // Nobody puts anything in here, and what every text may say does not grow.
+    EXPECT_EQ(problemOf(withType(thousand, "<!--" + repeated("&k;", 17000) + "--><![CDATA[" +
+                                               repeated("&k;", 17000) + "]]>")),
+              "none");
+    EXPECT_EQ(problemOf(withType(thousand, repeated("&amp;&#181;", 500000))), "none");
+    // Ten times the one before, twenty times over: sizes beyond all numbers.
+    std::string bomb = "<!ENTITY e0 \"aaaaaaaaaa\">";
+    for (int i = 1; i <= 20; ++i)
+        bomb += "<!ENTITY e" + std::to_string(i) + " \"" + repeated("&e" + std::to_string(i - 1) + ";", 10) +
+                "\">";
+    EXPECT_EQ(problemOf(withType(bomb, "")), "none");
+    EXPECT_EQ(problemOf(withType(bomb, "&e7;")), tooLong);
+    EXPECT_EQ(problemOf(withType(bomb, "&e20;")), tooLong);
+    // Of two declarations the first one counts.
+    EXPECT_EQ(problemOf(withType("<!ENTITY e0 'x'>" + bomb, repeated("&e0;", 2000000))), "none");
+}
+
+TEST(DescriptionEntities, comeToTheNodesAsTheirText)
+{
+    tests::FakeCamera camera(
+        "<!DOCTYPE RegisterDescription [<!ENTITY two \"2\"><!ENTITY unit \"4&two;\">]>"
+        "<RegisterDescription><Integer Name=\"A&two;\"><Value>1&unit;</Value></Integer>"
+        "<String Name=\"B\"><Value>&#181;&two;&lt;</Value></String></RegisterDescription>");
+    ASSERT_EQ(camera.openStatus, KX_OK);
+    KX_IntegerValue value{};
+    EXPECT_EQ(KX_CC_GetIntValueEx(camera.handle, "A2", &value), KX_OK) << camera.lastError();
+    EXPECT_EQ(value.current, 142);
+    KX_StringValue text{};
+    EXPECT_EQ(KX_CC_GetStringValue(camera.handle, "B", &text), KX_OK);
+    EXPECT_STREQ(text.current, "\xC2\xB5"
+                               "2<");
 }
 
 // ---- a camera with a bad description ----
@@ -316,9 +407,9 @@ INSTANTIATE_TEST_SUITE_P(
         std::make_pair("cutShort", "<RegisterDescription>" + node),
         std::make_pair("twentyMegabytes", "<RegisterDescription>" + node + std::string(20 << 20, ' ') +
                                               "</RegisterDescription>"),
-        std::make_pair("entityBomb", "<!DOCTYPE r [<!ENTITY a \"" + std::string(1000, 'a') +
-                                         "\">]><RegisterDescription>" + node +
-                                         "&a;&a;</RegisterDescription>"),
+        std::make_pair("entityBomb", "<!DOCTYPE r [<!ENTITY a \"" + std::string(1000000, 'a') +
+                                         "\">]><RegisterDescription>" + node + repeated("&a;", 16) +
+                                         "</RegisterDescription>"),
         std::make_pair("nested", "<RegisterDescription>" + node + nested(100000) + "</RegisterDescription>"),
         std::make_pair("unknownEntity", "<RegisterDescription>" + node + "&b;</RegisterDescription>"),
         std::make_pair("badCharacters", "<RegisterDescription>" + node + "\xFF\xFE</RegisterDescription>"),

@@ -1,6 +1,7 @@
 // The feature bag over nodes that a test makes up: what is saved in which order, and how a file is applied.
 #include "KXCameraControl/bag/BagLoader.h"
 #include "KXCameraControl/bag/BagSaver.h"
+#include "camera/FakePort.h"
 
 #include <gtest/gtest.h>
 
@@ -74,10 +75,11 @@ public:
         const auto found = selects.find(feature);
         return found == selects.end() ? std::vector<std::string>() : found->second;
     }
-    std::vector<std::string> selectorValues(const std::string& selector, size_t limit) override
+    std::vector<std::string> selectorValues(const std::string& selector, size_t limit, bool& isMore) override
     {
         const std::vector<std::string>& all = values[selector];
-        return all.size() > limit ? std::vector<std::string>() : all;
+        isMore = all.size() > limit;
+        return isMore ? std::vector<std::string>() : all;
     }
     bool exists(const std::string& feature) override
     {
@@ -136,12 +138,11 @@ FakeNodes channels()
 
 std::string saved(FakeNodes& fake)
 {
-    std::vector<BagEntry> entries;
-    std::string remark;
-    EXPECT_EQ(collectBag(fake, entries, remark), KX_OK);
-    EXPECT_EQ(remark, "");
+    Bag bag;
+    EXPECT_EQ(collectBag(fake, bag), KX_OK);
+    EXPECT_EQ(bag.remark, "");
     std::string out;
-    for (const BagEntry& entry : entries)
+    for (const BagEntry& entry : bag.entries)
         out += entry.name + "=" + entry.value + " ";
     return out;
 }
@@ -215,10 +216,9 @@ TEST(FeatureBagSave, aRefusedFeatureIsLeftOutAndAFailedLineEndsIt)
     EXPECT_EQ(saved(fake).rfind("GainSelector=All", 0), 0u);
 
     fake.failure = KX_E_NO_ANSWER;
-    std::vector<BagEntry> entries;
-    std::string remark;
-    EXPECT_EQ(collectBag(fake, entries, remark), KX_E_NO_ANSWER);
-    EXPECT_TRUE(entries.empty());
+    Bag bag;
+    EXPECT_EQ(collectBag(fake, bag), KX_E_NO_ANSWER);
+    EXPECT_TRUE(bag.entries.empty());
 }
 
 TEST(FeatureBagSave, aFailureUnderASelectorStillPutsTheSelectorBack)
@@ -226,9 +226,8 @@ TEST(FeatureBagSave, aFailureUnderASelectorStillPutsTheSelectorBack)
     FakeNodes fake = channels();
     fake.failsToRead = "Gain";
     fake.failure = KX_E_NO_ANSWER;
-    std::vector<BagEntry> entries;
-    std::string remark;
-    EXPECT_EQ(collectBag(fake, entries, remark), KX_E_NO_ANSWER);
+    Bag bag;
+    EXPECT_EQ(collectBag(fake, bag), KX_E_NO_ANSWER);
     EXPECT_EQ(fake.nodes["GainSelector"].value, "Red");
     EXPECT_EQ(fake.log, (std::vector<std::string>{"GainSelector=All", "GainSelector=Red"}));
 }
@@ -239,10 +238,9 @@ TEST(FeatureBagSave, aSelectorThatCannotBeSetBackIsTold)
     fake.rules["GainSelector"] = [&](const std::string& text) {
         return text == "Red" && fake.nodes["GainSelector"].value == "Blue" ? KX_E_GC_ACCESS : KX_OK;
     };
-    std::vector<BagEntry> entries;
-    std::string remark;
-    EXPECT_EQ(collectBag(fake, entries, remark), KX_OK);
-    EXPECT_EQ(remark, "The selector GainSelector could not be set back to Red. ");
+    Bag bag;
+    EXPECT_EQ(collectBag(fake, bag), KX_OK);
+    EXPECT_EQ(bag.remark, "The selector GainSelector could not be set back to Red. ");
 }
 
 TEST(FeatureBagSave, aSelectorNeedNotBeStreamableItself)
@@ -252,12 +250,66 @@ TEST(FeatureBagSave, aSelectorNeedNotBeStreamableItself)
     EXPECT_EQ(saved(fake), "Width=640 GainSelector=All Gain=1 GainSelector=Red Gain=2 GainSelector=Red ");
 }
 
-TEST(FeatureBagSave, tooManySelectorValuesKeepTheOneThatIsSet)
+TEST(FeatureBagSave, aSelectorWhoseValuesCannotBeToldKeepsTheOneThatIsSet)
 {
     FakeNodes fake = channels();
     fake.values["GainSelector"].clear();
     EXPECT_EQ(saved(fake), "Width=640 GainSelector=Red Gain=2 GainSelector=Red GainSelector=Red ");
     EXPECT_TRUE(fake.log.empty()) << "no selector was touched";
+}
+
+TEST(FeatureBagSave, tooManySelectorValuesKeepTheOneThatIsSetAndAreTold)
+{
+    FakeNodes fake = channels();
+    fake.values["GainSelector"].resize(65537);
+    Bag bag;
+    EXPECT_EQ(collectBag(fake, bag), KX_OK);
+    EXPECT_EQ(bag.entries.size(), 5u);
+    EXPECT_TRUE(fake.log.empty()) << "no selector was touched";
+    EXPECT_EQ(bag.cuts, (std::vector<std::string>{"The selector GainSelector has more than 65536 values: its "
+                                                  "features are saved for the one that it has."}));
+    EXPECT_EQ(bag.remark, bag.cuts[0] + " ");
+}
+
+TEST(FeatureBagSave, whatCannotBeSavedOrMovedAnywayIsNoCut)
+{
+    FakeNodes fake = channels();
+    fake.values["GainSelector"].resize(65537);
+    fake.selectedNodes["Gain"]["GainSelector=Red;"].mode = KX_AM_READ_ONLY;
+    Bag bag;
+    EXPECT_EQ(collectBag(fake, bag), KX_OK);
+    EXPECT_EQ(bag.remark, "");
+
+    fake = channels();
+    fake.values["GainSelector"].resize(65537);
+    fake.nodes["GainSelector"].mode = KX_AM_READ_ONLY;
+    Bag fixed;
+    EXPECT_EQ(collectBag(fake, fixed), KX_OK);
+    EXPECT_EQ(fixed.remark, "");
+}
+
+// Two selectors of 512 values make 262,144 combinations; one value more is one too many.
+TEST(FeatureBagSave, combinationsBeyondTheLimitAreToldNotLeftOutInSilence)
+{
+    const auto combinations = [](size_t first, size_t second, std::vector<std::string>& cuts) {
+        FakeNodes fake;
+        fake.addSelector("A", std::vector<std::string>(first, "a"), {"Value"});
+        fake.addSelector("B", std::vector<std::string>(second, "b"), {"Value"});
+        fake.selectedNodes["Value"]["A=a;B=b;"].value = "1";
+        fake.order = {"Value"};
+        Bag bag;
+        EXPECT_EQ(collectBag(fake, bag), KX_OK);
+        cuts = bag.cuts;
+        return std::count_if(bag.entries.begin(), bag.entries.end(),
+                             [](const BagEntry& entry) { return entry.name == "Value"; });
+    };
+    std::vector<std::string> cuts;
+    EXPECT_EQ(combinations(512, 512, cuts), 262144);
+    EXPECT_TRUE(cuts.empty());
+    EXPECT_EQ(combinations(513, 512, cuts), 262144);
+    EXPECT_EQ(cuts,
+              (std::vector<std::string>{"There are more than 262144 combinations of A, B: features are saved "
+                                        "for the first ones."}));
 }
 
 TEST(FeatureBagLoad, unchangedValuesAreNotWritten)
@@ -381,7 +433,8 @@ TEST(FeatureBagFiles, saveThenLoadBringsTheCameraBack)
     TemporaryFolder folder;
     FakeNodes fake = channels();
     std::string message;
-    ASSERT_EQ(saveBag(fake, {"M", "C", "1"}, folder / "a.fpk", message), KX_OK);
+    uint32_t count = 0;
+    ASSERT_EQ(saveBag(fake, {"M", "C", "1"}, folder / "a.fpk", message, count), KX_OK);
     EXPECT_FALSE(std::filesystem::exists(folder / "a.fpk.part"));
     fake.nodes["Width"].value = "1";
     fake.selectedNodes["Gain"]["GainSelector=All;"].value = "10";
@@ -392,6 +445,39 @@ TEST(FeatureBagFiles, saveThenLoadBringsTheCameraBack)
     EXPECT_EQ(fake.nodes["GainSelector"].value, "Red");
 }
 
+TEST(FeatureBagFiles, aBagThatWasCutSaysSoAndIsReadAsAnyOther)
+{
+    TemporaryFolder folder;
+    FakeNodes fake = channels();
+    fake.values["GainSelector"].resize(65537);
+    std::string message;
+    uint32_t count = 0;
+    EXPECT_EQ(saveBag(fake, {"M", "C", "1"}, folder / "a.fpk", message, count), KX_E_INCOMPLETE);
+    EXPECT_EQ(message,
+              "The selector GainSelector has more than 65536 values: its features are saved for the one "
+              "that it has. ");
+    EXPECT_EQ(count, 5u);
+    EXPECT_NE(contentOf(folder / "a.fpk").find("\n# The selector GainSelector has more than 65536 values: "),
+              std::string::npos);
+    EXPECT_EQ(loadBag(fake, folder / "a.fpk", message), KX_OK) << message;
+}
+
+TEST(FeatureBagFiles, anEmptyBagIsASuccessThatSaysSo)
+{
+    TemporaryFolder folder;
+    FakeNodes fake;
+    std::string message;
+    uint32_t count = 99;
+    EXPECT_EQ(saveBag(fake, {"M", "C", "1"}, folder / "a.fpk", message, count), KX_OK);
+    EXPECT_EQ(message, "");
+    EXPECT_EQ(count, 0u);
+    EXPECT_EQ(contentOf(folder / "a.fpk"),
+              "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n# GenApi persistence file (version 3.0.0)\n"
+              "# Device = M::C -- Device version = 1\n"
+              "# No feature of this camera is streamable, readable and writable: nothing is saved.\n");
+    EXPECT_EQ(loadBag(fake, folder / "a.fpk", message), KX_OK) << message;
+}
+
 TEST(FeatureBagFiles, aFailedSaveLeavesTheOldFile)
 {
     TemporaryFolder folder;
@@ -400,7 +486,8 @@ TEST(FeatureBagFiles, aFailedSaveLeavesTheOldFile)
     fake.failsToRead = "Width";
     fake.failure = KX_E_NO_ANSWER;
     std::string message;
-    EXPECT_EQ(saveBag(fake, {}, folder / "a.fpk", message), KX_E_NO_ANSWER);
+    uint32_t count = 0;
+    EXPECT_EQ(saveBag(fake, {}, folder / "a.fpk", message, count), KX_E_NO_ANSWER);
     EXPECT_EQ(contentOf(folder / "a.fpk"), "old");
 }
 
@@ -409,7 +496,8 @@ TEST(FeatureBagFiles, whatCannotBeOpenedSaysSo)
     TemporaryFolder folder;
     FakeNodes fake = channels();
     std::string message;
-    EXPECT_EQ(saveBag(fake, {}, folder / "missing/a.fpk", message), KX_E_FILE);
+    uint32_t count = 0;
+    EXPECT_EQ(saveBag(fake, {}, folder / "missing/a.fpk", message, count), KX_E_FILE);
     EXPECT_NE(message.find("cannot be written: No such file"), std::string::npos) << message;
     fake.log.clear();
     EXPECT_EQ(loadBag(fake, folder / "none.fpk", message), KX_E_FILE);
@@ -428,7 +516,48 @@ TEST(FeatureBagFiles, aFullDiskIsReported)
     TemporaryFolder folder;
     std::filesystem::create_symlink("/dev/full", folder / "a.fpk.part");
     std::string message;
-    EXPECT_EQ(saveBag(fake, {}, folder / "a.fpk", message), KX_E_FILE);
+    uint32_t count = 0;
+    EXPECT_EQ(saveBag(fake, {}, folder / "a.fpk", message, count), KX_E_FILE);
     EXPECT_NE(message.find("No space left"), std::string::npos) << message;
     EXPECT_FALSE(std::filesystem::exists(folder / "a.fpk"));
+}
+
+// A camera whose one feature is selected by an index from 0 to `last`; saved to `path`.
+static KX_Status saveIndexed(int last, const std::string& path, uint32_t& count)
+{
+    tests::FakeCamera camera(
+        "<RegisterDescription SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\"><Category Name=\"Root\">"
+        "<pFeature>Entry</pFeature></Category><Integer Name=\"Index\"><Value>0</Value><Min>0</Min><Max>" +
+        std::to_string(last) +
+        "</Max><pSelected>Entry</pSelected></Integer><Integer Name=\"Entry\"><Value>7</Value>"
+        "<Streamable>Yes</Streamable></Integer></RegisterDescription>");
+    KX_CC_SetCallObserver(
+        camera.handle,
+        [](void* user, const KX_CallEvent* event) {
+            if (event->operation == KX_OP_FEATURE_SAVE && event->finished && event->value)
+                *static_cast<uint32_t*>(user) = *static_cast<const uint32_t*>(event->value);
+            return 0;
+        },
+        &count);
+    return KX_CC_FeatureSave(camera.handle, path.c_str());
+}
+
+TEST(FeatureBagOfACamera, tellsTheObserverHowManyEntriesItHas)
+{
+    TemporaryFolder folder;
+    uint32_t count = 99;
+    EXPECT_EQ(saveIndexed(1, folder / "a.fpk", count), KX_OK);
+    EXPECT_EQ(count, 5u); // an index and an entry twice, and the index as it was found
+}
+
+TEST(FeatureBagOfACamera, aSelectorOf65536ValuesIsWholeAndOfMoreIsNot)
+{
+    TemporaryFolder folder;
+    uint32_t count = 99;
+    EXPECT_EQ(saveIndexed(65535, folder / "a.fpk", count), KX_OK);
+    EXPECT_EQ(count, 2 * 65536u + 1);
+    EXPECT_EQ(saveIndexed(65536, folder / "a.fpk", count), KX_E_INCOMPLETE);
+    EXPECT_EQ(count, 2 * 65536u + 1); // told with a success only
+    EXPECT_NE(contentOf(folder / "a.fpk").find("# The selector Index has more than 65536 values: "),
+              std::string::npos);
 }

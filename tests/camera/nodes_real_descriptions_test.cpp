@@ -53,6 +53,15 @@ KX_Status readFeature(KX_HANDLE handle, const kx::Node& node)
     }
 }
 
+// Such a value stays in the host: it may be set, but no camera ever gets it.
+bool standsInTheDescription(const kx::Node& node)
+{
+    const kx::Node* end = &node;
+    while (const kx::Node* next = end->link(kx::Tag::pValue))
+        end = next;
+    return !end->find(kx::Tag::pPort);
+}
+
 bool speaksOfTheFeature(KX_Status status)
 {
     return status == KX_OK || (status >= KX_E_GC_GENERIC && status <= KX_E_GC_ACCESS);
@@ -88,6 +97,11 @@ TEST(RealDescriptions, loadAndEveryFeatureAnswers)
             brokenFormulas += !node.from.problem.empty();
             KX_XML_AccessMode mode = KX_AM_UNDEFINED;
             EXPECT_EQ(KX_XML_GetNodeAccessMode(camera.handle, node.name.c_str(), &mode), KX_OK) << node.name;
+            bool isEverWritable = false;
+            EXPECT_EQ(KX_CC_IsEverWritable(camera.handle, node.name.c_str(), &isEverWritable), KX_OK);
+            EXPECT_TRUE(isEverWritable || mode == KX_AM_READ_ONLY || mode < KX_AM_WRITE_ONLY ||
+                        mode > KX_AM_READ_WRITE || standsInTheDescription(node))
+                << node.name;
             const KX_Status status = readFeature(camera.handle, node);
             EXPECT_TRUE(speaksOfTheFeature(status)) << node.name << ": " << camera.lastError();
             ++statuses[status];

@@ -268,6 +268,26 @@ TEST_F(NodeValues, anEnumerationBeyond32BitsIsRefusedAndNeverAnother)
     EXPECT_STREQ(name, "Low");
 }
 
+TEST_F(NodeValues, anEnumerationOfMoreEntriesThanItsRecordHoldsIsCountedWhole)
+{
+    std::string xml = "<RegisterDescription><Enumeration Name=\"Many\">";
+    for (int i = 0; i < 70; ++i)
+        xml += "<EnumEntry Name=\"E" + std::to_string(i) + "\"><Value>" + std::to_string(1000 + i) +
+               "</Value></EnumEntry>";
+    tests::FakeCamera many(xml + "<Value>1069</Value></Enumeration></RegisterDescription>");
+    KX_EnumValue value{};
+    ASSERT_EQ(KX_CC_GetEnumValue(many.handle, "Many", &value), KX_OK);
+    EXPECT_EQ(value.current, 1069u);
+    EXPECT_EQ(value.supportedCount, 70u);
+    EXPECT_EQ(value.supported[KX_ENUM_CAPACITY - 1], 1063u);
+    EXPECT_EQ(value.reserved[0], 0u); // what stands behind the list
+    char text[8] = {};
+    uint32_t length = 0;
+    EXPECT_EQ(KX_CC_GetEnumEntryName(many.handle, "Many", 1069, text, sizeof text, &length), KX_OK);
+    EXPECT_STREQ(text, "E69");
+    EXPECT_EQ(KX_CC_SetEnumValue(many.handle, "Many", 1065), KX_OK);
+}
+
 TEST_F(NodeValues, entriesHaveNamesWhetherTheyAreUsableOrNot)
 {
     const auto nameOf = [&](uint32_t value) -> std::string {

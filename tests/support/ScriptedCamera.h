@@ -53,6 +53,8 @@ struct ScriptedNode
     std::optional<KX_FloatValue> real;
     std::optional<KX_StringValue> text;
     KX_XML_AccessMode accessMode = KX_AM_READ_WRITE;
+    bool isEverWritable = true;
+    std::map<uint32_t, QByteArray> related; // by KX_Relation, separated by line feeds
 };
 
 // One camera. May be used from any thread, also while calls run; side effects may call it as well.
@@ -73,7 +75,16 @@ public:
     // A node without a value of its own, or a change to one that has been set.
     void setAccessMode(const QByteArray& name, KX_XML_AccessMode mode);
     void removeNode(const QByteArray& name);
+    // What the description says of a node; likewise.
+    void setEverWritable(const QByteArray& name, bool writable);
+    void setRelatedNames(const QByteArray& name, KX_Relation relation, const QByteArray& names);
+    // A register of the description. While there is none, an address may be of any register (one that is
+    // written and whose place only the camera can tell).
+    void addDescribedRegister(const QByteArray& name, qint64 address, qint64 length, bool isEverWritable);
     ScriptedNode node(const QByteArray& name) const; // an empty one for an unknown name
+    bool hasNode(const QByteArray& name) const;
+    // What is described there; `names` as the library hands them out.
+    KX_RegisterCoverage coverage(qint64 address, qint64 length, QByteArray& names) const;
 
     // Memory by byte; what was never set reads as 0.
     void setMemory(qint64 address, const QByteArray& bytes);
@@ -108,6 +119,12 @@ public:
 private:
     friend class ScriptedCall;
     using Range = std::pair<qint64, qint64>; // begin, end
+    struct DescribedRegister
+    {
+        QByteArray name;
+        Range range;
+        bool isEverWritable;
+    };
 
     bool touches(const std::vector<Range>& ranges, qint64 address, qint64 length) const;
     KX_Status read(void* buffer, qint64 address, qint64 length) const;
@@ -126,6 +143,7 @@ private:
     std::map<QByteArray, ScriptedNode> m_nodes;
     std::map<qint64, quint8> m_bytes;
     std::vector<Range> m_unreadable, m_unwritable;
+    std::vector<DescribedRegister> m_registers;
     bool m_rejectsUnaligned = false;
     QByteArray m_description;
     std::vector<DescriptionAnswer> m_answers;

@@ -45,7 +45,7 @@ KX_Status takeInteger(KX_IntegerValue& node, int64_t value)
 KX_Status takeEntry(KX_EnumValue& node, uint32_t value)
 {
     const uint32_t* begin = node.supported;
-    const uint32_t* end = begin + node.supportedCount;
+    const uint32_t* end = begin + std::min<uint32_t>(node.supportedCount, KX_ENUM_CAPACITY);
     if (std::find(begin, end, value) == end)
         return KX_E_GC_ARGUMENT;
     node.current = value;
@@ -58,6 +58,15 @@ KX_Status takeText(KX_StringValue& node, const char* text)
         return KX_E_GC_ARGUMENT;
     std::memset(node.current, 0, sizeof node.current);
     std::strcpy(node.current, text);
+    return KX_OK;
+}
+
+KX_Status handOut(const QByteArray& source, char* text, uint32_t capacity, uint32_t* length)
+{
+    *length = uint32_t(source.size());
+    if (capacity <= *length)
+        return KX_E_BUFFER_TOO_SMALL;
+    std::strcpy(text, source.constData());
     return KX_OK;
 }
 
@@ -313,6 +322,54 @@ KX_API KX_Status KX_XML_GetGenICamXML(KX_HANDLE handle, void* buffer, uint32_t s
 KX_API KX_Status KX_XML_GetNodeAccessMode(KX_HANDLE handle, const char* name, KX_XML_AccessMode* mode)
 {
     return ScriptedCall("GetNodeAccessMode", handle, name, {}, KX_OP_GET_ACCESS_MODE).accessMode(mode);
+}
+
+KX_API KX_Status KX_CC_IsEverWritable(KX_HANDLE handle, const char* name, bool* writable)
+{
+    return ScriptedCall("IsEverWritable", handle, name, {}, KX_OP_IS_EVER_WRITABLE)
+        .run([&](ScriptedHandle&, ScriptedDevice& device) -> KX_Status {
+            if (!device.hasNode(name))
+                return KX_E_GC_PROPERTY;
+            *writable = device.node(name).isEverWritable;
+            return KX_OK;
+        });
+}
+
+KX_API KX_Status KX_CC_GetRelatedNames(KX_HANDLE handle, const char* name, uint32_t relation, char* text,
+                                       uint32_t capacity, uint32_t* length)
+{
+    return ScriptedCall("GetRelatedNames", handle, name, {relation}, KX_OP_GET_RELATED_NAMES)
+        .run([&](ScriptedHandle&, ScriptedDevice& device) -> KX_Status {
+            if (!device.hasNode(name))
+                return KX_E_GC_PROPERTY;
+            return handOut(device.node(name).related[relation], text, capacity, length);
+        });
+}
+
+KX_API KX_Status KX_CC_GetRegisterCoverage(KX_HANDLE handle, int64_t address, int64_t length,
+                                           KX_RegisterCoverage* coverage)
+{
+    return ScriptedCall("GetRegisterCoverage", handle, nullptr, memoryArguments(address, length),
+                        KX_OP_GET_REGISTER_COVERAGE)
+        .at(address, length)
+        .run([&](ScriptedHandle&, ScriptedDevice& device) -> KX_Status {
+            QByteArray names;
+            *coverage = device.coverage(address, length, names);
+            return KX_OK;
+        });
+}
+
+KX_API KX_Status KX_CC_GetRegisterNames(KX_HANDLE handle, int64_t address, int64_t length, char* text,
+                                        uint32_t capacity, uint32_t* textLength)
+{
+    return ScriptedCall("GetRegisterNames", handle, nullptr, memoryArguments(address, length),
+                        KX_OP_GET_REGISTER_NAMES)
+        .at(address, length)
+        .run([&](ScriptedHandle&, ScriptedDevice& device) -> KX_Status {
+            QByteArray names;
+            device.coverage(address, length, names);
+            return handOut(names, text, capacity, textLength);
+        });
 }
 
 KX_API KX_Status KX_CC_FeatureSave(KX_HANDLE handle, const char* path)

@@ -34,8 +34,9 @@ void ScriptedDevice::setEnumeration(const QByteArray& name, quint32 current,
 {
     KX_EnumValue value{};
     value.current = current;
-    value.supportedCount = quint32(std::min<std::size_t>(supported.size(), KX_ENUM_CAPACITY));
-    std::copy_n(supported.begin(), value.supportedCount, value.supported);
+    value.supportedCount = quint32(supported.size());
+    std::copy_n(supported.begin(), std::min<std::size_t>(supported.size(), KX_ENUM_CAPACITY),
+                value.supported);
     const Lock lock(m_mutex);
     m_nodes[name].enumeration = value;
 }
@@ -72,11 +73,51 @@ void ScriptedDevice::removeNode(const QByteArray& name)
     m_nodes.erase(name);
 }
 
+void ScriptedDevice::setEverWritable(const QByteArray& name, bool writable)
+{
+    const Lock lock(m_mutex);
+    m_nodes[name].isEverWritable = writable;
+}
+
+void ScriptedDevice::setRelatedNames(const QByteArray& name, KX_Relation relation, const QByteArray& names)
+{
+    const Lock lock(m_mutex);
+    m_nodes[name].related[relation] = names;
+}
+
+void ScriptedDevice::addDescribedRegister(const QByteArray& name, qint64 address, qint64 length,
+                                          bool isEverWritable)
+{
+    const Lock lock(m_mutex);
+    m_registers.push_back({name, {address, address + length}, isEverWritable});
+}
+
+KX_RegisterCoverage ScriptedDevice::coverage(qint64 address, qint64 length, QByteArray& names) const
+{
+    const Lock lock(m_mutex);
+    KX_RegisterCoverage result{};
+    result.unplaced = result.unplacedWritable = m_registers.empty() ? 1 : 0;
+    for (const DescribedRegister& described : m_registers) {
+        if (!touches({described.range}, address, length))
+            continue;
+        ++result.registers;
+        result.writable += described.isEverWritable ? 1 : 0;
+        names += (names.isEmpty() ? "" : "\n") + described.name;
+    }
+    return result;
+}
+
 ScriptedNode ScriptedDevice::node(const QByteArray& name) const
 {
     const Lock lock(m_mutex);
     const auto found = m_nodes.find(name);
     return found == m_nodes.end() ? ScriptedNode() : found->second;
+}
+
+bool ScriptedDevice::hasNode(const QByteArray& name) const
+{
+    const Lock lock(m_mutex);
+    return m_nodes.count(name) > 0;
 }
 
 void ScriptedDevice::setMemory(qint64 address, const QByteArray& bytes)

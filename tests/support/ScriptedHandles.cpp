@@ -49,12 +49,14 @@ void fillField(uint8_t (&field)[Size], const QByteArray& text)
 bool isOperation(const QByteArray& operation)
 {
     static const QByteArrayList operations{
-        "EnumDevices",          "IsDeviceAccessible", "CreateHandle",   "OpenDevice",   "CloseDevice",
-        "DestroyHandle",        "SetTimeout",         "GetBoolValue",   "GetEnumValue", "GetFloatValue",
-        "GetIntValueEx",        "GetStringValue",     "SetBoolValue",   "SetEnumValue", "SetFloatValue",
-        "SetIntValueEx",        "SetStringValue",     "ExecuteCommand", "ReadMemory",   "WriteMemory",
-        "GetGenICamXML",        "GetNodeAccessMode",  "FeatureSave",    "FeatureLoad",  "GetEnumEntryName",
-        "GetIntIncrementOrigin"};
+        "EnumDevices",         "IsDeviceAccessible",    "CreateHandle",   "OpenDevice",
+        "CloseDevice",         "DestroyHandle",         "SetTimeout",     "GetBoolValue",
+        "GetEnumValue",        "GetFloatValue",         "GetIntValueEx",  "GetStringValue",
+        "SetBoolValue",        "SetEnumValue",          "SetFloatValue",  "SetIntValueEx",
+        "SetStringValue",      "ExecuteCommand",        "ReadMemory",     "WriteMemory",
+        "GetGenICamXML",       "GetNodeAccessMode",     "FeatureSave",    "FeatureLoad",
+        "GetEnumEntryName",    "GetIntIncrementOrigin", "IsEverWritable", "GetRelatedNames",
+        "GetRegisterCoverage", "GetRegisterNames"};
     return operations.contains(operation);
 }
 

@@ -209,4 +209,39 @@ TEST_F(ScriptedCameraTest, AnObserverMayRefuse)
     EXPECT_EQ(KX_CC_CloseDevice(handle), KX_OK);
 }
 
+TEST_F(ScriptedCameraTest, tellsWhatADescriptionWouldSay)
+{
+    const KX_HANDLE handle = openCamera();
+    device.setInteger("Width", 1);
+    bool writable = false;
+    EXPECT_EQ(KX_CC_IsEverWritable(handle, "Width", &writable), KX_OK);
+    EXPECT_TRUE(writable);
+    device.setEverWritable("Width", false);
+    EXPECT_EQ(KX_CC_IsEverWritable(handle, "Width", &writable), KX_OK);
+    EXPECT_FALSE(writable);
+    EXPECT_EQ(KX_CC_IsEverWritable(handle, "Nobody", &writable), KX_E_GC_PROPERTY);
+
+    char text[20] = {};
+    uint32_t length = 0;
+    device.setRelatedNames("Width", KX_RELATED_LOCKS, "A\nB");
+    EXPECT_EQ(KX_CC_GetRelatedNames(handle, "Width", KX_RELATED_LOCKS, text, sizeof text, &length), KX_OK);
+    EXPECT_STREQ(text, "A\nB");
+    EXPECT_EQ(KX_CC_GetRelatedNames(handle, "Width", KX_RELATED_PLACE, text, sizeof text, &length), KX_OK);
+    EXPECT_STREQ(text, "");
+
+    KX_RegisterCoverage coverage{};
+    EXPECT_EQ(KX_CC_GetRegisterCoverage(handle, 0x100, 4, &coverage), KX_OK);
+    EXPECT_EQ(coverage.unplacedWritable, 1u);
+    device.addDescribedRegister("Reg", 0x100, 4, false);
+    EXPECT_EQ(KX_CC_GetRegisterCoverage(handle, 0x102, 4, &coverage), KX_OK);
+    EXPECT_EQ(coverage.registers, 1u);
+    EXPECT_EQ(coverage.writable, 0u);
+    EXPECT_EQ(coverage.unplaced, 0u);
+    EXPECT_EQ(KX_CC_GetRegisterNames(handle, 0x102, 4, text, sizeof text, &length), KX_OK);
+    EXPECT_STREQ(text, "Reg");
+    EXPECT_EQ(KX_CC_GetRegisterCoverage(handle, 0x104, 4, &coverage), KX_OK);
+    EXPECT_EQ(coverage.registers, 0u);
+    EXPECT_TRUE(cameraViolations().isEmpty());
+}
+
 } // namespace

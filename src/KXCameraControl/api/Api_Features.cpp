@@ -10,26 +10,6 @@ using namespace kx::api;
 namespace
 {
 
-// A call on one node.
-template <class Body>
-KX_Status onNode(KX_HANDLE handle, KX_Operation kind, const char* name, const void* value,
-                 bool parametersAreGood, Body body)
-{
-    const bool allGood = parametersAreGood && name && *name;
-    return onLine(handle, allGood, {kind, name, 0, 0, value}, [&](Camera& camera) -> Outcome {
-        if (const KX_Status lost = camera.lineStatus())
-            return lost;
-        NodeMap& nodes = camera.nodesForCall();
-        const KX_Status status = body(nodes);
-        // Where the description was no good, no name is known: the reason helps more than the name.
-        if (status == KX_E_GC_PROPERTY && !camera.descriptionProblem().empty())
-            return {status, camera.descriptionProblem()};
-        return {status, status == KX_OK ? std::string() : nodes.lastError()};
-    });
-}
-
-constexpr int64_t maximumMemoryLength = 0x1000000;
-
 template <class Body>
 KX_Status onMemory(KX_HANDLE handle, KX_Operation kind, const void* buffer, int64_t address, int64_t length,
                    Body body)
@@ -74,9 +54,9 @@ void tellValue(KX_HANDLE handle, Camera& camera, const std::string& feature, con
 }
 
 template <class Body>
-KX_Status featureFile(KX_HANDLE handle, KX_Operation kind, const char* path, Body body)
+KX_Status featureFile(KX_HANDLE handle, KX_Operation kind, const char* path, const void* value, Body body)
 {
-    return onLine(handle, path && *path, {kind, path}, [&](Camera& camera) -> Outcome {
+    return onLine(handle, path && *path, {kind, path, 0, 0, value}, [&](Camera& camera) -> Outcome {
         if (const KX_Status lost = camera.lineStatus())
             return lost;
         CameraNodes bag(camera, [&](const std::string& feature) {
@@ -215,15 +195,16 @@ KX_Status KX_XML_GetNodeAccessMode(KX_HANDLE handle, const char* name, KX_XML_Ac
 
 KX_Status KX_CC_FeatureSave(KX_HANDLE handle, const char* path)
 {
-    return featureFile(handle, KX_OP_FEATURE_SAVE, path,
-                       [](CameraNodes& bag, const std::string& file, std::string& message) {
-                           return saveBag(bag, bag.identity(), file, message);
+    uint32_t count = 0;
+    return featureFile(handle, KX_OP_FEATURE_SAVE, path, &count,
+                       [&](CameraNodes& bag, const std::string& file, std::string& message) {
+                           return saveBag(bag, bag.identity(), file, message, count);
                        });
 }
 
 KX_Status KX_CC_FeatureLoad(KX_HANDLE handle, const char* path)
 {
-    return featureFile(handle, KX_OP_FEATURE_LOAD, path,
+    return featureFile(handle, KX_OP_FEATURE_LOAD, path, nullptr,
                        [](CameraNodes& bag, const std::string& file, std::string& message) {
                            return loadBag(bag, file, message);
                        });

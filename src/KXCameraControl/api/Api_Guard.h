@@ -139,6 +139,33 @@ KX_Status onLine(KX_HANDLE handle, bool parametersAreGood, const Operation& oper
     });
 }
 
+// A call on the nodes of an open connection.
+template <class Body>
+KX_Status onNodes(KX_HANDLE handle, bool parametersAreGood, const Operation& operation, Body body)
+{
+    return onLine(handle, parametersAreGood, operation, [&](Camera& camera) -> Outcome {
+        if (const KX_Status lost = camera.lineStatus())
+            return lost;
+        NodeMap& nodes = camera.nodesForCall();
+        const KX_Status status = body(nodes);
+        // Where the description was no good, no name is known: the reason helps more than the name.
+        if (status == KX_E_GC_PROPERTY && !camera.descriptionProblem().empty())
+            return {status, camera.descriptionProblem()};
+        return {status, status == KX_OK ? std::string() : nodes.lastError()};
+    });
+}
+
+// On one of them.
+template <class Body>
+KX_Status onNode(KX_HANDLE handle, KX_Operation kind, const char* name, const void* value,
+                 bool parametersAreGood, Body body)
+{
+    return onNodes(handle, parametersAreGood && name && *name, {kind, name, 0, 0, value}, body);
+}
+
+// Of one call on device memory, in bytes.
+constexpr int64_t maximumMemoryLength = 0x1000000;
+
 // A text into a caller's buffer.
 inline KX_Status copyText(const std::string& source, char* text, uint32_t capacity, uint32_t* length)
 {

@@ -22,8 +22,9 @@ public:
     virtual std::vector<std::string> selectors() = 0;
     // Names that `feature` selects, directly.
     virtual std::vector<std::string> selectedFeatures(const std::string& feature) = 0;
-    // Every value that a selector can take now, at most `limit`; empty when there are more or none.
-    virtual std::vector<std::string> selectorValues(const std::string& selector, size_t limit) = 0;
+    // Every value that a selector can take now; empty when there are none, or more than `limit` (`isMore`).
+    virtual std::vector<std::string> selectorValues(const std::string& selector, size_t limit,
+                                                    bool& isMore) = 0;
 
     virtual bool exists(const std::string& feature) = 0;
     virtual KX_Status accessMode(const std::string& feature, KX_XML_AccessMode& mode) = 0;

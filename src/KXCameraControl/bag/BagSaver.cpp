@@ -16,7 +16,7 @@ namespace
 // A selector with more values than this (a look-up table's index, say) is not enumerated: its features are
 // saved for the value it has.
 constexpr size_t kMaxSelectorValues = 65536;
-// Combinations of one group of selectors; more are cut down to the combination that is set.
+// Combinations of one group of selectors; those behind are left out.
 constexpr size_t kMaxCombinations = 262144;
 
 bool isReadable(KX_XML_AccessMode mode)
@@ -75,7 +75,7 @@ private:
 class Collector
 {
 public:
-    Collector(BagNodes& nodes, std::vector<BagEntry>& entries) : m_nodes(nodes), m_entries(entries) {}
+    Collector(BagNodes& nodes, Bag& bag) : m_nodes(nodes), m_bag(bag), m_entries(bag.entries) {}
 
     KX_Status collect()
     {
@@ -97,8 +97,6 @@ public:
                 take(feature);
         return m_status;
     }
-
-    const std::string& remark() const { return m_remark; }
 
 private:
     bool lineFailed() const { return m_status != KX_OK; }
@@ -135,33 +133,64 @@ private:
         }
         const size_t begin = m_entries.size();
         size_t combinations = 0;
-        descend(selectors, 0, features, combinations);
+        std::set<std::string> cuts;
+        descend(selectors, 0, features, combinations, cuts);
+        // Where nothing is saved at all, nothing was cut off.
+        if (m_entries.size() > begin)
+            tellCuts(cuts);
         restore(originals, begin);
+    }
+
+    void tellCuts(const std::set<std::string>& cuts)
+    {
+        for (const std::string& cut : cuts) {
+            if (std::find(m_bag.cuts.begin(), m_bag.cuts.end(), cut) != m_bag.cuts.end())
+                continue;
+            m_bag.cuts.push_back(cut);
+            m_bag.remark += cut + " ";
+        }
+    }
+
+    static std::string tooManyCombinations(const Selectors& selectors)
+    {
+        std::string names;
+        for (const std::string& selector : selectors)
+            names += (names.empty() ? "" : ", ") + selector;
+        return "There are more than " + std::to_string(kMaxCombinations) + " combinations of " + names +
+               ": features are saved for the first ones.";
     }
 
     // Sets the selectors from the `depth`th on to each of their values in turn.
     void descend(const Selectors& selectors, size_t depth, const std::vector<std::string>& features,
-                 size_t& combinations)
+                 size_t& combinations, std::set<std::string>& cuts)
     {
-        if (lineFailed() || combinations >= kMaxCombinations)
+        if (lineFailed())
             return;
+        if (combinations >= kMaxCombinations) {
+            cuts.insert(tooManyCombinations(selectors));
+            return;
+        }
         if (depth == selectors.size()) {
             ++combinations;
             takeCombination(selectors, features);
             return;
         }
         const std::string& selector = selectors[depth];
-        const std::vector<std::string> values = m_nodes.selectorValues(selector, kMaxSelectorValues);
+        bool isMore = false;
+        const std::vector<std::string> values = m_nodes.selectorValues(selector, kMaxSelectorValues, isMore);
         KX_XML_AccessMode mode = KX_AM_NOT_IMPLEMENTED;
         if (!note(m_nodes.accessMode(selector, mode)))
             return;
+        if (isMore && mode == KX_AM_READ_WRITE)
+            cuts.insert("The selector " + selector + " has more than " + std::to_string(kMaxSelectorValues) +
+                        " values: its features are saved for the one that it has.");
         if (values.empty() || mode != KX_AM_READ_WRITE) {
-            descend(selectors, depth + 1, features, combinations);
+            descend(selectors, depth + 1, features, combinations, cuts);
             return;
         }
         for (const std::string& value : values)
             if (!lineFailed() && note(m_nodes.writeText(selector, value)))
-                descend(selectors, depth + 1, features, combinations);
+                descend(selectors, depth + 1, features, combinations, cuts);
     }
 
     void takeCombination(const Selectors& selectors, const std::vector<std::string>& features)
@@ -189,14 +218,14 @@ private:
                 continue;
             const KX_Status status = m_nodes.writeText(selector, text);
             if (!note(status))
-                m_remark += "The selector " + selector + " could not be set back to " + text + ". ";
+                m_bag.remark += "The selector " + selector + " could not be set back to " + text + ". ";
         }
     }
 
     BagNodes& m_nodes;
+    Bag& m_bag;
     std::vector<BagEntry>& m_entries;
     KX_Status m_status = KX_OK;
-    std::string m_remark;
 };
 
 // Through a temporary and a rename: whoever looks at `path` sees the old file or the whole new one.
@@ -221,23 +250,25 @@ KX_Status writeFile(const std::string& path, const std::string& text, std::strin
 
 } // namespace
 
-KX_Status collectBag(BagNodes& nodes, std::vector<BagEntry>& entries, std::string& remark)
+KX_Status collectBag(BagNodes& nodes, Bag& bag)
 {
-    Collector collector(nodes, entries);
-    const KX_Status status = collector.collect();
-    remark = collector.remark();
-    return status;
+    return Collector(nodes, bag).collect();
 }
 
-KX_Status saveBag(BagNodes& nodes, const BagIdentity& identity, const std::string& path, std::string& message)
+KX_Status saveBag(BagNodes& nodes, const BagIdentity& identity, const std::string& path, std::string& message,
+                  uint32_t& count)
 {
-    std::vector<BagEntry> entries;
-    const KX_Status status = collectBag(nodes, entries, message);
+    Bag bag;
+    const KX_Status status = collectBag(nodes, bag);
+    message = bag.remark;
+    count = static_cast<uint32_t>(bag.entries.size());
     if (status != KX_OK)
         return status;
-    const std::string remark = message;
-    const KX_Status written = writeFile(path, bagText(identity, entries), message);
-    return written == KX_OK && !remark.empty() ? KX_E_INCOMPLETE : written;
+    if (bag.entries.empty())
+        bag.cuts.push_back(
+            "No feature of this camera is streamable, readable and writable: nothing is saved.");
+    const KX_Status written = writeFile(path, bagText(identity, bag.entries, bag.cuts), message);
+    return written == KX_OK && !bag.remark.empty() ? KX_E_INCOMPLETE : written;
 }
 
 } // namespace kx

@@ -29,12 +29,15 @@ bool parseSelectors(const std::string& text, std::vector<std::pair<std::string, 
 
 } // namespace
 
-std::string bagText(const BagIdentity& identity, const std::vector<BagEntry>& entries)
+std::string bagText(const BagIdentity& identity, const std::vector<BagEntry>& entries,
+                    const std::vector<std::string>& remarks)
 {
     std::string out = kIdentification;
     out += "\n# GenApi persistence file (version 3.0.0)\n";
     out += "# Device = " + identity.vendor + "::" + identity.model +
            " -- Device version = " + identity.deviceVersion + "\n";
+    for (const std::string& remark : remarks)
+        out += "# " + remark + "\n";
     for (const BagEntry& entry : entries)
         out += entry.name + "\t" + entry.value + "\n";
     return out;

@@ -23,7 +23,9 @@ struct BagEntry
     std::string value;
 };
 
-std::string bagText(const BagIdentity& identity, const std::vector<BagEntry>& entries);
+// `remarks` stand as comments before the entries.
+std::string bagText(const BagIdentity& identity, const std::vector<BagEntry>& entries,
+                    const std::vector<std::string>& remarks = {});
 // False unless the text begins with the persistence format's identification line.
 bool parseBag(const std::string& text, std::vector<BagEntry>& entries, std::string& error);
 

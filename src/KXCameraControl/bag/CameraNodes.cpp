@@ -48,11 +48,13 @@ std::vector<std::string> CameraNodes::selectedFeatures(const std::string& featur
     return m_camera.nodesForCall().selectedFeatures(feature);
 }
 
-std::vector<std::string> CameraNodes::selectorValues(const std::string& selector, size_t limit)
+std::vector<std::string> CameraNodes::selectorValues(const std::string& selector, size_t limit, bool& isMore)
 {
     std::vector<std::string> values;
-    const KX_Status status =
-        call(selector, [&](NodeMap& nodes) { return nodes.selectorValues(selector.c_str(), limit, values); });
+    isMore = false;
+    const KX_Status status = call(selector, [&](NodeMap& nodes) {
+        return nodes.selectorValues(selector.c_str(), limit, values, isMore);
+    });
     return status == KX_OK ? values : std::vector<std::string>();
 }
 

@@ -28,7 +28,7 @@ public:
     std::vector<std::string> streamableFeatures() override;
     std::vector<std::string> selectors() override;
     std::vector<std::string> selectedFeatures(const std::string& feature) override;
-    std::vector<std::string> selectorValues(const std::string& selector, size_t limit) override;
+    std::vector<std::string> selectorValues(const std::string& selector, size_t limit, bool& isMore) override;
     bool exists(const std::string& feature) override;
     KX_Status accessMode(const std::string& feature, KX_XML_AccessMode& mode) override;
     KX_Status readText(const std::string& feature, std::string& text) override;

@@ -1,6 +1,8 @@
 // A look over a description before a parser sees it: what a parser would crash on, hang on or blow up on is
-// found here in one pass without recursion and without memory but the open elements' names.
+// found here in one pass without recursion and without memory but the open elements' and the entities' names.
 #include "KXCameraControl/description/Check.h"
+
+#include "KXCameraControl/description/Entities.h"
 
 #include <algorithm>
 #include <cstring>
@@ -45,11 +47,20 @@ private:
 
     const char* scanText()
     {
+        const size_t start = m_at;
         for (; m_at < m_text.size() && m_text[m_at] != '<'; ++m_at) {
             if (m_open.empty() && !isSpace(m_text[m_at]))
                 return "it is no XML";
         }
-        return nullptr;
+        return expand(m_text.substr(start, m_at - start));
+    }
+
+    // Of text and attributes, where entities are put in.
+    const char* expand(std::string_view text)
+    {
+        if (const char* problem = m_entities.addExpansion(text, m_expansion))
+            return problem;
+        return m_expansion > maximumParsedBytes - m_text.size() ? "its entities make it too long" : nullptr;
     }
 
     const char* scanMarkup()
@@ -61,7 +72,7 @@ private:
         if (startsWith("<?"))
             return skipPast("?>", 2);
         if (startsWith("<!"))
-            return "it declares a document type, which may hide entities";
+            return scanDocumentType();
         return startsWith("</") ? scanEndTag() : scanStartTag();
     }
 
@@ -72,6 +83,68 @@ private:
             return "it is cut short";
         m_at = found + end.size();
         return nullptr;
+    }
+
+    // Whatever it names outside this text is not looked at.
+    const char* scanDocumentType()
+    {
+        if (!startsWith("<!DOCTYPE") || m_rootSeen)
+            return "it is no XML";
+        if (!skipToMarkup("[>"))
+            return "it is cut short";
+        if (m_text[m_at] == '[') {
+            if (const char* problem = scanDeclarations())
+                return problem;
+            if (!skipToMarkup(">"))
+                return "it is cut short";
+        }
+        ++m_at;
+        return nullptr;
+    }
+
+    const char* scanDeclarations()
+    {
+        while (skipToMarkup("<]")) {
+            if (m_text[m_at] == ']')
+                return nullptr;
+            const char* problem = nullptr;
+            if (startsWith("<!--"))
+                problem = skipPast("-->", 4);
+            else if (startsWith("<?"))
+                problem = skipPast("?>", 2);
+            else
+                problem = scanDeclaration();
+            if (problem)
+                return problem;
+            --m_at; // skipToMarkup() starts behind its place
+        }
+        return "it is cut short";
+    }
+
+    const char* scanDeclaration()
+    {
+        constexpr std::string_view entity = "<!ENTITY";
+        const size_t start = m_at;
+        const bool isEntity = startsWith(entity);
+        // Attributes that are given to every element of a kind would have to be measured as well.
+        if (!isEntity && !startsWith("<!ELEMENT") && !startsWith("<!NOTATION"))
+            return "it declares more than entities";
+        if (!skipToMarkup(">"))
+            return "it is cut short";
+        const std::string_view declaration = m_text.substr(start, m_at - start);
+        ++m_at;
+        return isEntity ? m_entities.declare(declaration.substr(entity.size())) : nullptr;
+    }
+
+    // To the next of `ends` behind the place where it stands, outside quotes.
+    bool skipToMarkup(std::string_view ends)
+    {
+        for (++m_at; m_at < m_text.size() && ends.find(m_text[m_at]) == std::string_view::npos; ++m_at) {
+            const char c = m_text[m_at];
+            if (c == '"' || c == '\'')
+                m_at = std::min(m_text.find(c, m_at + 1), m_text.size() - 1);
+        }
+        return m_at < m_text.size();
     }
 
     std::string_view takeName()
@@ -104,8 +177,11 @@ private:
         if (name.empty() || (m_open.empty() && m_rootSeen))
             return "it is no XML";
         m_rootSeen = true;
+        const size_t attributes = m_at;
         if (!skipAttributes())
             return m_at >= m_text.size() ? "it is cut short" : "its tags do not match";
+        if (const char* problem = expand(m_text.substr(attributes, m_at - attributes)))
+            return problem;
         const bool isEmptyElement = m_text[m_at - 1] == '/';
         ++m_at;
         if (isEmptyElement)
@@ -132,6 +208,8 @@ private:
     std::string_view m_text;
     size_t m_at = 0;
     bool m_rootSeen = false;
+    Entities m_entities;
+    size_t m_expansion = 0; // bytes that the entities grow to
     std::vector<std::string_view> m_open;
 };
 

@@ -81,8 +81,11 @@ KX_Status NodeMap::getEnum(const char* name, KX_EnumValue& value)
         for (const int64_t number : numbers) {
             const auto record = static_cast<uint32_t>(number);
             const bool canBeSet = fitsEnumValue(number) && lookingLike(numbers, record).size() == 1;
-            if (canBeSet && result.supportedCount < KX_ENUM_CAPACITY)
-                result.supported[result.supportedCount++] = record;
+            if (!canBeSet)
+                continue;
+            if (result.supportedCount < KX_ENUM_CAPACITY)
+                result.supported[result.supportedCount] = record;
+            ++result.supportedCount;
         }
         value = result;
     });

@@ -42,6 +42,11 @@ public:
     bool isReadOnly() const;
     // From the description alone.
     KX_Status entryName(const char* name, uint32_t value, std::string& text);
+    KX_Status isEverWritable(const char* name, bool& writable);
+    // `relation`: a KX_Relation.
+    KX_Status relatedNames(const char* name, uint32_t relation, std::vector<std::string>& names);
+    KX_Status registerCoverage(uint64_t address, uint64_t length, KX_RegisterCoverage& coverage);
+    KX_Status registerNames(uint64_t address, uint64_t length, std::vector<std::string>& names);
 
     // The features as texts, for feature files: integers in decimal, floats in the shortest form that reads
     // back, "1" and "0", entry names, strings as they are. Writing takes hexadecimal integers and entries'
@@ -53,8 +58,10 @@ public:
     std::vector<std::string> streamableFeatures() const;
     std::vector<std::string> selectors() const;
     std::vector<std::string> selectedFeatures(const std::string& selector) const;
-    // What a selector can be set to now; empty when that is more than `limit`, or when it cannot be told.
-    KX_Status selectorValues(const char* selector, size_t limit, std::vector<std::string>& values);
+    // What a selector can be set to now; empty when that is more than `limit` (`isMore`), or when it cannot
+    // be told.
+    KX_Status selectorValues(const char* selector, size_t limit, std::vector<std::string>& values,
+                             bool& isMore);
 
     // What the last failing call had to say beyond its status.
     const std::string& lastError() const { return m_lastError; }

@@ -2,6 +2,7 @@
 // and the guard that turns every failure inside into a status.
 #pragma once
 
+#include "KXCameraControl/nodes/DescribedFeatures.h"
 #include "KXCameraControl/nodes/NodeMap.h"
 #include "KXCameraControl/nodes/NodeValues.h"
 
@@ -30,7 +31,7 @@ inline bool fitsEnumValue(int64_t number)
 class NodeMap::Nodes
 {
 public:
-    Nodes(RegisterLine& line, bool readOnly) : values(table, line), isReadOnly(readOnly) {}
+    Nodes(RegisterLine& line, bool readOnly) : values(table, line), described(table), isReadOnly(readOnly) {}
 
     const Node& find(const char* name) const
     {
@@ -66,6 +67,7 @@ public:
 
     NodeTable table;
     NodeValues values;
+    DescribedFeatures described;
     const bool isReadOnly;
 
 private:

@@ -172,9 +172,11 @@ std::vector<std::string> NodeMap::selectedFeatures(const std::string& selector) 
     return names;
 }
 
-KX_Status NodeMap::selectorValues(const char* selector, size_t limit, std::vector<std::string>& values)
+KX_Status NodeMap::selectorValues(const char* selector, size_t limit, std::vector<std::string>& values,
+                                  bool& isMore)
 {
     values.clear();
+    isMore = false;
     return guarded([&](Nodes& nodes) {
         const Node& node = nodes.findReadable(selector, hasText);
         if (node.kind == NodeKind::Enumeration) {
@@ -184,13 +186,15 @@ KX_Status NodeMap::selectorValues(const char* selector, size_t limit, std::vecto
             const Range range = nodes.values.range(node);
             const int64_t first = range.minimum.asInteger(), last = range.maximum.asInteger();
             const uint64_t steps = last < first
-                                       ? limit
+                                       ? 0
                                        : (static_cast<uint64_t>(last) - static_cast<uint64_t>(first)) /
                                              static_cast<uint64_t>(range.increment);
-            for (uint64_t i = 0; steps < limit && i <= steps; ++i)
+            isMore = steps >= limit;
+            for (uint64_t i = 0; !isMore && first <= last && i <= steps; ++i)
                 values.push_back(std::to_string(first + static_cast<int64_t>(i) * range.increment));
         }
-        if (values.size() > limit)
+        isMore = isMore || values.size() > limit;
+        if (isMore)
             values.clear();
     });
 }

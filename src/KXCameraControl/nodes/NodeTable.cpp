@@ -71,6 +71,7 @@ const std::unordered_map<std::string, Tag> tagNames = {
     {"pChunkID", Tag::pChunkID},
     {"EventID", Tag::EventID},
     {"Streamable", Tag::Streamable},
+    {"pInvalidator", Tag::pInvalidator},
     {"pSelected", Tag::pSelected},
     {"pFeature", Tag::pFeature},
 };
@@ -87,8 +88,8 @@ void ignoreParserMessage(void*, xmlErrorPtr) {}
 
 } // namespace
 
-// One pass over the text. Elements count only where the schema puts them, so a maker's own extensions may
-// repeat the names inside.
+// One pass over the text; its entities are put in, and isParsable() has measured them. Elements count only
+// where the schema puts them, so a maker's own extensions may repeat the names inside.
 class DescriptionReader
 {
 public:
@@ -99,7 +100,8 @@ public:
         static std::once_flag once;
         std::call_once(once, xmlInitParser);
         const std::unique_ptr<xmlTextReader, void (*)(xmlTextReaderPtr)> reader(
-            xmlReaderForMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr, XML_PARSE_NONET),
+            xmlReaderForMemory(xml.data(), static_cast<int>(xml.size()), nullptr, nullptr,
+                               XML_PARSE_NONET | XML_PARSE_NOENT),
             xmlFreeTextReader);
         if (!reader)
             throw std::bad_alloc();

@@ -89,9 +89,10 @@ enum class Tag
     pChunkID,
     EventID,
     Streamable,
-    pSelected, // by name: it asks nothing of the other node
-    pFeature,  // likewise
-    Entry      // an EnumEntry of an Enumeration
+    pInvalidator, // what changes it without writing it; asks nothing of the other node
+    pSelected,    // by name: it asks nothing of the other node
+    pFeature,     // likewise
+    Entry         // an EnumEntry of an Enumeration
 };
 
 struct Node;
@@ -170,6 +171,9 @@ private:
     unsigned m_schemaMajor = 1;
     unsigned m_schemaMinor = 1;
 };
+
+// References to where a value may stand: pValue and its indexed forms.
+bool isValueReference(Tag tag);
 
 // Numbers as descriptions write them: decimal, or hexadecimal with 0x.
 bool parseInteger(const std::string& text, int64_t& value);

@@ -26,6 +26,7 @@ bool isReference(Tag tag)
     case Tag::pIsAvailable:
     case Tag::pIsLocked:
     case Tag::pVariable:
+    case Tag::pInvalidator:
         return true;
     default:
         return false;
@@ -48,6 +49,11 @@ CompiledFormula compile(const Property* source, const formula::Scope& scope, Ari
 }
 
 } // namespace
+
+bool isValueReference(Tag tag)
+{
+    return tag == Tag::pValue || tag == Tag::pValueIndexed || tag == Tag::pValueDefault;
+}
 
 void NodeTable::resolveLinks()
 {

@@ -50,11 +50,6 @@ bool passesOn(Tag tag)
     }
 }
 
-bool isValueLink(Tag tag)
-{
-    return tag == Tag::pValue || tag == Tag::pValueIndexed || tag == Tag::pValueDefault;
-}
-
 KX_XML_AccessMode namedMode(const Property* property, KX_XML_AccessMode otherwise)
 {
     if (!property)
@@ -193,7 +188,7 @@ std::vector<const Node*> NodeValues::hangsOn(const Node& node)
         const Node& current = *found[i];
         bool hasValue = false;
         for (const Property& property : current.properties) {
-            hasValue = hasValue || isValueLink(property.tag);
+            hasValue = hasValue || isValueReference(property.tag);
             if (!passesOn(property.tag))
                 continue;
             add(property.target);

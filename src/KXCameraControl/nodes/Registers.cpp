@@ -46,6 +46,21 @@ uint64_t maskOf(unsigned bits)
 
 } // namespace
 
+bool isRegisterKind(NodeKind kind)
+{
+    switch (kind) {
+    case NodeKind::IntReg:
+    case NodeKind::MaskedIntReg:
+    case NodeKind::StructEntry:
+    case NodeKind::FloatReg:
+    case NodeKind::StringReg:
+    case NodeKind::Register:
+        return true;
+    default:
+        return false;
+    }
+}
+
 int64_t literalInteger(const Node& node, const Property& property)
 {
     int64_t value = 0;

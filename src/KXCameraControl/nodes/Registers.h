@@ -68,6 +68,9 @@ private:
     IntegerReader m_integerOf;
 };
 
+// Nodes that stand for device memory themselves.
+bool isRegisterKind(NodeKind kind);
+
 // Literals of a node; throw NodeFailure (KX_E_GC_RUNTIME) when they are no numbers.
 int64_t literalInteger(const Node& node, const Property& property);
 double literalReal(const Node& node, const Property& property);

@@ -68,7 +68,8 @@ typedef uint32_t KX_Status;
 #define KX_E_FILE              ((KX_Status)0x80000300u) /* a file cannot be opened, read or written */
 #define KX_E_FILE_FORMAT       ((KX_Status)0x80000301u) /* a file is not what it should be */
 #define KX_E_DESCRIPTION       ((KX_Status)0x80000302u) /* the camera has no usable GenICam description */
-#define KX_E_INCOMPLETE        ((KX_Status)0x80000303u) /* a feature file was loaded, but not every feature took its value */
+#define KX_E_INCOMPLETE        ((KX_Status)0x80000303u) /* a feature file was loaded, but not every feature took its value; or
+                                                       saved, but not all of it */
 
 /* 0x80000004 and 0x80000100..0x80000106 say "this does not apply to this node now": the camera answered and
  * refused, or the description rules it out. Every other failure, an unknown one too, says that the line, the camera
@@ -245,6 +246,10 @@ typedef enum KX_Operation
     KX_OP_GET_ACCESS_MODE = 41,
     KX_OP_GET_ENTRY_NAME = 42,
     KX_OP_GET_INCREMENT_ORIGIN = 43,
+    KX_OP_IS_EVER_WRITABLE = 44,
+    KX_OP_GET_RELATED_NAMES = 45,
+    KX_OP_GET_REGISTER_COVERAGE = 46,
+    KX_OP_GET_REGISTER_NAMES = 47,
     KX_OP_FEATURE_SAVE = 50,
     KX_OP_FEATURE_LOAD = 51
 } KX_Operation;
@@ -263,7 +268,8 @@ typedef struct KX_CallEvent
     const void* value;           /* what a call that is over and went well has got or given; valid during the call only.
                                     Getters: their record. Setters: bool, uint32_t (enumeration), float, int64_t, or
                                     zero-terminated text. Memory: `length` bytes. Open: the description as zero-terminated
-                                    text, empty when there is none. Null for everything else. */
+                                    text, empty when there is none. Feature save: uint32_t, the number of
+                                    entries of the file. Null for everything else. */
 } KX_CallEvent;
 
 /* Called on the thread of the observed call, before and after it. Non-zero from the call before (`finished` 0)
@@ -293,8 +299,11 @@ typedef struct KX_IntegerValue
 typedef struct KX_EnumValue
 {
     uint32_t current;
-    uint32_t supportedCount; /* entries that are implemented and available now; at most KX_ENUM_CAPACITY */
-    uint32_t supported[KX_ENUM_CAPACITY]; /* in the description's order */
+    uint32_t supportedCount; /* entries that are implemented and available now: all of them, so it may exceed
+                                KX_ENUM_CAPACITY */
+    uint32_t supported[KX_ENUM_CAPACITY]; /* the first of them, in the description's order: as many as there are, at
+                                             most KX_ENUM_CAPACITY. Those behind can be set all the same, and
+                                             KX_CC_GetEnumEntryName tells the names of all. */
     uint32_t reserved[4];
 } KX_EnumValue;
 
@@ -382,16 +391,82 @@ typedef enum KX_XML_AccessMode
  * statuses of a failed line, KX_E_ABORTED. `*mode` is written on success only. */
 KX_API KX_Status KX_XML_GetNodeAccessMode(KX_HANDLE handle, const char* name, KX_XML_AccessMode* mode);
 
+/* ---- what the description says ------------------------------------------------------------------------ */
+
+/* The four functions below answer from the description alone: nothing is sent, what the camera says now plays no
+ * part, and a handle that monitors gets the same answers. The first question over an opened camera costs some
+ * milliseconds, further ones little. What they hand out is the caller's. Statuses of all: KX_E_HANDLE (null or not
+ * open), KX_E_PARAMETER (null or empty name, null pointers, an unknown relation, a length out of range),
+ * KX_E_GC_PROPERTY (no such node), KX_E_MEMORY, KX_E_CONNECTION_LOST, KX_E_ABORTED; nothing is written on failure but
+ * a length with KX_E_BUFFER_TOO_SMALL. */
+
+/* Whether anyone may ever write the feature `name`: a setting (true) or a state (false). True when a way leads over
+ * its values (GenApi: pValue and its indexed forms, pValueCopy) to a register whose AccessMode lets it be written,
+ * without an ImposedAccessMode RO and with a FormulaTo in every converter. False for what is computed, for chunk and
+ * event data, for nodes that cannot be used at all (circles, dangling references) and for a value that stands in the
+ * description itself: such a one can be set (its access mode says so) but stays in this handle, and no camera ever
+ * learns of it. What is locked, not available or not implemented now does not count: it may be otherwise later. */
+KX_API KX_Status KX_CC_IsEverWritable(KX_HANDLE handle, const char* name, bool* writable);
+
+/* What a feature hangs on. Nodes that no category lists are followed down to features; a register of the camera that
+ * no feature shows is named itself. At most 400 nodes are
+ * followed. */
+typedef enum KX_Relation
+{
+    KX_RELATED_SELECTORS = 1,    /* whose pSelected names it; one step: a selector's own selectors are asked for with
+                                    its name */
+    KX_RELATED_INVALIDATORS = 2, /* behind pInvalidator of it or of a node that its value comes from: writing or
+                                    executing them changes it (LUTIndex for LUTValue, commands of a file access) */
+    KX_RELATED_PLACE = 3,        /* its register's address or length, or which of several values it shows, hangs on
+                                    them: it is a window of data, of which one place is seen at a time */
+    KX_RELATED_LOCKS = 4         /* behind pIsLocked of it or of a node that its value comes from (ExposureAuto for
+                                    ExposureTime) */
+} KX_Relation;
+
+/* Names of the nodes that `relation` (a KX_Relation) names for `name`, separated by line feeds, each once, never
+ * `name` itself; the empty text when there are none. UTF-8, written zero-terminated; `*length` is the length without
+ * the zero, also when `capacity` is too small (KX_E_BUFFER_TOO_SMALL). `text` may be null with capacity 0. */
+KX_API KX_Status KX_CC_GetRelatedNames(KX_HANDLE handle, const char* name, uint32_t relation, char* text,
+                                       uint32_t capacity, uint32_t* length);
+
+/* Registers are the nodes of IntReg, MaskedIntReg, StructEntry, FloatReg, StringReg and Register; several may share
+ * an address. One that selectors or other features move lies in all the places that it can be moved to (at most 4096,
+ * as far as the description tells their values). */
+typedef struct KX_RegisterCoverage
+{
+    uint32_t registers;        /* that share a byte with the range */
+    uint32_t writable;         /* of these: may ever be written, as KX_CC_IsEverWritable tells */
+    uint32_t unplaced;         /* registers of the whole description whose place only the camera can tell (it hangs on
+                                  a register, or on more places than are gone through): any may lie in the range */
+    uint32_t unplacedWritable; /* of these */
+    uint32_t reserved[4];
+} KX_RegisterCoverage;
+
+/* What the description knows of `length` bytes (1..0x1000000) of device memory from `address` on. No register of the
+ * description lies there for certain when `registers` and `unplaced` are 0, and nobody ever writes there through the
+ * description when `writable` and `unplacedWritable` are 0. */
+KX_API KX_Status KX_CC_GetRegisterCoverage(KX_HANDLE handle, int64_t address, int64_t length,
+                                           KX_RegisterCoverage* coverage);
+
+/* The names of the `registers` of that range, in the description's order, as a text like that of
+ * KX_CC_GetRelatedNames. */
+KX_API KX_Status KX_CC_GetRegisterNames(KX_HANDLE handle, int64_t address, int64_t length, char* text,
+                                        uint32_t capacity, uint32_t* textLength);
+
 /* Feature files in the GenApi persistence text (GenApi, "Streaming"), so that other makers' files and tools work with
  * them. `path` is Latin-1. The observer is told of each feature (the operation, its name, `finished` 0) and may end
  * the work there (KX_E_ABORTED). Of each value that a load has read or written it is told as of a getter or setter of
  * texts that is over (KX_OP_GET_STRING with a KX_StringValue, KX_OP_SET_STRING).
  * Save: all features of the categories that are streamable, readable and writable, for every combination of their
- * selectors, which are put back to what they were on every way out. The file appears whole or not at all.
+ * selectors, which are put back to what they were on every way out. The file appears whole or not at all. A camera
+ * without such a feature (descriptions before schema 1.1 know no Streamable) gives a file without an entry and KX_OK:
+ * the observer is told the number of entries (KX_CallEvent, `value`), and a comment in the file says it. Of a selector
+ * of more than 65,536 values the features are saved for the one that it has, of more than 262,144 combinations of
+ * selectors the first ones; then comments in the file say so and the status is KX_E_INCOMPLETE.
  * Load: passes over the file until nothing more settles, between the camera's streaming commands where it has them.
  * KX_E_FILE: the file cannot be opened, read or written; KX_E_FILE_FORMAT: it is no such file; KX_E_INCOMPLETE: some
- * entries did not take their value, or a selector could not be put back (KX_CC_GetLastErrorText lists them with their
- * reasons); KX_E_HANDLE, KX_E_PARAMETER; the statuses of a failed line; KX_E_ABORTED. */
+ * entries did not take their value, something was cut off, or a selector could not be put back
+ * (KX_CC_GetLastErrorText lists them with their reasons); KX_E_HANDLE, KX_E_PARAMETER; the statuses of a failed line; KX_E_ABORTED. */
 KX_API KX_Status KX_CC_FeatureSave(KX_HANDLE handle, const char* path);
 KX_API KX_Status KX_CC_FeatureLoad(KX_HANDLE handle, const char* path);
 
