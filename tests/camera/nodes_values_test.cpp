@@ -190,6 +190,8 @@ TEST_F(NodeValues, aSlopeSaysWhichEndIsTheLowerOne)
     EXPECT_EQ(integer("SlopeAutomatic").maximum, 32768);
     EXPECT_EQ(real("SlopeWrong").minimum, 32768); // as the description says
     EXPECT_EQ(real("SlopeWrong").maximum, -32767);
+    EXPECT_EQ(real("SlopeWrongToo").minimum, 65534);
+    EXPECT_EQ(real("SlopeWrongToo").maximum, -65536);
 }
 
 TEST_F(NodeValues, aSlopeThatVariesLeavesTheLimitsOfTheType)
