@@ -321,5 +321,5 @@ TEST_F(JobDispatch, LogLinesAreCriticalAndCarryTheirPlace)
     }
     EXPECT_EQ(lines[0].function, QByteArray("bool QOperateThread::GetStringRegNodePropertyValue("
                                             "const QString&, QString&, __int64*, int*)"));
-    EXPECT_EQ(lines[1].function, QByteArray("bool QOperateThread::AppendHeader(const QString&, QString&)"));
+    EXPECT_EQ(lines[1].function, QByteArray("bool QOperateThread::export_xml()"));
 }

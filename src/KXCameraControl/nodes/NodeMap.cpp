@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstring>
+#include <map>
 #include <set>
 
 namespace kx
@@ -28,14 +29,12 @@ std::vector<int64_t> usableNumbers(NodeValues& values, const Node& enumeration)
     return numbers;
 }
 
-// Those that an enumeration's record cannot tell apart.
-std::set<int64_t> lookingLike(const std::vector<int64_t>& numbers, uint32_t record)
+// By the number that stands in an enumeration's record: those that it cannot tell apart.
+std::map<uint32_t, std::set<int64_t>> byRecord(const std::vector<int64_t>& numbers)
 {
-    std::set<int64_t> alike;
-    for (const int64_t number : numbers) {
-        if (static_cast<uint32_t>(number) == record)
-            alike.insert(number);
-    }
+    std::map<uint32_t, std::set<int64_t>> alike;
+    for (const int64_t number : numbers)
+        alike[static_cast<uint32_t>(number)].insert(number);
     return alike;
 }
 
@@ -78,9 +77,10 @@ KX_Status NodeMap::getEnum(const char* name, KX_EnumValue& value)
             throw NodeFailure{KX_E_GC_RANGE, node.name + ": its value does not fit 32 bits."};
         result.current = static_cast<uint32_t>(current);
         const std::vector<int64_t> numbers = usableNumbers(nodes.values, node);
+        const auto alike = byRecord(numbers);
         for (const int64_t number : numbers) {
             const auto record = static_cast<uint32_t>(number);
-            const bool canBeSet = fitsEnumValue(number) && lookingLike(numbers, record).size() == 1;
+            const bool canBeSet = fitsEnumValue(number) && alike.at(record).size() == 1;
             if (!canBeSet)
                 continue;
             if (result.supportedCount < KX_ENUM_CAPACITY)
@@ -152,7 +152,7 @@ KX_Status NodeMap::setEnum(const char* name, uint32_t value)
 {
     return guarded([&](Nodes& nodes) {
         const Node& node = nodes.findWritable(name, isKind<NodeKind::Enumeration>);
-        const std::set<int64_t> meant = lookingLike(usableNumbers(nodes.values, node), value);
+        const std::set<int64_t> meant = byRecord(usableNumbers(nodes.values, node))[value];
         const std::string text = node.name + ": " + std::to_string(value);
         if (meant.empty())
             throw NodeFailure{KX_E_GC_ARGUMENT, text + " is no entry of it."};

@@ -28,8 +28,7 @@ bool FeaturesExport::appendHeader(const QString& modelName)
     m_text += fileBegin(VELAInterface::softwareVersion());
     const FeatureReading firmware = readFeature(m.camera, FeatureKind::StringReg, "DeviceFirmwareVersion");
     if (!firmware.isGood()) {
-        IE_JOB_LOG_OF("bool QOperateThread::AppendHeader(const QString&, QString&)",
-                      "Get XML_NODE_FIRMWARE failed.");
+        IE_JOB_LOG_OF("bool QOperateThread::export_xml()", "Get XML_NODE_FIRMWARE failed.");
         return false;
     }
     m_text += headerLine("DeviceFirmwareVersion", firmware.text);
