@@ -85,11 +85,37 @@ TEST(XmlEntities, PlainTextIsWelcome)
     EXPECT_EQ(document.documentElement().text(), QString("Some company"));
 }
 
-TEST(XmlEntities, EntitiesInEntitiesAreRefused)
+TEST(XmlEntities, ReferencesToWhatWasDeclaredBeforeAreWelcome)
 {
-    EXPECT_FALSE(ie::isSafeToParse(
-        withType("<!ENTITY a \"lol\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\">", "<a>&b;</a>")));
+    const QString text = withType("<!ENTITY micro \"&#181;\"><!ENTITY unit '&micro;m &amp; more'>",
+                                  "<a b='&micro;'>&unit;</a>");
+    ASSERT_TRUE(ie::isSafeToParse(text));
+    QDomDocument document;
+    ASSERT_TRUE(document.setContent(text));
+    EXPECT_EQ(document.documentElement().attribute("b"), QString("\u00B5"));
+    EXPECT_EQ(document.documentElement().text(), QString("\u00B5m & more"));
+}
+
+TEST(XmlEntities, WhatMultipliesIsMeasuredByWhatItGrowsTo)
+{
+    QString subset = "<!ENTITY e0 \"aaaaaaaaaa\">";
+    for (int i = 1; i <= 20; ++i)
+        subset += QString("<!ENTITY e%1 \"%2\">").arg(i).arg(QString("&e%1;").arg(i - 1).repeated(10));
+    EXPECT_TRUE(ie::isSafeToParse(withType(subset, "<a>&e2;</a>")));
+    EXPECT_FALSE(ie::isSafeToParse(withType(subset, "<a>&e7;</a>")));
+    EXPECT_FALSE(ie::isSafeToParse(withType(subset, "<a b='&e20;'/>")));
+}
+
+TEST(XmlEntities, CirclesAndParametersAreRefused)
+{
+    EXPECT_FALSE(ie::isSafeToParse(withType("<!ENTITY a '&b;'><!ENTITY b '&a;'>", "<a/>")));
     EXPECT_FALSE(ie::isSafeToParse(withType("<!ENTITY % p \"x\">", "<a/>")));
+}
+
+TEST(XmlEntities, WhatEveryTextMaySayDoesNotCount)
+{
+    const QString subset = "<!ENTITY e \"" + QString(4000, 'x') + "\">";
+    EXPECT_TRUE(ie::isSafeToParse(withType(subset, "<a>" + QString("&amp;").repeated(5000) + "</a>")));
 }
 
 TEST(XmlEntities, MarkupInEntitiesIsRefused)

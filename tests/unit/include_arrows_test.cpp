@@ -39,7 +39,7 @@ const std::vector<Component> kComponents = {
          {{kProgram + "/jobs"}},
          {{"camera_line"}},
          {{"SuiteTools"}, {"KXCameraControl"}, {"camera_emulator"}},
-         {{"formula"}, {"gvcp"}, {"gencp"}, {"KXCameraControl/include/KXCameraControl"}},
+         {{"formula"}, {"gvcp"}, {"gencp"}, {"xml_entities"}, {"KXCameraControl/include/KXCameraControl"}},
      }},
     {kProgram + "/jobs",
      "",

@@ -2,7 +2,7 @@
 // found here in one pass without recursion and without memory but the open elements' and the entities' names.
 #include "KXCameraControl/description/Check.h"
 
-#include "KXCameraControl/description/Entities.h"
+#include "xml_entities/Entities.h"
 
 #include <algorithm>
 #include <cstring>
@@ -208,7 +208,7 @@ private:
     std::string_view m_text;
     size_t m_at = 0;
     bool m_rootSeen = false;
-    Entities m_entities;
+    xml_entities::Entities m_entities;
     size_t m_expansion = 0; // bytes that the entities grow to
     std::vector<std::string_view> m_open;
 };

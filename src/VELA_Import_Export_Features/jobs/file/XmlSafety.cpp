@@ -1,5 +1,7 @@
 #include "jobs/file/XmlSafety.h"
 
+#include "xml_entities/Entities.h"
+
 #include <QStringView>
 
 #include <algorithm>
@@ -23,7 +25,7 @@ public:
             if (!skipCommentOrInstruction() && !takeMarkup())
                 return false;
         }
-        return m_longestEntity * m_text.count('&') <= kMaximumXmlExpansion;
+        return expansion() <= kMaximumXmlExpansion;
     }
 
 private:
@@ -109,27 +111,58 @@ private:
             --m_pos; // skipQuotedUpTo() starts behind its position
         }
         skipPast(">", m_pos);
+        m_content = m_pos;
         return true;
     }
 
     bool takeDeclaration()
     {
         const int begin = m_pos;
-        const bool isEntity = at(QLatin1String("<!ENTITY"));
+        const QLatin1String entity("<!ENTITY");
+        const bool isEntity = at(entity);
         skipQuotedUpTo('>', '>');
-        const QStringView declaration = QStringView(m_text).mid(begin + 1, m_pos - begin - 1);
-        if (m_pos < m_text.size())
-            ++m_pos;
+        const QStringView declaration = QStringView(m_text).mid(begin, m_pos - begin);
+        if (m_pos >= m_text.size())
+            return true;
+        ++m_pos;
         if (!isEntity)
             return true;
-        m_longestEntity = std::max<qint64>(m_longestEntity, declaration.size());
-        return !declaration.contains('<') && !declaration.contains('&') && !declaration.contains('%');
+        m_hasEntities = true;
+        return m_entities.declare(utf8(declaration.mid(entity.size()))) == nullptr;
     }
+
+    // References of comments and CDATA sections count as well: nobody writes so many there in good faith.
+    // What no declaration knows is left to the parser.
+    qint64 expansion() const
+    {
+        qint64 bytes = 0;
+        for (int at = m_hasEntities ? m_text.indexOf('&', m_content) : -1;
+             at >= 0 && bytes <= kMaximumXmlExpansion; at = m_text.indexOf('&', at + 1)) {
+            const int end = m_text.indexOf(';', at);
+            if (end < 0)
+                break;
+            if (end - at <= kLongestReference)
+                bytes += growth(QStringView(m_text).mid(at + 1, end - at - 1));
+        }
+        return bytes;
+    }
+
+    qint64 growth(QStringView name) const
+    {
+        const size_t size = m_entities.sizeOf(utf8(name)).value_or(0);
+        return qint64(std::min<size_t>(size, kMaximumXmlExpansion + 1)); // sizes go beyond all numbers
+    }
+
+    static std::string utf8(QStringView text) { return text.toUtf8().toStdString(); }
+
+    static constexpr int kLongestReference = 1024;
 
     const QString& m_text;
     int m_pos = 0;
     int m_depth = 0;
-    qint64 m_longestEntity = 0;
+    int m_content = 0; // behind the document type
+    bool m_hasEntities = false;
+    xml_entities::Entities m_entities;
 };
 
 } // namespace

@@ -3,10 +3,11 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
-namespace kx
+namespace xml_entities
 {
 
 // Entities that stand for plain text: a value holds no markup, also none spelled by numbers, and refers only
@@ -22,8 +23,11 @@ public:
     // grow to. What every text may say (&amp; and its like, numbers) adds nothing.
     const char* addExpansion(std::string_view text, size_t& size) const;
 
+    // What a reference to a declared entity grows to, in bytes; nothing for any other name.
+    std::optional<size_t> sizeOf(std::string_view name) const;
+
 private:
     std::map<std::string, size_t, std::less<>> m_sizes; // in bytes, fully expanded
 };
 
-} // namespace kx
+} // namespace xml_entities

@@ -1,10 +1,10 @@
 // One look at each declaration and each reference (XML 1.0, 4.1 to 4.5).
-#include "KXCameraControl/description/Entities.h"
+#include "xml_entities/Entities.h"
 
 #include <algorithm>
 #include <limits>
 
-namespace kx
+namespace xml_entities
 {
 
 namespace
@@ -84,12 +84,18 @@ const char* Entities::addExpansion(std::string_view text, size_t& size) const
         const std::string_view name = reference.substr(0, reference.find(';'));
         if (isPredefined(name) || (!name.empty() && name[0] == '#'))
             continue;
-        const auto known = m_sizes.find(name);
-        if (known == m_sizes.end())
+        const std::optional<size_t> known = sizeOf(name);
+        if (!known)
             return "it refers to an entity that it does not declare before";
-        size = sum(size, known->second);
+        size = sum(size, *known);
     }
     return nullptr;
 }
 
-} // namespace kx
+std::optional<size_t> Entities::sizeOf(std::string_view name) const
+{
+    const auto known = m_sizes.find(name);
+    return known == m_sizes.end() ? std::nullopt : std::optional<size_t>(known->second);
+}
+
+} // namespace xml_entities
