@@ -1,10 +1,60 @@
 #include "jobs/file/WholeFile.h"
 
-#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
 #include <QTextStream>
+
+#if defined(Q_OS_UNIX)
+#include <unistd.h>
+
+#include <cerrno>
+#endif
 
 namespace ie
 {
+namespace
+{
+
+bool write(QFileDevice& file, const QString& text)
+{
+    // No codec on purpose: the system's local 8-bit encoding, whatever the file's declaration says.
+    QTextStream stream(&file);
+    stream << text;
+    stream.flush();
+    return stream.status() == QTextStream::Ok && file.flush() && file.error() == QFileDevice::NoError;
+}
+
+// Some file systems tell only now that there is no room. One that cannot be asked counts as stored.
+bool isStored(const QFileDevice& file)
+{
+#if defined(Q_OS_UNIX)
+    return ::fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP;
+#else
+    return file.handle() != -1;
+#endif
+}
+
+// A disk that fills up must not leave half a file that looks whole.
+bool writeInPlace(const QString& path, const QString& text)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    const bool isWritten = write(file, text);
+    file.close();
+    if (isWritten && file.error() == QFileDevice::NoError)
+        return true;
+    file.remove();
+    return false;
+}
+
+// Devices, pipes, and links that lead nowhere: there is no older file to keep, and nothing to rename over.
+bool isSpecial(const QFileInfo& target)
+{
+    return target.exists() ? !target.isFile() : target.isSymLink();
+}
+
+} // namespace
 
 bool liesInFolder(const QString& fileName)
 {
@@ -15,21 +65,14 @@ bool liesInFolder(const QString& fileName)
 #endif
 }
 
-// A disk that fills up must not leave half a file that looks whole: what cannot be written whole is removed.
 bool writeWholeFile(const QString& path, const QString& text)
 {
-    QFile file(path);
+    if (isSpecial(QFileInfo(path)))
+        return writeInPlace(path, text);
+    QSaveFile file(path); // follows links and keeps permissions
     if (!file.open(QIODevice::WriteOnly))
-        return false;
-    // No codec on purpose: the system's local 8-bit encoding, whatever the file's declaration says.
-    QTextStream stream(&file);
-    stream << text;
-    stream.flush();
-    file.close();
-    if (stream.status() == QTextStream::Ok && file.error() == QFileDevice::NoError)
-        return true;
-    file.remove();
-    return false;
+        return writeInPlace(path, text);
+    return write(file, text) && isStored(file) && file.commit();
 }
 
 } // namespace ie
