@@ -98,6 +98,8 @@ QString char2QStringLocale(const char* text, int length)
     return decode(text, length);
 }
 
+// A character that the capacity cuts, and what stands behind it, is left out whole: half a character would be
+// another text to whoever reads it. Meant.
 void CovertEncodeCharFromQString(const QString& text, char* buffer, int capacity)
 {
     if (!buffer)

@@ -55,6 +55,20 @@ QString Field::text() const
     return bytes ? VELAInterface::GetEncodeQStringFromUnChar(bytes, size) : QString();
 }
 
+QString transportWord(uint32_t transport)
+{
+    switch (transport) {
+    case KX_TRANSPORT_GIGE:
+        return "GigE";
+    case KX_TRANSPORT_USB3:
+        return "U3V";
+    case KX_TRANSPORT_CAMERA_LINK:
+        return "CL";
+    default:
+        return {};
+    }
+}
+
 Field modelField(const KX_DeviceInfo& device)
 {
     return ofAnyTransport(device, [](const auto& part) { return fieldOf(part.modelName); });

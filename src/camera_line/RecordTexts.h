@@ -22,6 +22,9 @@ struct Field
     QString text() const;
 };
 
+// "GigE", "U3V" or "CL"; empty for any other transport.
+QString transportWord(uint32_t transport);
+
 Field modelField(const KX_DeviceInfo& device);
 Field serialField(const KX_DeviceInfo& device);
 Field userNameField(const KX_DeviceInfo& device); // GigE and USB3

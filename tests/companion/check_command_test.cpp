@@ -293,6 +293,17 @@ TEST_F(CheckCommand, PrintsAnObjectALineForScripts)
     }
 }
 
+TEST_F(CheckCommand, SaysHowLargeAFileMayBe)
+{
+    addCamera("S1");
+    QFile file(QString::fromStdString(path("large.fpk")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.resize((512 << 20) + 1)); // sparse
+    const Result large = run("verify", "large.fpk");
+    EXPECT_EQ(large.code, 6);
+    EXPECT_EQ(large.err, "The file is too large (512 MiB at most): " + path("large.fpk") + "\n");
+}
+
 TEST_F(CheckCommand, ExitsByTheTable)
 {
     const emu::EmulatedCamera& camera = addCamera("S1");

@@ -248,12 +248,12 @@ TEST_F(FeaturesFileLoad, TextsThatAreNotSafeToParseAreNotLoaded)
               Failure::NotLoaded);
 }
 
-TEST_F(FeaturesFileLoad, FilesBeyondTheLimitAreNotOpened)
+TEST_F(FeaturesFileLoad, FilesBeyondTheLimitAreNotRead)
 {
     QFile file(path());
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     ASSERT_TRUE(file.resize(kMaximumFileSize + 1)); // sparse
-    EXPECT_EQ(loadFeaturesFile(path()).failure, Failure::NotOpened);
+    EXPECT_EQ(loadFeaturesFile(path()).failure, Failure::TooLarge);
 }
 
 TEST_F(FeaturesFileLoad, BytesAreUtf8WhateverTheFileDeclares)

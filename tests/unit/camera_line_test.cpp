@@ -169,6 +169,15 @@ TEST(CameraLine, TellsCamerasApartThatAreAlike)
     EXPECT_THAT(presence.look({usb3("1"), usb3("2")}).gone, ElementsAre(2));
 }
 
+TEST(CameraLine, HasAWordForEachTransport)
+{
+    EXPECT_EQ(camera_line::transportWord(KX_TRANSPORT_GIGE), QString("GigE"));
+    EXPECT_EQ(camera_line::transportWord(KX_TRANSPORT_USB3), QString("U3V"));
+    EXPECT_EQ(camera_line::transportWord(KX_TRANSPORT_CAMERA_LINK), QString("CL"));
+    for (const uint32_t other : {0u, 2u, 3u, 5u, 9u, 0xFFFFFFFFu})
+        EXPECT_EQ(camera_line::transportWord(other), QString(""));
+}
+
 TEST(CameraLine, ReadsTheTextsOfEachTransport)
 {
     struct Row

@@ -22,20 +22,6 @@ QString statusWord(uint32_t availability)
     }
 }
 
-QString transportWord(uint32_t transport)
-{
-    switch (transport) {
-    case KX_TRANSPORT_GIGE:
-        return "GigE";
-    case KX_TRANSPORT_USB3:
-        return "U3V";
-    case KX_TRANSPORT_CAMERA_LINK:
-        return "CL";
-    default:
-        return {};
-    }
-}
-
 } // namespace
 
 QString ListedCamera::title() const
@@ -56,7 +42,7 @@ std::vector<ListedCamera> camerasFrom(const std::vector<KX_DeviceEntry>& entries
         camera.device.nDeviceID = static_cast<qint32>(cameras.size());
         camera.device.nStatus = static_cast<qint32>(entry.availability);
         camera.device.stDeviceInfo = entry.info;
-        camera.transport = transportWord(entry.info.transportType);
+        camera.transport = camera_line::transportWord(entry.info.transportType);
         camera.model = camera_line::modelField(entry.info).text();
         camera.serial = camera_line::serialField(entry.info).text();
         camera.userName = camera_line::userNameField(entry.info).text();

@@ -13,6 +13,10 @@ FeaturesFileInput readFeaturesFile(const QString& path)
     switch (file.failure) {
     case ie::LoadedFile::Failure::NotOpened:
         return {{}, CameraVerdict::UnreadableFile, "The file cannot be read: " + name};
+    case ie::LoadedFile::Failure::TooLarge:
+        return {{},
+                CameraVerdict::UnreadableFile,
+                QString("The file is too large (%1 MiB at most): ").arg(ie::kMaximumFileSize >> 20) + name};
     case ie::LoadedFile::Failure::Empty:
     case ie::LoadedFile::Failure::NotLoaded:
         return {{}, CameraVerdict::BadFile, "The file is no features file: " + name};

@@ -35,8 +35,9 @@ SUITETOOLS_API QString GetEncodeQStringFromUnChar(const unsigned char* text, int
 // The same for a text that the camera library handed out.
 SUITETOOLS_API QString char2QStringLocale(const char* text, int length);
 // The way back, under the process-wide encoding (Automatic: UTF-8): at most `capacity` bytes are written to
-// `buffer`, never a part of a character, and no terminating zero beyond what the caller has put there.
-// Characters that the encoding lacks become "?". Nothing happens with a null `buffer`.
+// `buffer`, never a part of a character (one that would not fit ends the text), and no terminating zero
+// beyond what the caller has put there. Characters that the encoding lacks become "?". Nothing happens with a
+// null `buffer`.
 SUITETOOLS_API void CovertEncodeCharFromQString(const QString& text, char* buffer, int capacity);
 
 // A status of the camera library as the suite's error code (same 32 bits, signed), its printable form

@@ -98,8 +98,12 @@ LoadedFile loadFeaturesFile(const QString& path)
 {
     LoadedFile loaded;
     QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly) || file.size() > kMaximumFileSize) {
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
         loaded.failure = LoadedFile::Failure::NotOpened;
+        return loaded;
+    }
+    if (file.size() > kMaximumFileSize) {
+        loaded.failure = LoadedFile::Failure::TooLarge;
         return loaded;
     }
     const QString text(file.readAll());

@@ -73,7 +73,8 @@ struct LoadedFile
     enum class Failure
     {
         None,
-        NotOpened, // it is none (but a device or a folder), cannot be read, or exceeds kMaximumFileSize
+        NotOpened, // it is none (but a device or a folder), or cannot be read
+        TooLarge,  // it exceeds kMaximumFileSize
         Empty,
         NotLoaded // no well-formed XML, or none that is safe to parse (XmlSafety)
     };

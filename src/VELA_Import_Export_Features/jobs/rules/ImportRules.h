@@ -54,7 +54,7 @@ Imported<quint32> importedNumber(const QString& text);
 Imported<float> importedFloat(const QString& text);
 // One word of a register: the low 32 bits of a decimal or hexadecimal number, else 0.
 Imported<quint32> importedWord(const QString& text);
-// In the suite's encoding, at most kLongestText bytes.
+// In the suite's encoding, at most kLongestText bytes; a character that straddles the end is left out whole.
 QByteArray importedBytes(const QString& text);
 constexpr int kLongestText = 255;
 

@@ -5,6 +5,8 @@
 #include "jobs/rules/ImportRules.h"
 #include "jobs/worker/QOperateThread.h"
 
+#include "camera_line/RecordTexts.h"
+
 #include <SuiteTools/SuiteTools.h>
 
 #include <QFile>
@@ -12,20 +14,6 @@
 
 namespace
 {
-
-QString transportWord(quint32 nTransport)
-{
-    switch (nTransport) {
-    case KX_TRANSPORT_GIGE:
-        return "GigE";
-    case KX_TRANSPORT_USB3:
-        return "U3V";
-    case KX_TRANSPORT_CAMERA_LINK:
-        return "CL";
-    default:
-        return {};
-    }
-}
 
 QSet<QString> toSet(const QStringList& names)
 {
@@ -78,7 +66,8 @@ void QOperateThread::LoadStreamableFilter()
 
 void QOperateThread::ChooseSkipList()
 {
-    const auto itFilter = m_mapFeatureFilter.constFind(transportWord(m_stDevice.stDeviceInfo.transportType));
+    const auto itFilter =
+        m_mapFeatureFilter.constFind(camera_line::transportWord(m_stDevice.stDeviceInfo.transportType));
     m_setSkipped = toSet(itFilter != m_mapFeatureFilter.constEnd() ? itFilter.value() : ie::commonSkipList());
 }
 
