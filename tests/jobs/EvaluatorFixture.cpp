@@ -110,6 +110,8 @@ QStringList EvaluatorFixture::takeLogs()
         const tests::TraceEntry& entry = entries[m_logsTaken];
         EXPECT_EQ(entry.level, QtCriticalMsg);
         EXPECT_EQ(entry.file, QByteArray("..\\..\\src\\VELA_Import_Export_Features\\QOperateThread"));
+        EXPECT_GT(entry.line, 0);
+        EXPECT_TRUE(entry.function.contains('(')) << entry.function.constData();
         EXPECT_TRUE(entry.text.startsWith('"') && entry.text.endsWith('"'));
         lines.append(entry.text.mid(1, entry.text.size() - 2));
     }

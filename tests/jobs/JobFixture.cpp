@@ -46,6 +46,9 @@ JobFixture::~JobFixture()
         EXPECT_EQ(line.level, QtCriticalMsg) << line.text.toStdString();
         EXPECT_EQ(line.file, QByteArray("..\\..\\src\\VELA_Import_Export_Features\\QOperateThread"))
             << line.text.toStdString();
+        EXPECT_GT(line.line, 0) << line.text.toStdString();
+        EXPECT_TRUE(line.function.endsWith(')') || line.function.endsWith("const"))
+            << line.function.constData(); // a whole signature
     }
 }
 

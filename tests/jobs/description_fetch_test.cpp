@@ -3,6 +3,8 @@
 
 #include "jobs/rules/JobMemory.h"
 
+#include <QTextCodec>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -12,6 +14,8 @@ namespace
 {
 
 constexpr std::size_t kFirstSize = 0x300000;
+
+constexpr std::size_t kMostBacked = 0x1000000;
 
 // Allocations that the jobs asked for; those of at least `g_failFrom` bytes fail.
 std::vector<std::size_t> g_sizes;
@@ -23,6 +27,7 @@ void* countedAllocation(std::size_t bytes)
     g_sizes.push_back(bytes);
     if (bytes >= g_failFrom)
         return nullptr;
+    bytes = std::min(bytes, kMostBacked); // nobody touches the rest
     // Behind its end stands what no reader may take in.
     char* const block = static_cast<char*>(std::calloc(1, bytes + sizeof "<junk"));
     std::memcpy(block + bytes, "<junk", sizeof "<junk");
@@ -208,4 +213,22 @@ TEST_F(DescriptionFetch, AnExportWithoutABufferEndsTwice)
                                     "end 7 3 " + target(), "log \"Get XML_NODE_FIRMWARE failed.\"",
                                     "info 7 failed Failed to save feature.", "end 7 3 " + target()}));
     EXPECT_FALSE(QFile::exists(target()));
+}
+
+TEST_F(DescriptionFetch, AnUntouchedLengthIsTheSecondFetchsSize)
+{
+    camera->setDescriptionAnswers(
+        {{"", std::nullopt, KX_E_DESCRIPTION}, {kOneFeature, kOneFeature.size() + 1}});
+    EXPECT_EQ(generate(), QStringList({kFirstFetch + " -> 80000302", "GetGenICamXML 4294967295"}));
+    EXPECT_EQ(probe.nodes.keys(), kOneFeatureNodes);
+}
+
+TEST_F(DescriptionFetch, TheTextIsUtf8WhateverTheLocale)
+{
+    QTextCodec* const codec = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    camera->setDescription("<R><Integer Name=\"Gr\xC3\xB6n\"/></R>");
+    generate();
+    QTextCodec::setCodecForLocale(codec);
+    EXPECT_EQ(probe.nodes.keys(), QStringList({QString::fromUtf8("Gr\xC3\xB6n")}));
 }

@@ -305,3 +305,9 @@ TEST_F(DescriptionIndex, CollectsNothingForAnUnknownNode)
     indexed.index.collectReferences("Unknown", &references, &variables);
     EXPECT_TRUE(references.isEmpty() && variables.isEmpty());
 }
+
+TEST_F(DescriptionIndex, OfParentAndChildOfOneNameTheChildStays)
+{
+    index("<Group Name=\"X\"><Integer Name=\"X\"/></Group>");
+    EXPECT_EQ(tagOf("X"), QString("Integer"));
+}

@@ -1,6 +1,8 @@
 // Which features an export skips: filter files, the built-in list, nodes shown as addresses.
 #include "JobFixture.h"
 
+#include <QTextCodec>
+
 namespace
 {
 
@@ -169,4 +171,35 @@ TEST_F(ExportFilter, HexadecimalNodesFollowTheList)
     camera->setInteger("LUTValueAll", 1);
     describe({"<Integer Name=\"LUTValueAll\"><Representation>HexNumber</Representation></Integer>"});
     EXPECT_EQ(exportedNames(), QStringList());
+}
+
+TEST_F(ExportFilter, AnUnknownTransportHasTheBuiltInListWhateverFilesThereAre)
+{
+    StructDeviceInfo unknown = device;
+    unknown.stDeviceInfo.transportType = 2;
+    camera = &tests::scriptedDevice(""); // which is all that the record says of it
+    camera->setString("DeviceFirmwareVersion", "V1");
+    camera->setInteger("LUTValueAll", 1);
+    camera->setInteger("Other", 1);
+    describe({"<Integer Name=\"Other\"/>", "<Integer Name=\"LUTValueAll\"/>"});
+    for (const char* word : {"CL", "CXP", "GigE", "U3V"})
+        writeFilter(word, "Other");
+    runExport(unknown);
+    const QByteArray bytes = fileBytes(folder.filePath("_.fpk"));
+    EXPECT_TRUE(bytes.contains("<Name>Other</Name>"));
+    EXPECT_FALSE(bytes.contains("<Name>LUTValueAll</Name>"));
+}
+
+TEST_F(ExportFilter, FilesAreInTheLocalEncoding)
+{
+    const QString name = QString::fromUtf8("\xC3\xA9");
+    camera->setInteger("\xE9", 1); // names are sent in Latin-1
+    describe({"<Integer Name=\"" + name + "\"/>", "<Integer Name=\"Other\"/>"});
+    writeFilter("GigE", "\xE9");
+    QTextCodec* const codec = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+    const QStringList names = exportedNames();
+    QTextCodec::setCodecForLocale(codec);
+    EXPECT_EQ(names, QStringList({"Other"}));
+    EXPECT_EQ(probe.filter.value("GigE"), QStringList({name}));
 }

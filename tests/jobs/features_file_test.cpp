@@ -261,3 +261,14 @@ TEST_F(FeaturesFileLoad, BytesAreUtf8WhateverTheFileDeclares)
     ASSERT_EQ(failureOf("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><F v=\"\xC3\xA4\"/>"), Failure::None);
     EXPECT_EQ(loadFeaturesFile(path()).document.documentElement().attribute("v"), QString(QChar(0xE4)));
 }
+
+TEST(FeaturesFileRead, TheFirstOfTwoHeaderElementsCounts)
+{
+    QDomDocument document;
+    const QDomElement root = parsed(
+        document, "<FeaturesFile><DeviceFirmwareVersion>1</DeviceFirmwareVersion><DeviceModelName>M"
+                  "</DeviceModelName><DeviceFirmwareVersion>2</DeviceFirmwareVersion><DeviceModelName>N"
+                  "</DeviceModelName></FeaturesFile>");
+    EXPECT_EQ(readFeatures(root).header.firmware, QString("1"));
+    EXPECT_EQ(readFeatures(root).header.model, QString("M"));
+}

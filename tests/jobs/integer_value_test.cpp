@@ -355,3 +355,49 @@ TEST_F(IntegerValue, AValueThatSelectsIsTheNodesRange)
     camera.setAccessMode("N", KX_AM_NOT_AVAILABLE);
     EXPECT_FAILURE(integer("N"), {"getIntValue failed:N GetIntegerNodePropertyValue failed"});
 }
+
+TEST_F(IntegerValue, EndsOfARangeAreDecimal)
+{
+    camera.setWord(0x100, 0xFFFFA501u);
+    describe(maskedRegister("<LSB>0</LSB><MSB>0x1F</MSB>")); // the text is no number: bit 0
+    EXPECT_VALUES(integer("M"), {"1"});
+}
+
+TEST_F(IntegerValue, ABitStandsBeforeARange)
+{
+    camera.setWord(0x100, 0x00000400u);
+    describe(maskedRegister("<LSB>8</LSB><MSB>15</MSB><Bit>10</Bit>"));
+    EXPECT_VALUES(integer("M"), {"1"});
+}
+
+TEST_F(IntegerValue, AStructEntrysRegisterIsItsOwnerWhateverItsLinkSays)
+{
+    camera.setWord(0x100, 0x2);
+    camera.setWord(0x200, 0x0);
+    describe("<StructReg Name=\"S\"><Address>0x100</Address><Length>4</Length>"
+             "<StructEntry Name=\"M\"><pValue>Other</pValue><Bit>1</Bit></StructEntry></StructReg>"
+             "<IntReg Name=\"Other\"><Address>0x200</Address><Length>4</Length></IntReg>");
+    EXPECT_VALUES(integer("M"), {"1"});
+}
+
+TEST_F(IntegerValue, AValueIsTakenOfAnyKindOfNode)
+{
+    for (const QString tag : {"Float", "Enumeration", "Boolean", "Node", "IntSwissKnife"}) {
+        describe("<" + tag + " Name=\"M\"><Value>0x10</Value></" + tag + ">");
+        EXPECT_VALUES(integer("M"), {"16"});
+    }
+}
+
+TEST_F(IntegerValue, WithoutAConnectionNothingIsAsked)
+{
+    describe("<Integer Name=\"I\"><Value>1</Value><pSelected>F</pSelected></Integer><Integer Name=\"F\"/>"
+             "<IntReg Name=\"R\"><Address>0x100</Address><Length>4</Length></IntReg>");
+    select("I", "F");
+    EXPECT_TRUE(evaluator->isSelectedFeature("F"));
+    const KX_HANDLE open = handle;
+    handle = nullptr;
+    EXPECT_FALSE(integer("I").ok);
+    EXPECT_FALSE(integer("R").ok);
+    handle = open;
+    EXPECT_EQ(takeCalls(), QStringList());
+}

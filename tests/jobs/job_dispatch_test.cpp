@@ -4,6 +4,10 @@
 #include <QMetaMethod>
 #include <QTranslator>
 
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdlib>
 #include <cstring>
 
 using JobDispatch = JobFixture;
@@ -322,4 +326,76 @@ TEST_F(JobDispatch, LogLinesAreCriticalAndCarryTheirPlace)
     EXPECT_EQ(lines[0].function, QByteArray("bool QOperateThread::GetStringRegNodePropertyValue("
                                             "const QString&, QString&, __int64*, int*)"));
     EXPECT_EQ(lines[1].function, QByteArray("bool QOperateThread::export_xml()"));
+}
+
+TEST_F(JobDispatch, BothBagJobsTranslateTheirTexts)
+{
+    const auto asked = [this](unsigned int type, const QByteArray& operation) {
+        RecordingTranslator translator;
+        QCoreApplication::installTranslator(&translator);
+        failCall(operation, KX_E_FILE);
+        worker.SetXmlExportJob(device, folder.path());
+        probe.type = type;
+        run();
+        QCoreApplication::removeTranslator(&translator);
+        return translator.asked;
+    };
+    EXPECT_EQ(asked(1, "FeatureSave"), QStringList({"Failed to save feature.%1|none|-1"}));
+    EXPECT_TRUE(infos().value(0).startsWith("info 7 failed translated: Failed to save feature.["));
+    takeTrace();
+    EXPECT_EQ(asked(0, "FeatureLoad"), QStringList({"Failed to load feature.%1|none|-1"}));
+    EXPECT_TRUE(infos().value(0).startsWith("info 7 failed translated: Failed to load feature.["));
+}
+
+TEST(DeviceRecord, HasItsMembersInOrder)
+{
+    EXPECT_EQ(offsetof(StructDeviceInfo, nDeviceID), 0u);
+    EXPECT_EQ(offsetof(StructDeviceInfo, nStatus), 4u);
+    EXPECT_EQ(offsetof(StructDeviceInfo, stDeviceInfo), 8u);
+}
+
+using JobDispatchDeathTest = JobDispatch;
+
+// Qt ends the program then; who waited would come back when the camera answers.
+TEST_F(JobDispatchDeathTest, TheDestructorDoesNotWait)
+{
+    ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
+    EXPECT_DEATH(
+        {
+            std::atomic<bool> hasArrived{false};
+            tests::setCallHook([&](const QByteArray&, const tests::TraceEntry&) {
+                hasArrived = true;
+                std::this_thread::sleep_for(std::chrono::seconds(3)); // long enough to be met in it
+            });
+            {
+                QOperateThread running;
+                running.SetXmlExportJob(device, folder.path());
+                running.start();
+                while (!hasArrived)
+                    std::this_thread::yield();
+            }
+            std::_Exit(0);
+        },
+        "");
+}
+
+TEST_F(JobDispatch, TwoCamerasOfOneFileNameNeverMixTheirFiles)
+{
+    tests::ScriptedDevice& other = tests::scriptedDevice("B_S1");
+    makeExportable();
+    other.setString("DeviceFirmwareVersion", QByteArray(9000, '2'));
+    other.setDescription("<R/>");
+    QOperateThread second;
+    for (int round = 0; round < 200; ++round) {
+        worker.SetXmlExportJob(gigeDevice("A_B", "S1", 7), folder.path());
+        second.SetXmlExportJob(gigeDevice("A", "B_S1", 8), folder.path());
+        worker.start();
+        second.start();
+        ASSERT_TRUE(worker.wait(60000) && second.wait(60000));
+        const ie::LoadedFile file = ie::loadFeaturesFile(folder.filePath("A_B_S1.fpk"));
+        ASSERT_EQ(file.failure, ie::LoadedFile::Failure::None);
+        const ie::FeaturesHeader header = ie::readFeatures(file.document.documentElement()).header;
+        EXPECT_EQ(header.model, header.firmware == "V1" ? QString("A_B") : QString("A"));
+    }
+    EXPECT_TRUE(infos().isEmpty());
 }

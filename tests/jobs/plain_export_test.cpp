@@ -389,3 +389,22 @@ TEST_F(PlainExport, TheEndNamesTheWrittenFileWhateverTheEncodingIsThen)
     VELAInterface::SetEncodingType(static_cast<VELAInterface::_ENCODING_TYPE_>(0));
     EXPECT_EQ(trace().last(), "end 7 3 " + folder.path() + QString::fromUtf8("/C\xC3\x83\xC2\xA4m_S1.fpk"));
 }
+
+TEST_F(PlainExport, ReadsTheRecordsFieldsToTheirWidthAndTheSuitesEncoding)
+{
+    describe({});
+    runExport();
+    EXPECT_EQ(tests::suiteCalls("GetEncodeQStringFromUnChar").mid(0, 2),
+              QStringList({"GetEncodeQStringFromUnChar(32)", "GetEncodeQStringFromUnChar(16)"}));
+    for (const StructDeviceInfo& record : {usbDevice("Cam", "S1", 7), cameraLinkDevice("Cam", "S1", 7)}) {
+        tests::resetSuiteTools();
+        runExport(record);
+        EXPECT_EQ(tests::suiteCalls("GetEncodeQStringFromUnChar").mid(0, 2),
+                  QStringList({"GetEncodeQStringFromUnChar(64)", "GetEncodeQStringFromUnChar(64)"}));
+    }
+    VELAInterface::SetEncodingType(static_cast<VELAInterface::_ENCODING_TYPE_>(3)); // Latin-1
+    runExport(gigeDevice("C\xE4m", "S1", 7));
+    VELAInterface::SetEncodingType(static_cast<VELAInterface::_ENCODING_TYPE_>(0));
+    EXPECT_TRUE(fileBytes(folder.path() + QString::fromUtf8("/C\xC3\xA4m_S1.fpk"))
+                    .contains("<DeviceModelName>C\xC3\xA4m</DeviceModelName>"));
+}

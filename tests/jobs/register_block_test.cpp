@@ -533,3 +533,38 @@ TEST_F(RegisterBlock, ABudgetThatIsSpentFailsWithALine)
              "<Integer Name=\"I\"><pValue>R</pValue></Integer>");
     expectFailure("I", {"Reg is empty failed:I"});
 }
+
+TEST_F(RegisterBlock, ALengthBelowZeroIsAnError)
+{
+    describe("<IntReg Name=\"R\"><Address>0</Address><pLength>L</pLength></IntReg>"
+             "<IntSwissKnife Name=\"L\"><pVariable "
+             "Name=\"A\">One</pVariable><Formula>A-5</Formula></IntSwissKnife>" +
+             constant("One", "1"));
+    expectFailure("R", {"RegR value length:L is erro"});
+    EXPECT_EQ(takeCalls(), QStringList());
+}
+
+TEST_F(RegisterBlock, TheReadsAroundAreCutTo32BitsToo)
+{
+    camera.rejectUnaligned();
+    describe(intReg("0x100001002"));
+    EXPECT_EQ(attempt("R"), RegisterAttempt::Written);
+    EXPECT_EQ(takeCalls(),
+              QStringList({"ReadMemory 4098 4 -> 80000106", "ReadMemory 4096 4", "ReadMemory 4100 4"}));
+    describe(intReg("0xFFFFFFFE"));
+    EXPECT_EQ(attempt("R"), RegisterAttempt::Written);
+    EXPECT_EQ(takeCalls().mid(1), QStringList({"ReadMemory 4294967292 4", "ReadMemory 0 4"}));
+}
+
+TEST_F(RegisterBlock, AddressesThenConverterThenMemory)
+{
+    ie::setAllocateHook([](std::size_t) -> void* { return nullptr; });
+    const QString broken = converter("", {"X=R"});
+    describe("<IntReg Name=\"R\"><pAddress>None</pAddress><Length>300</Length></IntReg>" + broken);
+    EXPECT_EQ(attempt("C"), RegisterAttempt::Failed);
+    EXPECT_EQ(takeLogs().last(), QString("getIntRegAddress  failed:C"));
+    describe(intReg("0", "300") + broken);
+    EXPECT_EQ(attempt("C"), RegisterAttempt::Failed);
+    EXPECT_EQ(takeLogs(), QStringList({"getValue  failed:C no formula or variables"}));
+    ie::setAllocateHook(nullptr);
+}

@@ -165,3 +165,71 @@ TEST_F(RegisterVisit, WhatEvaluationAddsBehindTheCurrentNodeIsVisitedToo)
     EXPECT_EQ(features().count("<ComplexFeature name=\"E\""), 1);
     EXPECT_EQ(features().count("<ComplexFeature name=\"S\""), 2);
 }
+
+// The transport's flag reaches the words of the block and those that addresses are made of.
+TEST_F(RegisterVisit, OnlyGigEVisionsRegistersAreSwapped)
+{
+    describe({"<IntReg Name=\"R\"><pAddress>Where</pAddress><Length>4</Length></IntReg>",
+              "<Integer Name=\"Where\"><pValue>At</pValue></Integer>",
+              "<IntReg Name=\"At\"><Address>0x2000</Address><Length>4</Length></IntReg>"});
+    failNode("R", KX_E_GC_ACCESS);
+    camera->setInteger("Where", 1);
+    camera->setInteger("At", 1);
+    const auto lineOf = [this](const StructDeviceInfo& record) {
+        runExport(record);
+        for (const QByteArray& line : fileBytes().split('\n'))
+            if (line.startsWith("<RegValue"))
+                return line.trimmed();
+        return QByteArray();
+    };
+    camera->setMemory(0x2000, QByteArray("\0\0\x10\0", 4));
+    EXPECT_EQ(lineOf(device), QByteArray("<RegValue address=\"4096\" variables=\"\">7</RegValue>"));
+    camera->setMemory(0x2000, QByteArray("\0\x10\0\0", 4));
+    for (const StructDeviceInfo& record : {usbDevice("Cam", "S1", 7), cameraLinkDevice("Cam", "S1", 7)})
+        EXPECT_EQ(lineOf(record),
+                  QByteArray("<RegValue address=\"4096\" variables=\"\">117440512</RegValue>"));
+}
+
+TEST_F(RegisterVisit, WhatSelectorsStandForIsForgottenWithTheRun)
+{
+    const QString addressed = "<IntReg Name=\"R\"><Address>0x1000</Address><pAddress>Sel</pAddress>"
+                              "<Length>4</Length></IntReg>";
+    const QString constant = "<Integer Name=\"Sel\"><Value>0</Value></Integer>";
+    failNode("R", KX_E_GC_ACCESS);
+    camera->setInteger("Sel", 0, 0, 8, 4);
+    describe({addressed, QString(constant).replace("</Integer>", "<pSelected>R</pSelected></Integer>")});
+    runExport();
+    EXPECT_EQ(features().count("<RegValue "), 3);
+    describe({addressed, constant});
+    runExport();
+    EXPECT_EQ(features().count("<RegValue "), 1);
+}
+
+// "A" is left out as a command, so its selector does not stand for anything when "R" is read.
+TEST_F(RegisterVisit, OnlyFeaturesThatStayAskForTheirSelectors)
+{
+    failNode("R", KX_E_GC_ACCESS);
+    camera->setInteger("Sel", 0, 0, 8, 4);
+    describe(
+        {"<Command Name=\"A\"/>",
+         "<IntReg Name=\"R\"><Address>0x1000</Address><pAddress>Sel</pAddress><Length>4</Length></IntReg>",
+         "<Integer Name=\"Sel\"><Value>0</Value><pSelected>A</pSelected></Integer>"});
+    runExport();
+    EXPECT_EQ(features().count("<RegValue "), 1);
+}
+
+// "B" stands for all values of its selector because "A", which it selects, was visited before it.
+TEST_F(RegisterVisit, SelectorsCountFromTheVisitOfTheirFeatureOn)
+{
+    const QString reg = "<IntReg Name=\"%1\"><Address>0x1000</Address><pAddress>Sel</pAddress>"
+                        "<Length>4</Length></IntReg>";
+    camera->setInteger("Sel", 0, 0, 8, 4);
+    for (const auto& [selected, lines] : {std::pair{"M", 3 + 3}, {"Z", 1 + 3}}) {
+        failNode("Q", KX_E_GC_ACCESS);
+        describe({reg.arg(selected), reg.arg("Q"),
+                  QString("<Integer Name=\"Sel\"><Value>0</Value><pSelected>%1</pSelected></Integer>")
+                      .arg(selected)});
+        runExport();
+        EXPECT_EQ(features().count("<RegValue "), lines) << selected;
+    }
+}

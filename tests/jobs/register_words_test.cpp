@@ -131,3 +131,18 @@ TEST_F(RegisterWordsTest, AWordIsFaithfulWhereTheTextIsItsNumber)
     EXPECT_EQ(word(""), QString("0!"));
     EXPECT_EQ(word("x"), QString("0!"));
 }
+
+TEST_F(RegisterWordsTest, AreZeroOnUsedMemoryToo)
+{
+    setAllocateHook(nullptr);
+    constexpr std::size_t size = 400;
+    void* blocks[20] = {};
+    for (void*& block : blocks) {
+        block = std::malloc(size);
+        std::memset(block, 0xFF, size);
+    }
+    for (void* const block : blocks)
+        std::free(block);
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(RegisterWords(size, false).words(), QVector<quint32>(size / 4));
+}
