@@ -153,6 +153,28 @@ TEST_F(WindowLoad, TheWindowMayEndWhileAJobHangs)
     EXPECT_TRUE(waitFor([&] { return hanging.isNull(); }));
 }
 
+TEST_F(WindowLoad, AWorkerThatStillRunsIsLeftWhenTheWindowGoes)
+{
+    readyCameras(2);
+    holdJobs();
+    const QPointer<QOperateThread> running = probe->workerOf(idOf("S1"));
+    const QPointer<QOperateThread> idle = probe->workerOf(idOf("S2"));
+    running->SetXmlExportJob(item("S1")->data(0, Qt::UserRole + 3).value<StructDeviceInfo>(), folder.path());
+    running->start(QThread::InheritPriority);
+    waitForHeldJobs(1);
+    const QObject* parentThen = window.get();
+    QObject::connect(window.get(), &QObject::destroyed, [&] { parentThen = running->parent(); });
+    destroyWindow();
+    ASSERT_TRUE(running);
+    EXPECT_FALSE(parentThen);
+    EXPECT_TRUE(running->isRunning());
+    EXPECT_FALSE(idle);
+    letJobsGo();
+    EXPECT_TRUE(running->wait(10000));
+    EXPECT_TRUE(QFile::exists(exported("S1")));
+    delete running;
+}
+
 // Ten times a second for ten seconds, without the pauses.
 TEST_F(WindowLoad, ACameraThatAppearsAndGoesAllTheTime)
 {
