@@ -101,8 +101,8 @@ VELA_LANGUAGE=CH start ENG
 expect "ENG is English" within_seconds 20 has_windows 1 "$english"
 kill "$program"
 within_seconds 20 is_gone "$program"
-VELA_LANGUAGE=CH start eng
-expect "eng is no language" within_seconds 20 has_windows 1 "$chinese"
+VELA_LANGUAGE=CH start eng ENG
+expect "eng is no language, and a second argument counts for nothing" within_seconds 20 has_windows 1 "$chinese"
 
 # A crash: a report beside the dump folder, nothing on the screen.
 shown_before=$(all_windows)
