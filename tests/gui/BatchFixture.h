@@ -3,6 +3,25 @@
 
 #include "WindowFixture.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+
+// Does something before any event that waits already: before the signals of the workers, say.
+class FirstEvent : public QObject
+{
+public:
+    explicit FirstEvent(std::function<void()> action) : m_action(std::move(action))
+    {
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User), Qt::HighEventPriority);
+    }
+
+protected:
+    void customEvent(QEvent*) override { m_action(); }
+
+private:
+    const std::function<void()> m_action;
+};
+
 class BatchFixture : public WindowFixture
 {
 protected:

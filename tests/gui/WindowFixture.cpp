@@ -100,6 +100,8 @@ WindowFixture::WindowFixture()
             answer.path = folderAnswer;
         } else {
             messages << request;
+            if (whileMessageIsShown)
+                whileMessageIsShown(request);
         }
         return answer;
     });
@@ -140,6 +142,11 @@ void WindowFixture::closeWindow()
         return;
     for (QOperateThread* worker : qAsConst(probe->workers))
         worker->wait();
+    destroyWindow();
+}
+
+void WindowFixture::destroyWindow()
+{
     g_search->open();
     window.reset();
     probe.reset();

@@ -67,6 +67,8 @@ protected:
     // Builds the window; not shown. With a device limit: that of the suite's library.
     void open(unsigned int limit = 32);
     void closeWindow();
+    // Without waiting for the workers.
+    void destroyWindow();
 
     // The tree finds exactly these cameras; when it returns, the window has been told.
     void find(const QVector<Camera>& cameras);
@@ -116,6 +118,7 @@ protected:
     QList<PathQuestion> fileQuestions, folderQuestions;
     QString fileAnswer, folderAnswer;
     std::function<void()> whileFileDialogIsOpen;
+    std::function<void(const ORBCustom::DialogRequest&)> whileMessageIsShown;
 
 private:
     QThread* scanner() const;

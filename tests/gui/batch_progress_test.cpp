@@ -215,6 +215,20 @@ TEST_F(BatchProgress, ExportsEndWithTheFileOfTheLastJob)
     }
 }
 
+TEST_F(BatchProgress, TheBusyDialogIsGoneBeforeTheSummary)
+{
+    window->show();
+    int busy = -1;
+    whileMessageIsShown = [&](const ORBCustom::DialogRequest&) { busy = probe->loading->isVisible(); };
+    for (const unsigned int type : {Import, Export}) {
+        busy = -1;
+        probe->loading->show();
+        begin("S1", type);
+        end("S1", type);
+        EXPECT_EQ(busy, 0) << "type " << type;
+    }
+}
+
 TEST_F(BatchProgress, TheLastEndsPathIsShownEvenWhenItFailed)
 {
     begin("S1", Export);

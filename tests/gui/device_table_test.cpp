@@ -2,6 +2,7 @@
 #include "WindowFixture.h"
 
 #include <QPointer>
+#include <QRegularExpression>
 
 namespace
 {
@@ -30,13 +31,13 @@ protected:
     static QImage picture(const QIcon& icon) { return icon.pixmap(34, 34).toImage(); }
     static QImage stateIcon(const QString& name) { return picture(QIcon(":/VELA/State/" + name)); }
     int statusCode(int row) const { return table().item(row, Status)->data(Qt::UserRole + 3).toInt(); }
-    // Calls of the suite's library while the window refills a camera's row.
+    // Calls of a function of the suite's library, or of all, while the window refills a camera's row.
     QStringList refill(const QByteArray& serial, const QString& function)
     {
         tests::resetSuiteTools();
         tests::suiteScript().programDataPath = folder.filePath("data");
         window->onUpdateDevice(item(serial));
-        return tests::suiteCalls(function);
+        return function.isEmpty() ? tests::suiteCalls() : tests::suiteCalls(function);
     }
 };
 
@@ -266,6 +267,21 @@ TEST_F(DeviceTable, StatusGroups)
         }
 }
 
+TEST_F(DeviceTable, TheWordsOfTheStatusFollowTheLanguage)
+{
+    find({{"S1"}, {"S2", KX_AVAILABILITY_IN_USE}, {"S3", KX_AVAILABILITY_UNREACHABLE}});
+    const auto words = [this] {
+        QStringList list;
+        for (int row = 0; row < 3; ++row)
+            list << table().item(row, Status)->data(Qt::AccessibleTextRole).toString();
+        return list;
+    };
+    speakChinese();
+    EXPECT_EQ(words(), (QStringList{"空闲", "使用中", "不可达"}));
+    speakEnglish();
+    EXPECT_EQ(words(), (QStringList{"Free", "In Use", "Unreachable"}));
+}
+
 TEST_F(DeviceTable, ADeviceThatIsTakenLosesItsTick)
 {
     find(freeCameras(2));
@@ -370,7 +386,52 @@ TEST_F(DeviceTable, TheEncodingIsSetAgainByUpdatesButNotByNewDevices)
     EXPECT_EQ(tests::suiteCalls("SetEncodingType"), QStringList());
     find({{"S1", KX_AVAILABILITY_IN_USE}, {"S2"}});
     EXPECT_EQ(tests::suiteCalls("SetEncodingType"), QStringList("SetEncodingType(3)"));
-    // Before the row is filled.
+    EXPECT_EQ(
+        refill("S1", "").filter(QRegularExpression("^(SetEncodingType|GetEncode)")).mid(0, 2),
+        (QStringList{"SetEncodingType(3)", "GetEncodeQStringFromUnChar(32)"})); // before the row is filled
     find({{"S1", 1, KX_TRANSPORT_GIGE, "eth0", "\xE9"}, {"S2"}});
     EXPECT_EQ(text(0, Model), QString(QChar(0xE9)));
+}
+
+TEST_F(DeviceTable, FillingNotifiesOfNoRow)
+{
+    find(freeCameras(2));
+    tick("S1");
+    tick("S2");
+    ASSERT_EQ(headerState(), Qt::Checked);
+    int notified = 0;
+    QObject::connect(&table(), &ORBCustomTableWidget::SigCellCheckStateChanged, [&] { ++notified; });
+    find({{"S1", KX_AVAILABILITY_IN_USE}, {"S2"}}); // loses its tick
+    EXPECT_EQ(headerState(), Qt::Checked);
+    find(freeCameras(3)); // S1 and the new one take the header's tick
+    EXPECT_EQ(tickedRows(), (QList<int>{0, 1, 2}));
+    EXPECT_EQ(notified, 0);
+}
+
+TEST_F(DeviceTable, TicksAreEvaluatedBeforeTheIconAndTheCodeAreSet)
+{
+    open(1);
+    find(freeCameras(3));
+    table().setCellCheckState(0, Check, Qt::Checked, false);
+    table().setCellCheckState(1, Check, Qt::Checked, false); // one too many: evaluating tells of it
+    int code = 0;
+    bool isIconOld = false;
+    whileMessageIsShown = [&](const ORBCustom::DialogRequest&) {
+        code = statusCode(2);
+        isIconOld = icon(2) == stateIcon("use.png");
+    };
+    find({{"S1"}, {"S2"}, {"S3", KX_AVAILABILITY_IN_USE}});
+    ASSERT_EQ(messages.size(), 1);
+    EXPECT_EQ(code, 1);
+    EXPECT_TRUE(isIconOld);
+    EXPECT_EQ(statusCode(2), 3);
+    EXPECT_TRUE(icon(2) == stateIcon("notuse.png"));
+}
+
+TEST_F(DeviceTable, TheLastColumnThatTheFlagsLeaveStretches)
+{
+    setSetting(kMaskKey, 1 | 2);
+    open();
+    EXPECT_EQ(mode(Model), QHeaderView::Stretch);
+    EXPECT_EQ(mode(PortId), QHeaderView::Interactive);
 }

@@ -103,7 +103,16 @@ const Calls& recordedCalls()
     return calls;
 }
 
+QStringList g_stamps; // formats of the moments that were written as text
+
 } // namespace
+
+// Stands before Qt's, notes the format and does what Qt's does.
+__attribute__((visibility("default"))) QString QDateTime::toString(const QString& format) const
+{
+    g_stamps << format;
+    return toString(QStringView(format));
+}
 
 class ProcessGuardsTest : public QObject
 {
@@ -202,6 +211,14 @@ private slots:
         QCOMPARE(WriteCrashDump(nullptr), 1L);
         QCOMPARE(g_log.mid(1), (QStringList{"MiniDumpWriteDump(44, 55, 88, 0, {66, null, 1}, null, null)",
                                             "CloseHandle(88)"}));
+    }
+
+    // The stamp goes into a name that is not used, so nothing but its making tells of it.
+    void theStampIsMadeToTheSecond()
+    {
+        g_stamps.clear();
+        WriteCrashDump(nullptr);
+        QCOMPARE(g_stamps, QStringList{"yyyyMMddhhmmss"});
     }
 
     void parentsOfTheDumpFolderAreNotMade()

@@ -37,6 +37,7 @@ within_seconds() { # seconds, command
 }
 windows() { xdotool search --onlyvisible --name "$1" 2>/dev/null | wc -l; }
 has_windows() { [ "$(windows "$2")" -eq "$1" ]; }
+all_windows() { { xdotool search --onlyvisible --name '' 2>/dev/null || true; } | wc -l; }
 is_gone() { ! kill -0 "$1" 2>/dev/null; }
 start() { # arguments of the program; its id goes to $program
     "${folder:-$programs}/Import_Export_Features" "$@" >"$work/out" 2>&1 &
@@ -100,13 +101,16 @@ VELA_LANGUAGE=CH start ENG
 expect "ENG is English" within_seconds 20 has_windows 1 "$english"
 kill "$program"
 within_seconds 20 is_gone "$program"
-VELA_LANGUAGE=CH start eng
-expect "eng is no language" within_seconds 20 has_windows 1 "$chinese"
+VELA_LANGUAGE=CH start eng ENG
+expect "eng is no language, and a second argument counts for nothing" within_seconds 20 has_windows 1 "$chinese"
 
 # A crash: a report beside the dump folder, nothing on the screen.
+shown_before=$(all_windows)
 kill -SEGV "$program"
 expect "a crashed copy ends" within_seconds 20 is_gone "$program"
 expect "a crashed copy does not end well" eval '[ "$(exit_code "$program")" -ne 0 ]'
+expect "a crashed copy says nothing" [ ! -s "$work/out" ]
+expect "a crashed copy leaves no window" [ "$(all_windows)" -lt "$shown_before" ]
 report=$(find "$VELA_USER_DATA/Dump" -name '*.backtrace.txt' | head -n 1)
 expect "the crash left a report" [ -n "$report" ]
 expect "with a backtrace" grep -q 'Import_Export_Features' "${report:-/dev/null}"

@@ -29,3 +29,9 @@ foreach(subject main_window_layout device_table check_logic local_config column_
     set_target_properties(${subject}_test PROPERTIES
         ENABLE_EXPORTS ON RUNTIME_OUTPUT_DIRECTORY "${window_tests}")
 endforeach()
+
+# This one stands between the window and its libraries.
+ie_add_test(window_calls_test LABEL gui
+    SOURCES window_calls_test.cpp WindowCalls.cpp WindowCalls.h LIBRARIES window_fixture ${CMAKE_DL_LIBS})
+set_target_properties(window_calls_test PROPERTIES
+    ENABLE_EXPORTS ON RUNTIME_OUTPUT_DIRECTORY "${window_tests}")

@@ -108,8 +108,17 @@ TEST_F(WindowLoad, ADeviceThatLeavesBeforeItsBeginIsHandledEndsItsJobToo)
 {
     readyCameras(2);
     holdJobs();
-    QTimer::singleShot(0, window.get(), [this] { find({}); });
+    const FirstEvent first([this] {
+        waitForHeldJobs(2); // both have begun,
+        find({});
+        EXPECT_EQ(probe->running, 0); // and of neither has the window heard
+        EXPECT_TRUE(window->isEnabled());
+        EXPECT_FALSE(probe->loading->isVisible());
+        actionDone = true;
+        probe->loading->close();
+    });
     runExport(folder.path());
+    ASSERT_TRUE(actionDone);
     EXPECT_EQ(counts(), (QStringList{"0", "0", "2"}));
     EXPECT_EQ(messages.size(), 0);
     letJobsGo();
@@ -151,6 +160,28 @@ TEST_F(WindowLoad, TheWindowMayEndWhileAJobHangs)
     ASSERT_TRUE(hanging);
     letJobsGo();
     EXPECT_TRUE(waitFor([&] { return hanging.isNull(); }));
+}
+
+TEST_F(WindowLoad, AWorkerThatStillRunsIsLeftWhenTheWindowGoes)
+{
+    readyCameras(2);
+    holdJobs();
+    const QPointer<QOperateThread> running = probe->workerOf(idOf("S1"));
+    const QPointer<QOperateThread> idle = probe->workerOf(idOf("S2"));
+    running->SetXmlExportJob(item("S1")->data(0, Qt::UserRole + 3).value<StructDeviceInfo>(), folder.path());
+    running->start(QThread::InheritPriority);
+    waitForHeldJobs(1);
+    QObject::connect(window.get(), &QObject::destroyed, [&] {
+        EXPECT_FALSE(running->parent()) << "a running worker is deleted, which ends the program";
+    });
+    destroyWindow();
+    ASSERT_TRUE(running);
+    EXPECT_TRUE(running->isRunning());
+    EXPECT_FALSE(idle);
+    letJobsGo();
+    EXPECT_TRUE(running->wait(10000));
+    EXPECT_TRUE(QFile::exists(exported("S1")));
+    delete running;
 }
 
 // Ten times a second for ten seconds, without the pauses.

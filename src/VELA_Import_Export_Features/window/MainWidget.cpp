@@ -62,7 +62,7 @@ ORBCustomPushButton* newButton(QWidget* parent, const char* name, const QSize& s
     ORBCustomPushButton* pButton = new ORBCustomPushButton(parent, 0);
     pButton->setObjectName(name);
     pButton->setFixedSize(size);
-    pButton->cSetBorderColor(kButtonBorder, ORBCustom::BorderAll, ORBCustom::StatusNormal);
+    pButton->cSetControlClickEvent(true); // the window hangs on its clicks, whatever the library starts with
     return pButton;
 }
 
@@ -139,13 +139,13 @@ void MainWidget::BuildButtons()
     m_pImportBtn = newButton(this, "ImportBtn", {70, 26});
     m_pExportBtn = newButton(this, "ExportBtn", {70, 26});
     m_pCheckListBtn = newButton(this, "CheckListBtn", {28, 26});
+    m_pBackBtn = newButton(this, "BackBtn", {86, 26});
+    for (ORBCustomPushButton* pButton : {m_pImportBtn, m_pExportBtn, m_pCheckListBtn})
+        pButton->cSetBorderColor(kButtonBorder, ORBCustom::BorderAll, ORBCustom::StatusNormal);
     m_pCheckListBtn->cSetBackgroundImage(":/VELA/btn/ic_more_normal.png", ORBCustom::StatusNormal);
     m_pCheckListBtn->cSetBackgroundImage(":/VELA/btn/ic_more_click.png", ORBCustom::StatusHover);
     m_pCheckListBtn->cSetBackgroundImage(":/VELA/btn/ic_more_click.png", ORBCustom::StatusPressed);
     m_pCheckListBtn->cSetBackgroundImage(":/VELA/btn/ic_more_disable.png", ORBCustom::StatusDisabled);
-    m_pBackBtn = new ORBCustomPushButton(this, 0);
-    m_pBackBtn->setObjectName("BackBtn");
-    m_pBackBtn->setFixedSize(86, 26);
 }
 
 void MainWidget::BuildCounters()
@@ -328,6 +328,7 @@ void MainWidget::changeEvent(QEvent* pEvent)
     if (pEvent->type() == QEvent::LanguageChange && m_pColumnChooser) {
         SetTitleBar();
         SetTexts();
+        SetStatusWords();
         ClearOperationStatus();
         if (isImport(unsigned(m_nOperateType)))
             m_pLoadingDlg->SetLabelText(tr("Importing features..."));

@@ -104,6 +104,8 @@ private:
     void FillRow(int nRow, const StructDeviceInfo& stDevice, const QString& strInterface);
     bool FillIdentity(int nRow, const StructDeviceInfo& stDevice, const QString& strInterface);
     void FillStatus(int nRow, int nStatus);
+    void SetStatusWord(QTableWidgetItem* pItem);
+    void SetStatusWords();
     void DecideRowVisibility(int nRow);
     void ClearOperationStatus();
     int CurrentNodeType() const;

@@ -265,9 +265,22 @@ void MainWidget::FillStatus(int nRow, int nStatus)
         return;
     pItem->setIcon(QIcon(look.icon));
     pItem->setData(StatusCodeRole, look.code);
-    // The cell shows the icon alone; who cannot see it gets the word.
-    const QString strWord = look.code == 3 ? tr("In Use") : look.code == 1 ? tr("Free") : tr("Unreachable");
+    SetStatusWord(pItem);
+}
+
+// The cell shows the icon alone; who cannot see it gets the word.
+void MainWidget::SetStatusWord(QTableWidgetItem* pItem)
+{
+    const int nCode = pItem->data(StatusCodeRole).toInt();
+    const QString strWord = nCode == 3 ? tr("In Use") : nCode == 1 ? tr("Free") : tr("Unreachable");
     pItem->setData(Qt::AccessibleTextRole, strWord);
+}
+
+void MainWidget::SetStatusWords()
+{
+    for (int nRow = 0; nRow < m_pTableWidget->rowCount(); ++nRow)
+        if (QTableWidgetItem* pItem = m_pTableWidget->item(nRow, ColumnStatus))
+            SetStatusWord(pItem);
 }
 
 void MainWidget::DecideRowVisibility(int nRow)
