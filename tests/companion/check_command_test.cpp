@@ -44,11 +44,10 @@ protected:
         return "small.fpk";
     }
 
-    // Behind what the file has to prove.
+    // Behind the camera's verdict: the counts and what needs attention.
     static std::string entriesOf(const Result& result)
     {
-        const size_t end = result.out.find('\n', result.out.find("\n  model: ") + 1);
-        return result.out.substr(end + 1);
+        return result.out.substr(result.out.find('\n') + 1);
     }
 };
 
@@ -64,19 +63,21 @@ TEST_F(CheckCommand, ShowsWhatAnImportWouldDoWithTheCamerasOwnExport)
 {
     addCamera("S1");
     const std::string file = exported("S1");
-    const std::string control =
-        ": GevCCP: tells who controls the camera: while an import runs, that is the import\n";
+    const std::string control = "  state: GevCCP: camera 0, file 1: tells who controls the camera\n";
+    const std::string counts = "  152 unchanged; state: 1 differs\n";
+    const std::string warning = "  warning: WideScale (register 95328): written again: the texts differ, the "
+                                "values do not\n";
     const Result plan = run("plan", file);
     EXPECT_EQ(plan.code, 0);
     EXPECT_EQ(plan.err, "");
-    EXPECT_EQ(plan.out, std::string("EMU-1 S1: ready\n") + kProven + "  skipped" + control +
-                            "  warning: WideScale (register 95328): written again: the texts differ, the "
-                            "values do not\n"
-                            "  152 unchanged, 1 skipped\n");
+    EXPECT_EQ(plan.out, "EMU-1 S1: ready\n" + counts + warning);
+    EXPECT_EQ(run("plan", file, {"--all", "--details"}).out,
+              "EMU-1 S1: ready\n" + counts + kProven + control + warning);
     const Result verify = run("verify", file);
     EXPECT_EQ(verify.code, 0);
-    EXPECT_EQ(verify.out, std::string("EMU-1 S1: applied\n") + kProven + "  skipped" + control +
-                              "  152 unchanged, 1 skipped\n");
+    EXPECT_EQ(verify.out, "EMU-1 S1: applied\n" + counts);
+    EXPECT_EQ(run("verify", file, {"--all", "--details"}).out,
+              "EMU-1 S1: applied\n" + counts + kProven + control);
 }
 
 TEST_F(CheckCommand, TakesNoControlAndWritesNothing)
@@ -152,17 +153,15 @@ TEST_F(CheckCommand, AnImportDoesWhatThePlanSays)
     const Result plan = run("plan", file);
     EXPECT_EQ(plan.code, 4);
     EXPECT_EQ(entriesOf(plan),
+              "  1 unchanged, 3 would change, 1 skipped, 2 out of range, 1 absent; state: 1 differs\n"
               "  would change: Height: 480 -> 16\n"
               "  would change: TestPatternSeed: 3735928559 -> 0\n"
               "  warning: TestPatternSeed: \"-5\" is written as 0: imports take decimal numbers from 0 to "
               "4294967295\n"
-              "  not writable: SensorHeight: camera 1024, file 1025: read-only now\n"
               "  out of range: Width: camera 640, file 64000: 64000 is above the maximum 960\n"
               "  absent: Absent: The camera has no feature of this name.\n"
               "  out of range: TestPattern: camera 2, file 77: 77 is no entry that it has now\n"
-              "  skipped: DeviceUserID: protected: imports never write it\n"
-              "  would change: Gain (register 77824): 100 -> 70\n"
-              "  1 unchanged, 3 would change, 1 skipped, 1 not writable, 2 out of range, 1 absent\n");
+              "  would change: Gain (register 77824): 100 -> 70\n");
 
     EXPECT_EQ(run("import", file).code, 4);
     EXPECT_EQ(camera.peekWord(kGainOfAll), 70u);
@@ -170,14 +169,12 @@ TEST_F(CheckCommand, AnImportDoesWhatThePlanSays)
     EXPECT_EQ(verify.code, 4);
     EXPECT_EQ(
         entriesOf(verify),
+        "  3 unchanged, 3 not applied, 1 skipped, 1 absent; state: 1 differs\n"
         "  not applied: TestPatternSeed: camera 0, file -5: \"-5\" is written as 0: imports take decimal "
         "numbers from 0 to 4294967295\n"
-        "  not applied: SensorHeight: camera 1024, file 1025: read-only now\n"
         "  not applied: Width: camera 640, file 64000: 64000 is above the maximum 960\n"
         "  absent: Absent: The camera has no feature of this name.\n"
-        "  not applied: TestPattern: camera 2, file 77: 77 is no entry that it has now\n"
-        "  skipped: DeviceUserID: protected: imports never write it\n"
-        "  3 unchanged, 4 not applied, 1 skipped, 1 absent\n");
+        "  not applied: TestPattern: camera 2, file 77: 77 is no entry that it has now\n");
 }
 
 TEST_F(CheckCommand, KnowsFeaturesThatAreThereInAModeOnly)
@@ -186,18 +183,20 @@ TEST_F(CheckCommand, KnowsFeaturesThatAreThereInAModeOnly)
     const std::string file =
         fileOf(feature("TriggerDelay", "Float", "2.500000") + feature("Width", "Integer", "320"));
     camera.pokeWord(kTransferLayerLock, 1);
-    EXPECT_EQ(entriesOf(run("plan", file)),
-              "  not writable: TriggerDelay: file 2.500000: not available now\n"
-              "  not writable: Width: camera 640, file 320: read-only now\n  2 not writable\n");
+    EXPECT_EQ(entriesOf(run("plan", file)), "  2 not writable\n"
+                                            "  not writable: TriggerDelay: file 2.500000: not available now\n"
+                                            "  not writable: Width: camera 640, file 320: read-only now\n");
     EXPECT_EQ(entriesOf(run("verify", file)),
+              "  2 not applied\n"
               "  not applied: TriggerDelay: file 2.500000: not available now\n"
-              "  not applied: Width: camera 640, file 320: read-only now\n  2 not applied\n");
+              "  not applied: Width: camera 640, file 320: read-only now\n");
     camera.pokeWord(kTransferLayerLock, 0);
     camera.pokeWord(kTriggerMode, 1);
     const Result plan = run("plan", file);
     EXPECT_EQ(plan.code, 0);
-    EXPECT_EQ(entriesOf(plan), "  would change: TriggerDelay: 1.500000 -> 2.500000\n"
-                               "  would change: Width: 640 -> 320\n  2 would change\n");
+    EXPECT_EQ(entriesOf(plan), "  2 would change\n"
+                               "  would change: TriggerDelay: 1.500000 -> 2.500000\n"
+                               "  would change: Width: 640 -> 320\n");
 }
 
 TEST_F(CheckCommand, KnowsValuesThatTheCameraHasMadeFit)
@@ -207,9 +206,8 @@ TEST_F(CheckCommand, KnowsValuesThatTheCameraHasMadeFit)
     camera.pokeWord(kWidth, 320); // its increment is 16
     const Result verify = run("verify", file);
     EXPECT_EQ(verify.code, 4);
-    EXPECT_EQ(entriesOf(verify), "  coerced: Width: camera 320, file 330\n"
-                                 "  not applied: Height: camera 480, file 482\n"
-                                 "  1 coerced, 1 not applied\n");
+    EXPECT_EQ(entriesOf(verify), "  1 coerced, 1 not applied\n"
+                                 "  not applied: Height: camera 480, file 482\n");
     EXPECT_EQ(run("verify", fileOf(feature("Width", "Integer", "330"))).code, 0);
 }
 
@@ -250,9 +248,9 @@ TEST_F(CheckCommand, NamesTheRegisterThatTheCameraRefuses)
     camera.setFaults(faults);
     const Result plan = run("plan", file);
     EXPECT_EQ(plan.code, 4);
-    EXPECT_EQ(entriesOf(plan), "  would change: Height: 480 -> 16\n"
-                               "  not writable: Width: file 16: the camera refuses its register\n"
-                               "  1 would change, 1 not writable\n");
+    EXPECT_EQ(entriesOf(plan), "  1 would change, 1 not writable\n"
+                               "  would change: Height: 480 -> 16\n"
+                               "  not writable: Width: file 16: the camera refuses its register\n");
 }
 
 TEST_F(CheckCommand, ChecksAllCamerasThoughSomeFail)
@@ -352,4 +350,31 @@ TEST_F(CheckCommand, RunsAsAProgram)
     EXPECT_EQ(code("verify"), 4);
     EXPECT_EQ(code("import"), 0);
     EXPECT_EQ(code("verify"), 0);
+}
+
+// A program that streams has set the one, an automatic function has moved the other.
+TEST_F(CheckCommand, TellsApartWhatNobodyHasSet)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    ASSERT_EQ(camera.setNode("GainAuto", int64_t(2)), "");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("GevHeartbeatTimeout", int64_t(5000)), "");
+    camera.pokeWord(kGainOfAll, 7);
+    const Result verify = run("verify", file, {"--all", "--details"});
+    EXPECT_EQ(verify.code, 0) << verify.out;
+    EXPECT_THAT(verify.out, HasSubstr("\n  session: GevHeartbeatTimeout: camera 5000, file 3000: set by the "
+                                      "program that controls the camera\n"));
+    EXPECT_THAT(verify.out, HasSubstr("\n  automatic: Gain (register 77824): camera 7, file 100: GainAuto "
+                                      "moves it\n"));
+    const Result strict = run("verify", file, {"--all", "--strict"});
+    EXPECT_EQ(strict.code, 4);
+    EXPECT_THAT(strict.out, HasSubstr("\n  not applied: GevHeartbeatTimeout: camera 5000, file 3000\n"));
+    EXPECT_THAT(strict.out, HasSubstr("\n  not applied: Gain (register 77824): camera 7, file 100\n"));
+    EXPECT_THAT(run("plan", file).out, HasSubstr("; state: 1 differs; session: 1 differs; automatic: "));
+
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    EXPECT_EQ(run("verify", file).code, 4);
+    EXPECT_EQ(import(file).code, 0); // writes all of it, as ever
+    EXPECT_EQ(std::get<int64_t>(*camera.node("GevHeartbeatTimeout")), 3000);
+    EXPECT_EQ(camera.peekWord(kGainOfAll), 100u);
 }

@@ -1,6 +1,7 @@
 // iefeatures diff: files in golden texts, emulated cameras in what they have differently.
 #include "companion/ImportCompanion.h"
-#include "iefeatures/compare/NamePatterns.h"
+#include "iefeatures/cameras/NamePatterns.h"
+#include "iefeatures/cameras/NamedNatures.h"
 
 #include <nlohmann/json.hpp>
 
@@ -189,7 +190,7 @@ TEST(NamePatterns, MatchWholeNames)
 
 TEST(NamePatterns, KnowWhatChangesByItselfAndWhatIsASetting)
 {
-    const companion::NamePatterns changing(companion::NamePatterns::changingByThemselves());
+    const companion::NamePatterns changing(companion::changingByThemselves());
     for (const char* name :
          {"DeviceTemperature", "BoardTemperature", "Timestamp", "GevTimestampValue", "GevTimestampValueHigh",
           "TimestampLatchValue", "EventExposureEndTimestamp", "CounterValue", "CounterValueAtReset",
@@ -377,4 +378,20 @@ TEST_F(DiffOfCameras, WorksAsAProgram)
     const auto json = nlohmann::json::parse(run.out);
     EXPECT_EQ(json["equal"], false);
     EXPECT_EQ(json["features"][0]["registers"][0]["address"], kGainOfAll);
+}
+
+TEST_F(DiffOfCameras, LeavesOutWhatNobodyHasSet)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    ASSERT_EQ(camera.setNode("GainAuto", int64_t(2)), "");
+    const std::string file = path(exported("S1"));
+    ASSERT_EQ(camera.setNode("GevHeartbeatTimeout", int64_t(5000)), "");
+    camera.pokeWord(kGainOfAll, 7);
+    const Result plain = diff(file, "serial:S1");
+    EXPECT_EQ(plain.code, 0) << plain.out;
+    EXPECT_THAT(plain.out, ::testing::HasSubstr("GevHeartbeatTimeout (session)"));
+    EXPECT_THAT(plain.out, ::testing::HasSubstr("Gain (automatic)"));
+    const Result strict = diff(file, "serial:S1", {"--strict"});
+    EXPECT_EQ(strict.code, 1);
+    EXPECT_THAT(strict.out, ::testing::HasSubstr("differs  GevHeartbeatTimeout "));
 }

@@ -17,7 +17,8 @@ ie_add_test(emulator_export_test LABEL companion
 target_compile_definitions(emulator_export_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>")
 add_dependencies(emulator_export_test iefeatures)
 ie_add_test(real_descriptions_export_test LABEL camera
-    SOURCES real_descriptions_export_test.cpp RegisterRule.cpp RegisterRule.h WhyLeftOut.cpp WhyLeftOut.h
+    SOURCES real_descriptions_export_test.cpp RealSeed.cpp RealSeed.h RegisterRule.cpp RegisterRule.h
+        WhyLeftOut.cpp WhyLeftOut.h
     LIBRARIES real_export)
 ie_add_test(round_trip_test LABEL companion TIMEOUT 300
     SOURCES round_trip_test.cpp

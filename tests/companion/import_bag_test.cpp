@@ -131,3 +131,29 @@ TEST_F(BagCommand, RefusesPathsThatTheCameraLibraryCannotBeTold)
     write("é.fpk", fileText(exportedBag()));
     EXPECT_EQ(importBag("é.fpk").code, 0);
 }
+
+TEST_F(BagCommand, IsRecognisedByItsContent)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string bag = exportedBag();
+    const auto pattern = camera.node("TestPattern");
+    ASSERT_EQ(camera.setNode("TestPattern", int64_t(0)), "");
+    EXPECT_EQ(import(bag).code, 0);
+    EXPECT_EQ(camera.node("TestPattern"), pattern);
+    EXPECT_EQ(import(bag, {"--all", "--verify"}).code, 2);
+    EXPECT_EQ(import(bag, {"--all", "--format", "xml"}).code, 5); // as was asked for
+    EXPECT_EQ(import(exported("S1")).code, 0);
+}
+
+// As old descriptions do, the one of this camera calls nothing streamable.
+TEST_F(BagCommand, TellsThatItIsEmpty)
+{
+    addCamera("S1",
+              [](emu::CameraConfig& config) { config.description = tests::descriptionWithOneRegister(); });
+    const Result save = tests::runInProcess({"export", "--all", "--to", folder(), "--format", "bag"});
+    EXPECT_EQ(save.code, 0);
+    EXPECT_THAT(save.err, HasSubstr("EMU-1 S1: the feature bag is empty: the camera's description calls no "
+                                    "feature streamable. Export a features file (--format xml) instead.\n"));
+    const Result whole = tests::runInProcess({"export", "--all", "--to", folder()});
+    EXPECT_THAT(whole.err, Not(HasSubstr("empty")));
+}

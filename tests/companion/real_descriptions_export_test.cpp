@@ -2,6 +2,7 @@
 // KX_DESCRIPTIONS names. What is in such a file has to agree with the camera, and what is missing has to be
 // explained.
 #include "camera_emulator/EmulatedCamera.h"
+#include "companion/RealSeed.h"
 #include "companion/RegisterRule.h"
 #include "companion/WhyLeftOut.h"
 #include "gvcp/Gvcp.h"
@@ -16,8 +17,6 @@
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -108,39 +107,13 @@ QString Connection::value(const ie::PlainFeature& feature) const
     return status == KX_OK ? text : QString("status 0x%1").arg(status, 8, 16, QChar('0'));
 }
 
-// The registers that the number of a node hangs on.
-QStringList registersBehind(const QString& name, const QMap<QString, QDomElement>& nodes, int depth = 0)
-{
-    const QDomElement node = nodes.value(name);
-    if (node.tagName() == "IntReg" || node.tagName() == "MaskedIntReg" || depth > 10)
-        return {name};
-    QStringList names;
-    for (QDomElement child = node.firstChildElement(); !child.isNull(); child = child.nextSiblingElement()) {
-        if (child.tagName() == "pValue" || child.tagName() == "pVariable")
-            names += registersBehind(child.text(), nodes, depth + 1);
-    }
-    return names;
-}
-
-// A firmware version and a model, and what the first needs to be there and to have a length.
-QByteArray seedFor(const QMap<QString, QDomElement>& nodes)
-{
-    QJsonObject seeds{{"DeviceFirmwareVersion", "1.2.3"}, {"DeviceModelName", "Model"}};
-    const QDomElement firmware = nodes.value("DeviceFirmwareVersion");
-    for (const char* tag : {"pIsImplemented", "pIsAvailable", "pLength"}) {
-        for (const QString& name : registersBehind(firmware.firstChildElement(tag).text(), nodes))
-            seeds[name] = qstrcmp(tag, "pLength") == 0 ? 8 : 1;
-    }
-    return QJsonDocument(QJsonObject{{"nodes", seeds}}).toJson();
-}
-
 emu::CameraConfig configFor(const QFileInfo& description, const QMap<QString, QDomElement>& nodes)
 {
     emu::CameraConfig config;
     config.address = tests::freshLoopbackAddress();
     config.model = description.completeBaseName().left(31).toStdString();
     config.descriptionFile = description.filePath().toStdString();
-    config.seed = seedFor(nodes).toStdString();
+    config.seed = tests::seedFor(nodes).toStdString();
     return config;
 }
 

@@ -59,7 +59,7 @@ TEST_F(Rollback, BringsTheCameraBackToTheByte)
     EXPECT_EQ(controlOf(camera), 0u);
     EXPECT_THAT(run.out, HasSubstr("\n1 applied, 0 incomplete, 0 incompatible, 0 failed\n"));
     EXPECT_THAT(run.out, HasSubstr("EMU-1 S1: applied\n"));
-    EXPECT_THAT(run.out, EndsWith(" unchanged, 1 skipped\n"));
+    EXPECT_THAT(run.out, EndsWith(" unchanged; state: 1 differs\n"));
 }
 
 TEST_F(Rollback, LoadsTheFeatureBagBeforeTheRegisters)
@@ -151,4 +151,21 @@ TEST_F(Rollback, LeavesNoLineWhenTheAuditIsOff)
     const QByteArray before = fileText("user-data/Audit/iefeatures.jsonl");
     ASSERT_EQ(rollback(snapshot, {"--serial", "S1", "--no-audit"}).code, 0);
     EXPECT_EQ(fileText("user-data/Audit/iefeatures.jsonl"), before);
+}
+
+// The description calls nothing streamable.
+TEST_F(Rollback, DoesWithoutAnEmptyFeatureBag)
+{
+    emu::EmulatedCamera& camera = addCamera(
+        "S1", [](emu::CameraConfig& config) { config.description = tests::descriptionWithOneRegister(); });
+    camera.pokeWord(0x10100, 5);
+    const std::string file = exported("S1");
+    const std::string snapshot = importedOver("S1", file);
+    camera.pokeWord(0x10100, 6);
+    const Result run = rollback(snapshot, {"--serial", "S1", "--json"});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(camera.peekWord(0x10100), 5u);
+    EXPECT_THAT(run.err,
+                HasSubstr("The snapshot's feature bag is empty; its features file alone is taken.\n"));
+    EXPECT_EQ(run.out.find("\"type\":0}"), std::string::npos); // no bag is loaded
 }

@@ -1,5 +1,5 @@
 #include "companion/CompanionFixture.h"
-#include "iefeatures/compare/NamePatterns.h"
+#include "iefeatures/cameras/NamedNatures.h"
 #include "iefeatures/console/ExitCode.h"
 
 #include <SuiteTools/SuiteTools.h>
@@ -151,7 +151,13 @@ TEST(ManPage, NamesEveryOption)
 TEST(ManPage, ListsWhatComparisonsLeaveOut)
 {
     const QString page = manPage().simplified();
-    EXPECT_TRUE(page.contains(" " + companion::NamePatterns::changingByThemselves().join(", ") + "."));
+    EXPECT_TRUE(page.contains(" " + companion::changingByThemselves().join(", ") + "."));
+}
+
+TEST(ManPage, ListsWhatProgramsSet)
+{
+    const QString page = manPage().simplified();
+    EXPECT_TRUE(page.contains(" " + companion::sessionPatterns().join(", ") + " "));
 }
 
 TEST(ManPage, HasTheSameExitCodes)

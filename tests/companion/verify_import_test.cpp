@@ -77,7 +77,7 @@ TEST_F(VerifiedImport, NamesWhatDidNotReachItsValueAndWhy)
                 feature("Width", "Integer", "64000") + feature("Nobody", "Float", "1.000000"));
     const Result run = import(file, {"--all", "--verify"});
     EXPECT_EQ(run.code, 4);
-    EXPECT_THAT(run.out, HasSubstr(" 1 not applied, 1 skipped, 1 absent\n"));
+    EXPECT_THAT(run.out, HasSubstr(" 1 not applied, 1 absent; state: 1 differs\n"));
     EXPECT_THAT(run.out, HasSubstr("  not applied: Width: camera 640, file 64000: The value is out of the "
                                    "feature's range.\n"));
     EXPECT_THAT(run.out, HasSubstr("  absent: Nobody: The camera has no feature of this name.\n"));
@@ -107,7 +107,7 @@ TEST_F(VerifiedImport, LeavesOutWhatImportsDoNotSet)
                 feature("Width", "Integer", "640") + feature("DeviceUserID", "StringReg", "Other"));
     const Result run = import(file, {"--all", "--verify", "--json"});
     EXPECT_EQ(run.code, 0) << run.out;
-    EXPECT_EQ(entryOf(lastLine(run), "GevCCP")["verdict"], "skipped");
+    EXPECT_EQ(entryOf(lastLine(run), "GevCCP")["verdict"], "state");
     EXPECT_EQ(entryOf(lastLine(run), "DeviceUserID")["verdict"], "skipped");
 }
 

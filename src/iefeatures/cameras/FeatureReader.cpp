@@ -10,6 +10,8 @@ namespace companion
 namespace
 {
 
+constexpr int kRoomForNames = 512; // bytes, the final zero included
+
 bool isStep(qint64 value, qint64 origin, qint64 increment)
 {
     const quint64 distance =
@@ -101,6 +103,49 @@ FeatureReader::Access FeatureReader::access(const QString& name)
     Access access;
     access.status = note(KX_XML_GetNodeAccessMode(m_handle, name.toLocal8Bit().constData(), &access.mode));
     return access;
+}
+
+std::optional<bool> FeatureReader::isEverWritable(const QString& name)
+{
+    bool isWritable = false;
+    if (note(KX_CC_IsEverWritable(m_handle, name.toUtf8().constData(), &isWritable)) != KX_OK)
+        return {};
+    return isWritable;
+}
+
+bool FeatureReader::isNeverWritten(qint64 address, qint64 length)
+{
+    KX_RegisterCoverage coverage{};
+    const KX_Status status = note(KX_CC_GetRegisterCoverage(m_handle, address, length, &coverage));
+    return status == KX_OK && coverage.registers > 0 && coverage.writable == 0 &&
+           coverage.unplacedWritable == 0;
+}
+
+QStringList FeatureReader::relatedNames(const QString& name, KX_Relation relation)
+{
+    const QByteArray node = name.toUtf8();
+    QByteArray text(kRoomForNames, '\0');
+    uint32_t length = 0;
+    const auto ask = [&] {
+        return KX_CC_GetRelatedNames(m_handle, node.constData(), relation, text.data(), uint32_t(text.size()),
+                                     &length);
+    };
+    KX_Status status = ask();
+    if (status == KX_E_BUFFER_TOO_SMALL) {
+        text.resize(int(length) + 1);
+        status = ask();
+    }
+    return note(status) == KX_OK ? QString::fromUtf8(text.constData()).split('\n', Qt::SkipEmptyParts)
+                                 : QStringList();
+}
+
+QString FeatureReader::entryName(const QString& enumeration, uint32_t number)
+{
+    char text[kRoomForNames] = {};
+    uint32_t length = 0;
+    const KX_Status status = note(KX_CC_GetEnumEntryName(m_handle, enumeration.toUtf8().constData(), number,
+                                                         text, sizeof text, &length));
+    return status == KX_OK ? QString::fromUtf8(text) : QString();
 }
 
 bool FeatureReader::Access::isWritable() const

@@ -6,6 +6,7 @@
 #include <KXCameraControl/KXCameraControl.h>
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -37,6 +38,13 @@ public:
         QString text() const;  // "read-only now"
     };
     Access access(const QString& name);
+
+    // What the description alone says; nothing where it does not say, or where the line failed.
+    std::optional<bool> isEverWritable(const QString& name);
+    // Of the registers of so many bytes: whether all of them are known, and none is ever written.
+    bool isNeverWritten(qint64 address, qint64 length);
+    QStringList relatedNames(const QString& name, KX_Relation relation); // empty: none, or not known
+    QString entryName(const QString& enumeration, uint32_t number);      // empty: it has none
 
     // The status of the first call that the line failed; KX_OK: none. Answers since then mean nothing.
     KX_Status lineStatus() const { return m_lineStatus; }

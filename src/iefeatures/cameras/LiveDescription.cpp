@@ -2,30 +2,28 @@
 
 namespace companion
 {
-namespace
-{
 
-constexpr uint32_t kLongestName = 512; // bytes, the final zero included
+LiveDescription::LiveDescription(const KX_DeviceInfo& device, const QStringList& settled)
+    : m_connection(device, KX_ACCESS_MONITOR),
+      m_nature(m_reader, device.transportType == KX_TRANSPORT_GIGE, settled)
+{}
 
-} // namespace
-
-QString LiveDescription::entryName(const QString& feature, const QString& number) const
+QString LiveDescription::entryName(const QString& feature, const QString& number)
 {
     bool isNumber = false;
     const uint32_t value = number.toUInt(&isNumber);
-    char text[kLongestName] = {};
-    uint32_t length = 0;
-    if (!isNumber || KX_CC_GetEnumEntryName(m_connection.handle(), feature.toUtf8().constData(), value, text,
-                                            sizeof text, &length) != KX_OK)
-        return {};
-    return QString::fromUtf8(text);
+    return isNumber ? m_reader.entryName(feature, value) : QString();
 }
 
-bool LiveDescription::isReadOnly(const QString& feature) const
+bool LiveDescription::isReadOnly(const QString& feature)
 {
-    KX_XML_AccessMode mode = KX_AM_UNDEFINED;
-    return KX_XML_GetNodeAccessMode(m_connection.handle(), feature.toUtf8().constData(), &mode) == KX_OK &&
-           mode == KX_AM_READ_ONLY;
+    const FeatureReader::Access access = m_reader.access(feature);
+    return access.status == KX_OK && access.mode == KX_AM_READ_ONLY;
+}
+
+Nature LiveDescription::nature(const QString& feature, bool isRegisterBlock)
+{
+    return isRegisterBlock ? m_nature.ofBlock(feature) : m_nature.of(feature);
 }
 
 } // namespace companion

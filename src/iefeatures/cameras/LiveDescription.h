@@ -2,6 +2,7 @@
 #pragma once
 
 #include "iefeatures/cameras/CameraConnection.h"
+#include "iefeatures/cameras/FeatureNature.h"
 
 #include <QString>
 
@@ -12,16 +13,21 @@ class LiveDescription
 {
 public:
     // Blocks until the description is fetched. Without a connection nothing is known of any feature.
-    explicit LiveDescription(const KX_DeviceInfo& device) : m_connection(device, KX_ACCESS_MONITOR) {}
+    // `settled`: as a FeatureNature takes it.
+    LiveDescription(const KX_DeviceInfo& device, const QStringList& settled);
 
     KX_Status status() const { return m_connection.status(); }
     // The symbolic name of an enumeration's number; empty when it has none.
-    QString entryName(const QString& feature, const QString& number) const;
+    QString entryName(const QString& feature, const QString& number);
     // Whether the feature can be read and not be written now.
-    bool isReadOnly(const QString& feature) const;
+    bool isReadOnly(const QString& feature);
+    // Of a feature that a file has as its value, or as the registers behind it.
+    Nature nature(const QString& feature, bool isRegisterBlock);
 
 private:
     CameraConnection m_connection;
+    FeatureReader m_reader{m_connection.handle()};
+    FeatureNature m_nature;
 };
 
 } // namespace companion

@@ -2,8 +2,10 @@
 
 #include "iefeatures/cameras/CameraConnection.h"
 #include "iefeatures/cameras/InParallel.h"
+#include "iefeatures/check/EntryNature.h"
 #include "iefeatures/check/PlainCheck.h"
 #include "iefeatures/check/RegisterCheck.h"
+#include "iefeatures/files/NamedFeatures.h"
 
 #include <algorithm>
 
@@ -13,18 +15,21 @@ namespace
 {
 
 // False: the camera was not asked about all of them.
-bool checkEntries(FeatureReader& reader, const ie::FeaturesContent& file, CheckMode mode,
+bool checkEntries(FeatureReader& reader, const ie::FeaturesContent& file, CheckRule rule,
                   const std::function<bool()>& mayGoOn, CameraCheck& check)
 {
     const bool isGigE = check.camera.device.stDeviceInfo.transportType == KX_TRANSPORT_GIGE;
     ImportSkips skips(reader);
-    PlainCheck plain(reader, skips, mode);
-    RegisterCheck registers(reader, skips, mode, isGigE);
+    PlainCheck plain(reader, skips, rule.mode);
+    RegisterCheck registers(reader, skips, rule.mode, isGigE);
+    FeatureNature nature(reader, isGigE, namedBy(file).names);
     for (const ie::FeaturesContent::Entry& entry : file.entries) {
         if (!mayGoOn())
             return false;
-        const std::vector<EntryCheck> done =
+        std::vector<EntryCheck> done =
             entry.isComplex ? registers.check(entry.complex) : std::vector<EntryCheck>{plain.check(entry)};
+        for (EntryCheck& one : done)
+            tellApart(nature, rule.isStrict, entry.complex.length, one);
         if (reader.lineStatus() != KX_OK)
             return false;
         check.entries.insert(check.entries.end(), done.begin(), done.end());
@@ -38,7 +43,7 @@ void conclude(CameraCheck& check, CameraVerdict verdict, const QString& error = 
     check.error = error;
 }
 
-void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, CheckMode mode,
+void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, CheckRule rule,
                      const std::function<bool()>& mayGoOn, CameraCheck& check)
 {
     const auto read = [&](ie::FeatureKind kind, const QString& name) { return reader.read(kind, name); };
@@ -46,12 +51,12 @@ void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, Che
         ie::compareIdentity(file.header, check.camera.device.stDeviceInfo, read, ie::IdentityDepth::All);
     if (reader.lineStatus() == KX_OK && !ie::isGood(check.identity))
         return conclude(check, CameraVerdict::Incompatible, incompatibleText());
-    const bool isDone = reader.lineStatus() == KX_OK && checkEntries(reader, file, mode, mayGoOn, check);
+    const bool isDone = reader.lineStatus() == KX_OK && checkEntries(reader, file, rule, mayGoOn, check);
     if (reader.lineStatus() != KX_OK)
         return conclude(check, CameraVerdict::Failed, KX_CC_StatusText(reader.lineStatus()));
     if (!isDone)
         return conclude(check, CameraVerdict::Interrupted);
-    const auto good = mode == CheckMode::Plan ? CameraVerdict::Ready : CameraVerdict::Applied;
+    const auto good = rule.mode == CheckMode::Plan ? CameraVerdict::Ready : CameraVerdict::Applied;
     conclude(check, verdictOn(check.entries, good));
 }
 
@@ -85,6 +90,10 @@ bool isAmiss(const EntryCheck& entry)
     case EntryVerdict::WouldChange:
     case EntryVerdict::Skipped:
         return !entry.isFaithful;
+    case EntryVerdict::State:
+    case EntryVerdict::Session:
+    case EntryVerdict::Automatic:
+        return false;
     default:
         return true;
     }
@@ -105,7 +114,7 @@ CameraVerdict verdictOn(const std::vector<EntryCheck>& entries, CameraVerdict go
     return std::any_of(entries.begin(), entries.end(), isAmiss) ? CameraVerdict::Incomplete : good;
 }
 
-CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, CheckMode mode,
+CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, CheckRule rule,
                         const std::function<bool()>& mayGoOn)
 {
     CameraCheck check;
@@ -118,16 +127,16 @@ CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& f
         return check;
     }
     FeatureReader reader(connection.handle());
-    checkOpenCamera(reader, file, mode, mayGoOn, check);
+    checkOpenCamera(reader, file, rule, mayGoOn, check);
     return check;
 }
 
 std::vector<CameraCheck> checkCameras(const std::vector<ListedCamera>& cameras,
-                                      const ie::FeaturesContent& file, CheckMode mode,
+                                      const ie::FeaturesContent& file, CheckRule rule,
                                       const std::function<bool()>& mayGoOn)
 {
     std::vector<CameraCheck> checks(cameras.size());
-    inParallel(cameras.size(), [&](size_t i) { checks[i] = checkCamera(cameras[i], file, mode, mayGoOn); });
+    inParallel(cameras.size(), [&](size_t i) { checks[i] = checkCamera(cameras[i], file, rule, mayGoOn); });
     return checks;
 }
 

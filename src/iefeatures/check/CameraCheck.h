@@ -25,6 +25,15 @@ enum class CheckMode
     Verify // after one, or for an audit: is the camera as the file says?
 };
 
+struct CheckRule
+{
+    // Strict: what streaming programs and automatic functions set counts like any setting.
+    CheckRule(CheckMode of, bool strict = false) : mode(of), isStrict(strict) {}
+
+    CheckMode mode;
+    bool isStrict;
+};
+
 // One plain feature of the file, or one register of a block.
 struct EntryCheck
 {
@@ -34,7 +43,7 @@ struct EntryCheck
     EntryVerdict verdict = EntryVerdict::Unchanged;
     QString fileValue;      // null: not known
     QString cameraValue;    // as a file would have it; null: not read
-    QString newValue;       // WouldChange: what would be written
+    QString newValue;       // what would be written; null: nothing, or not known
     QString reason;         // why the verdict is no better; empty where the camera does not tell
     QStringList warnings;   // where an import does not write what the file says, or writes without need
     bool isFaithful = true; // an import writes what the file says
@@ -43,7 +52,8 @@ struct EntryCheck
     QString title() const; // "Width", "Gain (register 77824)"
 };
 
-// Whether the file's value is not, or would not be, in the camera. What imports leave alone does not count.
+// Whether the file's value is not, or would not be, in the camera. What imports leave alone does not count,
+// nor what is nobody's setting.
 bool isAmiss(const EntryCheck& entry);
 
 struct CameraCheck
@@ -64,13 +74,13 @@ QString incompatibleText();
 CameraVerdict verdictOn(const std::vector<EntryCheck>& entries, CameraVerdict good);
 
 // `mayGoOn` is asked before each entry, from the thread of the check.
-CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, CheckMode mode,
+CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, CheckRule rule,
                         const std::function<bool()>& mayGoOn);
 
 // All at the same time, in the order of `cameras`; one that fails does not stop the others. Blocks until all
 // are over.
 std::vector<CameraCheck> checkCameras(const std::vector<ListedCamera>& cameras,
-                                      const ie::FeaturesContent& file, CheckMode mode,
+                                      const ie::FeaturesContent& file, CheckRule rule,
                                       const std::function<bool()>& mayGoOn);
 
 } // namespace companion

@@ -48,13 +48,14 @@ QString quoted(const QString& value)
     return value.isNull() ? QString("-") : '"' + value + '"';
 }
 
-QString identityLines(const CameraCheck& check)
+QString identityLines(const CameraCheck& check, Detail detail)
 {
     QString text;
     for (const ie::IdentityComparison& line : check.identity)
-        text += QString("  %1: %2, file %3, camera %4\n")
-                    .arg(whatWord(line.what), outcomeWord(line.outcome), printable(quoted(line.fileValue)),
-                         printable(quoted(line.cameraValue)));
+        if (detail == Detail::All || line.outcome != ie::IdentityComparison::Outcome::Good)
+            text += QString("  %1: %2, file %3, camera %4\n")
+                        .arg(whatWord(line.what), outcomeWord(line.outcome),
+                             printable(quoted(line.fileValue)), printable(quoted(line.cameraValue)));
     return text;
 }
 
@@ -73,6 +74,9 @@ QString valuesText(const EntryCheck& entry)
     switch (entry.verdict) {
     case EntryVerdict::WouldChange:
         return (entry.cameraValue.isNull() ? QString("?") : entry.cameraValue) + " -> " + entry.newValue;
+    case EntryVerdict::State:
+    case EntryVerdict::Session:
+    case EntryVerdict::Automatic:
     case EntryVerdict::Coerced:
     case EntryVerdict::NotApplied:
     case EntryVerdict::NotWritable:
@@ -83,17 +87,23 @@ QString valuesText(const EntryCheck& entry)
     }
 }
 
-// Not worth a line.
 bool isAsExpected(const EntryCheck& entry)
 {
     return entry.verdict == EntryVerdict::Unchanged || entry.verdict == EntryVerdict::Applied;
 }
 
-QString entryLines(const CameraCheck& check)
+bool isWorthALine(const EntryCheck& entry, Detail detail)
+{
+    if (isAsExpected(entry))
+        return false;
+    return detail == Detail::All || entry.verdict == EntryVerdict::WouldChange || isAmiss(entry);
+}
+
+QString entryLines(const CameraCheck& check, Detail detail)
 {
     QString text;
     for (const EntryCheck& entry : check.entries) {
-        if (!isAsExpected(entry)) {
+        if (isWorthALine(entry, detail)) {
             QStringList parts = {printable(entry.title()), printable(valuesText(entry)),
                                  printable(entry.reason)};
             parts.removeAll({});
@@ -111,17 +121,26 @@ bool isComplete(const CameraCheck& check)
     return check.verdict <= CameraVerdict::Incomplete;
 }
 
+// "152 unchanged, 1 not applied; state: 3 differ"
 QString countsLine(const CameraCheck& check)
 {
     QStringList counts;
+    QString others;
     for (const EntryVerdict verdict : kEntryVerdicts) {
         const auto count =
             std::count_if(check.entries.begin(), check.entries.end(),
                           [verdict](const EntryCheck& entry) { return entry.verdict == verdict; });
-        if (count > 0)
+        if (count > 0 && isNoSetting(verdict))
+            others += QString("; %1: %2 %3")
+                          .arg(verdictWord(verdict))
+                          .arg(count)
+                          .arg(count == 1 ? "differs" : "differ");
+        else if (count > 0)
             counts += QString::number(count) + ' ' + verdictWord(verdict);
     }
-    return "  " + (counts.isEmpty() ? "nothing in the file" : counts.join(", ")) + '\n';
+    if (check.entries.empty())
+        return "  nothing in the file\n";
+    return "  " + (counts.isEmpty() ? "no settings" : counts.join(", ")) + others + '\n';
 }
 
 Json jsonText(const QString& text)
@@ -153,7 +172,7 @@ Json entryJson(const EntryCheck& entry)
     object["verdict"] = verdictWord(entry.verdict).toStdString();
     object["file"] = jsonText(entry.fileValue);
     object["camera"] = jsonText(entry.cameraValue);
-    if (entry.verdict == EntryVerdict::WouldChange)
+    if (!entry.newValue.isNull())
         object["new"] = entry.newValue.toStdString();
     if (!entry.reason.isEmpty())
         object["reason"] = entry.reason.toStdString();
@@ -181,16 +200,15 @@ Json cameraJson(const CameraCheck& check)
 
 } // namespace
 
-QString checkText(const std::vector<CameraCheck>& checks)
+QString checkText(const std::vector<CameraCheck>& checks, Detail detail)
 {
     QString text;
     for (const CameraCheck& check : checks) {
         text += check.camera.title() + ": " + verdictWord(check.verdict);
         if (!check.error.isEmpty())
             text += ": " + printable(check.error);
-        text += '\n' + identityLines(check) + entryLines(check);
-        if (isComplete(check))
-            text += countsLine(check);
+        text += '\n' + (isComplete(check) ? countsLine(check) : QString()) + identityLines(check, detail) +
+                entryLines(check, detail);
     }
     return text;
 }

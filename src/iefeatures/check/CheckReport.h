@@ -12,9 +12,15 @@
 namespace companion
 {
 
-// A paragraph a camera: its verdict, what the file had to prove, a line for each entry that is not as the
-// file says, counts.
-QString checkText(const std::vector<CameraCheck>& checks);
+enum class Detail
+{
+    Attention, // what is amiss, what an import would write, warnings
+    All        // every entry but those that are as the file says, and all that the file had to prove
+};
+
+// A paragraph a camera: its verdict, counts, what the file had to prove where it has not, a line for each
+// entry in question.
+QString checkText(const std::vector<CameraCheck>& checks, Detail detail = Detail::Attention);
 
 // An object a line for each camera, with all entries: {"result":"ready","device":1,...}.
 std::string checkJson(const std::vector<CameraCheck>& checks);

@@ -30,8 +30,10 @@ void layOver(EntryCheck& entry, const ImportTraces& traces)
     if (entry.verdict != EntryVerdict::NotApplied && entry.verdict != EntryVerdict::Coerced)
         return;
     // A value that the camera has refused was near the file's before: nobody has made it fit.
-    const auto refusal = std::find_if(traces.failures.begin(), traces.failures.end(),
-                                      [&](const EntryCheck& failure) { return isSameThing(failure, entry); });
+    const auto refusal =
+        std::find_if(traces.failures.begin(), traces.failures.end(), [&](const EntryCheck& failure) {
+            return isAmiss(failure) && isSameThing(failure, entry);
+        });
     if (refusal != traces.failures.end())
         entry.judge(EntryVerdict::NotApplied, refusal->reason);
 }

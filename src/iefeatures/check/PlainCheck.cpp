@@ -33,9 +33,6 @@ QString PlainCheck::skipReason(const ie::FeaturesContent::Entry& entry)
         return QString("the file gives no ") + (feature.name.isEmpty()   ? "name"
                                                 : feature.type.isEmpty() ? "type"
                                                                          : "value");
-    // Jobs hold exclusive access while they run, and files are full of it.
-    if (feature.name == "GevCCP" && feature.value == "1")
-        return "tells who controls the camera: while an import runs, that is the import";
     if (!ie::featureKind(feature.type))
         return "imports write no feature of the type \"" + feature.type + '"';
     return {};

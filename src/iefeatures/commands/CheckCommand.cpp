@@ -1,6 +1,6 @@
 #include "iefeatures/commands/CheckCommand.h"
 
-#include "iefeatures/check/CheckReport.h"
+#include "iefeatures/commands/ImportOptions.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/files/FeaturesFileInput.h"
@@ -10,13 +10,13 @@
 namespace companion
 {
 
-int runCheck(Console& console, const std::vector<ListedCamera>& cameras, const QString& file, CheckMode mode,
-             bool isJson)
+int runCheck(Console& console, const std::vector<ListedCamera>& cameras, const QString& file,
+             const CheckTask& task)
 {
     const FeaturesFileInput input = readFeaturesFile(file);
     std::vector<CameraCheck> checks;
     if (input.isGood()) {
-        checks = checkCameras(cameras, input.content, mode, [] { return !Interrupt::isRequested(); });
+        checks = checkCameras(cameras, input.content, task.rule, [] { return !Interrupt::isRequested(); });
     } else {
         console.err(input.error + '\n');
         for (const ListedCamera& camera : cameras)
@@ -24,7 +24,7 @@ int runCheck(Console& console, const std::vector<ListedCamera>& cameras, const Q
     }
     if (Interrupt::isRequested())
         console.err(std::string("Interrupted.\n"));
-    console.out(isJson ? checkJson(checks) : checkText(checks).toStdString());
+    console.out(task.isJson ? checkJson(checks) : checkText(checks, task.detail).toStdString());
     return Interrupt::isRequested() ? ExitInterrupted : exitCodeOf(gravestOf(checks));
 }
 
@@ -35,6 +35,8 @@ void CheckCommand::addOptions(CLI::App& app)
         ->type_name("")
         ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
     m_selection.addOptions(app);
+    app.add_flag("--strict", m_isStrict, "Count also what streaming programs and automatic functions set");
+    app.add_flag("--details", m_isDetailed, kDetailsHelp);
     app.add_flag("--json", m_json, "One JSON object a line for each camera");
 }
 
@@ -49,7 +51,8 @@ int CheckCommand::execute(World& world)
     if (!choice.misses.isEmpty())
         return ExitNoSuchCamera;
     const Interrupt interrupt;
-    return runCheck(world.console, choice.cameras, QString::fromStdString(m_file), mode(), m_json);
+    const CheckTask task{{mode(), m_isStrict}, m_isDetailed ? Detail::All : Detail::Attention, m_json};
+    return runCheck(world.console, choice.cameras, QString::fromStdString(m_file), task);
 }
 
 } // namespace companion

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "iefeatures/cameras/CameraSelection.h"
-#include "iefeatures/check/CameraCheck.h"
+#include "iefeatures/check/CheckReport.h"
 #include "iefeatures/commands/Command.h"
 
 #include <string>
@@ -10,10 +10,17 @@
 namespace companion
 {
 
+struct CheckTask
+{
+    CheckRule rule;
+    Detail detail = Detail::Attention;
+    bool isJson = false;
+};
+
 // Checks the cameras, tells what it has come to and gives an ExitCode; none is asked when the file is none.
 // An interrupt ends it after the features in hand.
-int runCheck(Console& console, const std::vector<ListedCamera>& cameras, const QString& file, CheckMode mode,
-             bool isJson);
+int runCheck(Console& console, const std::vector<ListedCamera>& cameras, const QString& file,
+             const CheckTask& task);
 
 class CheckCommand : public Command
 {
@@ -27,6 +34,8 @@ protected:
 private:
     CameraSelection m_selection;
     std::string m_file;
+    bool m_isStrict = false;
+    bool m_isDetailed = false;
     bool m_json = false;
 };
 

@@ -37,6 +37,7 @@ void CloneCommand::addOptions(CLI::App& app)
     m_options.addSnapshot(app);
     m_options.addUserSet(app);
     m_options.addAudit(app);
+    m_options.addDetails(app);
     m_log.addOptions(app);
 }
 

@@ -60,7 +60,7 @@ int tellUsage(Console& console, const CLI::App& app, const std::string& problem)
 // A result that nobody could read is not a good end.
 int withOutputChecked(Console& console, int code)
 {
-    if (code != ExitWell || console.isOutGood())
+    if (code != ExitWell || console.isOutGood() || console.isReaderGone())
         return code;
     console.err(std::string("The standard output cannot be written.\n"));
     return ExitInputOutput;

@@ -1,10 +1,11 @@
 #include "iefeatures/commands/DiffCommand.h"
 
 #include "iefeatures/cameras/LiveDescription.h"
+#include "iefeatures/cameras/NamePatterns.h"
 #include "iefeatures/compare/DiffReport.h"
-#include "iefeatures/compare/NamePatterns.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
+#include "iefeatures/files/NamedFeatures.h"
 #include "iefeatures/running/JobRun.h"
 
 #include <CLI/CLI.hpp>
@@ -28,7 +29,8 @@ Descriptions descriptionsOf(Console& console, const std::vector<FeatureSource>& 
     for (size_t i = 0; i < sources.size(); ++i) {
         if (!sources[i].camera)
             continue;
-        auto description = std::make_unique<LiveDescription>(sources[i].camera->device.stDeviceInfo);
+        auto description = std::make_unique<LiveDescription>(sources[i].camera->device.stDeviceInfo,
+                                                             namedBy(sources[i].content).names);
         if (description->status() == KX_OK)
             descriptions[i] = std::move(description);
         else
@@ -38,12 +40,46 @@ Descriptions descriptionsOf(Console& console, const std::vector<FeatureSource>& 
     return descriptions;
 }
 
+// Null: it is one, as far as the names and the cameras tell.
+QString wordFor(const Nature& nature, bool isStrict)
+{
+    switch (nature.kind) {
+    case Nature::Kind::State:
+        return verdictWord(EntryVerdict::State);
+    case Nature::Kind::Session:
+        return isStrict ? QString() : verdictWord(EntryVerdict::Session);
+    case Nature::Kind::Automatic:
+        return isStrict ? QString() : verdictWord(EntryVerdict::Automatic);
+    case Nature::Kind::Setting:
+        break;
+    }
+    return {};
+}
+
+// A single camera that says so is enough.
+std::optional<QString> whyNoSetting(const Descriptions& descriptions, const FeatureDifference& difference,
+                                    bool isStrict)
+{
+    QString word = wordFor(natureOfName(difference.name), isStrict);
+    bool isReadOnly = false;
+    for (const auto& description : descriptions) {
+        if (!description)
+            continue;
+        if (word.isNull())
+            word = wordFor(description->nature(difference.name, difference.isRegisterBlock()), isStrict);
+        isReadOnly = isReadOnly || description->isReadOnly(difference.name);
+    }
+    if (!word.isNull())
+        return word;
+    return isReadOnly ? std::optional<QString>("read-only now") : std::nullopt;
+}
+
 // The other side's description helps a file out.
 void nameEntries(const Descriptions& descriptions, FeatureDifference& difference)
 {
     std::optional<FeatureDifference::Side>* const sides[] = {&difference.a, &difference.b};
     for (const size_t i : {0, 1}) {
-        const LiveDescription* description = (descriptions[i] ? descriptions[i] : descriptions[1 - i]).get();
+        LiveDescription* description = (descriptions[i] ? descriptions[i] : descriptions[1 - i]).get();
         if (description && *sides[i] && (*sides[i])->type == "Enumeration")
             (*sides[i])->entryName = description->entryName(difference.name, (*sides[i])->value);
     }
@@ -63,7 +99,8 @@ void DiffCommand::addOptions(CLI::App& app)
     app.add_option("B", m_b, "The same")->required()->type_name("")->check(isNamed);
     app.add_option("--ignore", m_ignored, "Leave these features out; * stands for any characters")
         ->type_name("NAME");
-    app.add_flag("--all", m_all, "Compare also what changes by itself or is read-only");
+    app.add_flag("--all", m_all, "Compare also what is no setting, changes by itself or is read-only");
+    app.add_flag("--strict", m_isStrict, "Compare also what streaming programs and automatic functions set");
     app.add_flag("--json", m_json, "A JSON object instead of text");
     m_log.addOptions(app);
 }
@@ -124,19 +161,18 @@ int DiffCommand::compare(Console& console, std::vector<FeatureSource>& sources) 
 FeatureComparison DiffCommand::comparisonOf(Console& console, const std::vector<FeatureSource>& sources) const
 {
     const Descriptions descriptions = descriptionsOf(console, sources);
-    QStringList patterns = m_all ? QStringList() : NamePatterns::changingByThemselves();
+    QStringList patterns = m_all ? QStringList() : changingByThemselves();
     for (const std::string& name : m_ignored)
         patterns += QString::fromStdString(name);
     const NamePatterns leftOut(patterns);
-    const auto isReadOnly = [&](const QString& name) {
-        return std::any_of(descriptions.begin(), descriptions.end(), [&](const auto& description) {
-            return description && description->isReadOnly(name);
-        });
+    const auto why = [&](const FeatureDifference& difference, bool isHeader) -> std::optional<QString> {
+        if (leftOut.match(difference.name))
+            return QString();
+        if (m_all || isHeader)
+            return {};
+        return whyNoSetting(descriptions, difference, m_isStrict);
     };
-    FeatureComparison comparison =
-        compareFeatures(sources[0].content, sources[1].content, [&](const QString& name, bool isHeader) {
-            return leftOut.match(name) || (!m_all && !isHeader && isReadOnly(name));
-        });
+    FeatureComparison comparison = compareFeatures(sources[0].content, sources[1].content, why);
     for (FeatureDifference& difference : comparison.features)
         nameEntries(descriptions, difference);
     return comparison;

@@ -32,6 +32,7 @@ private:
     std::string m_b;
     std::vector<std::string> m_ignored;
     bool m_all = false;
+    bool m_isStrict = false;
     bool m_json = false;
     LogOptions m_log;
 };

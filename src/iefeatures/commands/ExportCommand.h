@@ -14,6 +14,10 @@ public:
     void addOptions(CLI::App& app) override;
 
 private:
+    const char* formatHelp() const override
+    {
+        return "xml: features file (default); bag: the camera library's feature bag";
+    }
     QStringList objections(const std::vector<ListedCamera>& cameras) const override;
     int carryOut(Console& console, const std::vector<ListedCamera>& cameras) const override;
 

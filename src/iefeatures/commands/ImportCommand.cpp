@@ -1,6 +1,7 @@
 #include "iefeatures/commands/ImportCommand.h"
 
 #include "iefeatures/commands/CheckCommand.h"
+#include "iefeatures/files/NamedFeatures.h"
 #include "iefeatures/imports/ImportProcedure.h"
 
 #include <CLI/CLI.hpp>
@@ -19,12 +20,18 @@ void ImportCommand::addOptions(CLI::App& app)
     m_options.addVerify(app);
     m_options.addUserSet(app);
     m_options.addAudit(app);
+    m_options.addDetails(app);
     JobCommand::addOptions(app);
+}
+
+bool ImportCommand::holdsBag() const
+{
+    return isFormatGiven() ? isBag() : isFeatureBag(QString::fromStdString(m_file));
 }
 
 QStringList ImportCommand::objections(const std::vector<ListedCamera>&) const
 {
-    if (!isBag())
+    if (!holdsBag())
         return {};
     QStringList sentences = objectionsToBagPath(QString::fromStdString(m_file));
     if (m_options.isVerified())
@@ -37,10 +44,11 @@ QStringList ImportCommand::objections(const std::vector<ListedCamera>&) const
 int ImportCommand::carryOut(Console& console, const std::vector<ListedCamera>& cameras) const
 {
     if (m_isDryRun)
-        return runCheck(console, cameras, QString::fromStdString(m_file), CheckMode::Plan, wantsJson());
+        return runCheck(console, cameras, QString::fromStdString(m_file),
+                        {CheckMode::Plan, m_options.detail(), wantsJson()});
     ImportTask task;
     task.command = name();
-    (isBag() ? task.bag : task.features) = QString::fromStdString(m_file);
+    (holdsBag() ? task.bag : task.features) = QString::fromStdString(m_file);
     task.isJson = wantsJson();
     m_options.fill(task);
     return ImportProcedure(console, task).run(cameras);

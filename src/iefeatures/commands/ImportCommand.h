@@ -15,6 +15,11 @@ public:
     void addOptions(CLI::App& app) override;
 
 private:
+    const char* formatHelp() const override
+    {
+        return "xml: features file; bag: feature bag; else by the file's content";
+    }
+    bool holdsBag() const;
     QStringList objections(const std::vector<ListedCamera>& cameras) const override;
     int carryOut(Console& console, const std::vector<ListedCamera>& cameras) const override;
 

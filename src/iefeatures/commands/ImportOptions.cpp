@@ -36,12 +36,18 @@ void ImportOptions::addAudit(CLI::App& app)
     app.add_flag("--no-audit", m_isUnaudited, "Leave no line in the audit log");
 }
 
+void ImportOptions::addDetails(CLI::App& app)
+{
+    app.add_flag("--details", m_isDetailed, kDetailsHelp);
+}
+
 void ImportOptions::fill(ImportTask& task) const
 {
     task.snapshots = QString::fromStdString(m_snapshots);
     task.isVerified = isVerified();
     task.userSet = {QString::fromStdString(m_userSet), m_isForStartUp};
     task.isAudited = !m_isUnaudited;
+    task.detail = detail();
 }
 
 } // namespace companion

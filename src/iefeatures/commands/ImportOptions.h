@@ -13,6 +13,8 @@ class App;
 namespace companion
 {
 
+inline constexpr char kDetailsHelp[] = "Tell all that is not as the file says, not only what needs attention";
+
 class ImportOptions
 {
 public:
@@ -20,8 +22,10 @@ public:
     void addVerify(CLI::App& app); // for commands that do not always verify
     void addUserSet(CLI::App& app);
     void addAudit(CLI::App& app);
+    void addDetails(CLI::App& app);
 
     bool isVerified() const { return m_isVerified || !m_userSet.empty(); }
+    Detail detail() const { return m_isDetailed ? Detail::All : Detail::Attention; }
     void fill(ImportTask& task) const;
 
 private:
@@ -30,6 +34,7 @@ private:
     std::string m_userSet;
     bool m_isForStartUp = false;
     bool m_isUnaudited = false;
+    bool m_isDetailed = false;
 };
 
 } // namespace companion

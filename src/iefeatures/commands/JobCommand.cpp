@@ -21,8 +21,7 @@ void tellAll(Console& console, const QStringList& sentences)
 void JobCommand::addOptions(CLI::App& app)
 {
     m_selection.addOptions(app);
-    app.add_option("--format", m_format,
-                   "xml: features file (default); bag: the camera library's feature bag")
+    app.add_option("--format", m_format, formatHelp())
         ->check(CLI::IsMember({"xml", "bag"}))
         ->type_name("FORMAT");
     app.add_flag("--json", m_json, "One JSON object a line for each signal of the jobs");

@@ -23,6 +23,8 @@ protected:
     virtual int carryOut(Console& console, const std::vector<ListedCamera>& cameras) const = 0;
 
     bool isBag() const { return m_format == "bag"; }
+    bool isFormatGiven() const { return !m_format.empty(); }
+    virtual const char* formatHelp() const = 0;
     // A sentence when this path cannot be handed to the camera library, which takes it as Latin-1.
     static QStringList objectionsToBagPath(const QString& path);
     bool wantsJson() const { return m_json; }
@@ -30,7 +32,7 @@ protected:
 private:
     CameraSelection m_selection;
     LogOptions m_log;
-    std::string m_format = "xml";
+    std::string m_format; // empty: as the command has it
     bool m_json = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/files/NamedFeatures.h"
 
 #include "jobs/rules/DeviceNames.h"
 
@@ -25,6 +26,7 @@ void RollbackCommand::addOptions(CLI::App& app)
     app.add_flag("--force", m_isForced, "Take the snapshot of another camera of the same model");
     app.add_flag("--json", m_json, "JSON lines instead of text");
     m_options.addAudit(app);
+    m_options.addDetails(app);
     m_log.addOptions(app);
 }
 
@@ -55,7 +57,11 @@ int RollbackCommand::execute(World& world)
 
     ImportTask task;
     task.command = name();
-    task.bag = snapshot->bagFile;
+    if (namedByBag(snapshot->bagFile).names.isEmpty())
+        world.console.err(
+            std::string("The snapshot's feature bag is empty; its features file alone is taken.\n"));
+    else
+        task.bag = snapshot->bagFile;
     task.features = snapshot->featuresFile;
     task.isJson = m_json;
     m_options.fill(task);

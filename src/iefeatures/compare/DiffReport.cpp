@@ -67,9 +67,11 @@ QString countsText(const FeatureComparison& comparison)
     for (const FeatureDifference& difference : comparison.header + comparison.features)
         ++(difference.a && difference.b ? both : difference.a ? onlyInA : onlyInB);
     QString text = QString("%1 different, %2 only in A, %3 only in B").arg(both).arg(onlyInA).arg(onlyInB);
-    if (!comparison.leftOut.isEmpty())
-        text += QString("; %1 more left out: ").arg(comparison.leftOut.size()) +
-                printable(comparison.leftOut.join(", "));
+    QStringList leftOut;
+    for (const LeftOut& one : comparison.leftOut)
+        leftOut += printable(one.name) + (one.why.isEmpty() ? QString() : " (" + one.why + ')');
+    if (!leftOut.isEmpty())
+        text += QString("; %1 more left out: ").arg(leftOut.size()) + leftOut.join(", ");
     return text + '\n';
 }
 
@@ -139,8 +141,8 @@ std::string diffJson(const FeatureComparison& comparison, const QString& titleA,
     for (const FeatureDifference& difference : comparison.features)
         features.push_back(featureJson(difference));
     Json leftOut = Json::array();
-    for (const QString& name : comparison.leftOut)
-        leftOut.push_back(name.toStdString());
+    for (const LeftOut& one : comparison.leftOut)
+        leftOut.push_back(one.name.toStdString());
     const Json json = {{"a", titleA.toStdString()},     {"b", titleB.toStdString()},
                        {"equal", comparison.isEqual()}, {"header", header},
                        {"features", features},          {"leftOut", leftOut}};

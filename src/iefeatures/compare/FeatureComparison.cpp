@@ -146,14 +146,14 @@ QList<FeatureDifference> compareAll(const Features& a, const Features& b)
 } // namespace
 
 FeatureComparison compareFeatures(const ie::FeaturesContent& a, const ie::FeaturesContent& b,
-                                  const std::function<bool(const QString& name, bool isHeader)>& isLeftOut)
+                                  const WhyLeftOut& whyLeftOut)
 {
     FeatureComparison comparison;
     const auto keep = [&](const QList<FeatureDifference>& from, bool isHeader,
                           QList<FeatureDifference>& kept) {
         for (const FeatureDifference& difference : from) {
-            if (isLeftOut(difference.name, isHeader))
-                comparison.leftOut += difference.name;
+            if (const auto why = whyLeftOut(difference, isHeader))
+                comparison.leftOut += LeftOut{difference.name, *why};
             else
                 kept += difference;
         }

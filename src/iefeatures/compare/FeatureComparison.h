@@ -39,18 +39,25 @@ struct FeatureDifference
     bool isRegisterBlock() const { return (a ? *a : *b).type == "Register"; }
 };
 
+struct LeftOut
+{
+    QString name;
+    QString why; // a word: "session"; empty: as was asked, or for it changes by itself
+};
+
 struct FeatureComparison
 {
     QList<FeatureDifference> header;   // no types; a board type may be on one side alone
     QList<FeatureDifference> features; // in A's order, then what B alone has in its order
-    QStringList leftOut;               // what differs too, but is not asked for
+    QList<LeftOut> leftOut;            // what differs too, but is not asked for
 
     bool isEqual() const { return header.isEmpty() && features.isEmpty(); }
 };
 
 // Values are compared as texts, as imports compare them; of several values of one feature the last one
-// counts. `isLeftOut` is asked about features and header fields that differ.
+// counts. `whyLeftOut` is asked about features and header fields that differ; nothing: they are told.
+using WhyLeftOut = std::function<std::optional<QString>(const FeatureDifference& difference, bool isHeader)>;
 FeatureComparison compareFeatures(const ie::FeaturesContent& a, const ie::FeaturesContent& b,
-                                  const std::function<bool(const QString& name, bool isHeader)>& isLeftOut);
+                                  const WhyLeftOut& whyLeftOut);
 
 } // namespace companion

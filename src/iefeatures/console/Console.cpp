@@ -1,5 +1,7 @@
 #include "iefeatures/console/Console.h"
 
+#include <cerrno>
+
 namespace companion
 {
 
@@ -13,7 +15,9 @@ void Console::out(const std::string& text)
     const std::lock_guard<std::mutex> lock(m_mutex);
     eraseBlock();
     m_err.flush();
+    errno = 0;
     m_out << text << std::flush;
+    m_isReaderGone = m_isReaderGone || (!m_out.good() && errno == EPIPE);
     paintBlock();
 }
 
@@ -41,6 +45,12 @@ bool Console::isOutGood() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_out.good();
+}
+
+bool Console::isReaderGone() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_isReaderGone;
 }
 
 // Cursor up to the block's first line, then everything from there to the screen's end goes.

@@ -37,6 +37,8 @@ public:
     TerminalSize size() const { return terminalSize(StandardStream::Error); }
     // False once a result could not be written.
     bool isOutGood() const;
+    // Whether the reader of the results has left ("| head"), so that nobody misses the rest.
+    bool isReaderGone() const;
 
 private:
     void eraseBlock();
@@ -47,6 +49,7 @@ private:
     std::ostream& m_err;
     const bool m_redraws;
     const bool m_colours;
+    bool m_isReaderGone = false;
     QStringList m_block;
 };
 

@@ -58,9 +58,21 @@ QString verdictWord(EntryVerdict verdict)
     case EntryVerdict::Absent:
         return "absent";
     case EntryVerdict::Broken:
+        return "broken";
+    case EntryVerdict::State:
+        return "state";
+    case EntryVerdict::Session:
+        return "session";
+    case EntryVerdict::Automatic:
         break;
     }
-    return "broken";
+    return "automatic";
+}
+
+bool isNoSetting(EntryVerdict verdict)
+{
+    return verdict == EntryVerdict::State || verdict == EntryVerdict::Session ||
+           verdict == EntryVerdict::Automatic;
 }
 
 } // namespace companion

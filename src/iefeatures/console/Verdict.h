@@ -41,14 +41,21 @@ enum class EntryVerdict
     NotWritable, // it differs, and an import could not write it now
     OutOfRange,  // it differs, and the camera would not take the value
     Absent,      // the camera has no such feature
-    Broken       // nothing that an import could apply, or it would have ended before this
+    Broken,      // nothing that an import could apply, or it would have ended before this
+    // It differs, and is nobody's setting:
+    State,    // never written, tells one unit from another, or is a window of data
+    Session,  // otherwise while a program streams from the camera
+    Automatic // moved by an automatic function
 };
 constexpr EntryVerdict kEntryVerdicts[] = {
     EntryVerdict::Applied,    EntryVerdict::Unchanged, EntryVerdict::WouldChange, EntryVerdict::Coerced,
     EntryVerdict::NotApplied, EntryVerdict::Skipped,   EntryVerdict::NotWritable, EntryVerdict::OutOfRange,
-    EntryVerdict::Absent,     EntryVerdict::Broken};
+    EntryVerdict::Absent,     EntryVerdict::Broken,    EntryVerdict::State,       EntryVerdict::Session,
+    EntryVerdict::Automatic};
 
 // "would change"
 QString verdictWord(EntryVerdict verdict);
+// Whether it is State, Session or Automatic.
+bool isNoSetting(EntryVerdict verdict);
 
 } // namespace companion

@@ -75,6 +75,9 @@ QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings&
     QStringList remarks;
     if (result.state == State::Written && result.tally.hasLineFailed)
         remarks += "the line failed during the export; the file may lack features.";
+    if (result.state == State::Written && result.job.type == JOB_FEATURE_BAG_EXPORT && result.features == 0)
+        remarks += "the feature bag is empty: the camera's description calls no feature streamable. Export a "
+                   "features file (--format xml) instead.";
     if (result.state == State::Failed && !result.tally.wasOpened)
         remarks += openRemark(findings);
     return remarks + printableLines(findings.bagText);

@@ -32,7 +32,10 @@ struct CameraExport
     QStringList remarks; // what the jobs' own messages have not told, a sentence each
 
     // A file that the line has thinned out is none to go on with.
-    bool isWhole() const { return result.state == ExportResult::State::Written && remarks.isEmpty(); }
+    bool isWhole() const
+    {
+        return result.state == ExportResult::State::Written && !result.tally.hasLineFailed;
+    }
 };
 
 // All at the same time, in the cameras' order. Blocks until all are over.

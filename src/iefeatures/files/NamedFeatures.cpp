@@ -45,4 +45,11 @@ NamedFeatures namedByBag(const QString& bagFile)
     return features;
 }
 
+bool isFeatureBag(const QString& path)
+{
+    QFile file(path);
+    char first = 0;
+    return QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly) && file.getChar(&first) && first == '#';
+}
+
 } // namespace companion

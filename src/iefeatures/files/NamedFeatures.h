@@ -22,4 +22,7 @@ NamedFeatures namedBy(const ie::FeaturesContent& content);
 // Of what can be read: a file that is no bag names nothing.
 NamedFeatures namedByBag(const QString& bagFile);
 
+// Whether the file begins as feature bags do, with a "#"; features files are XML.
+bool isFeatureBag(const QString& path);
+
 } // namespace companion

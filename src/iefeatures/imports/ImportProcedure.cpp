@@ -1,7 +1,7 @@
 #include "iefeatures/imports/ImportProcedure.h"
 
 #include "iefeatures/cameras/InParallel.h"
-#include "iefeatures/check/CheckReport.h"
+#include "iefeatures/check/EntryNature.h"
 #include "iefeatures/check/ImportProof.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
@@ -143,7 +143,7 @@ void ImportProcedure::takeSnapshots()
     const auto snapshots = companion::takeSnapshots(m_console, cameras, m_task.snapshots, m_task.isJson);
     for (size_t i = 0; i < m_results.size(); ++i) {
         m_results[i].snapshot = snapshots[i];
-        for (const QString& problem : snapshots[i].problems)
+        for (const QString& problem : snapshots[i].problems + snapshots[i].remarks)
             tell(cameras[i], problem);
         if (!snapshots[i].snapshot)
             tell(cameras[i], "there is no snapshot, so nothing was written to the camera.");
@@ -169,6 +169,7 @@ void ImportProcedure::import(unsigned type, const QString& file)
     for (const JobRecord& record : runJobs(m_console, cameras, run))
         outcomes.push_back(examineImport(record));
     nameRegisters(m_named.blocks, outcomes);
+    tellFailuresApart(outcomes);
     for (size_t i = 0; i < results.size(); ++i) {
         // A second job that an interrupt has kept from its start leaves the camera half done.
         if (outcomes[i].verdict == CameraVerdict::NotStarted && !results[i]->jobs.empty())
@@ -177,6 +178,18 @@ void ImportProcedure::import(unsigned type, const QString& file)
         for (const QString& remark : importRemarks(outcomes[i]))
             tell(cameras[i], remark);
     }
+}
+
+// Before anything is said of them. Only cameras that have refused something are asked.
+void ImportProcedure::tellFailuresApart(std::vector<ImportOutcome>& outcomes)
+{
+    inParallel(outcomes.size(), [&](size_t i) {
+        std::vector<EntryCheck> failures = failedEntries(outcomes[i]);
+        if (outcomes[i].verdict != CameraVerdict::Incomplete || failures.empty())
+            return;
+        tellApart(outcomes[i].record.job.camera, m_named.names, failures);
+        settle(outcomes[i], failures);
+    });
 }
 
 void ImportProcedure::verify()
@@ -240,7 +253,7 @@ void ImportProcedure::tellResults()
     if (m_task.isJson)
         m_console.out(checkJson(reports));
     else
-        m_console.out(importTable(rows) + checkText(reports));
+        m_console.out(importTable(rows) + checkText(reports, m_task.detail));
 }
 
 AuditEntry ImportProcedure::auditEntryOf(const CameraImport& result) const

@@ -3,6 +3,7 @@
 // camera that fails one has no further.
 #pragma once
 
+#include "iefeatures/check/CheckReport.h"
 #include "iefeatures/console/Console.h"
 #include "iefeatures/files/FeaturesFileInput.h"
 #include "iefeatures/imports/AuditLog.h"
@@ -24,6 +25,7 @@ struct ImportTask
     UserSet userSet;         // saved where the verification is clean
     QString source;          // serial number of the camera that the files are of; empty: not known
     bool isAudited = true;
+    Detail detail = Detail::Attention;
     bool isJson = false;
 };
 
@@ -44,6 +46,7 @@ private:
     void doAllSteps();
     void takeSnapshots();
     void import(unsigned type, const QString& file);
+    void tellFailuresApart(std::vector<ImportOutcome>& outcomes);
     void verify();
     void saveUserSets();
     void cutShort();

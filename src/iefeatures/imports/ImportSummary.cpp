@@ -12,7 +12,7 @@ namespace companion
 namespace
 {
 
-constexpr size_t kMostNamed = 20; // in messages for people
+constexpr int kMostNamed = 20; // in messages for people
 
 bool hasLineFailed(const std::vector<FailedCall>& failures)
 {
@@ -74,14 +74,23 @@ CameraVerdict verdictOn(const JobRecord& record)
     return hasLineFailed(record.findings.failures) ? CameraVerdict::Failed : verdictOnFeaturesFile(record);
 }
 
-QStringList failureSentences(const std::vector<FailedCall>& failures)
+std::vector<EntryCheck> failedCalls(const JobRecord& record)
+{
+    std::vector<EntryCheck> entries;
+    for (const FailedCall& failure : record.findings.failures)
+        entries.push_back(failedEntry(failure));
+    return entries;
+}
+
+QStringList failureSentences(const std::vector<EntryCheck>& entries)
 {
     QStringList sentences;
-    for (size_t i = 0; i < failures.size() && i < kMostNamed; ++i)
-        sentences += printable(failedEntry(failures[i]).title()) +
-                     " did not take its value: " + KX_CC_StatusText(failures[i].status);
-    if (failures.size() > kMostNamed)
-        sentences += QString("%1 more did not take their values.").arg(failures.size() - kMostNamed);
+    for (const EntryCheck& entry : entries)
+        if (isAmiss(entry))
+            sentences += printable(entry.title()) + " did not take its value: " + printable(entry.reason);
+    const int more = sentences.size() - kMostNamed;
+    if (more > 0)
+        sentences = sentences.mid(0, kMostNamed) << QString("%1 more did not take their values.").arg(more);
     return sentences;
 }
 
@@ -107,9 +116,9 @@ auto countOf(const std::vector<ImportOutcome>& results, const std::vector<Camera
 
 std::vector<EntryCheck> failedEntries(const ImportOutcome& result)
 {
-    std::vector<EntryCheck> entries;
-    for (const FailedCall& failure : result.record.findings.failures)
-        entries.push_back(failedEntry(failure));
+    if (!result.judged.empty())
+        return result.judged;
+    std::vector<EntryCheck> entries = failedCalls(result.record);
     if (result.record.findings.bagStatus == KX_E_INCOMPLETE)
         for (const QString& line : result.record.findings.bagText.split('\n').mid(1))
             entries.push_back(bagEntry(line));
@@ -118,7 +127,17 @@ std::vector<EntryCheck> failedEntries(const ImportOutcome& result)
 
 ImportOutcome examineImport(const JobRecord& record)
 {
-    return {record, verdictOn(record)};
+    return {record, verdictOn(record), {}};
+}
+
+// A broken block has kept the job from what comes behind it.
+void settle(ImportOutcome& result, const std::vector<EntryCheck>& judged)
+{
+    result.judged = judged;
+    const bool isByEntries =
+        result.verdict == CameraVerdict::Incomplete && result.record.job.errorCode != IMPORT_ERR_APPLY;
+    if (isByEntries && !judged.empty())
+        result.verdict = verdictOn(judged, CameraVerdict::Applied);
 }
 
 void nameRegisters(const CallWatch::Blocks& names, std::vector<ImportOutcome>& results)
@@ -162,6 +181,7 @@ QString importError(const ImportOutcome& result)
 QStringList importRemarks(const ImportOutcome& result)
 {
     const JobRecord& record = result.record;
+    const bool isBag = record.job.type == JOB_FEATURE_BAG_IMPORT; // its text names them
     const bool isSilent = !record.job.hasFailed || !record.tally.wasOpened;
     const bool isPartial = record.tally.wasOpened && (result.verdict == CameraVerdict::Incomplete ||
                                                       result.verdict == CameraVerdict::Failed);
@@ -169,7 +189,7 @@ QStringList importRemarks(const ImportOutcome& result)
     if (isSilent)
         remarks += importError(result);
     if (isPartial)
-        remarks += failureSentences(record.findings.failures);
+        remarks += failureSentences(isBag ? std::vector<EntryCheck>() : failedEntries(result));
     if (record.job.errorCode == IMPORT_ERR_VERSION && !record.job.hasFailed)
         remarks += "the file was written by another version of the suite.";
     remarks.removeAll({});

@@ -18,12 +18,17 @@ struct ImportOutcome
 {
     JobRecord record;
     CameraVerdict verdict = CameraVerdict::NotStarted;
+    std::vector<EntryCheck> judged; // what it was seen not to apply, once settle() was told; empty before
 };
 
 ImportOutcome examineImport(const JobRecord& record);
 
 // Gives the failed registers the names of the features that the features file has them under.
 void nameRegisters(const CallWatch::Blocks& names, std::vector<ImportOutcome>& results);
+
+// Takes what failedEntries() has given back with its natures. Where nothing but states and the like has
+// failed the job has applied the file.
+void settle(ImportOutcome& result, const std::vector<EntryCheck>& judged);
 
 // What the job's signals have not told, a sentence each: why it failed, what did not take.
 QStringList importRemarks(const ImportOutcome& result);

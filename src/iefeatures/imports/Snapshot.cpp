@@ -104,8 +104,12 @@ private:
         };
         for (const CameraExport& done : runExports(m_console, cameras, {format, folder, m_isJson})) {
             SnapshotResult& result = resultOf(done.result.job.camera.device.nDeviceID);
+            if (done.isWhole()) {
+                result.remarks += done.remarks;
+                continue;
+            }
             result.problems += done.remarks;
-            if (result.problems.isEmpty() && !done.isWhole())
+            if (result.problems.isEmpty())
                 result.problems += Interrupt::isRequested() ? "interrupted." : "the export failed.";
         }
     }

@@ -32,6 +32,7 @@ struct SnapshotResult
     QString folder; // empty when it could not be made
     std::optional<Snapshot> snapshot;
     QStringList problems; // sentences; not empty exactly when there is no snapshot
+    QStringList remarks;  // what its exports have to say all the same
 };
 
 // Takes one of each camera, all at the same time, in new folders below `folder`, which must exist. The job's

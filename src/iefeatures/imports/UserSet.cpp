@@ -1,13 +1,10 @@
 #include "iefeatures/imports/UserSet.h"
 
 #include "iefeatures/cameras/CameraConnection.h"
+#include "iefeatures/cameras/FeatureReader.h"
 #include "iefeatures/console/Text.h"
 
-#include <SuiteTools/SuiteTools.h>
-
-#include <QByteArray>
-#include <QXmlStreamReader>
-
+#include <algorithm>
 #include <optional>
 
 namespace companion
@@ -15,59 +12,14 @@ namespace companion
 namespace
 {
 
-QByteArray descriptionOf(KX_HANDLE handle)
+// The number that stands behind an entry which the camera has now.
+std::optional<uint32_t> entryValue(KX_HANDLE handle, const char* enumeration, const QString& name)
 {
-    uint32_t length = 0;
-    char probe = 0;
-    if (KX_XML_GetGenICamXML(handle, &probe, 1, &length) != KX_E_BUFFER_TOO_SMALL)
-        return {};
-    QByteArray text(int(length), '\0');
-    if (KX_XML_GetGenICamXML(handle, text.data(), length, &length) != KX_OK)
-        return {};
-    text.chop(1);
-    return text;
-}
-
-struct Entry
-{
-    QString name; // its symbolic one where it has one
-    QString value;
-};
-
-Entry readEntry(QXmlStreamReader& reader)
-{
-    Entry entry{reader.attributes().value("Name").toString(), {}};
-    while (reader.readNextStartElement()) {
-        if (reader.name() == QLatin1String("Symbolic"))
-            entry.name = reader.readElementText();
-        else if (reader.name() == QLatin1String("Value"))
-            entry.value = reader.readElementText().trimmed();
-        else
-            reader.skipCurrentElement();
-    }
-    return entry;
-}
-
-// The number that stands behind an entry of an enumeration.
-std::optional<uint32_t> entryValue(const QByteArray& description, const QString& enumeration,
-                                   const QString& name)
-{
-    QXmlStreamReader reader(description);
-    bool isInside = false;
-    while (!reader.atEnd()) {
-        const auto token = reader.readNext();
-        if (token == QXmlStreamReader::EndElement && reader.name() == QLatin1String("Enumeration"))
-            isInside = false;
-        if (token != QXmlStreamReader::StartElement)
-            continue;
-        if (reader.name() == QLatin1String("Enumeration"))
-            isInside = reader.attributes().value("Name") == enumeration;
-        if (!isInside || reader.name() != QLatin1String("EnumEntry"))
-            continue;
-        const Entry entry = readEntry(reader);
-        if (entry.name == name)
-            return uint32_t(VELAInterface::string2Int(entry.value));
-    }
+    FeatureReader reader(handle);
+    const auto entries = reader.read(ie::FeatureKind::Enumeration, enumeration).enumeration;
+    for (uint32_t i = 0; entries && i < std::min<uint32_t>(entries->supportedCount, KX_ENUM_CAPACITY); ++i)
+        if (reader.entryName(enumeration, entries->supported[i]) == name)
+            return entries->supported[i];
     return {};
 }
 
@@ -77,9 +29,9 @@ QString sentence(const QString& what, KX_Status status)
 }
 
 // Empty when it took.
-QString choose(KX_HANDLE handle, const QByteArray& description, const char* selector, const QString& name)
+QString choose(KX_HANDLE handle, const char* selector, const QString& name)
 {
-    const std::optional<uint32_t> value = entryValue(description, selector, name);
+    const std::optional<uint32_t> value = entryValue(handle, selector, name);
     if (!value)
         return QString("%1 has no entry %2.").arg(selector, printable(name));
     const KX_Status status = KX_CC_SetEnumValue(handle, selector, *value);
@@ -99,8 +51,7 @@ QString saveUserSet(const ListedCamera& camera, const UserSet& set)
     const CameraConnection line(camera.device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
     if (line.status() != KX_OK)
         return sentence("the camera could not be opened", line.status());
-    const QByteArray description = descriptionOf(line.handle());
-    QString problem = choose(line.handle(), description, "UserSetSelector", set.name);
+    QString problem = choose(line.handle(), "UserSetSelector", set.name);
     if (!problem.isEmpty())
         return problem;
     const KX_Status saved = KX_CC_ExecuteCommand(line.handle(), "UserSetSave");
@@ -109,7 +60,7 @@ QString saveUserSet(const ListedCamera& camera, const UserSet& set)
     if (!set.isForStartUp)
         return {};
     const bool isNew = exists(line.handle(), "UserSetDefault");
-    return choose(line.handle(), description, isNew ? "UserSetDefault" : "UserSetDefaultSelector", set.name);
+    return choose(line.handle(), isNew ? "UserSetDefault" : "UserSetDefaultSelector", set.name);
 }
 
 } // namespace companion

@@ -1,0 +1,18 @@
+// Where an entry of a features file that is not as the file says is nobody's setting.
+#pragma once
+
+#include "iefeatures/cameras/FeatureNature.h"
+#include "iefeatures/check/CameraCheck.h"
+
+namespace companion
+{
+
+// Gives an entry that is amiss, or would change, the verdict of its nature where it is no setting. A strict
+// rule takes only states for none. `length`: of the entry's register, in bytes.
+void tellApart(FeatureNature& nature, bool isStrict, qint64 length, EntryCheck& entry);
+
+// The same for what jobs were seen not to apply. `named`: what their files name. Opens the camera for
+// monitoring, blocks until it has answered; what it does not tell stays amiss.
+void tellApart(const ListedCamera& camera, const QStringList& named, std::vector<EntryCheck>& failures);
+
+} // namespace companion
