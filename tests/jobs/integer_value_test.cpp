@@ -193,6 +193,19 @@ TEST_F(IntegerValue, AFailedReadEndsABitField)
     EXPECT_VALUES(integer("M"), {}); // no address, no failure
 }
 
+TEST_F(IntegerValue, AnEnumerationThatItsRecordDoesNotHoldFailsAndLeavesNothingOut)
+{
+    describe("<MaskedIntReg Name=\"M\"><Address>0x100</Address><pAddress>En</pAddress><Length>4</Length>"
+             "<Bit>0</Bit></MaskedIntReg><Enumeration Name=\"En\"/>");
+    std::vector<quint32> entries(KX_ENUM_CAPACITY + 1);
+    camera.setEnumeration("En", 0, entries);
+    EXPECT_FAILURE(integer("M"), {"getValue  GetEnumerationNodePropertyValue failed:En",
+                                  "getIntRegAddress getValue failed:En"});
+    entries.pop_back();
+    camera.setEnumeration("En", 0, entries);
+    EXPECT_EQ(integer("M").values.size(), KX_ENUM_CAPACITY);
+}
+
 TEST_F(IntegerValue, OnlyLongRegistersAllocate)
 {
     const AllocationGuard guard(refuse);

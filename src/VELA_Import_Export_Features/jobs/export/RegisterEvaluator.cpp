@@ -376,8 +376,10 @@ bool RegisterEvaluator::appendSupported(const QString& name, QList<_FORMULA_RESU
     KX_EnumValue value = {};
     if (!m_hDevice || KX_CC_GetEnumValue(m_hDevice, name.toLatin1().constData(), &value) != KX_OK)
         return false;
-    const quint32 count = std::min<quint32>(value.supportedCount, KX_ENUM_CAPACITY);
-    return std::all_of(value.supported, value.supported + count,
+    // Registers of the values that the record has no place for would be missing without a word.
+    if (value.supportedCount > KX_ENUM_CAPACITY)
+        return false;
+    return std::all_of(value.supported, value.supported + value.supportedCount,
                        [&](quint32 entry) { return append(constant(entry), out); });
 }
 
