@@ -59,6 +59,24 @@ TEST_F(ExportSummary, CountsFeaturesAlsoWhereAValueMakesTheFileNoXml)
     EXPECT_EQ(result.features, 2);
 }
 
+// The job tells a failure, and the camera library has written the bag all the same.
+TEST_F(ExportSummary, TellsTheFileOfAFeatureBagThatWasCut)
+{
+    JobOutcome job = jobWithFile("# head\nWidth\t640\n");
+    job.type = JOB_FEATURE_BAG_EXPORT;
+    job.hasFailed = true;
+    const ExportResult cut = examineExport(job, opened(), KX_E_INCOMPLETE);
+    EXPECT_EQ(cut.state, State::Written);
+    EXPECT_EQ(cut.features, 1);
+    EXPECT_THAT(exportTable({cut}).toStdString(),
+                ::testing::HasSubstr("EMU-1_S1.fpk\n1 exported, 0 failed\n"));
+    EXPECT_EQ(exportExitCode({cut}, false), 1);
+    EXPECT_EQ(examineExport(job, opened(), KX_E_FILE).state, State::Failed);
+    CallWatch::Findings findings;
+    findings.bagText = "Of Index, not all values.";
+    EXPECT_EQ(exportRemarks(cut, findings), QStringList{"Of Index, not all values."});
+}
+
 TEST_F(ExportSummary, LeavesTheFileOfAFailedJobAlone)
 {
     JobOutcome job = jobWithFile("from yesterday");

@@ -100,7 +100,7 @@ TEST_F(BagCommand, TakesOtherFilesForBadInput)
     EXPECT_EQ(other.code, 5);
     EXPECT_THAT(other.err, HasSubstr("it does not begin with the identification line"));
     EXPECT_EQ(importBag("missing").code, 6);
-    EXPECT_EQ(import(exportedBag()).code, 5);
+    EXPECT_EQ(import(exportedBag(), {"--all", "--format", "xml"}).code, 5);
 }
 
 // Names come from the camera.

@@ -38,7 +38,7 @@ QString integerObjection(const FeatureReader::Reading& reading, const QString& v
 QString enumerationObjection(const KX_EnumValue& entries, const QString& value)
 {
     const auto end = entries.supported + std::min<uint32_t>(entries.supportedCount, KX_ENUM_CAPACITY);
-    const bool mayHaveMore = entries.supportedCount >= KX_ENUM_CAPACITY; // than the record holds
+    const bool mayHaveMore = entries.supportedCount > KX_ENUM_CAPACITY; // than the record holds
     if (mayHaveMore || std::find(entries.supported, end, value.toUInt()) != end)
         return {};
     return value + " is no entry that it has now";
@@ -139,12 +139,15 @@ QStringList FeatureReader::relatedNames(const QString& name, KX_Relation relatio
                                  : QStringList();
 }
 
+// A name that is longer than that is none to tell; the line has not failed.
 QString FeatureReader::entryName(const QString& enumeration, uint32_t number)
 {
     char text[kRoomForNames] = {};
     uint32_t length = 0;
-    const KX_Status status = note(KX_CC_GetEnumEntryName(m_handle, enumeration.toUtf8().constData(), number,
-                                                         text, sizeof text, &length));
+    const KX_Status status = KX_CC_GetEnumEntryName(m_handle, enumeration.toUtf8().constData(), number, text,
+                                                    sizeof text, &length);
+    if (status != KX_E_BUFFER_TOO_SMALL)
+        note(status);
     return status == KX_OK ? QString::fromUtf8(text) : QString();
 }
 

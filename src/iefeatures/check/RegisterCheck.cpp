@@ -6,6 +6,8 @@
 #include <QVector>
 #include <QtEndian>
 
+#include <algorithm>
+
 namespace companion
 {
 namespace
@@ -51,7 +53,7 @@ std::vector<EntryCheck> RegisterCheck::check(const ie::ComplexFeature& feature)
         whole.judge(EntryVerdict::Skipped, skipped);
     else if (m_mode == CheckMode::Plan && !m_brokenBlock.isNull())
         whole.judge(EntryVerdict::Broken, "imports end before it, at " + m_brokenBlock);
-    else if (block.access.isAbsent())
+    else if (block.access.isAbsent() && !isThereAllTheSame(block))
         whole.judge(EntryVerdict::Absent, "its register " + feature.reg + ": " + block.access.text());
     else if (feature.lengthText.isEmpty() || feature.length > ie::RegisterWords::kMaximumLength)
         whole.judge(EntryVerdict::Broken,
@@ -68,6 +70,17 @@ std::vector<EntryCheck> RegisterCheck::check(const ie::ComplexFeature& feature)
     if (whole.verdict == EntryVerdict::Broken && m_brokenBlock.isNull() && block.access.isWritable())
         m_brokenBlock = feature.name;
     return {whole};
+}
+
+// Exports and imports go by addresses: a register that its camera does not implement now may hold the file's
+// value.
+bool RegisterCheck::isThereAllTheSame(const Block& block)
+{
+    return block.access.status == KX_OK &&
+           std::all_of(block.feature.values.begin(), block.feature.values.end(),
+                       [&](const ie::RegisterValue& value) {
+                           return checkEntry(block, value).verdict == EntryVerdict::Unchanged;
+                       });
 }
 
 EntryCheck RegisterCheck::checkEntry(const Block& block, const ie::RegisterValue& value)

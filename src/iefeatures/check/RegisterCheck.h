@@ -20,6 +20,7 @@ public:
 
 private:
     struct Block;
+    bool isThereAllTheSame(const Block& block);
     EntryCheck checkEntry(const Block& block, const ie::RegisterValue& value);
     void checkUnaligned(const Block& block, const ie::RegisterValue& value, EntryCheck& check);
     void compare(const Block& block, const ie::RegisterValue& value, EntryCheck& check);

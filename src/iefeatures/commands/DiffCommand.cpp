@@ -40,12 +40,12 @@ Descriptions descriptionsOf(Console& console, const std::vector<FeatureSource>& 
     return descriptions;
 }
 
-// Null: it is one, as far as the names and the cameras tell.
+// Null: it is one, as far as the names and the cameras tell. A state is left out without a word.
 QString wordFor(const Nature& nature, bool isStrict)
 {
     switch (nature.kind) {
     case Nature::Kind::State:
-        return verdictWord(EntryVerdict::State);
+        return "";
     case Nature::Kind::Session:
         return isStrict ? QString() : verdictWord(EntryVerdict::Session);
     case Nature::Kind::Automatic:
@@ -71,7 +71,7 @@ std::optional<QString> whyNoSetting(const Descriptions& descriptions, const Feat
     }
     if (!word.isNull())
         return word;
-    return isReadOnly ? std::optional<QString>("read-only now") : std::nullopt;
+    return isReadOnly ? std::optional<QString>("") : std::nullopt;
 }
 
 // The other side's description helps a file out.

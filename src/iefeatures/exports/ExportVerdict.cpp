@@ -59,9 +59,12 @@ auto countOf(const std::vector<ExportResult>& results, State state)
 
 } // namespace
 
-ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally)
+ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally, KX_Status bagStatus)
 {
     ExportResult result{job, tally, stateOf(job, tally)};
+    result.isCut = bagStatus == KX_E_INCOMPLETE;
+    if (result.isCut && job.hasStarted && !tally.wasRefused)
+        result.state = State::Written;
     if (result.state == State::Written)
         result.features =
             job.type == JOB_FEATURE_BAG_EXPORT ? countBagLines(job.path) : countFeatures(job.path);
@@ -118,7 +121,10 @@ int exportExitCode(const std::vector<ExportResult>& results, bool isInterrupted)
 {
     if (isInterrupted)
         return ExitInterrupted;
-    return countOf(results, State::Written) == int(results.size()) ? ExitWell : ExitJobFailed;
+    const bool areWhole = std::all_of(results.begin(), results.end(), [](const ExportResult& result) {
+        return result.state == State::Written && !result.isCut;
+    });
+    return areWhole ? ExitWell : ExitJobFailed;
 }
 
 } // namespace companion

@@ -24,12 +24,14 @@ struct ExportResult
     JobOutcome job;
     CallWatch::Tally tally;
     State state = State::NotStarted;
-    int features = 0; // blocks of the written file, lines of a feature bag
+    int features = 0;   // blocks of the written file, lines of a feature bag
+    bool isCut = false; // a feature bag that lacks something, as the camera library has told
 };
 
 // Counts the written features. A file that was written although calls of its job were refused lacks features
 // without showing it: it is removed and the job counts as failed.
-ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally);
+// `bagStatus`: of saving a feature bag. KX_E_INCOMPLETE is a failure with a file.
+ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally, KX_Status bagStatus = KX_OK);
 // What the job's signals have not told; a sentence each.
 QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings& findings);
 

@@ -18,7 +18,7 @@ std::vector<CameraExport> runExports(Console& console, const std::vector<ListedC
     };
     std::vector<CameraExport> exports;
     for (const JobRecord& record : runJobs(console, cameras, {setUp, task.isJson})) {
-        const ExportResult result = examineExport(record.job, record.tally);
+        const ExportResult result = examineExport(record.job, record.tally, record.findings.bagStatus);
         exports.push_back({result, exportRemarks(result, record.findings)});
     }
     return exports;

@@ -34,7 +34,7 @@ struct CameraExport
     // A file that the line has thinned out is none to go on with.
     bool isWhole() const
     {
-        return result.state == ExportResult::State::Written && !result.tally.hasLineFailed;
+        return result.state == ExportResult::State::Written && !result.isCut && !result.tally.hasLineFailed;
     }
 };
 

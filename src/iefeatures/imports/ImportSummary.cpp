@@ -189,7 +189,7 @@ QStringList importRemarks(const ImportOutcome& result)
     if (isSilent)
         remarks += importError(result);
     if (isPartial)
-        remarks += failureSentences(isBag ? std::vector<EntryCheck>() : failedEntries(result));
+        remarks += failureSentences(isBag ? failedCalls(record) : failedEntries(result));
     if (record.job.errorCode == IMPORT_ERR_VERSION && !record.job.hasFailed)
         remarks += "the file was written by another version of the suite.";
     remarks.removeAll({});
