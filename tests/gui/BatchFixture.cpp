@@ -5,8 +5,16 @@
 BatchFixture::~BatchFixture()
 {
     letJobsGo();
+    waitForAllWorkers();
     closeWindow();
     tests::setCallHook(nullptr);
+}
+
+void BatchFixture::waitForAllWorkers()
+{
+    for (const QPointer<QOperateThread>& worker : qAsConst(m_seen))
+        if (worker)
+            worker->wait();
 }
 
 void BatchFixture::readyCameras(int count)
@@ -74,6 +82,9 @@ void BatchFixture::duringBatch(std::function<bool()> ready, std::function<void()
 {
     QTimer* timer = new QTimer(window.get());
     QObject::connect(timer, &QTimer::timeout, timer, [this, timer, ready, action] {
+        for (QOperateThread* worker : qAsConst(probe->workers))
+            if (!m_seen.contains(worker))
+                m_seen.append(worker);
         if (!probe->loading->isVisible() || !ready())
             return;
         timer->stop();

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QPointer>
 
 // Does something before any event that waits already: before the signals of the workers, say.
 class FirstEvent : public QObject
@@ -39,6 +40,8 @@ protected:
     // Holds every job before it opens its camera, until they may go.
     void holdJobs();
     void letJobsGo();
+    // Once all may go: also those that the window has let go. The next test's cameras are none of theirs.
+    void waitForAllWorkers();
     void waitForHeldJobs(int count) { m_gate->waitForArrivals(count); }
     // Exports with all jobs begun before the first one ends: else a fast one may end the batch early.
     void runExportTogether(int count, const QString& path);
@@ -52,4 +55,5 @@ protected:
 
 private:
     std::shared_ptr<tests::Gate> m_gate;
+    QList<QPointer<QOperateThread>> m_seen; // in batches that duringBatch() was told of
 };

@@ -31,7 +31,11 @@ protected:
                 m_longer.pass();
         });
     }
-    ~BatchEnds() override { letAllGo(); }
+    ~BatchEnds() override
+    {
+        letAllGo();
+        waitForAllWorkers(); // they pass gates of this test
+    }
 
     // The first `held` jobs wait before they open their cameras; that of S3 waits longer, and so does the one
     // that comes as number `longer`, counted from 0.

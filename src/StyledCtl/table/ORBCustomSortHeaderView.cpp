@@ -131,7 +131,7 @@ void ORBCustomSortHeaderView::paintSection(QPainter* painter, const QRect& rect,
     const QString shown = painter->fontMetrics().elidedText(text, Qt::ElideRight, place.width());
     painter->drawText(place, int(defaultAlignment()) | Qt::TextSingleLine, shown);
     if (isSortEnabled(logicalIndex) && sortIndicatorSection() == logicalIndex)
-        styled::drawSortArrow(*painter, QPointF(rect.right() - kArrowRoom / 2, rect.center().y() + 0.5),
+        styled::drawSortArrow(*painter, QPointF(rect.right() - kArrowRoom / 2.0, rect.center().y() + 0.5),
                               sortIndicatorOrder() == Qt::AscendingOrder, themeColor("focus"));
     if (styled::showsFocus(this) && logicalIndex == d->focusedSection)
         styled::drawFocusRing(*painter, rect, styled::kControlRadius);

@@ -262,7 +262,7 @@ void ORBCustomMainWindow::keyPressEvent(QKeyEvent* event)
 {
     // Not QDialog's: there Escape would hide the window without asking closeEvent(), and Enter press a
     // button.
-    QWidget::keyPressEvent(event);
+    QWidget::keyPressEvent(event); // NOLINT(bugprone-parent-virtual-call)
 }
 
 void ORBCustomMainWindow::paintEvent(QPaintEvent*)

@@ -32,7 +32,8 @@ std::string narrow(const wchar_t* text)
 {
     std::string out;
     for (; text && *text; ++text) {
-        const auto c = static_cast<uint32_t>(*text);
+        const auto c =
+            static_cast<uint32_t>(*text); // NOLINT(bugprone-signed-char-misuse): wide, and never negative
         if (c < 0x80) {
             out += static_cast<char>(c);
         } else if (c < 0x800) {

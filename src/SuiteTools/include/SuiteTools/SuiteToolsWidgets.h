@@ -57,5 +57,5 @@ public:
     bool nativeEventFilter(const QByteArray& eventType, void* message, long* result) override;
 
 private:
-    QWidget* m_mainWindow;
+    [[maybe_unused]] QWidget* m_mainWindow; // only Windows has such messages
 };

@@ -46,7 +46,7 @@ private:
     bool take(quint64& taken, quint64 amount, quint64 limit);
     bool allow(bool isAllowed);
 
-    const Limits m_limits;
+    const Limits m_limits = Limits();
     int m_depth = 0;
     quint64 m_steps = 0;
     quint64 m_text = 0;
