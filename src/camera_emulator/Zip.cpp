@@ -62,7 +62,7 @@ std::vector<uint8_t> zipOneFile(const std::string& fileName, const std::string& 
     zip_source_keep(memory.get()); // the archive took the first share
     addFile(archive.get(), fileName, content);
     require(zip_close(archive.get()) == 0);
-    archive.release();
+    (void)archive.release(); // closed
     return bytesOf(memory.get());
 }
 

@@ -208,10 +208,11 @@ private:
     // On the camera, and behind what the group wrote (from `begin` on), so that loading ends there too.
     void restore(const std::vector<std::pair<std::string, std::string>>& originals, size_t begin)
     {
-        const size_t end = m_entries.size();
+        const auto length = static_cast<std::ptrdiff_t>(m_entries.size() - begin);
         for (const auto& [selector, text] : originals) {
             const auto isItsLine = [&name = selector](const BagEntry& entry) { return entry.name == name; };
-            if (std::any_of(m_entries.begin() + begin, m_entries.begin() + end, isItsLine))
+            const auto group = m_entries.begin() + static_cast<std::ptrdiff_t>(begin);
+            if (std::any_of(group, group + length, isItsLine))
                 m_entries.push_back({selector, {}, text});
             std::string now;
             if (m_nodes.readText(selector, now) == KX_OK && now == text)

@@ -104,8 +104,8 @@ void ImportExportFeaturesSelectedWidget::ShowPortIdBox(bool bShow)
 
 void ImportExportFeaturesSelectedWidget::changeEvent(QEvent* pEvent)
 {
-    QWidget::changeEvent(
-        pEvent); // NOLINT(bugprone-parent-virtual-call): both hear of it, the plain one first. Meant.
+    // Both hear of it, the plain one first. Meant.
+    QWidget::changeEvent(pEvent); // NOLINT(bugprone-parent-virtual-call)
     if (pEvent->type() == QEvent::LanguageChange && m_pCheckBoxes[kAllBox])
         SetTexts();
     ORBCustomMainWindow::changeEvent(pEvent);
