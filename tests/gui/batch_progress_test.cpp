@@ -70,6 +70,20 @@ TEST_F(BatchProgress, BeginTextsByTypeOfJob)
     EXPECT_EQ(probe->running, 5);
 }
 
+TEST_F(BatchProgress, AnEndCountsDownBeforeItsRowSaysSo)
+{
+    begin("S1", Export);
+    begin("S2", Export);
+    QStringList told;
+    QObject::connect(&table(), &QTableWidget::itemChanged, window.get(), [&](QTableWidgetItem* item) {
+        if (item == cell("S1") && item->text() == "Exported.")
+            told << counts().join(' ');
+    });
+    end("S1", Export);
+    ASSERT_FALSE(told.isEmpty());
+    EXPECT_EQ(told.first(), "1 0 0");
+}
+
 TEST_F(BatchProgress, SignalsOfUnknownDevicesAreIgnored)
 {
     begin("S1", Export);

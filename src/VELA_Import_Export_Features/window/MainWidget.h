@@ -74,6 +74,11 @@ private:
     void ApplyEncodingType();
 
     // Batches.
+    struct Job
+    {
+        int nBatch = 0;
+        bool bBegun = false; // its begin signal was handled: it counts as running
+    };
     void StartBatch(int nOperateType, const QString& strPath);
     QList<StructDeviceInfo> TickedDevices() const;
     QOperateThread* WorkerOf(int nDeviceID);
@@ -86,7 +91,8 @@ private:
     void TakeLastSignals(int nDeviceID);
     void DeviceLeaves(int nDeviceID, const QString& strName);
     void NoteLostJob(const QString& strName);
-    void EndJob(int nDeviceID, bool bSuccess);
+    Job TakeJob(int nDeviceID);
+    void EndJob(const Job& job, bool bSuccess);
     void FinishBatch();
 
     // Device table.
@@ -141,11 +147,6 @@ private:
 
     // Jobs whose end has not been handled, by device: a device that leaves takes its own job along and no
     // other, and a job of an earlier batch counts in none.
-    struct Job
-    {
-        int nBatch = 0;
-        bool bBegun = false; // its begin signal was handled: it counts as running
-    };
     QMap<int, Job> m_mapJobs;
     int m_nBatch = 0;             // of the running or last batch; counts from 1
     unsigned int m_nLastType = 0; // of the last end signal, for the summary

@@ -166,7 +166,7 @@ void MainWidget::DeviceLeaves(int nDeviceID, const QString& strName)
         return;
     if (!IsOfEarlierBatch(nDeviceID))
         NoteLostJob(strName);
-    EndJob(nDeviceID, false);
+    EndJob(TakeJob(nDeviceID), false);
 }
 
 // The row that could have told of it is gone.
@@ -247,6 +247,7 @@ void MainWidget::onEndThread(long lCameraID, unsigned int nThreadType, QString s
         m_nLastType = nThreadType;
         m_strLastFile = strFilePath;
     }
+    const Job job = TakeJob(int(lCameraID));
     const bool bSuccess = m_pTableWidget->item(nRow, ColumnOperation)->data(SuccessRole).toBool();
     if (bSuccess) {
         const QString strText = isImport(nThreadType)   ? tr("Imported.")
@@ -254,7 +255,7 @@ void MainWidget::onEndThread(long lCameraID, unsigned int nThreadType, QString s
                                                         : QString();
         SetOperationStatus(nRow, strText, neutralBrush());
     }
-    EndJob(int(lCameraID), bSuccess);
+    EndJob(job, bSuccess);
 }
 
 // Of this batch, launched or begun.
@@ -270,20 +271,26 @@ bool MainWidget::IsOfEarlierBatch(int nDeviceID) const
     return job != m_mapJobs.end() && job->nBatch != m_nBatch;
 }
 
-// The one ending, whether the worker told of it or its camera left. The batch is over whenever the running
-// count returns to 0; jobs that have begun by then are all that counts. Meant.
-void MainWidget::EndJob(int nDeviceID, bool bSuccess)
+// From here on the job counts no more as running; its row is told after that.
+MainWidget::Job MainWidget::TakeJob(int nDeviceID)
 {
     const Job job = m_mapJobs.value(nDeviceID, {m_nBatch, true});
     m_mapJobs.remove(nDeviceID);
-    if (job.nBatch != m_nBatch)
-        return;
-    m_bHaveSuccess = m_bHaveSuccess || bSuccess;
-    if (job.bBegun) {
+    if (job.nBatch == m_nBatch && job.bBegun) {
         if (m_nRunningNum == 1)
             setEnabled(true);
         CountRunning(-1);
     }
+    return job;
+}
+
+// The one ending, whether the worker told of it or its camera left. The batch is over whenever the running
+// count returns to 0; jobs that have begun by then are all that counts. Meant.
+void MainWidget::EndJob(const Job& job, bool bSuccess)
+{
+    if (job.nBatch != m_nBatch)
+        return;
+    m_bHaveSuccess = m_bHaveSuccess || bSuccess;
     CountEnd(bSuccess);
     if (job.bBegun && m_nRunningNum == 0)
         FinishBatch();
