@@ -38,7 +38,8 @@ public:
     virtual KX_Status readMemory(uint64_t address, void* data, size_t size) = 0;
     virtual KX_Status writeMemory(uint64_t address, const void* data, size_t size) = 0;
 
-    // One 32-bit register in host order, by the transport's own register commands where it has them.
+    // One 32-bit register, its first byte in device memory the most significant one, by the transport's own
+    // register commands where it has them.
     virtual KX_Status readRegister(uint64_t address, uint32_t& value) = 0;
     virtual KX_Status writeRegister(uint64_t address, uint32_t value) = 0;
     // Several registers in as few requests as the camera allows. All or nothing: a refusal of one fails the

@@ -1,6 +1,8 @@
 // One request and its answer: tries, PENDING_ACK, statuses.
 #include "KXCameraControl/ports/gige/GvcpChannel.h"
 
+#include "KXCameraControl/ports/Refusal.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -14,47 +16,6 @@ namespace
 {
 
 constexpr milliseconds kBusyPause{50};
-
-KX_Status toStatus(uint16_t refusal)
-{
-    switch (refusal) {
-    case Success:
-        return KX_OK;
-    case NotImplemented:
-    case InvalidParameter:
-    case InvalidAddress:
-    case WriteProtect:
-    case BadAlignment:
-    case AccessDenied:
-        return KX_E_GC_ACCESS;
-    case Busy:
-        return KX_E_BUSY;
-    default:
-        return KX_E_DEVICE;
-    }
-}
-
-const char* refusalText(uint16_t refusal)
-{
-    switch (refusal) {
-    case NotImplemented:
-        return "not implemented";
-    case InvalidParameter:
-        return "invalid parameter";
-    case InvalidAddress:
-        return "invalid address";
-    case WriteProtect:
-        return "write-protected";
-    case BadAlignment:
-        return "bad alignment";
-    case AccessDenied:
-        return "access denied";
-    case Busy:
-        return "busy";
-    default:
-        return "a fault of the camera";
-    }
-}
 
 const char* commandText(uint16_t command)
 {
@@ -173,10 +134,7 @@ std::optional<GvcpAnswer> GvcpChannel::judge(Exchange& exchange, const Bytes& da
             return std::nullopt;
         }
     } else if (ack && ack->status != Success) {
-        char code[16];
-        std::snprintf(code, sizeof code, " (0x%04X)", ack->status);
-        return GvcpAnswer{
-            toStatus(ack->status), ack->status, {}, std::string(refusalText(ack->status)) + code};
+        return GvcpAnswer{statusOfRefusal(ack->status), ack->status, {}, refusalText(ack->status)};
     } else if (ack && ack->command == get16(&exchange.command[2]) + 1 &&
                exchange.isWellFormed(ack->payload)) {
         return GvcpAnswer{KX_OK, Success, std::move(ack->payload), {}};

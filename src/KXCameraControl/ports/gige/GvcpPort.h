@@ -8,7 +8,7 @@
 #pragma once
 
 #include "KXCameraControl/ports/Port.h"
-#include "KXCameraControl/ports/gige/ControlThread.h"
+#include "KXCameraControl/ports/ControlThread.h"
 #include "KXCameraControl/ports/gige/GvcpChannel.h"
 
 namespace kx

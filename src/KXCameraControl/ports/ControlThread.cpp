@@ -1,5 +1,5 @@
 // Showing the camera in time that somebody still controls it.
-#include "KXCameraControl/ports/gige/ControlThread.h"
+#include "KXCameraControl/ports/ControlThread.h"
 
 namespace kx
 {
