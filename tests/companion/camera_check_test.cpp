@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 
 using companion::CameraCheck;
 using companion::CameraVerdict;
@@ -239,6 +240,22 @@ TEST_F(CameraChecked, TellsWhatIsOutOfRange)
         "  1 would change, 6 out of range\n");
 }
 
+// The library's record holds 64 entries; of those behind nothing is known here.
+TEST_F(CameraChecked, AnEnumerationMayHaveMoreEntriesThanItsRecord)
+{
+    std::vector<quint32> entries(KX_ENUM_CAPACITY);
+    std::iota(entries.begin(), entries.end(), 0);
+    device().setEnumeration("Mode", 2, entries);
+    EXPECT_EQ(told(plain("Mode", "Enumeration", "63"), kPlan),
+              "  would change: Mode: 2 -> 63\n  1 would change\n");
+    EXPECT_EQ(told(plain("Mode", "Enumeration", "64"), kPlan),
+              "  out of range: Mode: camera 2, file 64: 64 is no entry that it has now\n  1 out of range\n");
+    entries.push_back(64);
+    device().setEnumeration("Mode", 2, entries);
+    EXPECT_EQ(told(plain("Mode", "Enumeration", "64"), kPlan),
+              "  would change: Mode: 2 -> 64\n  1 would change\n");
+}
+
 TEST_F(CameraChecked, WarnsOfValuesThatAreWrittenAsOthers)
 {
     for (const char* name : {"A", "B", "C", "D"})
@@ -399,6 +416,22 @@ TEST_F(CameraChecked, TellsOfRegistersThatCannotBeWritten)
                 StartsWith("  not writable: Lut (register 32): file 2: "));
     EXPECT_THAT(told(block("len='0'", registers), kPlan),
                 StartsWith("  not writable: Lut (register 16): file 1: "));
+}
+
+// Files go by addresses, and exports read what lies there whether its register is implemented now or not.
+TEST_F(CameraChecked, ARegisterThatIsNotImplementedMayHoldTheFilesValue)
+{
+    device().setWord(16, 0x01000000);
+    device().setAccessMode("LutReg", KX_AM_NOT_IMPLEMENTED);
+    const QString four = "len='4' reg='LutReg'";
+    for (const CheckMode mode : {kPlan, kVerify}) {
+        EXPECT_EQ(told(block(four, "<R address='16'>1</R>"), mode), "  1 unchanged\n");
+        EXPECT_EQ(told(block(four, "<R address='16'>1</R><R address='16'>2</R>"), mode),
+                  "  absent: Lut: its register LutReg: not implemented\n  1 absent\n");
+        // One that the camera does not know at all holds nothing.
+        EXPECT_EQ(told(block("len='4' reg='Gone'", "<R address='16'>1</R>"), mode),
+                  "  absent: Lut: its register Gone: A scripted failure.\n  1 absent\n");
+    }
 }
 
 TEST_F(CameraChecked, TellsWhereABrokenBlockEndsTheImport)

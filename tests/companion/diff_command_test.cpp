@@ -92,6 +92,23 @@ TEST(DiffOfFiles, ComparesWhatChangesByItselfWhenAsked)
     EXPECT_THAT(run.out, EndsWith(" only in B\n"));
 }
 
+// By their names alone: no camera is asked.
+TEST_F(DiffOfCameras, TellsOfFilesOfTwoUnitsWhatIsSetDifferently)
+{
+    addCamera("S1");
+    const QByteArray file = fileText(exported("S1"));
+    for (const char* unit : {"A", "B"})
+        write(std::string(unit) + ".fpk",
+              QByteArray(file).replace("</Features>", feature("DeviceID", "StringReg", unit) +
+                                                          feature("GevSCPD", "Integer", unit) +
+                                                          "</Features>"));
+    const Result run = diff(path("A.fpk"), path("B.fpk"));
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(table(run),
+              "0 different, 0 only in A, 0 only in B; 2 more left out: GevSCPD (session), DeviceID\n");
+    EXPECT_EQ(diff(path("A.fpk"), path("B.fpk"), {"--all"}).code, 1);
+}
+
 TEST(DiffOfFiles, LeavesOutWhatIsToBeIgnored)
 {
     const Result some = diffOfFiles({"--ignore", "Gain", "Ki*", "BoardDeviceType"});

@@ -154,6 +154,83 @@ TEST_F(FeatureNature, ASelectorThatLeadsToTheAddressOfARegisterIsKnown)
     EXPECT_EQ(verdict(), EntryVerdict::State);
 }
 
+// Written from the standards' lists of registers and features, not from the table in the code.
+TEST_F(FeatureNature, NamesTellWhatNoDescriptionDoes)
+{
+    struct Row
+    {
+        const char* name;
+        companion::Nature::Kind kind;
+        const char* reason;
+    };
+    const auto state = companion::Nature::Kind::State;
+    const auto session = companion::Nature::Kind::Session;
+    const char* const unit = "tells this unit from others";
+    const char* const stream = "set by the program that streams from the camera";
+    const char* const messages = "set by the program that takes the camera's messages";
+    const char* const control = "tells who controls the camera";
+    const char* const heartbeat = "set by the program that controls the camera";
+    const Row rows[] = {{"GevCCP", state, control},
+                        {"GevPrimaryApplicationSwitchoverKey", state, control},
+                        {"GevPrimaryApplicationSocket", state, control},
+                        {"GevPrimaryApplicationIPAddress", state, control},
+                        {"DeviceID", state, unit},
+                        {"DeviceSerialNumber", state, unit},
+                        {"DeviceMACAddress", state, unit},
+                        {"GevMACAddress", state, unit},
+                        {"GevDeviceMACAddressLow", state, unit},
+                        {"GevSCPHostPort", session, stream},
+                        {"GevSCPInterfaceIndex", session, stream},
+                        {"GevSCPSPacketSize", session, stream},
+                        {"GevSCPSDoNotFragment", session, stream},
+                        {"GevSCPSFireTestPacket", session, stream},
+                        {"GevSCPD", session, stream},
+                        {"GevSCDA", session, stream},
+                        {"GevSCSP", session, stream},
+                        {"DeviceStreamChannelPacketSize", session, stream},
+                        {"TLParamsLocked", session, stream},
+                        {"GevMCPHostPort", session, messages},
+                        {"GevMCDA", session, messages},
+                        {"GevMCTT", session, messages},
+                        {"GevMCRC", session, messages},
+                        {"GevHeartbeatTimeout", session, heartbeat},
+                        {"GevGVCPHeartbeatDisable", session, heartbeat},
+                        {"GevGVCPPendingAck", session, heartbeat},
+                        {"DeviceLinkHeartbeatTimeout", session, heartbeat},
+                        {"DeviceLinkHeartbeatMode", session, heartbeat}};
+    for (const Row& row : rows) {
+        const companion::Nature nature = companion::natureOfName(row.name);
+        EXPECT_EQ(nature.kind, row.kind) << row.name;
+        EXPECT_EQ(nature.reason, row.reason) << row.name;
+    }
+    // The whole name, and people's own settings beside them.
+    for (const char* name :
+         {"GevSCPSPacketSizeX", "XGevCCP", "gevccp", "GevSCFTD", "GevSCBWR", "DeviceIDX", "DeviceUserID",
+          "GevPersistentIPAddress", "GevCurrentIPConfigurationDHCP", "DeviceLinkThroughputLimit"})
+        EXPECT_EQ(companion::natureOfName(name).kind, companion::Nature::Kind::Setting) << name;
+}
+
+// GigE Vision, bootstrap registers; each from its first byte to its last.
+TEST_F(FeatureNature, RegistersThatEveryGigECameraHas)
+{
+    const auto isState = [](qint64 address) {
+        return companion::natureOfGigEAddress(address).kind == companion::Nature::Kind::State;
+    };
+    for (const auto& [first, last] :
+         {std::pair<qint64, qint64>{0x0008, 0x000F}, {0x00D8, 0x00E7}, {0x0A00, 0x0A03}}) {
+        EXPECT_TRUE(isState(first) && isState(last)) << first;
+        EXPECT_FALSE(isState(first - 1) || isState(last + 1)) << first;
+    }
+    EXPECT_TRUE(isState(-1));
+    EXPECT_FALSE(isState(0));
+    EXPECT_FALSE(isState(0xFFFFFFFF));
+    EXPECT_TRUE(isState(0x100000000));
+    device().setInteger("Privilege", 1);
+    addBlock("Privilege", 0x0A00);
+    EXPECT_EQ(verdict(), EntryVerdict::State);
+    EXPECT_EQ(reason, "tells who controls the camera");
+}
+
 TEST_F(FeatureNature, WhatAStreamingProgramSetsCountsOnlyStrictly)
 {
     device().setInteger("GevSCPSPacketSize", 1500);
@@ -177,10 +254,65 @@ TEST_F(FeatureNature, WhatAnAutomaticFunctionMovesCountsOnceItIsOff)
     EXPECT_EQ(verdict(), EntryVerdict::NotApplied);
 }
 
+TEST_F(FeatureNature, AutomaticFunctionsMoveWhatTheirNamesSay)
+{
+    const std::pair<const char*, QStringList> rows[] = {
+        {"ExposureAuto", {"ExposureTime", "ExposureTimeAbs", "ExposureTimeRaw"}},
+        {"GainAuto", {"Gain", "GainAbs", "GainRaw"}},
+        {"BlackLevelAuto", {"BlackLevel", "BlackLevelAbs", "BlackLevelRaw"}},
+        {"BalanceWhiteAuto", {"BalanceRatio", "BalanceRatioAbs", "BalanceRatioRaw"}}};
+    for (const auto& [function, features] : rows) {
+        for (const QString& feature : features)
+            EXPECT_EQ(companion::automaticFunctionsOf(feature), QStringList{function}) << qPrintable(feature);
+    }
+    for (const char* name : {"ExposureMode", "GainAutoLimit", "Gamma", "ExposureTimeX"})
+        EXPECT_EQ(companion::automaticFunctionsOf(name), QStringList()) << name;
+}
+
+// A camera has its entries under names; only "Off" is off, whatever its number.
+TEST_F(FeatureNature, AnAutomaticFunctionIsOffByTheNameOfItsEntry)
+{
+    device().setFloat("ExposureTime", 1.5f);
+    addPlain("ExposureTime", "Float", "9.000000");
+    device().setEntryName("ExposureAuto", 0, "Continuous");
+    device().setEntryName("ExposureAuto", 1, "Off");
+    device().setEnumeration("ExposureAuto", 0, {0, 1});
+    EXPECT_EQ(verdict(), EntryVerdict::Automatic);
+    device().setEnumeration("ExposureAuto", 1, {0, 1});
+    EXPECT_EQ(verdict(), EntryVerdict::NotApplied);
+}
+
+// Imports set switches and enumerations before numbers, so what the file wants of the function is what will
+// hold.
+TEST_F(FeatureNature, AFileThatTurnsAnAutomaticFunctionOffMeansItsValue)
+{
+    device().setFloat("ExposureTime", 1.5f);
+    addPlain("ExposureTime", "Float", "9.000000");
+    device().setEntryName("ExposureAuto", 0, "Off");
+    device().setEntryName("ExposureAuto", 2, "Continuous");
+    device().setEnumeration("ExposureAuto", 2, {0, 2});
+    EXPECT_EQ(verdict(CheckMode::Plan), EntryVerdict::Automatic);
+    addPlain("ExposureAuto", "Enumeration", "2");
+    EXPECT_EQ(verdict(CheckMode::Plan), EntryVerdict::Automatic);
+    file.entries.removeLast();
+    addPlain("ExposureAuto", "Enumeration", "0");
+    EXPECT_EQ(verdict(CheckMode::Plan), EntryVerdict::WouldChange);
+    EXPECT_EQ(verdict(), EntryVerdict::NotApplied);
+    file.entries.removeLast();
+    device().setBool("GainAuto", true);
+    device().setFloat("Gain", 1);
+    file.entries.clear();
+    addPlain("Gain", "Float", "2.000000");
+    addPlain("GainAuto", "Boolean", "0");
+    EXPECT_EQ(verdict(CheckMode::Plan), EntryVerdict::WouldChange);
+}
+
 TEST_F(FeatureNature, WhatAnAutomaticFunctionLocksIsItsOwnByName)
 {
     device().setBool("FocusAuto", true);
-    for (const char* name : {"FocusPosition", "FocusMode", "Width"}) {
+    for (const char* name :
+         {"FocusPosition", "AutoFocusPosition", "FocusSelector", "FocusMode", "FocusEnabled", "FocusLimitFar",
+          "FocusMin", "FocusMax", "FocusIncrement", "FocusStep", "Width"}) {
         file.entries.clear();
         device().setInteger(name, 1);
         device().setRelatedNames(name, KX_RELATED_LOCKS, "TLParamsLocked\nFocusAuto");
@@ -188,6 +320,55 @@ TEST_F(FeatureNature, WhatAnAutomaticFunctionLocksIsItsOwnByName)
         const bool isMoved = QString(name) == "FocusPosition";
         EXPECT_EQ(verdict(), isMoved ? EntryVerdict::Automatic : EntryVerdict::NotApplied) << name;
     }
+    // A lock that is no automatic function moves nothing, and one called just "Auto" not everything.
+    EXPECT_FALSE(companion::isMovedByLock("FocusPosition", "Focus"));
+    EXPECT_FALSE(companion::isMovedByLock("FocusPosition", "Auto"));
+}
+
+TEST_F(FeatureNature, ASelectorThatStandsWhereItStandsMovesNoWindow)
+{
+    device().setInteger("Data", 1);
+    device().setRelatedNames("Data", KX_RELATED_SELECTORS, "Index");
+    addPlain("Data", "Integer", "2");
+    device().setEnumeration("Index", 0, {0, 1});
+    EXPECT_EQ(verdict(), EntryVerdict::State);
+    device().setEverWritable("Index", false);
+    EXPECT_EQ(verdict(), EntryVerdict::NotApplied);
+    device().setEverWritable("Index", true);
+    device().setEnumeration("Index", 0, {0});
+    EXPECT_EQ(verdict(), EntryVerdict::NotApplied);
+}
+
+// What is broken is the file's fault, and what is amiss in the writing is nothing to warn of where nobody
+// wants it written.
+TEST_F(FeatureNature, IsNotAskedOfABrokenBlock)
+{
+    device().setInteger("GevCCP", 1);
+    addBlock("GevCCP", 0x0A00);
+    file.entries.last().complex.lengthText.clear();
+    EXPECT_EQ(verdict(), EntryVerdict::Broken);
+    file.entries.clear();
+    addPlain("GevCCP", "Integer", "-2");
+    const CameraCheck done = check(CheckMode::Plan);
+    EXPECT_EQ(done.entries.at(0).verdict, EntryVerdict::State);
+    EXPECT_EQ(done.entries.at(0).warnings, QStringList());
+}
+
+TEST_F(FeatureNature, IsCountedApart)
+{
+    for (const char* name : {"DeviceID", "GevPrimaryApplicationSocket", "GevCCP", "GevSCPD", "Width"}) {
+        device().setInteger(name, 1);
+        addPlain(name, "Integer", "2");
+    }
+    addPlain("Width", "Integer", "1");
+    const QString text = companion::checkText({check(CheckMode::Verify)});
+    EXPECT_TRUE(text.contains("\n  1 unchanged, 1 not applied; state: 3 differ; session: 1 differs\n"))
+        << text.toStdString();
+    EXPECT_FALSE(text.contains("DeviceID")) << text.toStdString();
+    file.entries.removeLast();
+    file.entries.removeLast();
+    EXPECT_TRUE(
+        companion::checkText({check(CheckMode::Verify)}).contains("\n  no settings; state: 3 differ"));
 }
 
 TEST_F(FeatureNature, OneSettingThatIsLockedIsStillAmiss)
@@ -220,4 +401,25 @@ TEST_F(FeatureNature, TellsFailedRegistersApart)
     EXPECT_EQ(failures[0].verdict, EntryVerdict::State);
     EXPECT_EQ(failures[1].verdict, EntryVerdict::NotApplied);
     EXPECT_EQ(failures[2].verdict, EntryVerdict::NotApplied);
+
+    failures[0].judge(EntryVerdict::NotApplied, "refused");
+    device().addUnplacedRegister(); // which may lie there as well
+    companion::tellApart(camera, {}, failures);
+    EXPECT_EQ(failures[0].verdict, EntryVerdict::NotApplied);
+}
+
+// More than a first try has room for.
+TEST_F(FeatureNature, KnowsFeaturesThatHangOnVeryMany)
+{
+    device().setInteger("Data", 1);
+    device().setInteger("Index", 0, 0, 9);
+    QByteArray selectors;
+    for (int i = 0; i < 100; ++i) {
+        const QByteArray name = "SelectorThatStands" + QByteArray::number(i);
+        device().setInteger(name, 0, 0, 0);
+        selectors += name + '\n';
+    }
+    device().setRelatedNames("Data", KX_RELATED_SELECTORS, selectors + "Index");
+    addPlain("Data", "Integer", "2");
+    EXPECT_EQ(verdict(), EntryVerdict::State);
 }

@@ -195,6 +195,17 @@ TEST_F(Proof, KnowsWhatWasRefused)
     EXPECT_EQ(check.verdict, Verdict::Incomplete);
 }
 
+// What was refused and turned out to be nobody's setting takes nothing back.
+TEST_F(Proof, DoesNotCountARefusalThatNobodyMinds)
+{
+    check.entries = {entryOf("Width", EntryVerdict::Coerced)};
+    traces.failures = {failedEntry({"Width", false, 0, KX_E_GC_RANGE})};
+    traces.failures[0].judge(EntryVerdict::Automatic, "WidthAuto moves it");
+    layOver(check, traces);
+    EXPECT_EQ(told(), "Width coerced");
+    EXPECT_EQ(check.verdict, Verdict::Applied);
+}
+
 TEST_F(Proof, TakesInWhatTheFileDoesNotName)
 {
     check.entries = {entryOf("Width", EntryVerdict::Unchanged)};

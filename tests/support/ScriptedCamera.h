@@ -55,6 +55,7 @@ struct ScriptedNode
     KX_XML_AccessMode accessMode = KX_AM_READ_WRITE;
     bool isEverWritable = true;
     std::map<uint32_t, QByteArray> related; // by KX_Relation, separated by line feeds
+    std::map<uint32_t, QByteArray> entries; // names of an enumeration's values
 };
 
 // One camera. May be used from any thread, also while calls run; side effects may call it as well.
@@ -70,6 +71,8 @@ public:
                     qint64 minimum = std::numeric_limits<qint64>::min(),
                     qint64 maximum = std::numeric_limits<qint64>::max(), qint64 increment = 1);
     void setEnumeration(const QByteArray& name, quint32 current, const std::vector<quint32>& supported);
+    // An entry's name; without one KX_CC_GetEnumEntryName gives KX_E_GC_ARGUMENT.
+    void setEntryName(const QByteArray& name, quint32 value, const QByteArray& entry);
     void setFloat(const QByteArray& name, float current);
     void setString(const QByteArray& name, const QByteArray& current, qint64 maximumLength = 255);
     // A node without a value of its own, or a change to one that has been set.
@@ -81,6 +84,7 @@ public:
     // A register of the description. While there is none, an address may be of any register (one that is
     // written and whose place only the camera can tell).
     void addDescribedRegister(const QByteArray& name, qint64 address, qint64 length, bool isEverWritable);
+    void addUnplacedRegister(); // one more that is written and whose place only the camera can tell
     ScriptedNode node(const QByteArray& name) const; // an empty one for an unknown name
     bool hasNode(const QByteArray& name) const;
     // What is described there; `names` as the library hands them out.
@@ -145,6 +149,7 @@ private:
     std::vector<Range> m_unreadable, m_unwritable;
     std::vector<DescribedRegister> m_registers;
     bool m_rejectsUnaligned = false;
+    bool m_hasUnplacedRegister = false;
     QByteArray m_description;
     std::vector<DescriptionAnswer> m_answers;
     std::size_t m_nextAnswer = 0;

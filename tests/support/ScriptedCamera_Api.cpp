@@ -217,11 +217,15 @@ KX_API KX_Status KX_CC_GetEnumValue(KX_HANDLE handle, const char* name, KX_EnumV
 }
 
 // The script knows no names of entries.
-KX_API KX_Status KX_CC_GetEnumEntryName(KX_HANDLE handle, const char* name, uint32_t value, char*, uint32_t,
-                                        uint32_t*)
+KX_API KX_Status KX_CC_GetEnumEntryName(KX_HANDLE handle, const char* name, uint32_t value, char* text,
+                                        uint32_t capacity, uint32_t* length)
 {
     return ScriptedCall("GetEnumEntryName", handle, name, {value}, KX_OP_GET_ENTRY_NAME)
-        .run([](ScriptedHandle&, ScriptedDevice&) -> KX_Status { return KX_E_GC_ARGUMENT; });
+        .run([&](ScriptedHandle&, ScriptedDevice& device) -> KX_Status {
+            const auto entries = device.node(name).entries;
+            const auto entry = entries.find(value);
+            return entry == entries.end() ? KX_E_GC_ARGUMENT : handOut(entry->second, text, capacity, length);
+        });
 }
 
 KX_API KX_Status KX_CC_GetFloatValue(KX_HANDLE handle, const char* name, KX_FloatValue* value)

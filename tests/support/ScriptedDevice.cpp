@@ -85,6 +85,12 @@ void ScriptedDevice::setRelatedNames(const QByteArray& name, KX_Relation relatio
     m_nodes[name].related[relation] = names;
 }
 
+void ScriptedDevice::setEntryName(const QByteArray& name, quint32 value, const QByteArray& entry)
+{
+    const Lock lock(m_mutex);
+    m_nodes[name].entries[value] = entry;
+}
+
 void ScriptedDevice::addDescribedRegister(const QByteArray& name, qint64 address, qint64 length,
                                           bool isEverWritable)
 {
@@ -92,11 +98,17 @@ void ScriptedDevice::addDescribedRegister(const QByteArray& name, qint64 address
     m_registers.push_back({name, {address, address + length}, isEverWritable});
 }
 
+void ScriptedDevice::addUnplacedRegister()
+{
+    const Lock lock(m_mutex);
+    m_hasUnplacedRegister = true;
+}
+
 KX_RegisterCoverage ScriptedDevice::coverage(qint64 address, qint64 length, QByteArray& names) const
 {
     const Lock lock(m_mutex);
     KX_RegisterCoverage result{};
-    result.unplaced = result.unplacedWritable = m_registers.empty() ? 1 : 0;
+    result.unplaced = result.unplacedWritable = m_registers.empty() || m_hasUnplacedRegister ? 1 : 0;
     for (const DescribedRegister& described : m_registers) {
         if (!touches({described.range}, address, length))
             continue;

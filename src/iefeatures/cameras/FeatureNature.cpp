@@ -93,16 +93,28 @@ Nature FeatureNature::ofFunctions(const QString& feature)
     return {};
 }
 
-// One that the camera does not have, or does not tell, moves nothing.
+// One that the camera does not have, or does not tell, moves nothing; nor does one that the file wants off:
+// what it moves in the camera is then to stand as the file says.
 bool FeatureNature::isSwitchedOn(const QString& function)
 {
     const auto known = m_switches.find(function);
     if (known != m_switches.end())
         return known->second;
-    const FeatureReader::Reading entry = m_reader.read(ie::FeatureKind::Enumeration, function);
-    const bool isOn = entry.enumeration ? m_reader.entryName(function, entry.enumeration->current) != "Off"
-                                        : m_reader.read(ie::FeatureKind::Boolean, function).text == "1";
+    QString now = m_reader.read(ie::FeatureKind::Enumeration, function).text;
+    if (now.isEmpty())
+        now = m_reader.read(ie::FeatureKind::Boolean, function).text;
+    const QString wanted = m_settled.value(function);
+    const bool isOn = !now.isEmpty() && !isOff(function, now) && !isOff(function, wanted);
     return m_switches[function] = isOn;
+}
+
+// Features files have an enumeration's number, feature bags its name; a switch may be a boolean, too.
+bool FeatureNature::isOff(const QString& function, const QString& text)
+{
+    bool isNumber = false;
+    const uint32_t number = text.toUInt(&isNumber);
+    const QString entry = isNumber ? m_reader.entryName(function, number) : QString();
+    return entry.isEmpty() ? text == "Off" || text == "0" : entry == "Off";
 }
 
 } // namespace companion

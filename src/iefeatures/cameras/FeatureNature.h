@@ -4,7 +4,7 @@
 #include "iefeatures/cameras/FeatureReader.h"
 #include "iefeatures/cameras/NamedNatures.h"
 
-#include <QSet>
+#include <QMap>
 #include <QString>
 
 #include <map>
@@ -15,11 +15,14 @@ namespace companion
 class FeatureNature
 {
 public:
-    // `settled`: the features whose values are known beside that of the feature in question, those of its
-    // file. A selector that is not among them may stand anywhere. `isGigE`: the camera's transport. The
-    // reader must outlive this.
-    FeatureNature(FeatureReader& reader, bool isGigE, const QStringList& settled)
-        : m_reader(reader), m_isGigE(isGigE), m_settled(settled.begin(), settled.end())
+    // The features whose values are known beside that of the feature in question, those of its file: each
+    // with its text there, null where the file does not say it in one. A selector that is not among them may
+    // stand anywhere, and an automatic function that they turn off moves nothing.
+    using Settled = QMap<QString, QString>;
+
+    // `isGigE`: the camera's transport. The reader must outlive this.
+    FeatureNature(FeatureReader& reader, bool isGigE, const Settled& settled)
+        : m_reader(reader), m_isGigE(isGigE), m_settled(settled)
     {}
 
     Nature of(const QString& feature);
@@ -35,10 +38,11 @@ private:
     QString movingSelector(const QString& feature, bool isPlaceKnown);
     bool canStandElsewhere(const QString& selector);
     bool isSwitchedOn(const QString& function);
+    bool isOff(const QString& function, const QString& text);
 
     FeatureReader& m_reader;
     const bool m_isGigE;
-    const QSet<QString> m_settled;
+    const Settled m_settled;
     std::map<QString, bool> m_switches; // those that were asked
 };
 

@@ -3,7 +3,7 @@
 namespace companion
 {
 
-LiveDescription::LiveDescription(const KX_DeviceInfo& device, const QStringList& settled)
+LiveDescription::LiveDescription(const KX_DeviceInfo& device, const FeatureNature::Settled& settled)
     : m_connection(device, KX_ACCESS_MONITOR),
       m_nature(m_reader, device.transportType == KX_TRANSPORT_GIGE, settled)
 {}

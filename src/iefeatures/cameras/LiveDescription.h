@@ -14,7 +14,7 @@ class LiveDescription
 public:
     // Blocks until the description is fetched. Without a connection nothing is known of any feature.
     // `settled`: as a FeatureNature takes it.
-    LiveDescription(const KX_DeviceInfo& device, const QStringList& settled);
+    LiveDescription(const KX_DeviceInfo& device, const FeatureNature::Settled& settled);
 
     KX_Status status() const { return m_connection.status(); }
     // The symbolic name of an enumeration's number; empty when it has none.

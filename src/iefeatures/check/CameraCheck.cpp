@@ -22,7 +22,7 @@ bool checkEntries(FeatureReader& reader, const ie::FeaturesContent& file, CheckR
     ImportSkips skips(reader);
     PlainCheck plain(reader, skips, rule.mode);
     RegisterCheck registers(reader, skips, rule.mode, isGigE);
-    FeatureNature nature(reader, isGigE, namedBy(file).names);
+    FeatureNature nature(reader, isGigE, namedBy(file).values);
     for (const ie::FeaturesContent::Entry& entry : file.entries) {
         if (!mayGoOn())
             return false;

@@ -43,14 +43,15 @@ void tellApart(FeatureNature& nature, bool isStrict, qint64 length, EntryCheck& 
     entry.warnings.clear();
 }
 
-void tellApart(const ListedCamera& camera, const QStringList& named, std::vector<EntryCheck>& failures)
+void tellApart(const ListedCamera& camera, const FeatureNature::Settled& settled,
+               std::vector<EntryCheck>& failures)
 {
     const KX_DeviceInfo& device = camera.device.stDeviceInfo;
     const CameraConnection connection(device, KX_ACCESS_MONITOR);
     if (connection.status() != KX_OK)
         return;
     FeatureReader reader(connection.handle());
-    FeatureNature nature(reader, device.transportType == KX_TRANSPORT_GIGE, named);
+    FeatureNature nature(reader, device.transportType == KX_TRANSPORT_GIGE, settled);
     for (EntryCheck& failure : failures)
         tellApart(nature, false, kWord, failure);
 }

@@ -11,8 +11,9 @@ namespace companion
 // rule takes only states for none. `length`: of the entry's register, in bytes.
 void tellApart(FeatureNature& nature, bool isStrict, qint64 length, EntryCheck& entry);
 
-// The same for what jobs were seen not to apply. `named`: what their files name. Opens the camera for
+// The same for what jobs were seen not to apply. `settled`: by their files. Opens the camera for
 // monitoring, blocks until it has answered; what it does not tell stays amiss.
-void tellApart(const ListedCamera& camera, const QStringList& named, std::vector<EntryCheck>& failures);
+void tellApart(const ListedCamera& camera, const FeatureNature::Settled& settled,
+               std::vector<EntryCheck>& failures);
 
 } // namespace companion

@@ -30,7 +30,7 @@ Descriptions descriptionsOf(Console& console, const std::vector<FeatureSource>& 
         if (!sources[i].camera)
             continue;
         auto description = std::make_unique<LiveDescription>(sources[i].camera->device.stDeviceInfo,
-                                                             namedBy(sources[i].content).names);
+                                                             namedBy(sources[i].content).values);
         if (description->status() == KX_OK)
             descriptions[i] = std::move(description);
         else

@@ -21,27 +21,41 @@ QByteArray contentOf(const QString& path)
 
 } // namespace
 
+void NamedFeatures::name(const QString& feature, const QString& text)
+{
+    if (feature.isEmpty())
+        return;
+    if (!values.contains(feature))
+        names += feature;
+    values[feature] = text;
+}
+
+void NamedFeatures::add(const NamedFeatures& behind)
+{
+    for (const QString& feature : behind.names)
+        name(feature, behind.values[feature]);
+    blocks.insert(behind.blocks.begin(), behind.blocks.end());
+}
+
 NamedFeatures namedBy(const ie::FeaturesContent& content)
 {
     NamedFeatures features;
     for (const ie::FeaturesContent::Entry& entry : content.entries) {
-        features.names += entry.isComplex ? entry.complex.name : entry.plain.name;
+        features.name(entry.isComplex ? entry.complex.name : entry.plain.name, entry.plain.value);
         for (const ie::RegisterValue& value : entry.complex.values)
             features.blocks.emplace(value.address, entry.complex.name);
     }
-    features.names.removeAll({});
-    features.names.removeDuplicates();
     return features;
 }
 
 NamedFeatures namedByBag(const QString& bagFile)
 {
     NamedFeatures features;
-    for (const QByteArray& line : contentOf(bagFile).split('\n'))
+    for (const QByteArray& line : contentOf(bagFile).split('\n')) {
+        const int tab = line.indexOf('\t');
         if (!line.startsWith('#'))
-            features.names += QString::fromUtf8(line.left(line.indexOf('\t'))).trimmed();
-    features.names.removeAll({});
-    features.names.removeDuplicates();
+            features.name(QString::fromUtf8(line.left(tab)).trimmed(), QString::fromUtf8(line.mid(tab + 1)));
+    }
     return features;
 }
 

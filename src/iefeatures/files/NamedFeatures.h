@@ -3,6 +3,7 @@
 
 #include "jobs/file/FeaturesFile.h"
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -13,9 +14,13 @@ namespace companion
 
 struct NamedFeatures
 {
-    QStringList names; // in the file's order, each once
+    QStringList names;             // in the file's order, each once
+    QMap<QString, QString> values; // of each name: its last text; null for a register block
     std::map<int64_t, QString>
         blocks; // of the register entries of a features file: the feature they belong to
+
+    void name(const QString& feature, const QString& text);
+    void add(const NamedFeatures& behind); // of a file that is imported behind this one
 };
 
 NamedFeatures namedBy(const ie::FeaturesContent& content);

@@ -48,9 +48,8 @@ FeaturesFileInput inputOf(const ImportTask& task)
 
 NamedFeatures namedByBoth(const ImportTask& task, const FeaturesFileInput& input)
 {
-    NamedFeatures named = namedBy(input.content);
-    named.names = namedByBag(task.bag).names + named.names;
-    named.names.removeDuplicates();
+    NamedFeatures named = namedByBag(task.bag);
+    named.add(namedBy(input.content));
     return named;
 }
 
@@ -187,7 +186,7 @@ void ImportProcedure::tellFailuresApart(std::vector<ImportOutcome>& outcomes)
         std::vector<EntryCheck> failures = failedEntries(outcomes[i]);
         if (outcomes[i].verdict != CameraVerdict::Incomplete || failures.empty())
             return;
-        tellApart(outcomes[i].record.job.camera, m_named.names, failures);
+        tellApart(outcomes[i].record.job.camera, m_named.values, failures);
         settle(outcomes[i], failures);
     });
 }
