@@ -24,11 +24,13 @@ struct FakeDevice
     std::map<uint64_t, uint8_t> memory; // zero elsewhere
     std::string description;            // from descriptionAddress on
     std::vector<std::string> urls;
+    kx::CameraNames names; // of a camera that says nothing of itself, unless a test fills them
     std::map<uint64_t, KX_Status> failures; // of requests that touch the address
     KX_Status openStatus = KX_OK;
     KX_Status urlStatus = KX_OK;
 
     std::vector<std::string> requests; // "read 100 4", "write 100 4", "readreg 100", "writereg 100"
+    std::vector<std::pair<uint64_t, size_t>> descriptionReads; // offset and size; not among `requests`
     unsigned opened = 0;
     unsigned closed = 0;
     kx::PortTimeouts timeouts;
@@ -109,8 +111,10 @@ public:
 
     KX_Status readMemory(uint64_t address, void* data, size_t size) override
     {
-        if (address != FakeDevice::descriptionAddress)
+        if (address < FakeDevice::descriptionAddress)
             count("read", address, size);
+        else
+            m_device.descriptionReads.emplace_back(address - FakeDevice::descriptionAddress, size);
         if (const KX_Status failure = m_device.failureAt(address, size))
             return failure;
         if (address == FakeDevice::descriptionAddress) {
@@ -162,6 +166,7 @@ public:
         urls = m_device.urls;
         return m_device.urlStatus;
     }
+    kx::CameraNames names() const override { return m_device.names; }
     void setTimeouts(const kx::PortTimeouts& timeouts) override { m_device.timeouts = timeouts; }
     void setConnectionLostHandler(std::function<void(KX_Status)> handler) override
     {

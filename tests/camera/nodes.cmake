@@ -1,11 +1,12 @@
 find_package(nlohmann_json REQUIRED)
 
-foreach(subject nodes_values nodes_access nodes_writes nodes_text nodes_described nodes_real_descriptions description node_formula camera_handles read_memo nodes_noise)
+foreach(subject nodes_values nodes_access nodes_writes nodes_text nodes_described nodes_real_descriptions description description_cache parsed_descriptions node_formula camera_handles read_memo nodes_noise)
     ie_add_test(${subject}_test LABEL camera
         SOURCES ${subject}_test.cpp EveryNodeKind.h FakePort.h
         LIBRARIES kx_api kx_core GTest::gtest_main)
 endforeach()
 target_link_libraries(description_test PRIVATE PkgConfig::ZLIB)
+target_link_libraries(description_cache_test PRIVATE PkgConfig::ZLIB)
 target_link_libraries(node_formula_test PRIVATE PkgConfig::ARAVIS)
 
 ie_add_test(nodes_other_engine_test LABEL camera

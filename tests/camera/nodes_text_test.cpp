@@ -1,5 +1,6 @@
 // Features as texts, as feature files have them.
 #include "KXCameraControl/nodes/NodeMap.h"
+#include "KXCameraControl/nodes/NodeTable.h"
 #include "camera/EveryNodeKind.h"
 #include "camera/nodes_reference/SeededMemory.h"
 
@@ -9,11 +10,7 @@ namespace
 class NodeTexts : public testing::Test
 {
 protected:
-    NodeTexts() : m_map(memory, false)
-    {
-        std::string problem;
-        EXPECT_TRUE(m_map.load(tests::testData("every_node_kind.xml"), problem)) << problem;
-    }
+    NodeTexts() : m_map(loadedTable(), memory, false) {}
 
     std::string text(const char* name)
     {
@@ -27,6 +24,14 @@ protected:
     tests::SeededMemory memory{0};
 
 private:
+    static std::shared_ptr<const kx::NodeTable> loadedTable()
+    {
+        auto table = std::make_shared<kx::NodeTable>();
+        std::string problem;
+        EXPECT_TRUE(table->load(tests::testData("every_node_kind.xml"), problem)) << problem;
+        return table;
+    }
+
     kx::NodeMap m_map;
 };
 

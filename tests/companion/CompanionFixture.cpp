@@ -118,6 +118,7 @@ CompanionTest::CompanionTest()
 {
     qputenv("KX_CAMERA_INTERFACES", "none");
     qputenv("KX_CAMERA_ADDRESSES", "");
+    qputenv("KX_DESCRIPTION_CACHE", "off");
     qputenv("VELA_PROGRAM_DATA", m_folder.path().toUtf8() + "/no-filters-here");
     qputenv("VELA_USER_DATA", m_folder.path().toUtf8() + "/user-data");
 }

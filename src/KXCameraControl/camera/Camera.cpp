@@ -1,7 +1,7 @@
 // Opening and closing a camera, and its registers through the memo.
 #include "KXCameraControl/camera/Camera.h"
 
-#include "KXCameraControl/description/Check.h"
+#include "KXCameraControl/camera/ParsedDescriptions.h"
 #include "KXCameraControl/description/Fetch.h"
 
 #include <cstring>
@@ -39,16 +39,19 @@ KX_Status Camera::open(uint32_t accessMode, uint16_t switchOverKey)
 // A description that cannot be fetched or used leaves an empty map; only a failed line is a failure.
 KX_Status Camera::loadNodes(bool readOnly)
 {
-    RegisterLine& line = *this;
-    auto nodes = std::make_unique<NodeMap>(line, readOnly);
     m_memo.clear();
     m_descriptionProblem.clear();
     const KX_Status status = fetchDescription(*m_port, m_description, m_descriptionProblem);
     if (status != KX_OK && status != KX_E_DESCRIPTION)
         return status;
-    if (status == KX_OK && isParsable(m_description, m_descriptionProblem))
-        nodes->load(m_description, m_descriptionProblem);
-    m_nodes = std::move(nodes);
+    auto table = std::make_shared<const NodeTable>();
+    if (m_description) {
+        const auto parsed = parsedDescription(*m_description);
+        m_descriptionProblem = parsed->problem;
+        table = {parsed, &parsed->nodes};
+    }
+    RegisterLine& line = *this;
+    m_nodes = std::make_unique<NodeMap>(std::move(table), line, readOnly);
     return KX_OK;
 }
 
@@ -56,10 +59,16 @@ void Camera::close()
 {
     m_nodes.reset();
     m_memo.clear();
-    m_description.clear();
+    m_description.reset();
     m_port->close();
     m_control.release();
     m_lost = false;
+}
+
+const std::string& Camera::description() const
+{
+    static const std::string none;
+    return m_description ? m_description->text() : none;
 }
 
 NodeMap& Camera::nodesForCall()

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "KXCameraControl/camera/OwnControl.h"
+#include "KXCameraControl/description/Description.h"
 #include "KXCameraControl/nodes/NodeMap.h"
 #include "KXCameraControl/nodes/ReadMemo.h"
 #include "KXCameraControl/nodes/RegisterLine.h"
@@ -47,7 +48,7 @@ public:
     KX_Status readMemory(uint64_t address, void* data, size_t size);
     KX_Status writeMemory(uint64_t address, const void* data, size_t size);
     // Empty when none could be fetched.
-    const std::string& description() const { return m_description; }
+    const std::string& description() const;
     // Why there is no description, or no node.
     const std::string& descriptionProblem() const { return m_descriptionProblem; }
     std::string portError() const { return m_port->lastError(); }
@@ -78,7 +79,7 @@ private:
     std::mutex m_mutex;
     std::unique_ptr<Port> m_port;
     std::unique_ptr<NodeMap> m_nodes;
-    std::string m_description;
+    SharedDescription m_description; // null: none
     std::string m_descriptionProblem;
     ReadMemo m_memo;
     Freshness m_freshness = Freshness::Keep;

@@ -1,10 +1,13 @@
 // The forms of URLs that lead into a camera's own memory, and the way from there to a text.
 #include "KXCameraControl/description/Fetch.h"
 
+#include "KXCameraControl/description/DescriptionCache.h"
+#include "KXCameraControl/description/Evidence.h"
 #include "KXCameraControl/description/Unzip.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <random>
 
 namespace kx
 {
@@ -50,7 +53,42 @@ bool parseHex(const std::string& text, uint64_t& number)
     return true;
 }
 
-KX_Status fetchFrom(Port& port, const std::string& url, std::string& text, std::string& problem)
+unsigned anyNumber()
+{
+    static thread_local std::random_device device;
+    return device();
+}
+
+// Whether the camera has at `local` what is remembered, as far as the evidence goes. A refused block is a
+// difference; only a failed line is a failure.
+KX_Status compareWithCamera(Port& port, const LocalUrl& local, const Description& remembered, bool& agrees)
+{
+    const std::string& memory = remembered.memory();
+    const auto evidence = evidenceOf(memory, anyNumber);
+    agrees = evidence && memory.size() == local.length;
+    for (size_t i = 0; agrees && i < evidence->size(); ++i) {
+        const size_t from = (*evidence)[i] * evidenceBlock;
+        std::string block(std::min(evidenceBlock, memory.size() - from), '\0');
+        const KX_Status status = port.readMemory(local.address + from, block.data(), block.size());
+        if (status != KX_OK && status != KX_E_GC_ACCESS)
+            return status;
+        agrees = status == KX_OK && memory.compare(from, block.size(), block) == 0;
+    }
+    return KX_OK;
+}
+
+KX_Status readWhole(Port& port, const LocalUrl& local, SharedDescription& description, std::string& problem)
+{
+    std::string bytes(local.length, '\0');
+    if (const KX_Status status = port.readMemory(local.address, bytes.data(), bytes.size())) {
+        problem = port.lastError();
+        return status;
+    }
+    description = descriptionIn(std::move(bytes), local.isZip(), problem);
+    return description ? KX_OK : KX_E_DESCRIPTION;
+}
+
+KX_Status fetchFrom(Port& port, const std::string& url, SharedDescription& description, std::string& problem)
 {
     LocalUrl local;
     if (!parseLocalUrl(url, local, problem))
@@ -59,22 +97,23 @@ KX_Status fetchFrom(Port& port, const std::string& url, std::string& text, std::
         problem = "its length is " + std::to_string(local.length);
         return KX_E_DESCRIPTION;
     }
-    std::string bytes(local.length, '\0');
-    if (const KX_Status status = port.readMemory(local.address, bytes.data(), bytes.size())) {
+    const CameraNames names = port.names();
+    if (names.model.empty()) // it does not say what it is: nothing tells it from others
+        return readWhole(port, local, description, problem);
+    const Digest key = descriptionKey(names, url);
+    SharedDescription found = rememberedDescription(key, local.isZip());
+    bool isKnown = false;
+    if (const KX_Status status = found ? compareWithCamera(port, local, *found, isKnown) : KX_OK) {
         problem = port.lastError();
         return status;
     }
-    // Some cameras name an archive .xml or text .zip: the bytes decide, the name only where they say nothing.
-    const bool isArchive = bytes.compare(0, 4, "PK\x03\x04") == 0 || (local.isZip() && bytes[0] != '<');
-    if (!isArchive)
-        text = std::move(bytes);
-    else if (!unzip(bytes, text, problem))
-        return KX_E_DESCRIPTION;
-    text.resize(std::min(text.find('\0'), text.size()));
-    if (!text.empty())
-        return KX_OK;
-    problem = "it is empty";
-    return KX_E_DESCRIPTION;
+    if (!isKnown) {
+        if (const KX_Status status = readWhole(port, local, found, problem))
+            return status;
+    }
+    const bool canProveItself = isKnown || evidenceOf(found->memory(), anyNumber);
+    description = canProveItself ? rememberDescription(key, std::move(found), !isKnown) : std::move(found);
+    return KX_OK;
 }
 
 } // namespace
@@ -107,8 +146,9 @@ bool parseLocalUrl(const std::string& url, LocalUrl& parsed, std::string& proble
     return true;
 }
 
-KX_Status fetchDescription(Port& port, std::string& text, std::string& problem)
+KX_Status fetchDescription(Port& port, SharedDescription& description, std::string& problem)
 {
+    description.reset();
     std::vector<std::string> urls;
     KX_Status status = port.descriptionUrls(urls);
     if (status != KX_OK && status != KX_E_GC_ACCESS) {
@@ -119,7 +159,7 @@ KX_Status fetchDescription(Port& port, std::string& text, std::string& problem)
     std::string reasons;
     for (const std::string& url : urls) {
         std::string reason;
-        status = fetchFrom(port, url, text, reason);
+        status = fetchFrom(port, url, description, reason);
         if (status == KX_OK) {
             problem.clear();
             return KX_OK;
@@ -129,7 +169,6 @@ KX_Status fetchDescription(Port& port, std::string& text, std::string& problem)
         if (status != KX_E_DESCRIPTION && status != KX_E_GC_ACCESS)
             return status;
     }
-    text.clear();
     return KX_E_DESCRIPTION;
 }
 

@@ -1,6 +1,7 @@
 // Where a camera's GenICam description lies, and fetching it.
 #pragma once
 
+#include "KXCameraControl/description/Description.h"
 #include "KXCameraControl/ports/Port.h"
 
 #include <cstdint>
@@ -22,9 +23,9 @@ struct LocalUrl
 // False, with a reason, for every other form: files and web addresses are never followed.
 bool parseLocalUrl(const std::string& url, LocalUrl& parsed, std::string& problem);
 
-// Reads the description from the first URL that yields one. KX_OK with `text` (without terminator, cut at the
-// first zero byte); KX_E_DESCRIPTION when no URL yields one; a status of a failed line ends the search at
-// once.
-KX_Status fetchDescription(Port& port, std::string& text, std::string& problem);
+// The description of the first URL that yields one: one that is remembered where the camera proves to have it
+// still, else read from the camera. KX_OK with `description`; KX_E_DESCRIPTION when no URL yields one; a
+// status of a failed line ends the search at once. `description` is null then.
+KX_Status fetchDescription(Port& port, SharedDescription& description, std::string& problem);
 
 } // namespace kx

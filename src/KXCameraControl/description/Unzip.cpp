@@ -64,6 +64,28 @@ bool fill(zip_file_t* file, std::string& text)
 
 } // namespace
 
+// The end record (APPNOTE 4.3.16): signature, eight bytes, size of the directory, its offset, comment. What
+// counts its records in 64 bits has offsets here that lead nowhere.
+bool archiveDirectory(const std::string& archive, size_t& begin, size_t& end)
+{
+    constexpr size_t recordSize = 22;
+    const size_t size = sizeWithoutPadding(archive);
+    const size_t record =
+        size < recordSize ? std::string::npos : archive.rfind("PK\x05\x06", size - recordSize);
+    if (record == std::string::npos)
+        return false;
+    const auto word = [&](size_t at) {
+        uint32_t value = 0;
+        for (size_t i = 4; i-- > 0;)
+            value = value << 8 | static_cast<uint8_t>(archive[at + i]);
+        return value;
+    };
+    const size_t length = word(record + 12);
+    begin = word(record + 16);
+    end = size;
+    return begin < record && length == record - begin && archive.compare(begin, 4, "PK\x01\x02") == 0;
+}
+
 bool unzip(const std::string& archive, std::string& text, std::string& problem)
 {
     const Archive opened = open(archive);

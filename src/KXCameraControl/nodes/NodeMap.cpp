@@ -40,22 +40,15 @@ std::map<uint32_t, std::set<int64_t>> byRecord(const std::vector<int64_t>& numbe
 
 } // namespace
 
-NodeMap::NodeMap(RegisterLine& line, bool readOnly) : m_nodes(std::make_unique<Nodes>(line, readOnly)) {}
+NodeMap::NodeMap(std::shared_ptr<const NodeTable> table, RegisterLine& line, bool readOnly)
+    : m_nodes(std::make_unique<Nodes>(std::move(table), line, readOnly))
+{}
 
 NodeMap::~NodeMap() = default;
 
 bool NodeMap::isReadOnly() const
 {
     return m_nodes->isReadOnly;
-}
-
-bool NodeMap::load(const std::string& xml, std::string& problem)
-{
-    std::string reason;
-    if (m_nodes->table.load(xml, reason))
-        return true;
-    problem = "The description cannot be used: " + reason + ".";
-    return false;
 }
 
 // ---- getters: a record is filled at the end, when nothing can fail any more ----

@@ -13,17 +13,16 @@
 namespace kx
 {
 
+class NodeTable;
+
 // Not thread-safe; the owner holds its lock around every call. No exception leaves it but std::bad_alloc.
 class NodeMap
 {
 public:
     // `line` must outlive the map. With `readOnly` nothing is written; access modes stay the camera's own.
-    NodeMap(RegisterLine& line, bool readOnly);
+    // The table may be shared with other maps on other threads; over an empty one every name is unknown.
+    NodeMap(std::shared_ptr<const NodeTable> table, RegisterLine& line, bool readOnly);
     ~NodeMap();
-
-    // Takes a text that isParsable() let through. False, with a reason, when it is no GenICam description;
-    // the map is then empty: every name is unknown.
-    bool load(const std::string& xml, std::string& problem);
 
     // Statuses as the C functions of the same names tell them.
     KX_Status getBool(const char* name, bool& value);

@@ -31,7 +31,10 @@ inline bool fitsEnumValue(int64_t number)
 class NodeMap::Nodes
 {
 public:
-    Nodes(RegisterLine& line, bool readOnly) : values(table, line), described(table), isReadOnly(readOnly) {}
+    Nodes(std::shared_ptr<const NodeTable> theTable, RegisterLine& line, bool readOnly)
+        : m_shared(std::move(theTable)), table(*m_shared), values(table, line), described(table),
+          isReadOnly(readOnly)
+    {}
 
     const Node& find(const char* name) const
     {
@@ -65,7 +68,8 @@ public:
         return node;
     }
 
-    NodeTable table;
+    const std::shared_ptr<const NodeTable> m_shared;
+    const NodeTable& table;
     NodeValues values;
     DescribedFeatures described;
     const bool isReadOnly;

@@ -297,7 +297,7 @@ const Property* Node::find(Tag tag) const
     return nullptr;
 }
 
-Node* Node::link(Tag tag) const
+const Node* Node::link(Tag tag) const
 {
     const Property* property = find(tag);
     return property ? property->target : nullptr;

@@ -143,10 +143,11 @@ struct Node
 
     // The first one, or null.
     const Property* find(Tag tag) const;
-    Node* link(Tag tag) const;
+    const Node* link(Tag tag) const;
     unsigned anyFault() const { return faults[AspectValue] | faults[AspectBounds] | faults[AspectAccess]; }
 };
 
+// Changes while it is loaded and never after: many maps on many threads may share one.
 class NodeTable
 {
 public:

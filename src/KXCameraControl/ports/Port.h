@@ -19,6 +19,14 @@ struct PortTimeouts
     std::chrono::milliseconds longestPending{20000}; // what a camera may ask for by PENDING_ACK, per request
 };
 
+// What a camera says of itself.
+struct CameraNames
+{
+    std::string manufacturer;
+    std::string model;
+    std::string deviceVersion;
+};
+
 // One caller at a time; the owner holds its lock around every call. Only the connection-lost handler comes
 // from a thread of the port itself. A failure is a status of the public header, `lastError()` says more in
 // English.
@@ -51,6 +59,9 @@ public:
 
     // The URL texts that say where the description lies (first and, where there is one, second).
     virtual KX_Status descriptionUrls(std::vector<std::string>& urls) = 0;
+
+    // As the camera told them when it was opened; all empty where it told none.
+    virtual CameraNames names() const { return {}; }
 
     virtual void setTimeouts(const PortTimeouts& timeouts) = 0;
     // Called at most once per open connection. close() waits for it, so it must not wait for the owner's

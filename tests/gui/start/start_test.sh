@@ -15,7 +15,7 @@ cleanup() {
 }
 trap cleanup EXIT
 export XDG_RUNTIME_DIR="$work/runtime" VELA_PROGRAM_DATA="$work/shared" VELA_USER_DATA="$work/user"
-export KX_CAMERA_INTERFACES=none KX_CAMERA_ADDRESSES='' VELA_LANGUAGE=ENG
+export KX_CAMERA_INTERFACES=none KX_CAMERA_ADDRESSES='' KX_DESCRIPTION_CACHE=off VELA_LANGUAGE=ENG
 mkdir -p -m 700 "$XDG_RUNTIME_DIR" "$VELA_PROGRAM_DATA" "$VELA_USER_DATA"
 
 fail() { echo "FAILED: $*"; exit 1; }

@@ -195,6 +195,11 @@ enum
 KX_API KX_Status KX_CC_CreateHandle(KX_HANDLE* handle, const KX_DeviceInfo* device);
 
 /* Connects, takes control as `accessMode` says, fetches the description and builds the node map.
+ * A description that was fetched before, by whichever process, is used again when the camera's maker, model, device
+ * version and URL are the same and blocks of it are found in the camera: those that change whenever the others do
+ * (an archive's checksum, a text's VersionGuid), the first, the last, and three chosen at random. Environment:
+ * KX_DESCRIPTION_CACHE names the folder where they are kept (64 MB, the oldest go first); unset: VELA/descriptions in
+ * XDG_DATA_HOME or HOME/.local/share; "off": none, and only the last few of this process are known.
  * `switchOverKey` is the key for a control switch-over (GigE Vision 2.x), 0: none.
  * KX_E_HANDLE; KX_E_CALL_ORDER: already open; KX_E_PARAMETER: unknown mode; KX_E_CONTROL_REFUSED;
  * KX_E_NO_ANSWER; KX_E_NO_DEVICE; KX_E_NETWORK; KX_E_DESCRIPTION is never given here: a camera whose description

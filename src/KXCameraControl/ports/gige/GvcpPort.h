@@ -35,6 +35,7 @@ public:
     KX_Status readRegisters(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values) override;
     size_t registersPerRequest() const override { return m_registersPerRequest; }
     KX_Status descriptionUrls(std::vector<std::string>& urls) override;
+    CameraNames names() const override { return m_names; }
 
     void setTimeouts(const PortTimeouts& timeouts) override;
     // Waits for a handler that is running: what the old one used may be freed afterwards.
@@ -75,6 +76,7 @@ private:
     const KX_GigEDeviceInfo m_device;
     GvcpChannel m_channel;
     ControlThread m_control;
+    CameraNames m_names;      // as discovery answered when it was opened
     uint32_t m_privilege = 0; // what we hold of the control register; constant while the heartbeat runs
     size_t m_registersPerRequest = 1;
 

@@ -89,6 +89,7 @@ KX_Status GvcpPort::findCamera()
     const bool hasMac = m_device.macHigh != 0 || m_device.macLow != 0;
     if (hasMac && (m_device.macHigh != found.macHigh || m_device.macLow != found.macLow))
         return fail(KX_E_NO_DEVICE, "the camera at " + address + " has another MAC address");
+    m_names = {found.manufacturer, found.model, found.deviceVersion};
     return KX_OK;
 }
 

@@ -1,0 +1,29 @@
+// The digest as the system's cryptography library computes it.
+#include "KXCameraControl/description/Digest.h"
+
+#include <new>
+#include <openssl/evp.h>
+
+namespace kx
+{
+
+Digest digestOf(std::string_view bytes)
+{
+    Digest digest;
+    if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha256(), nullptr) != 1)
+        throw std::bad_alloc();
+    return digest;
+}
+
+std::string hexText(const Digest& digest)
+{
+    constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    for (const uint8_t byte : digest) {
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+} // namespace kx

@@ -1,0 +1,19 @@
+// What tells contents apart without comparing them.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kx
+{
+
+// SHA-256 (FIPS 180-4): equal digests mean equal bytes.
+using Digest = std::array<uint8_t, 32>;
+
+Digest digestOf(std::string_view bytes);
+// 64 lower-case hexadecimal digits.
+std::string hexText(const Digest& digest);
+
+} // namespace kx
