@@ -5,7 +5,6 @@
 #include "xml_entities/Entities.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -37,6 +36,11 @@ public:
 private:
     static bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
 
+    static bool endsName(char c)
+    {
+        return isSpace(c) || c == '>' || c == '/' || c == '<' || c == '=' || c == '"' || c == '\'' || c == 0;
+    }
+
     bool startsWith(std::string_view what) const { return m_text.compare(m_at, what.size(), what) == 0; }
 
     void skipByteOrderMark()
@@ -47,12 +51,11 @@ private:
 
     const char* scanText()
     {
-        const size_t start = m_at;
-        for (; m_at < m_text.size() && m_text[m_at] != '<'; ++m_at) {
-            if (m_open.empty() && !isSpace(m_text[m_at]))
-                return "it is no XML";
-        }
-        return expand(m_text.substr(start, m_at - start));
+        const std::string_view text = m_text.substr(m_at, m_text.find('<', m_at) - m_at);
+        m_at += text.size();
+        if (m_open.empty() && text.find_first_not_of(" \t\r\n") != std::string_view::npos)
+            return "it is no XML";
+        return expand(text);
     }
 
     // Of text and attributes, where entities are put in.
@@ -150,7 +153,7 @@ private:
     std::string_view takeName()
     {
         const size_t start = m_at;
-        while (m_at < m_text.size() && !isSpace(m_text[m_at]) && !std::strchr("<>/=\"'", m_text[m_at]))
+        while (m_at < m_text.size() && !endsName(m_text[m_at]))
             ++m_at;
         return m_text.substr(start, m_at - start);
     }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
 #include <strings.h>
 #include <zip.h>
 
@@ -69,11 +70,16 @@ bool fill(zip_file_t* file, std::string& text)
 bool archiveDirectory(const std::string& archive, size_t& begin, size_t& end)
 {
     constexpr size_t recordSize = 22;
+    constexpr size_t longestComment = 0xFFFF;
     const size_t size = sizeWithoutPadding(archive);
-    const size_t record =
-        size < recordSize ? std::string::npos : archive.rfind("PK\x05\x06", size - recordSize);
+    if (size < recordSize || archive.compare(0, 2, "PK") != 0)
+        return false;
+    const size_t last = size - recordSize;
+    const size_t tail = last - std::min(last, longestComment);
+    size_t record = std::string_view(archive).substr(tail).rfind("PK\x05\x06", last - tail);
     if (record == std::string::npos)
         return false;
+    record += tail;
     const auto word = [&](size_t at) {
         uint32_t value = 0;
         for (size_t i = 4; i-- > 0;)

@@ -1,5 +1,6 @@
 #include "jobs/description/FeatureIndex.h"
 
+#include "jobs/description/DescriptionDom.h"
 #include "jobs/file/XmlSafety.h"
 
 #include <QSet>
@@ -90,7 +91,9 @@ FeatureIndex::Fetched FeatureIndex::fetch(KX_HANDLE handle)
     m_buffer.reset(allocateZeroed(kOrdinaryDescriptionSize));
     if (!m_buffer)
         return Fetched::NoMemory;
-    return index(fetchText(handle)) ? Fetched::Indexed : Fetched::NotLoaded;
+    const QString text = fetchText(handle);
+    m_buffer.reset(); // what follows takes memory of its own
+    return index(text) ? Fetched::Indexed : Fetched::NotLoaded;
 }
 
 QString FeatureIndex::fetchText(KX_HANDLE handle)
@@ -113,7 +116,7 @@ QString FeatureIndex::fetchText(KX_HANDLE handle)
 bool FeatureIndex::index(const QString& description)
 {
     QDomDocument document; // a failure leaves the last one, and what is indexed of it, as it is
-    if (!isSafeToParse(description) || !document.setContent(description))
+    if (!isSafeToParse(description) || !parseDescription(description, document))
         return false;
     m.document = document;
     m.nodes.clear();

@@ -60,7 +60,7 @@ private:
     QString fetchText(KX_HANDLE handle);
 
     Fields m;
-    MemoryBlock m_buffer; // of the last fetch; kept until the next one
+    MemoryBlock m_buffer; // of the fetch that runs
 };
 
 } // namespace ie
