@@ -357,6 +357,42 @@ INSTANTIATE_TEST_SUITE_P(
         std::make_pair("otherRoot", "<Other>" + node + "</Other>")),
     [](const auto& parameter) { return parameter.param.first; });
 
+// ---- what counts as a node ----
+
+std::string textOf(const std::string& value)
+{
+    const tests::FakeCamera camera("<RegisterDescription><String Name=\"S\"><Value>" + value +
+                                   "</Value></String></RegisterDescription>");
+    KX_StringValue result{};
+    EXPECT_EQ(KX_CC_GetStringValue(camera.handle, "S", &result), KX_OK) << camera.lastError();
+    return result.current;
+}
+
+TEST(DescribedText, keepsItsBlanksUnlessThereIsNothingElse)
+{
+    EXPECT_EQ(textOf(" a b "), " a b ");
+    EXPECT_EQ(textOf("  \r\n\t "), "");
+    EXPECT_EQ(textOf(" <!-- c --> "), "");
+    EXPECT_EQ(textOf("<![CDATA[  ]]>"), "  ");
+    EXPECT_EQ(textOf("a<!-- c -->b<?pi?>c<![CDATA[d]]>e"), "abcde");
+    EXPECT_EQ(textOf("a &lt; &#66;"), "a < B");
+    EXPECT_EQ(textOf("a<b>c</b>d"), "ad");
+}
+
+TEST(DescribedName, isTheOneWithoutAPrefix)
+{
+    const tests::FakeCamera camera(
+        "<g:RegisterDescription xmlns:g='urn:g'>"
+        "<g:Integer Name='Declared' g:Name='Other'><g:Value>7</g:Value></g:Integer>"
+        "<x:Integer Name='Undeclared'><Value>7</Value></x:Integer>"
+        "<Integer g:Name='Prefixed'><Value>7</Value></Integer>"
+        "</g:RegisterDescription>");
+    KX_IntegerValue value{};
+    EXPECT_EQ(KX_CC_GetIntValueEx(camera.handle, "Declared", &value), KX_OK) << camera.lastError();
+    for (const char* name : {"Other", "Undeclared", "Prefixed"})
+        EXPECT_EQ(KX_CC_GetIntValueEx(camera.handle, name, &value), KX_E_GC_PROPERTY) << name;
+}
+
 TEST(CameraWithoutDescription, opensAndSaysSo)
 {
     tests::FakeCamera camera;

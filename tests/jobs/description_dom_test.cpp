@@ -112,6 +112,8 @@ TEST(DescriptionDom, isQtsForWhatIsUnusual)
                                 "<p>&unknown;</p>",
                                 "<p>&#0;</p>",
                                 "<p>&#xD800;</p>",
+                                "<p>&#65536;</p>",
+                                "<p>&#99999;</p>",
                                 "<p>&#x1F600;</p>",
                                 "<p>&#;</p>",
                                 "<p>&amp</p>",

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+#include <vector>
+
 namespace
 {
 
@@ -310,4 +313,47 @@ TEST_F(DescriptionIndex, OfParentAndChildOfOneNameTheChildStays)
 {
     index("<Group Name=\"X\"><Integer Name=\"X\"/></Group>");
     EXPECT_EQ(tagOf("X"), QString("Integer"));
+}
+
+TEST_F(DescriptionIndex, IsMadeOnceForWorkersOfOneDescriptionAndTheirMapsAreTheirOwn)
+{
+    const QString inside = category("Root", {"A"}) + "<Integer Name=\"A\"/>";
+    index(inside);
+    tests::OwnDescription other;
+    ASSERT_TRUE(
+        other.index.index("<RegisterDescription Name=\"Whole\">" + inside + "</RegisterDescription>"));
+    EXPECT_EQ(other.document, indexed.document);
+    EXPECT_EQ(other.nodes, indexed.nodes);
+
+    other.nodes["new"] = QDomElement();
+    other.featureNames.append("new");
+    EXPECT_FALSE(indexed.nodes.contains("new"));
+    EXPECT_FALSE(indexed.featureNames.contains("new"));
+
+    ASSERT_TRUE(other.index.index("<RegisterDescription/>"));
+    EXPECT_NE(other.document, indexed.document);
+    EXPECT_TRUE(other.nodes.isEmpty());
+    EXPECT_EQ(tagOf("A"), "Integer");
+}
+
+// Under a thread checker as well as here: workers read one document at the same time.
+TEST_F(DescriptionIndex, IsReadByManyThreadsAtOnce)
+{
+    QString inside = category("Root", {"A"});
+    for (int i = 0; i < 2000; ++i)
+        inside += QString("<Integer Name=\"N%1\"><pValue>N%2</pValue></Integer>").arg(i).arg(i + 1);
+    std::vector<QStringList> found(4);
+    std::vector<std::thread> threads;
+    for (QStringList& mine : found)
+        threads.emplace_back([&mine, &inside] {
+            tests::OwnDescription own;
+            if (own.index.index("<RegisterDescription>" + inside + "</RegisterDescription>"))
+                own.index.collectReferences("N1000", &mine, nullptr);
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const QStringList& mine : found) {
+        EXPECT_EQ(mine.size(), 1000);
+        EXPECT_EQ(mine, found[0]);
+    }
 }

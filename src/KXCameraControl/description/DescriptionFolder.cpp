@@ -77,9 +77,7 @@ std::optional<DescriptionFolder> DescriptionFolder::ofEnvironment()
 std::optional<std::string> DescriptionFolder::find(const Digest& key) const
 {
     const auto name = readWhole(m_folder / (hexText(key) + keyEnding));
-    if (!name || name->size() != digestLength || !isOurs(*name))
-        return std::nullopt;
-    auto bytes = readWhole(m_folder / *name);
+    auto bytes = name ? readWhole(m_folder / *name) : std::nullopt;
     return bytes && hexText(digestOf(*bytes)) == *name ? bytes : std::nullopt;
 }
 

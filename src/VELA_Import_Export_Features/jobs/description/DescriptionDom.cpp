@@ -290,10 +290,9 @@ private:
             if (!is(*m_at, Plain))
                 return false;
         }
-        const QString attribute = m_strings.of(name);
-        if (m_at >= m_end || element.hasAttribute(attribute))
+        if (m_at >= m_end)
             return false;
-        element.setAttribute(attribute, m_strings.of(QStringView(begin, m_at)));
+        element.setAttribute(m_strings.of(name), m_strings.of(QStringView(begin, m_at)));
         ++m_at;
         return true;
     }
@@ -342,7 +341,7 @@ private:
             const bool isHex = name.startsWith(QLatin1String("#x"));
             bool isNumber = false;
             const uint number = name.mid(isHex ? 2 : 1).toString().toUInt(&isNumber, isHex ? 16 : 10);
-            return isNumber && name.size() <= 6 && number < 0xD800 ? QChar(number) : QChar();
+            return isNumber && name.size() <= 6 && number <= 0xFFFF ? QChar(number) : QChar();
         }
         static const std::pair<QLatin1String, char> names[] = {{QLatin1String("amp"), '&'},
                                                                {QLatin1String("lt"), '<'},

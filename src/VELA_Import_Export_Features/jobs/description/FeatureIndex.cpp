@@ -1,10 +1,5 @@
 #include "jobs/description/FeatureIndex.h"
 
-#include "jobs/description/DescriptionDom.h"
-#include "jobs/file/XmlSafety.h"
-
-#include <QSet>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -26,63 +21,6 @@ QString descriptionText(const void* buffer, uint32_t size)
     const std::size_t length = end ? static_cast<const char*>(end) - text : size;
     return QString::fromUtf8(text, int(std::min<std::size_t>(length, INT32_MAX)));
 }
-
-// One walk over a description, which fills the fields.
-class Walk
-{
-public:
-    explicit Walk(const FeatureIndex::Fields& fields)
-        : m(fields), m_categories(fields.categoryNames.cbegin(), fields.categoryNames.cend())
-    {}
-
-    void over(const QDomElement& parent)
-    {
-        // Made once: this runs for every element of descriptions with tens of thousands of them.
-        static const QString nameAttribute("Name");
-        static const QLatin1String listed("pFeature"), category("Category"), enumEntry("EnumEntry");
-        for (QDomElement element = parent.firstChildElement(); !element.isNull();
-             element = element.nextSiblingElement()) {
-            const QString name = element.attribute(nameAttribute);
-            const QString tag = element.tagName();
-            if (tag == listed)
-                takeListedFeature(parent, element.text());
-            else if (tag == category)
-                takeCategory(name);
-            if (tag == enumEntry)
-                continue;
-            if (!name.isEmpty())
-                m.nodes.insert(name, element);
-            over(element);
-        }
-    }
-
-private:
-    void takeListedFeature(const QDomElement& parent, const QString& feature)
-    {
-        if (parent.tagName() != QLatin1String("Category"))
-            return;
-        const QString category = parent.attribute("Name");
-        if (!m_categories.contains(category))
-            return;
-        m.featureCategory[feature] = category;
-        m.featureNames.append(feature);
-    }
-
-    // Depends on the order of the description: a category that stands before the list that names it stays
-    // out. Meant.
-    void takeCategory(const QString& name)
-    {
-        const auto listedBy = m.featureCategory.constFind(name);
-        if (listedBy == m.featureCategory.constEnd() || !m_categories.contains(listedBy.value()) ||
-            m_categories.contains(name))
-            return;
-        m.categoryNames.append(name);
-        m_categories.insert(name);
-    }
-
-    const FeatureIndex::Fields& m;
-    QSet<QString> m_categories; // the category names again
-};
 
 } // namespace
 
@@ -115,23 +53,17 @@ QString FeatureIndex::fetchText(KX_HANDLE handle)
 
 bool FeatureIndex::index(const QString& description)
 {
-    QDomDocument document; // a failure leaves the last one, and what is indexed of it, as it is
-    if (!isSafeToParse(description) || !parseDescription(description, document))
-        return false;
-    m.document = document;
-    m.nodes.clear();
-    m.featureCategory.clear();
-    m.featureNames.clear();
+    const auto indexed = indexedDescription(description);
+    if (!indexed)
+        return false; // the last one stays, and what is indexed of it
+    m_indexed = indexed;
+    m.document = indexed->document;
+    m.nodes = indexed->nodes;
+    m.featureCategory = indexed->featureCategory;
+    m.featureNames = indexed->featureNames;
+    m.categoryNames = indexed->categoryNames;
     m.selectorFeatures.clear();
-    m.categoryNames.clear();
     m.selectorPairs.clear();
-
-    const QDomElement root = document.documentElement();
-    const QDomElement rootCategory = findElement("Root", root.elementsByTagName("Category"));
-    for (QDomElement child = rootCategory.firstChildElement(); !child.isNull();
-         child = child.nextSiblingElement())
-        m.categoryNames.append(child.text());
-    Walk(m).over(root);
     return true;
 }
 

@@ -2,6 +2,7 @@
 // selectors.
 #pragma once
 
+#include "jobs/description/IndexedDescription.h"
 #include "jobs/description/SelectorPair.h"
 #include "jobs/rules/JobMemory.h"
 
@@ -60,7 +61,8 @@ private:
     QString fetchText(KX_HANDLE handle);
 
     Fields m;
-    MemoryBlock m_buffer; // of the fetch that runs
+    MemoryBlock m_buffer;                                // of the fetch that runs
+    std::shared_ptr<const IndexedDescription> m_indexed; // held for others to share
 };
 
 } // namespace ie

@@ -1,0 +1,116 @@
+// Descriptions that are no worse than the standard allows and far beyond what anybody makes: what they cost
+// stays bounded, and what cannot be done has a status.
+#include "camera/FakePort.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+std::string around(const std::string& nodes)
+{
+    return "<RegisterDescription SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\">" + nodes +
+           "<Port Name=\"Device\"/></RegisterDescription>";
+}
+
+std::string integer(const std::string& number, const std::string& place)
+{
+    return "<Integer Name=\"Sel" + number + "\"><pValue>Reg" + number +
+           "</pValue><Min>0</Min><Max>7</Max></Integer>" + "<IntReg Name=\"Reg" + number + "\">" + place +
+           "<Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort><Endianess>BigEndian</"
+           "Endianess>"
+           "</IntReg>";
+}
+
+// Sel0's register lies where Sel1 says, twice over, whose register lies where Sel2 says, and so on.
+std::string chain(int depth)
+{
+    std::string nodes = "<Category Name=\"Root\"><pFeature>Sel0</pFeature></Category>";
+    for (int i = 0; i < depth; ++i) {
+        const std::string number = std::to_string(i);
+        const std::string next = std::to_string(i + 1);
+        nodes += integer(number, "<pAddress>Place" + number + "</pAddress>") + "<IntSwissKnife Name=\"Place" +
+                 number + "\"><pVariable Name=\"A\">Sel" + next + "</pVariable><pVariable Name=\"B\">Sel" +
+                 next + "</pVariable><Formula>" + std::to_string(256 * i) +
+                 "+(A+B)*4</Formula></IntSwissKnife>";
+    }
+    return around(nodes + integer(std::to_string(depth), "<Address>0x100000</Address>"));
+}
+
+KX_Status read(const tests::FakeCamera& camera, const char* name, int64_t& value)
+{
+    KX_IntegerValue result{};
+    const KX_Status status = KX_CC_GetIntValueEx(camera.handle, name, &result);
+    value = result.current;
+    return status;
+}
+
+// Without a memory of what is worked out already these would be 2^20 readings.
+TEST(HostileDescription, twentySelectorsBehindOneAnotherCostARequestEach)
+{
+    tests::FakeCamera camera(chain(20));
+    camera.device.set32(0x100000, 3);
+    camera.device.set32(256 * 19 + 24, 2);
+    camera.device.set32(256 * 18 + 16, 5);
+    camera.device.requests.clear();
+    int64_t value = 0;
+    EXPECT_EQ(read(camera, "Sel18", value), KX_OK) << camera.lastError();
+    EXPECT_EQ(value, 5);
+    EXPECT_LE(camera.device.requests.size(), 3u);
+
+    camera.device.requests.clear();
+    EXPECT_EQ(read(camera, "Sel0", value), KX_OK) << camera.lastError();
+    EXPECT_LE(camera.device.requests.size(), 21u);
+}
+
+TEST(HostileDescription, whatTheDescriptionAloneTellsOfThemIsToldToo)
+{
+    tests::FakeCamera camera(chain(20));
+    camera.device.requests.clear();
+    bool writable = false;
+    EXPECT_EQ(KX_CC_IsEverWritable(camera.handle, "Sel0", &writable), KX_OK);
+    EXPECT_TRUE(writable);
+    KX_RegisterCoverage coverage{};
+    EXPECT_EQ(KX_CC_GetRegisterCoverage(camera.handle, 0, 0x1000, &coverage), KX_OK);
+    EXPECT_EQ(coverage.registers + coverage.unplaced, 20u);
+    char names[1000];
+    uint32_t length = 0;
+    EXPECT_EQ(KX_CC_GetRelatedNames(camera.handle, "Sel0", KX_RELATED_PLACE, names, sizeof names, &length),
+              KX_OK);
+    EXPECT_TRUE(camera.device.requests.empty());
+}
+
+TEST(HostileDescription, aChainBeyondAllUseHasAStatusAndCostsNothing)
+{
+    tests::FakeCamera camera(chain(1000));
+    camera.device.requests.clear();
+    int64_t value = 0;
+    EXPECT_EQ(read(camera, "Sel0", value), KX_E_GC_RUNTIME);
+    EXPECT_FALSE(camera.lastError().empty());
+    EXPECT_TRUE(camera.device.requests.empty());
+    EXPECT_EQ(read(camera, "Sel1000", value), KX_OK);
+}
+
+TEST(HostileDescription, fiftyThousandFeaturesAreReadLikeAnyOther)
+{
+    std::string list = "<Category Name=\"Root\">";
+    std::string nodes;
+    for (int i = 0; i < 50000; ++i) {
+        const std::string number = std::to_string(i);
+        list += "<pFeature>Sel" + number + "</pFeature>";
+        nodes += integer(number, "<Address>" + std::to_string(4 * i) + "</Address>");
+    }
+    tests::FakeCamera camera(around(list + "</Category>" + nodes));
+    ASSERT_EQ(camera.openStatus, KX_OK);
+    camera.device.set32(4 * 49999, 7);
+    camera.device.requests.clear();
+    int64_t value = 0;
+    EXPECT_EQ(read(camera, "Sel49999", value), KX_OK) << camera.lastError();
+    EXPECT_EQ(value, 7);
+    EXPECT_EQ(camera.device.requests.size(), 1u);
+    KX_RegisterCoverage coverage{};
+    EXPECT_EQ(KX_CC_GetRegisterCoverage(camera.handle, 4 * 49999, 4, &coverage), KX_OK);
+    EXPECT_EQ(coverage.registers, 1u);
+}
+
+} // namespace
