@@ -8,7 +8,8 @@ build_packages=(
     libutf8proc-dev libssl-dev libxml2-dev libzip-dev
     libcli11-dev nlohmann-json3-dev
 )
-test_packages=(libaravis-dev zlib1g-dev libgtest-dev libgmock-dev libx11-dev xvfb xdotool desktop-file-utils)
+test_packages=(libaravis-dev zlib1g-dev libgtest-dev libgmock-dev libx11-dev xvfb xdotool desktop-file-utils
+    python3-jsonschema)
 lint_packages=(clang-format clang-tidy cppcheck)
 
 say() { printf '\n== %s\n' "$*"; }

@@ -3,11 +3,15 @@
 #include "gvcp/Gvcp.h"
 #include "support/LoopbackAddress.h"
 
+#include <nlohmann/json.hpp>
+
 #include <QDir>
 #include <QFile>
+#include <QTemporaryFile>
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <cstring>
 #include <sstream>
 
@@ -24,6 +28,45 @@ void fill(uint8_t (&field)[Size], const std::string& text)
     std::memcpy(field, text.data(), std::min(Size, text.size()));
 }
 
+// All objects for scripts that this program's tests have seen, held against the schema when all are over.
+class SeenObjects : public ::testing::Environment
+{
+public:
+    void add(const std::string& lines)
+    {
+        ASSERT_TRUE(m_file.isOpen() || m_file.open());
+        m_file.write(QByteArray::fromStdString(lines));
+    }
+
+    void TearDown() override
+    {
+        if (!m_file.isOpen())
+            return;
+        m_file.flush();
+        const int code =
+            QProcess::execute("python3", {IE_CHECK_JSON_LINES, IE_JSON_SCHEMA, m_file.fileName()});
+        if (code == kNoValidator)
+            std::puts("SKIPPED: no python3-jsonschema, so no object was held against the schema");
+        else
+            EXPECT_EQ(code, 0) << "objects that docs/iefeatures.schema.json does not allow";
+    }
+
+private:
+    static constexpr int kNoValidator = 77;
+    QTemporaryFile m_file;
+};
+auto* const g_seenObjects = static_cast<SeenObjects*>(::testing::AddGlobalTestEnvironment(new SeenObjects));
+
+// Whatever a command came to, its objects end with the closing one. One that was cut off has none.
+Result seen(const Arguments& arguments, const Result& run)
+{
+    if (std::find(arguments.begin(), arguments.end(), "--json") == arguments.end())
+        return run;
+    g_seenObjects->add(run.out);
+    EXPECT_EQ(lastObject(run, "end").value("exit", -1), run.code) << run.out;
+    return run;
+}
+
 } // namespace
 
 Result runInProcess(const Arguments& arguments, companion::Enumerate enumerate)
@@ -32,10 +75,28 @@ Result runInProcess(const Arguments& arguments, companion::Enumerate enumerate)
     std::ostringstream err;
     companion::Console console(out, err, false, false);
     const int code = companion::runCompanion(arguments, {console, std::move(enumerate)});
-    return {code, out.str(), err.str()};
+    return seen(arguments, {code, out.str(), err.str()});
 }
 
-Program::Program(const Arguments& arguments, const QString& wrapper) : m_wrapper(wrapper)
+Json lastObject(const Result& run, const char* kind)
+{
+    Json found;
+    for (const Json& object : objects(run))
+        if (object["kind"] == kind)
+            found = object;
+    return found;
+}
+
+std::vector<Json> objects(const Result& run)
+{
+    std::vector<Json> found;
+    std::istringstream lines(run.out);
+    for (std::string line; std::getline(lines, line);)
+        found.push_back(Json::parse(line));
+    return found;
+}
+
+Program::Program(const Arguments& arguments, const QString& wrapper) : m_words(arguments), m_wrapper(wrapper)
 {
     for (const std::string& argument : arguments)
         m_arguments += QString::fromStdString(argument);
@@ -69,8 +130,9 @@ Result Program::finish()
     if (!m_process.waitForFinished(kProgramMilliseconds))
         return {-1, {}, "the program did not end"};
     const int code = m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -2;
-    return {code, m_process.readAllStandardOutput().toStdString(),
-            m_process.readAllStandardError().toStdString()};
+    const Result run{code, m_process.readAllStandardOutput().toStdString(),
+                     m_process.readAllStandardError().toStdString()};
+    return run.out.empty() ? run : seen(m_words, run); // its reader may be another one
 }
 
 KX_DeviceEntry gigeEntry(const std::string& model, const std::string& serial, const std::string& userName,

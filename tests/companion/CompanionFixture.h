@@ -10,6 +10,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -30,6 +32,13 @@ struct Result
     std::string err;
 };
 
+// What it printed for scripts, line by line; and the last object of a kind, null where there is none.
+using Json = nlohmann::ordered_json;
+std::vector<Json> objects(const Result& run);
+Json lastObject(const Result& run, const char* kind);
+
+// Every run with --json must end with the closing object, and its objects are held against the schema when
+// the tests are over.
 Result runInProcess(const Arguments& arguments, companion::Enumerate enumerate = companion::enumerateCameras);
 
 // "iefeatures" itself.
@@ -48,6 +57,7 @@ public:
 
 private:
     QProcess m_process;
+    const Arguments m_words;
     QStringList m_arguments;
     QString m_wrapper;
 };

@@ -2,6 +2,7 @@
 #include "iefeatures/check/CameraCheck.h"
 #include "iefeatures/check/CheckReport.h"
 #include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/JsonLine.h"
 #include "support/QtPrinting.h"
 #include "support/ScriptedCamera.h"
 
@@ -605,9 +606,10 @@ TEST_F(CameraChecked, TellsScriptsEverything)
                                    kPlan);
     const std::string version = VELAInterface::softwareVersion().toStdString();
     EXPECT_EQ(
-        companion::checkJson({done}),
-        "{\"result\":\"incomplete\",\"device\":" + std::to_string(done.camera.device.nDeviceID) +
-            ",\"model\":\"M\",\"serial\":\"S1\",\"notApplied\":[\"Width\",\"Gone\"],\"identity\":["
+        companion::checkJson(done).dump(),
+        "{\"camera\":{\"number\":" + std::to_string(done.camera.device.nDeviceID) +
+            ",\"transport\":\"\",\"model\":\"M\",\"serial\":\"S1\",\"name\":\"\",\"address\":\"\"},"
+            "\"result\":\"incomplete\",\"error\":null,\"not_applied\":[\"Width\",\"Gone\"],\"identity\":["
             "{\"check\":\"version given\",\"verdict\":\"good\",\"file\":\"" +
             version + "\",\"camera\":\"" + version +
             "\"},{\"check\":\"version\",\"verdict\":\"good\",\"file\":\"" + version + "\",\"camera\":\"" +
@@ -621,5 +623,5 @@ TEST_F(CameraChecked, TellsScriptsEverything)
             "{\"feature\":\"Gone\",\"verdict\":\"absent\",\"file\":\"1\",\"camera\":null,"
             "\"reason\":\"A scripted failure.\",\"warnings\":[]},"
             "{\"feature\":\"Lut\",\"register\":16,\"verdict\":\"unchanged\",\"file\":\"1\",\"camera\":\"1\","
-            "\"warnings\":[]}]}\n");
+            "\"warnings\":[]}]}");
 }

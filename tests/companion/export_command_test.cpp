@@ -2,7 +2,9 @@
 #include "iefeatures/running/JobBatch.h"
 
 #include "jobs/worker/QOperateThread.h"
+
 #include <SuiteTools/SuiteTools.h>
+#include <nlohmann/json.hpp>
 
 #include <QRegularExpression>
 #include <QSet>
@@ -67,25 +69,37 @@ TEST_F(ExportCommand, CountsTheRequestsThatTheCameraGot)
     EXPECT_LE(camera.counters().requests(), told + 6);
 }
 
-TEST_F(ExportCommand, PrintsTheSignalsAsJsonLines)
+// Of the objects: signals by their own word.
+static std::string kinds(const Result& run)
+{
+    std::string text;
+    for (const tests::Json& object : tests::objects(run))
+        text += (text.empty() ? "" : " ") + object.value("signal", object["kind"].get<std::string>());
+    return text;
+}
+
+TEST_F(ExportCommand, PrintsTheSignalsAndAResultAsJsonLines)
 {
     addCamera("S1");
     emu::EmulatedCamera& taken = addCamera("S2");
     taken.stealControl();
     const Result one = runInProcess({"export", "--serial", "S1", "--to", folder(), "--json"});
     EXPECT_EQ(one.code, 0);
-    EXPECT_EQ(one.out, "{\"signal\":\"begin\",\"device\":1,\"type\":3}\n"
-                       "{\"signal\":\"end\",\"device\":1,\"type\":3,\"path\":\"" +
-                           path("EMU-1_S1.fpk") + "\"}\n");
+    EXPECT_EQ(kinds(one), "begin end export end");
+    EXPECT_EQ(tests::lastObject(one, "export")["result"], "exported");
+    EXPECT_EQ(tests::lastObject(one, "export")["path"], path("EMU-1_S1.fpk"));
     EXPECT_EQ(one.err, "");
 
     const Result other = runInProcess({"export", "--serial", "S2", "--to", folder(), "--json"});
     EXPECT_EQ(other.code, 1);
-    EXPECT_EQ(other.out, "{\"signal\":\"begin\",\"device\":2,\"type\":3}\n"
-                         "{\"signal\":\"info\",\"device\":2,\"failed\":true,"
-                         "\"message\":\"Failed to export features.Failed to open device.\"}\n"
-                         "{\"signal\":\"end\",\"device\":2,\"type\":3,\"path\":\"" +
-                             path("EMU-1_S2.fpk") + "\"}\n");
+    EXPECT_EQ(kinds(other), "begin info end export end");
+    EXPECT_THAT(
+        other.out,
+        HasSubstr("\"failed\":true,\"message\":\"Failed to export features.Failed to open device.\"}"));
+    const tests::Json told = tests::lastObject(other, "export");
+    EXPECT_EQ(told["result"], "failed");
+    EXPECT_EQ(told["camera"]["number"], 2);
+    EXPECT_TRUE(told["path"].is_null()); // no such file is there
 }
 
 TEST_F(ExportCommand, GivesDevicesTheNumbersOfTheList)
@@ -93,8 +107,14 @@ TEST_F(ExportCommand, GivesDevicesTheNumbersOfTheList)
     addCamera("S2");
     addCamera("S1");
     const Result run = runInProcess({"export", "--all", "--to", folder(), "--json"});
-    EXPECT_THAT(run.out, HasSubstr("\"device\":1,\"type\":3,\"path\":\"" + path("EMU-1_S1.fpk")));
-    EXPECT_THAT(run.out, HasSubstr("\"device\":2,\"type\":3,\"path\":\"" + path("EMU-1_S2.fpk")));
+    for (const tests::Json& object : tests::objects(run)) {
+        if (object["kind"] != "export")
+            continue;
+        const std::string number = object["camera"]["number"].dump();
+        EXPECT_EQ(object["camera"]["serial"], "S" + number);
+        EXPECT_EQ(object["path"], path("EMU-1_S" + number + ".fpk"));
+    }
+    EXPECT_EQ(tests::lastObject(run, "export")["camera"]["number"], 2);
 }
 
 TEST_F(ExportCommand, ChoosesByEverySelector)

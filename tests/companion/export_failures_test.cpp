@@ -1,5 +1,7 @@
 #include "companion/CompanionFixture.h"
 
+#include <nlohmann/json.hpp>
+
 #include <QFile>
 
 using ::testing::EndsWith;
@@ -84,15 +86,13 @@ TEST_F(ExportFailures, NameAFolderThatIsMissing)
     const emu::EmulatedCamera& camera = addCamera("S1");
     const Result run = runInProcess({"export", "--all", "--to", path("missing"), "--json"});
     EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(run.out, "{\"signal\":\"begin\",\"device\":1,\"type\":3}\n"
-                       "{\"signal\":\"info\",\"device\":1,\"failed\":true,\"message\":\"" +
-                           kNoFile +
-                           "\"}\n"
-                           "{\"signal\":\"info\",\"device\":1,\"failed\":true,\"message\":\"" +
-                           kNotSaved +
-                           "\"}\n"
-                           "{\"signal\":\"end\",\"device\":1,\"type\":3,\"path\":\"" +
-                           path("missing/EMU-1_S1.fpk") + "\"}\n");
+    std::vector<std::string> messages;
+    for (const tests::Json& object : tests::objects(run))
+        if (object.value("failed", false))
+            messages.push_back(object["message"]);
+    EXPECT_EQ(messages, (std::vector<std::string>{kNoFile, kNotSaved}));
+    EXPECT_EQ(tests::lastObject(run, "export")["result"], "failed");
+    EXPECT_TRUE(tests::lastObject(run, "export")["path"].is_null());
     EXPECT_EQ(controlOf(camera), 0u);
 }
 

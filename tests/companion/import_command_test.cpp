@@ -1,5 +1,7 @@
 #include "companion/ImportCompanion.h"
 
+#include <nlohmann/json.hpp>
+
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -70,22 +72,23 @@ TEST_F(ImportCommand, PrintsTheSignalsAndAResultForEachCameraAsJsonLines)
         altered(exported("S1"), feature("Width", "Integer", "640"), feature("Width", "Integer", "64000"));
     const Result run = import(file, {"--serial", "S1", "--json"});
     EXPECT_EQ(run.code, 4);
-    EXPECT_EQ(run.out, "{\"signal\":\"begin\",\"device\":1,\"type\":2}\n"
-                       "{\"signal\":\"end\",\"device\":1,\"type\":2,\"path\":\"" +
-                           path(file) +
-                           "/EMU-1_S1.fpk\"}\n"
-                           "{\"result\":\"incomplete\",\"device\":1,\"model\":\"EMU-1\",\"serial\":\"S1\","
-                           "\"notApplied\":[\"Width\"],\"identity\":[],\"features\":[{\"feature\":"
-                           "\"Width\",\"verdict\":\"not applied\",\"file\":null,\"camera\":null,"
-                           "\"reason\":\"The value is out of the feature's range.\",\"warnings\":[]}]}\n");
+    const tests::Json told = tests::lastObject(run, "result");
+    EXPECT_EQ(told["result"], "incomplete");
+    EXPECT_EQ(told["not_applied"], tests::Json{"Width"});
+    EXPECT_EQ(told["features"].dump(),
+              "[{\"feature\":\"Width\",\"verdict\":\"not applied\",\"file\":null,\"camera\":null,"
+              "\"reason\":\"The value is out of the feature's range.\",\"warnings\":[]}]");
+    EXPECT_GT(told["requests"], 0);
+    for (const char* key : {"error", "snapshot", "undo", "user_set"})
+        EXPECT_TRUE(told[key].is_null()) << key;
     EXPECT_EQ(run.err, "EMU-1 S1: Width did not take its value: The value is out of the feature's range.\n");
 
     const Result other = import(file, {"--serial", "S2", "--json"});
     EXPECT_EQ(other.code, 5);
-    EXPECT_THAT(other.out,
-                EndsWith("{\"result\":\"incompatible\",\"device\":2,\"model\":\"Other\",\"serial\":\"S2\","
-                         "\"error\":\"The file belongs to another model, firmware, board type or version.\","
-                         "\"notApplied\":[],\"identity\":[],\"features\":[]}\n"));
+    const tests::Json refused = tests::lastObject(other, "result");
+    EXPECT_EQ(refused["result"], "incompatible");
+    EXPECT_EQ(refused["camera"]["number"], 2);
+    EXPECT_EQ(refused["error"], "The file belongs to another model, firmware, board type or version.");
 }
 
 TEST_F(ImportCommand, NamesTheFeaturesThatDidNotTakeTheirValue)
@@ -113,8 +116,9 @@ TEST_F(ImportCommand, NamesTheRegistersThatDidNotTakeTheirValue)
     camera.setFaults(faults);
     const Result run = import(file, {"--all", "--json"});
     EXPECT_EQ(run.code, 4);
-    EXPECT_THAT(run.out, HasSubstr("\"notApplied\":[\"Gain (register 77828)\"],\"identity\":[],\"features\":"
-                                   "[{\"feature\":\"Gain\",\"register\":77828,\"verdict\":\"not applied\","));
+    const tests::Json told = tests::lastObject(run, "result");
+    EXPECT_EQ(told["not_applied"], tests::Json{"Gain (register 77828)"});
+    EXPECT_EQ(told["features"][0]["register"], 77828);
     EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: Gain (register 77828) did not take its value: "));
 }
 

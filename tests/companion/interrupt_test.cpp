@@ -1,6 +1,8 @@
 #include "companion/CompanionFixture.h"
 #include "iefeatures/console/Interrupt.h"
 
+#include <nlohmann/json.hpp>
+
 #include <csignal>
 #include <thread>
 
@@ -76,9 +78,11 @@ TEST_F(Interrupted, KeepsWhatWasDoneAndSaysSo)
                            path("EMU-1_Fast.fpk") +
                            "\n"
                            "EMU-1 Slow: not written\n");
-    EXPECT_THAT(run.out, HasSubstr("{\"signal\":\"info\",\"device\":2,\"failed\":true,\"message\":"
-                                   "\"Failed to save feature.\"}\n"
-                                   "{\"signal\":\"end\",\"device\":2,"));
+    EXPECT_THAT(run.out, HasSubstr("\"failed\":true,\"message\":\"Failed to save feature.\"}\n"));
+    const tests::Json slowest = tests::lastObject(run, "export");
+    EXPECT_EQ(slowest["camera"]["number"], 2);
+    EXPECT_EQ(slowest["result"], "failed");
+    EXPECT_TRUE(slowest["path"].is_null());
 }
 
 // The job goes on when the read of its last registers is refused, and writes a file that lacks them.

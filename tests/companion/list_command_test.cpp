@@ -27,17 +27,11 @@ TEST(ListCommand, PrintsJsonWithTheCamerasOwnTexts)
     const Result run =
         runInProcess({"list", "--json"}, entries({gigeEntry("A\033\"1", "100", "门", 0x7F000001)}));
     EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(run.out, "[\n"
-                       "  {\n"
-                       "    \"id\": 1,\n"
-                       "    \"transport\": \"GigE\",\n"
-                       "    \"model\": \"A\\u001b\\\"1\",\n"
-                       "    \"serial\": \"100\",\n"
-                       "    \"userName\": \"门\",\n"
-                       "    \"address\": \"127.0.0.1\",\n"
-                       "    \"status\": \"free\"\n"
-                       "  }\n"
-                       "]\n");
+    EXPECT_EQ(run.out,
+              "{\"format_version\":1,\"command\":\"list\",\"kind\":\"camera\",\"camera\":{\"number\":1,"
+              "\"transport\":\"GigE\",\"model\":\"A\\u001b\\\"1\",\"serial\":\"100\",\"name\":\"门\","
+              "\"address\":\"127.0.0.1\"},\"status\":\"free\"}\n"
+              "{\"format_version\":1,\"command\":\"list\",\"kind\":\"end\",\"exit\":0,\"messages\":[]}\n");
 }
 
 TEST(ListCommand, KeepsControlSequencesFromTheTerminal)
@@ -57,7 +51,8 @@ TEST(ListCommand, SaysThatNoneWasFound)
 
     const Result json = runInProcess({"list", "--json"}, entries({}));
     EXPECT_EQ(json.code, 0);
-    EXPECT_EQ(json.out, "[]\n");
+    EXPECT_EQ(json.out, "{\"format_version\":1,\"command\":\"list\",\"kind\":\"end\",\"exit\":0,"
+                        "\"messages\":[\"No camera was found.\"]}\n");
     EXPECT_EQ(json.err, "No camera was found.\n");
 }
 
@@ -87,29 +82,25 @@ TEST_F(ListOnTheWire, ShowsWhoIsThereInOneOrderAndTakesNothing)
 
     const Result run = runInProcess({"list", "--json"});
     ASSERT_EQ(run.code, 0);
-    const auto list = nlohmann::json::parse(run.out);
-    const auto expected = nlohmann::json::array({{{"id", 1},
-                                                  {"transport", "GigE"},
-                                                  {"model", "Other"},
-                                                  {"serial", "A1"},
-                                                  {"userName", ""},
-                                                  {"address", first.config().address},
-                                                  {"status", "free"}},
-                                                 {{"id", 2},
-                                                  {"transport", "GigE"},
-                                                  {"model", "EMU-1"},
-                                                  {"serial", "B2"},
-                                                  {"userName", "Gate 2"},
-                                                  {"address", second.config().address},
-                                                  {"status", "in use"}},
-                                                 {{"id", 3},
-                                                  {"transport", "GigE"},
-                                                  {"model", "EMU-1"},
-                                                  {"serial", "C3"},
-                                                  {"userName", ""},
-                                                  {"address", third.config().address},
-                                                  {"status", "unreachable"}}});
-    EXPECT_EQ(list, expected);
+    const auto told = [&](int number, const emu::EmulatedCamera& camera, const char* status) {
+        const emu::CameraConfig& config = camera.config();
+        return tests::Json{{"camera",
+                            {{"number", number},
+                             {"transport", "GigE"},
+                             {"model", config.model},
+                             {"serial", config.serial},
+                             {"name", config.userName},
+                             {"address", config.address}}},
+                           {"status", status}};
+    };
+    std::vector<tests::Json> list = tests::objects(run);
+    ASSERT_EQ(list.size(), 4u);
+    list.pop_back(); // the closing one
+    for (tests::Json& object : list)
+        for (const char* key : {"format_version", "command", "kind"})
+            object.erase(key);
+    EXPECT_EQ(list, (std::vector<tests::Json>{told(1, first, "free"), told(2, second, "in use"),
+                                              told(3, third, "unreachable")}));
     for (const emu::EmulatedCamera* camera : {&first, &second, &third})
         EXPECT_EQ(camera->counters().writeReg, 0u);
     EXPECT_EQ(runInProcess({"list", "--json"}).out, run.out);

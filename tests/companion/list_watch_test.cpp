@@ -9,6 +9,7 @@
 #include <csignal>
 
 using ::testing::HasSubstr;
+using ::testing::StartsWith;
 using tests::Arguments;
 using tests::CompanionTest;
 using tests::gigeEntry;
@@ -60,14 +61,13 @@ TEST(ListWatch, TellsWhoAppearsChangesAndGoes)
     const Result run =
         watch({{{kOne}}, {{kOne}}, {{taken, kTwo}}, {{moved, kTwo}}, {{kTwo}}, {{kTwo}}, {{kOne, kTwo}}});
     EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(
-        run.out,
-        "TIME  appeared  GigE  EMU-1 S1  \"Gate 3\"  127.0.0.1  free\n"
-        "TIME  changed   GigE  EMU-1 S1  \"Gate 3\"  127.0.0.1  in use  (status was free)\n"
-        "TIME  appeared  GigE  EMU-1 S2  127.0.0.2  free\n"
-        "TIME  changed   GigE  EMU-1 S1  127.0.0.9  in use  (userName was Gate 3, address was 127.0.0.1)\n"
-        "TIME  gone      GigE  EMU-1 S1  127.0.0.9\n"
-        "TIME  appeared  GigE  EMU-1 S1  \"Gate 3\"  127.0.0.1  free\n");
+    EXPECT_EQ(run.out,
+              "TIME  appeared  GigE  EMU-1 S1  \"Gate 3\"  127.0.0.1  free\n"
+              "TIME  changed   GigE  EMU-1 S1  \"Gate 3\"  127.0.0.1  in use  (status was free)\n"
+              "TIME  appeared  GigE  EMU-1 S2  127.0.0.2  free\n"
+              "TIME  changed   GigE  EMU-1 S1  127.0.0.9  in use  (name was Gate 3, address was 127.0.0.1)\n"
+              "TIME  gone      GigE  EMU-1 S1  127.0.0.9\n"
+              "TIME  appeared  GigE  EMU-1 S1  \"Gate 3\"  127.0.0.1  free\n");
 }
 
 TEST(ListWatch, ForgivesOneAnswerThatGotLost)
@@ -81,7 +81,7 @@ TEST(ListWatch, TellsCamerasApartThatAreAlike)
     const Result run = watch({{{kOne, kOne}}, {{kOne, kOne}}, {{kOne}}, {{kOne}}, {{kOne}}}, {"--json"});
     EXPECT_THAT(run.out, HasSubstr("\"event\":\"gone\""));
     EXPECT_EQ(QString::fromStdString(run.out).count("appeared"), 2);
-    EXPECT_EQ(QString::fromStdString(run.out).count('\n'), 3);
+    EXPECT_EQ(QString::fromStdString(run.out).count('\n'), 4); // and the closing object
 }
 
 TEST(ListWatch, PrintsJsonLines)
@@ -89,12 +89,14 @@ TEST(ListWatch, PrintsJsonLines)
     const KX_DeviceEntry taken = gigeEntry("EMU-1", "S1", "Gate 3", 0x7F000001, KX_AVAILABILITY_IN_USE);
     const Result run = watch({{{kOne}}, {{taken}}}, {"--json"});
     EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(run.out,
-              "{\"time\":\"TIME\",\"event\":\"appeared\",\"transport\":\"GigE\",\"model\":\"EMU-1\","
-              "\"serial\":\"S1\",\"userName\":\"Gate 3\",\"address\":\"127.0.0.1\",\"status\":\"free\"}\n"
-              "{\"time\":\"TIME\",\"event\":\"changed\",\"transport\":\"GigE\",\"model\":\"EMU-1\","
-              "\"serial\":\"S1\",\"userName\":\"Gate 3\",\"address\":\"127.0.0.1\",\"status\":\"in use\","
-              "\"was\":{\"status\":\"free\"}}\n");
+    const std::string head =
+        "{\"format_version\":1,\"command\":\"list\",\"kind\":\"event\",\"time\":\"TIME\",";
+    const std::string camera =
+        "\"camera\":{\"number\":1,\"transport\":\"GigE\",\"model\":\"EMU-1\",\"serial\":"
+        "\"S1\",\"name\":\"Gate 3\",\"address\":\"127.0.0.1\"},";
+    EXPECT_THAT(run.out, StartsWith(head + "\"event\":\"appeared\"," + camera + "\"status\":\"free\"}\n" +
+                                    head + "\"event\":\"changed\"," + camera +
+                                    "\"status\":\"in use\",\"was\":{\"status\":\"free\"}}\n"));
 }
 
 TEST(ListWatch, OutlivesANetworkThatIsAwayAndSaysSoOnce)

@@ -68,9 +68,12 @@ TEST_F(Rollback, LoadsTheFeatureBagBeforeTheRegisters)
     const std::string snapshot = importedOver("S1", exported("S1"));
     const Result run = rollback(snapshot, {"--serial", "S1", "--json"});
     EXPECT_EQ(run.code, 0);
-    EXPECT_LT(run.out.find("\"begin\",\"device\":1,\"type\":0}"),
-              run.out.find("\"begin\",\"device\":1,\"type\":2}"));
-    EXPECT_THAT(run.out, HasSubstr("{\"result\":\"applied\",\"device\":1,"));
+    std::vector<int> types;
+    for (const tests::Json& object : tests::objects(run))
+        if (object.value("signal", "") == "begin")
+            types.push_back(object["type"]);
+    EXPECT_EQ(types, (std::vector<int>{0, 2})); // bag, features file
+    EXPECT_EQ(tests::lastObject(run, "result")["result"], "applied");
 }
 
 TEST_F(Rollback, TellsWhatItCannotBringBack)

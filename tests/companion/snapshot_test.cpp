@@ -1,6 +1,8 @@
 #include "companion/ImportCompanion.h"
 #include "iefeatures/imports/Snapshot.h"
 
+#include <nlohmann/json.hpp>
+
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
@@ -78,9 +80,15 @@ TEST_F(SnapshotTest, IsTakenOfEveryCameraBeforeTheFirstWrite)
     const Result run = importWithSnapshot(file, {"--all", "--json"});
     EXPECT_EQ(run.code, 0);
     EXPECT_EQ(foldersOfSnapshots().size(), 2);
-    const QString out = QString::fromStdString(run.out);
-    EXPECT_GT(out.indexOf("\"begin\",\"device\":1,\"type\":2"), out.lastIndexOf("\"type\":1"));
-    EXPECT_GT(out.indexOf("\"type\":1"), out.lastIndexOf("\"type\":3"));
+    std::vector<int> types;
+    for (const tests::Json& object : tests::objects(run))
+        if (object.value("signal", "") == "begin")
+            types.push_back(object["type"]);
+    EXPECT_EQ(types, (std::vector<int>{3, 3, 1, 1, 2, 2})); // features files, bags, imports
+    const tests::Json told = tests::lastObject(run, "result");
+    const std::string folder = told["snapshot"];
+    EXPECT_TRUE(QDir(QString::fromStdString(folder)).exists());
+    EXPECT_EQ(told["undo"], "iefeatures rollback '" + folder + "' --serial 'S2'");
 }
 
 TEST_F(SnapshotTest, ThatFailsKeepsTheCameraAsItIsAndTheOthersGoOn)

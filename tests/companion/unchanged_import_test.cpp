@@ -52,7 +52,7 @@ protected:
         EXPECT_EQ(plain.code, 0) << plain.err << plain.out;
         const Result verified = runInProcess({"verify", file, "--serial", serial, "--json"});
         EXPECT_EQ(verified.code, 0) << imported.out;
-        const auto told = nlohmann::json::parse(verified.out);
+        const auto told = tests::lastObject(verified, "result");
         EXPECT_EQ(told["result"], "applied");
         for (const auto& entry : told["features"])
             ++row.verdicts[entry["verdict"]];

@@ -2,6 +2,8 @@
 #include "iefeatures/cameras/NamedNatures.h"
 #include "iefeatures/console/ExitCode.h"
 
+#include <nlohmann/json.hpp>
+
 #include <SuiteTools/SuiteTools.h>
 
 #include <QFile>
@@ -172,4 +174,29 @@ TEST(ManPage, HasTheSameExitCodes)
         EXPECT_TRUE(page.contains(entry)) << entry.toStdString();
     }
     EXPECT_EQ(seen, 8);
+}
+
+// The fixture looks at each run for the closing object and its exit code.
+TEST(Usage, RefusalsAreToldToScriptsToo)
+{
+    const auto messages = [](const tests::Arguments& arguments) {
+        const tests::Result run = runInProcess(arguments, tests::entries({}));
+        EXPECT_EQ(tests::objects(run).size(), 1u) << run.out;
+        return tests::lastObject(run, "end")["messages"];
+    };
+    EXPECT_EQ(messages({"export", "--all", "--to", "/tmp", "--json"}), tests::Json{"No camera was found."});
+    EXPECT_EQ(messages({"verify", "f", "--serial", "X", "--json"}),
+              tests::Json{"No camera has the serial number \"X\"."});
+    EXPECT_EQ(messages({"clone", "--from", "X", "--to", "X", "--json"}),
+              tests::Json{"--from and --to name one camera: X"});
+    EXPECT_EQ(messages({"export", "--json"}), tests::Json{"--to is required"});
+    EXPECT_EQ(messages({"list", "--json", "--what"}).size(), 1u);
+}
+
+// A text that is no UTF-8 makes no object that cannot be read.
+TEST(Usage, WrongBytesInTheCommandLineAreReplaced)
+{
+    const tests::Result run = runInProcess({"diff", "\xFF", "b", "--json"}, tests::entries({}));
+    EXPECT_EQ(run.code, 6);
+    EXPECT_EQ(tests::lastObject(run, "refusal")["result"], "unreadable file");
 }

@@ -21,10 +21,9 @@ constexpr uint32_t kUserSetSelector = 0x16000;
 constexpr uint32_t kUserSetSave = 0x16008;
 constexpr uint32_t kUserSetDefault = 0x1600C;
 
-json lastLine(const Result& run)
+json told(const Result& run)
 {
-    const QStringList lines = QString::fromStdString(run.out).split('\n', Qt::SkipEmptyParts);
-    return json::parse(lines.last().toStdString());
+    return json::parse(tests::lastObject(run, "result").dump());
 }
 
 json entryOf(const json& verification, const std::string& feature)
@@ -51,12 +50,12 @@ TEST_F(VerifiedImport, TellsWhatWasAppliedAndWhatWasSoBefore)
     camera.pokeWord(kGainOfAll, 7);
     const Result run = import(file, {"--all", "--verify", "--json"});
     EXPECT_EQ(run.code, 0) << run.out;
-    const json told = lastLine(run);
+    const json told = ::told(run);
     EXPECT_EQ(told["result"], "applied");
-    EXPECT_EQ(told["device"], 1);
-    EXPECT_EQ(told["model"], "EMU-1");
-    EXPECT_EQ(told["serial"], "S1");
-    EXPECT_EQ(told["notApplied"], json::array());
+    EXPECT_EQ(told["camera"]["number"], 1);
+    EXPECT_EQ(told["camera"]["model"], "EMU-1");
+    EXPECT_EQ(told["camera"]["serial"], "S1");
+    EXPECT_EQ(told["not_applied"], json::array());
     EXPECT_EQ(countOf(told, "applied"), 3); // the gain's register stands behind another feature as well
     EXPECT_GT(countOf(told, "unchanged"), 50);
     EXPECT_EQ(entryOf(told, "Height"), (json{{"feature", "Height"},
@@ -94,8 +93,8 @@ TEST_F(VerifiedImport, FindsWhatTheImportDoesNotNotice)
     EXPECT_EQ(camera.node("TestPatternSeed"), emu::NodeValue(int64_t(0)));
     const Result run = import(file, {"--all", "--verify", "--json"});
     EXPECT_EQ(run.code, 4);
-    EXPECT_EQ(entryOf(lastLine(run), "TestPatternSeed")["verdict"], "not applied");
-    EXPECT_EQ(entryOf(lastLine(run), "TestPatternSeed")["camera"], "0");
+    EXPECT_EQ(entryOf(told(run), "TestPatternSeed")["verdict"], "not applied");
+    EXPECT_EQ(entryOf(told(run), "TestPatternSeed")["camera"], "0");
 }
 
 // Who holds control is another matter behind the export than it was in its midst.
@@ -107,8 +106,8 @@ TEST_F(VerifiedImport, LeavesOutWhatImportsDoNotSet)
                 feature("Width", "Integer", "640") + feature("DeviceUserID", "StringReg", "Other"));
     const Result run = import(file, {"--all", "--verify", "--json"});
     EXPECT_EQ(run.code, 0) << run.out;
-    EXPECT_EQ(entryOf(lastLine(run), "GevCCP")["verdict"], "state");
-    EXPECT_EQ(entryOf(lastLine(run), "DeviceUserID")["verdict"], "skipped");
+    EXPECT_EQ(entryOf(told(run), "GevCCP")["verdict"], "state");
+    EXPECT_EQ(entryOf(told(run), "DeviceUserID")["verdict"], "skipped");
 }
 
 // There is no such float.
@@ -118,11 +117,11 @@ TEST_F(VerifiedImport, TellsWhatTheCameraHasRounded)
     const std::string file = altered(exported("S1"), feature("AcquisitionFrameRate", "Float", "25.000000"),
                                      feature("AcquisitionFrameRate", "Float", "25.000001"));
     const Result run = import(file, {"--all", "--verify", "--json"});
-    EXPECT_EQ(entryOf(lastLine(run), "AcquisitionFrameRate"), (json{{"feature", "AcquisitionFrameRate"},
-                                                                    {"verdict", "coerced"},
-                                                                    {"file", "25.000001"},
-                                                                    {"camera", "25.000002"},
-                                                                    {"warnings", json::array()}}));
+    EXPECT_EQ(entryOf(told(run), "AcquisitionFrameRate"), (json{{"feature", "AcquisitionFrameRate"},
+                                                                {"verdict", "coerced"},
+                                                                {"file", "25.000001"},
+                                                                {"camera", "25.000002"},
+                                                                {"warnings", json::array()}}));
 }
 
 TEST_F(VerifiedImport, LeavesOutCamerasThatWereNotImportedInto)

@@ -8,7 +8,7 @@ namespace
 std::vector<CameraEvent::Change> changesOf(const ListedCamera& before, const ListedCamera& now)
 {
     static const std::pair<const char*, QString ListedCamera::*> fields[] = {
-        {"userName", &ListedCamera::userName},
+        {"name", &ListedCamera::userName},
         {"address", &ListedCamera::address},
         {"status", &ListedCamera::status}};
     std::vector<CameraEvent::Change> changes;

@@ -23,7 +23,7 @@ struct CameraEvent
     };
     struct Change
     {
-        QString field; // as the JSON list names it: "userName", "address", "status"
+        QString field; // as it is named to scripts: "name", "address", "status"
         QString from;
         QString to;
     };

@@ -1,8 +1,8 @@
 #include "iefeatures/check/CheckReport.h"
 
+#include "iefeatures/cameras/CameraJson.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
@@ -10,8 +10,6 @@ namespace companion
 {
 namespace
 {
-
-using Json = nlohmann::ordered_json;
 
 QString whatWord(ie::IdentityComparison::What what)
 {
@@ -143,58 +141,27 @@ QString countsLine(const CameraCheck& check)
     return "  " + (counts.isEmpty() ? "no settings" : counts.join(", ")) + others + '\n';
 }
 
-Json jsonText(const QString& text)
-{
-    return text.isNull() ? Json() : Json(text.toStdString());
-}
-
-Json listJson(const QStringList& texts)
-{
-    Json list = Json::array();
-    for (const QString& text : texts)
-        list.push_back(text.toStdString());
-    return list;
-}
-
 Json identityJson(const ie::IdentityComparison& line)
 {
-    return {{"check", whatWord(line.what).toStdString()},
-            {"verdict", outcomeWord(line.outcome).toStdString()},
-            {"file", jsonText(line.fileValue)},
-            {"camera", jsonText(line.cameraValue)}};
+    return {{"check", json(whatWord(line.what))},
+            {"verdict", json(outcomeWord(line.outcome))},
+            {"file", jsonUnlessNull(line.fileValue)},
+            {"camera", jsonUnlessNull(line.cameraValue)}};
 }
 
 Json entryJson(const EntryCheck& entry)
 {
-    Json object = {{"feature", entry.feature.toStdString()}};
+    Json object = {{"feature", json(entry.feature)}};
     if (entry.isRegister)
         object["register"] = entry.address ? Json(*entry.address) : Json();
-    object["verdict"] = verdictWord(entry.verdict).toStdString();
-    object["file"] = jsonText(entry.fileValue);
-    object["camera"] = jsonText(entry.cameraValue);
+    object["verdict"] = json(verdictWord(entry.verdict));
+    object["file"] = jsonUnlessNull(entry.fileValue);
+    object["camera"] = jsonUnlessNull(entry.cameraValue);
     if (!entry.newValue.isNull())
-        object["new"] = entry.newValue.toStdString();
+        object["new"] = json(entry.newValue);
     if (!entry.reason.isEmpty())
-        object["reason"] = entry.reason.toStdString();
-    object["warnings"] = listJson(entry.warnings);
-    return object;
-}
-
-Json cameraJson(const CameraCheck& check)
-{
-    Json object = {{"result", verdictWord(check.verdict).toStdString()},
-                   {"device", check.camera.device.nDeviceID},
-                   {"model", check.camera.model.toStdString()},
-                   {"serial", check.camera.serial.toStdString()}};
-    if (!check.error.isEmpty())
-        object["error"] = check.error.toStdString();
-    object["notApplied"] = listJson(check.notApplied());
-    object["identity"] = Json::array();
-    for (const ie::IdentityComparison& line : check.identity)
-        object["identity"].push_back(identityJson(line));
-    object["features"] = Json::array();
-    for (const EntryCheck& entry : check.entries)
-        object["features"].push_back(entryJson(entry));
+        object["reason"] = json(entry.reason);
+    object["warnings"] = json(entry.warnings);
     return object;
 }
 
@@ -213,12 +180,19 @@ QString checkText(const std::vector<CameraCheck>& checks, Detail detail)
     return text;
 }
 
-std::string checkJson(const std::vector<CameraCheck>& checks)
+Json checkJson(const CameraCheck& check)
 {
-    std::string text;
-    for (const CameraCheck& check : checks)
-        text += cameraJson(check).dump() + "\n";
-    return text;
+    Json object = {{"camera", cameraJson(check.camera)},
+                   {"result", json(verdictWord(check.verdict))},
+                   {"error", jsonUnlessEmpty(check.error)},
+                   {"not_applied", json(check.notApplied())},
+                   {"identity", Json::array()},
+                   {"features", Json::array()}};
+    for (const ie::IdentityComparison& line : check.identity)
+        object["identity"].push_back(identityJson(line));
+    for (const EntryCheck& entry : check.entries)
+        object["features"].push_back(entryJson(entry));
+    return object;
 }
 
 CameraVerdict gravestOf(const std::vector<CameraCheck>& checks)

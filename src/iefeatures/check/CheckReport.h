@@ -3,10 +3,10 @@
 #pragma once
 
 #include "iefeatures/check/CameraCheck.h"
+#include "iefeatures/console/Console.h"
 
 #include <QString>
 
-#include <string>
 #include <vector>
 
 namespace companion
@@ -22,8 +22,8 @@ enum class Detail
 // entry in question.
 QString checkText(const std::vector<CameraCheck>& checks, Detail detail = Detail::Attention);
 
-// An object a line for each camera, with all entries: {"result":"ready","device":1,...}.
-std::string checkJson(const std::vector<CameraCheck>& checks);
+// The fields of the object of one camera, with all entries.
+Json checkJson(const CameraCheck& check);
 
 CameraVerdict gravestOf(const std::vector<CameraCheck>& checks);
 

@@ -3,6 +3,7 @@
 #include "iefeatures/commands/ImportOptions.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/files/FeaturesFileInput.h"
 
 #include <CLI/CLI.hpp>
@@ -24,7 +25,10 @@ int runCheck(Console& console, const std::vector<ListedCamera>& cameras, const Q
     }
     if (Interrupt::isRequested())
         console.err(std::string("Interrupted.\n"));
-    console.out(task.isJson ? checkJson(checks) : checkText(checks, task.detail).toStdString());
+    for (const CameraCheck& check : checks)
+        console.object("result", checkJson(check));
+    if (!task.isJson)
+        console.out(checkText(checks, task.detail));
     return Interrupt::isRequested() ? ExitInterrupted : exitCodeOf(gravestOf(checks));
 }
 

@@ -3,6 +3,7 @@
 #include "iefeatures/check/CheckReport.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/exports/WholeExport.h"
 #include "iefeatures/files/FeaturesFileInput.h"
@@ -18,12 +19,15 @@ namespace companion
 namespace
 {
 
-// On the message stream: what it looks like is the person's to judge, the results come later.
+// To people on the message stream: what it looks like is theirs to judge, the results come later.
 void tellPlan(Console& console, const std::vector<ListedCamera>& targets, const ie::FeaturesContent& content)
 {
     const auto plan =
         checkCameras(targets, content, CheckMode::Plan, [] { return !Interrupt::isRequested(); });
-    console.err(checkText(plan));
+    for (const CameraCheck& check : plan)
+        console.object("plan", checkJson(check));
+    if (!console.isJson())
+        console.err(checkText(plan));
 }
 
 } // namespace

@@ -53,8 +53,22 @@ void describe(CLI::App& app, const Commands& commands)
 
 int tellUsage(Console& console, const CLI::App& app, const std::string& problem)
 {
-    console.err(problem + "\n\n" + app.help());
+    console.err(problem + '\n');
+    console.note('\n' + app.help());
     return ExitUsage;
+}
+
+bool wantsJson(const CLI::App& app, const Command& command)
+{
+    const CLI::Option* option = app.get_subcommand(command.name())->get_option_no_throw("--json");
+    return option && option->count() > 0;
+}
+
+// Of a command line that is wrong: by its words alone.
+void beginJson(Console& console, const std::vector<std::string>& arguments)
+{
+    if (std::find(arguments.begin(), arguments.end(), "--json") != arguments.end())
+        console.beginJson(arguments.front());
 }
 
 // A result that nobody could read is not a good end.
@@ -64,6 +78,12 @@ int withOutputChecked(Console& console, int code)
         return code;
     console.err(std::string("The standard output cannot be written.\n"));
     return ExitInputOutput;
+}
+
+int ended(Console& console, int code)
+{
+    console.endJson(code);
+    return withOutputChecked(console, code);
 }
 
 } // namespace
@@ -83,11 +103,16 @@ int runCompanion(const std::vector<std::string>& arguments, World world)
         world.console.out(std::string(version.what()) + "\n");
         return withOutputChecked(world.console, ExitWell);
     } catch (const CLI::ParseError& problem) {
-        return tellUsage(world.console, app, problem.what());
+        beginJson(world.console, arguments);
+        return ended(world.console, tellUsage(world.console, app, problem.what()));
     }
-    for (const auto& command : commands)
-        if (app.got_subcommand(command->name()))
-            return withOutputChecked(world.console, command->execute(world));
+    for (const auto& command : commands) {
+        if (!app.got_subcommand(command->name()))
+            continue;
+        if (wantsJson(app, *command))
+            world.console.beginJson(command->name());
+        return ended(world.console, command->execute(world));
+    }
     return tellUsage(world.console, app, "Name a command.");
 }
 

@@ -5,6 +5,7 @@
 #include "iefeatures/compare/DiffReport.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/files/NamedFeatures.h"
 #include "iefeatures/running/JobRun.h"
 
@@ -101,7 +102,7 @@ void DiffCommand::addOptions(CLI::App& app)
         ->type_name("NAME");
     app.add_flag("--all", m_all, "Compare also what is no setting, changes by itself or is read-only");
     app.add_flag("--strict", m_isStrict, "Compare also what streaming programs and automatic functions set");
-    app.add_flag("--json", m_json, "A JSON object instead of text");
+    app.add_flag("--json", m_json, "JSON lines instead of text");
     m_log.addOptions(app);
 }
 
@@ -150,9 +151,8 @@ int DiffCommand::compare(Console& console, std::vector<FeatureSource>& sources) 
     const FeatureComparison comparison = comparisonOf(console, sources);
     if (Interrupt::isRequested())
         return ExitInterrupted;
-    if (m_json)
-        console.out(diffJson(comparison, sources[0].title, sources[1].title));
-    else
+    console.object("diff", diffJson(comparison, sources[0], sources[1]));
+    if (!m_json)
         console.out(diffText(comparison, sources[0].title, sources[1].title));
     // "Different" is no answer when the differences were lost: a good end is checked for that.
     return comparison.isEqual() || !console.isOutGood() ? ExitWell : ExitJobFailed;

@@ -1,6 +1,7 @@
 #include "iefeatures/commands/ExportCommand.h"
 
 #include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/exports/WholeExport.h"
 
@@ -55,6 +56,7 @@ int ExportCommand::carryOut(Console& console, const std::vector<ListedCamera>& c
     std::vector<ExportResult> results;
     for (const CameraExport& done : runExports(console, cameras, task)) {
         tellRemarks(console, done);
+        console.object("export", exportJson(done.result, done.remarks));
         results.push_back(done.result);
     }
     if (Interrupt::isRequested())

@@ -24,7 +24,8 @@ void JobCommand::addOptions(CLI::App& app)
     app.add_option("--format", m_format, formatHelp())
         ->check(CLI::IsMember({"xml", "bag"}))
         ->type_name("FORMAT");
-    app.add_flag("--json", m_json, "One JSON object a line for each signal of the jobs");
+    app.add_flag("--json", m_json,
+                 "JSON lines instead of text: each signal of the jobs, then each camera's result");
     m_log.addOptions(app);
 }
 

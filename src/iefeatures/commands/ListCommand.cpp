@@ -1,12 +1,12 @@
 #include "iefeatures/commands/ListCommand.h"
 
-#include "iefeatures/cameras/LineWatch.h"
+#include "iefeatures/cameras/CameraJson.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 
 #include <CLI/CLI.hpp>
-#include <nlohmann/json.hpp>
 
 #include <QDateTime>
 
@@ -19,30 +19,12 @@ namespace companion
 namespace
 {
 
-using Json = nlohmann::ordered_json;
-
 // A Ctrl-C is noticed within this.
 constexpr std::chrono::milliseconds kShortPause{50};
 
-void addFields(const ListedCamera& camera, Json& json)
+Json fieldsOf(const ListedCamera& camera)
 {
-    json["transport"] = camera.transport.toStdString();
-    json["model"] = camera.model.toStdString();
-    json["serial"] = camera.serial.toStdString();
-    json["userName"] = camera.userName.toStdString();
-    json["address"] = camera.address.toStdString();
-    json["status"] = camera.status.toStdString();
-}
-
-std::string jsonText(const std::vector<ListedCamera>& cameras)
-{
-    Json list = Json::array();
-    for (const ListedCamera& camera : cameras) {
-        Json json = {{"id", camera.device.nDeviceID}};
-        addFields(camera, json);
-        list.push_back(json);
-    }
-    return list.dump(2) + "\n";
+    return {{"camera", cameraJson(camera)}, {"status", json(camera.status)}};
 }
 
 QString tableText(const std::vector<ListedCamera>& cameras)
@@ -78,15 +60,15 @@ QString now()
     return QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
 }
 
-std::string eventJson(const CameraEvent& event)
+Json eventJson(const CameraEvent& event)
 {
-    Json json = {{"time", now().toStdString()}, {"event", kindWord(event.kind)}};
-    addFields(event.camera, json);
+    Json fields = {{"time", json(now())}, {"event", kindWord(event.kind)}};
+    fields.update(fieldsOf(event.camera));
     if (event.kind == CameraEvent::Kind::Changed)
-        json["was"] = Json::object();
+        fields["was"] = Json::object();
     for (const CameraEvent::Change& change : event.changes)
-        json["was"][change.field.toStdString()] = change.from.toStdString();
-    return json.dump() + "\n";
+        fields["was"][change.field.toStdString()] = json(change.from);
+    return fields;
 }
 
 // "2026-01-02T03:04:05Z  changed   GigE  EMU-1 S1  127.0.0.11  free  (status was in use)"
@@ -112,7 +94,7 @@ QString eventText(const CameraEvent& event)
 
 void ListCommand::addOptions(CLI::App& app)
 {
-    app.add_flag("--json", m_json, "A JSON array instead of a table");
+    app.add_flag("--json", m_json, "One JSON object a line for each camera");
     CLI::Option* watch = app.add_flag(
         "--watch", m_isWatch, "Go on: a line for each camera that appears, changes or goes, until Ctrl-C");
     app.add_option("--interval", m_interval, "Seconds between two looks of --watch (default 1)")
@@ -130,9 +112,9 @@ int ListCommand::execute(World& world)
         return ExitInputOutput;
     if (cameras.empty())
         world.console.err(std::string("No camera was found.\n"));
-    if (m_json)
-        world.console.out(jsonText(cameras));
-    else if (!cameras.empty())
+    for (const ListedCamera& camera : cameras)
+        world.console.object("camera", fieldsOf(camera));
+    if (!m_json && !cameras.empty())
         world.console.out(tableText(cameras));
     return ExitWell;
 }
@@ -150,7 +132,7 @@ int ListCommand::watch(World& world) const
     while (world.console.isOutGood() && !Interrupt::isRequested()) {
         if (status == KX_OK)
             for (const CameraEvent& event : watch.look(camerasFrom(entries)))
-                world.console.out(m_json ? eventJson(event) : eventText(event).toStdString());
+                tell(world.console, event);
         pause();
         // A network that is away for a while is told once and outlived.
         const KX_Status before = status;
@@ -159,6 +141,14 @@ int ListCommand::watch(World& world) const
             tellSearchFailure(world.console, status);
     }
     return ExitWell; // to be ended is what it is there for
+}
+
+void ListCommand::tell(Console& console, const CameraEvent& event) const
+{
+    if (m_json)
+        console.object("event", eventJson(event));
+    else
+        console.out(eventText(event));
 }
 
 void ListCommand::pause() const

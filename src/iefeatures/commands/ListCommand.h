@@ -1,6 +1,7 @@
 // iefeatures list: the cameras on the line.
 #pragma once
 
+#include "iefeatures/cameras/LineWatch.h"
 #include "iefeatures/commands/Command.h"
 
 namespace companion
@@ -17,6 +18,7 @@ public:
 private:
     // Until somebody ends it.
     int watch(World& world) const;
+    void tell(Console& console, const CameraEvent& event) const;
     void pause() const;
 
     bool m_json = false;

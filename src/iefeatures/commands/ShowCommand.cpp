@@ -3,6 +3,7 @@
 #include "iefeatures/compare/FeatureSource.h"
 #include "iefeatures/compare/FeaturesReport.h"
 #include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/JsonLine.h"
 
 #include <CLI/CLI.hpp>
 
@@ -15,7 +16,7 @@ void ShowCommand::addOptions(CLI::App& app)
         ->required()
         ->type_name("")
         ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
-    app.add_flag("--json", m_json, "A JSON object instead of text");
+    app.add_flag("--json", m_json, "JSON lines instead of text");
 }
 
 int ShowCommand::execute(World& world)
@@ -24,9 +25,10 @@ int ShowCommand::execute(World& world)
     source.path = QString::fromStdString(m_file);
     if (const int code = readSource(world.console, source, m_json))
         return code;
-    if (m_json)
-        world.console.out(featuresJson(source.content));
-    else
+    Json object = {{"path", json(source.path)}};
+    object.update(featuresJson(source.content));
+    world.console.object("file", object);
+    if (!m_json)
         world.console.out(featuresText(source.content));
     return ExitWell;
 }

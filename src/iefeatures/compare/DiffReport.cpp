@@ -1,16 +1,15 @@
 #include "iefeatures/compare/DiffReport.h"
 
+#include "iefeatures/cameras/CameraJson.h"
 #include "iefeatures/compare/RegisterText.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
-
-#include <nlohmann/json.hpp>
 
 namespace companion
 {
 namespace
 {
 
-using Json = nlohmann::ordered_json;
 using Side = FeatureDifference::Side;
 
 const char* const kNothing = "-"; // on this side
@@ -19,12 +18,6 @@ template <class Value>
 QString whereText(const std::optional<Value>& a, const std::optional<Value>& b)
 {
     return a && b ? "differs" : a ? "only in A" : "only in B";
-}
-
-template <class Value>
-const char* whereWord(const std::optional<Value>& a, const std::optional<Value>& b)
-{
-    return a && b ? "differs" : a ? "onlyInA" : "onlyInB";
 }
 
 // Texts in quotes: an empty one is a value, too.
@@ -77,12 +70,12 @@ QString countsText(const FeatureComparison& comparison)
 
 Json valueJson(const std::optional<Side>& side)
 {
-    return side ? Json(side->value.toStdString()) : Json();
+    return side ? json(side->value) : Json();
 }
 
 Json wordJson(const std::optional<QString>& word)
 {
-    return word ? Json(word->toStdString()) : Json();
+    return word ? json(*word) : Json();
 }
 
 Json registersJson(const QList<RegisterDifference>& registers)
@@ -90,30 +83,41 @@ Json registersJson(const QList<RegisterDifference>& registers)
     Json list = Json::array();
     for (const RegisterDifference& word : registers)
         list.push_back({{"address", word.address},
-                        {"variables", word.variables.toStdString()},
-                        {"difference", whereWord(word.a, word.b)},
+                        {"variables", json(word.variables)},
+                        {"difference", json(whereText(word.a, word.b))},
                         {"a", wordJson(word.a)},
                         {"b", wordJson(word.b)}});
     return list;
 }
 
+Json fieldJson(const FeatureDifference& field)
+{
+    return {{"name", json(field.name)},
+            {"difference", json(whereText(field.a, field.b))},
+            {"a", valueJson(field.a)},
+            {"b", valueJson(field.b)}};
+}
+
 Json featureJson(const FeatureDifference& difference)
 {
     const auto& [name, a, b, registers] = difference;
-    Json json = {{"name", name.toStdString()},
-                 {"difference", whereWord(a, b)},
-                 {"type", (a ? a->type : b->type).toStdString()},
-                 {"a", valueJson(a)},
-                 {"b", valueJson(b)}};
+    Json object = fieldJson(difference);
+    object["type"] = json((a ? a->type : b->type));
     if (a && b && a->type != b->type)
-        json["typeB"] = b->type.toStdString();
+        object["type_b"] = json(b->type);
     if (a && !a->entryName.isEmpty())
-        json["entryA"] = a->entryName.toStdString();
+        object["entry_a"] = json(a->entryName);
     if (b && !b->entryName.isEmpty())
-        json["entryB"] = b->entryName.toStdString();
+        object["entry_b"] = json(b->entryName);
     if (difference.isRegisterBlock())
-        json["registers"] = registersJson(registers);
-    return json;
+        object["registers"] = registersJson(registers);
+    return object;
+}
+
+Json sourceJson(const FeatureSource& source)
+{
+    const Json camera = source.camera ? cameraJson(*source.camera) : Json();
+    return {{"path", source.camera ? Json() : json(source.path)}, {"camera", camera}};
 }
 
 } // namespace
@@ -129,24 +133,17 @@ QString diffText(const FeatureComparison& comparison, const QString& titleA, con
     return text + countsText(comparison);
 }
 
-std::string diffJson(const FeatureComparison& comparison, const QString& titleA, const QString& titleB)
+Json diffJson(const FeatureComparison& comparison, const FeatureSource& a, const FeatureSource& b)
 {
-    Json header = Json::array();
+    Json object = {{"a", sourceJson(a)},      {"b", sourceJson(b)},        {"equal", comparison.isEqual()},
+                   {"header", Json::array()}, {"features", Json::array()}, {"left_out", Json::array()}};
     for (const FeatureDifference& field : comparison.header)
-        header.push_back({{"name", field.name.toStdString()},
-                          {"difference", whereWord(field.a, field.b)},
-                          {"a", valueJson(field.a)},
-                          {"b", valueJson(field.b)}});
-    Json features = Json::array();
+        object["header"].push_back(fieldJson(field));
     for (const FeatureDifference& difference : comparison.features)
-        features.push_back(featureJson(difference));
-    Json leftOut = Json::array();
+        object["features"].push_back(featureJson(difference));
     for (const LeftOut& one : comparison.leftOut)
-        leftOut.push_back(one.name.toStdString());
-    const Json json = {{"a", titleA.toStdString()},     {"b", titleB.toStdString()},
-                       {"equal", comparison.isEqual()}, {"header", header},
-                       {"features", features},          {"leftOut", leftOut}};
-    return json.dump(2) + "\n";
+        object["left_out"].push_back({{"name", json(one.name)}, {"why", jsonUnlessEmpty(one.why)}});
+    return object;
 }
 
 } // namespace companion

@@ -1,16 +1,13 @@
 #include "iefeatures/compare/FeaturesReport.h"
 
 #include "iefeatures/compare/RegisterText.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
-
-#include <nlohmann/json.hpp>
 
 namespace companion
 {
 namespace
 {
-
-using Json = nlohmann::ordered_json;
 
 constexpr int kWordsOfLine = 4;
 
@@ -58,33 +55,31 @@ QString blockText(const ie::ComplexFeature& block)
 
 Json registerJson(const ie::RegisterValue& value)
 {
-    Json json = {{"address", value.address}, {"variables", value.variables.toStdString()}};
+    Json object = {{"address", value.address}, {"variables", json(value.variables)}};
     if (value.converted) {
-        json["word"] = hexWord(value.to).toStdString();
-        json["value"] = value.content.toStdString();
-        json["from"] = value.from.toStdString();
-        return json;
+        object["word"] = json(hexWord(value.to));
+        object["value"] = json(value.content);
+        object["from"] = json(value.from);
+        return object;
     }
-    json["words"] = Json::array();
-    for (const QString& word : hexWords(value.content))
-        json["words"].push_back(word.toStdString());
-    return json;
+    object["words"] = json(hexWords(value.content));
+    return object;
 }
 
 Json entryJson(const ie::FeaturesContent::Entry& entry)
 {
     if (!entry.isComplex)
-        return {{"name", entry.plain.name.toStdString()},
-                {"type", entry.plain.type.toStdString()},
-                {"value", entry.plain.value.toStdString()}};
-    Json json = {{"name", entry.complex.name.toStdString()},
-                 {"type", "Register"},
-                 {"length", entry.complex.length},
-                 {"register", entry.complex.reg.toStdString()},
-                 {"values", Json::array()}};
+        return {{"name", json(entry.plain.name)},
+                {"type", json(entry.plain.type)},
+                {"value", json(entry.plain.value)}};
+    Json object = {{"name", json(entry.complex.name)},
+                   {"type", "Register"},
+                   {"length", entry.complex.length},
+                   {"register", json(entry.complex.reg)},
+                   {"values", Json::array()}};
     for (const ie::RegisterValue& value : entry.complex.values)
-        json["values"].push_back(registerJson(value));
-    return json;
+        object["values"].push_back(registerJson(value));
+    return object;
 }
 
 } // namespace
@@ -104,17 +99,17 @@ QString featuresText(const ie::FeaturesContent& content)
            QString("\nRegister blocks: %1\n").arg(blocks.size()) + blocks.join(QString());
 }
 
-std::string featuresJson(const ie::FeaturesContent& content)
+Json featuresJson(const ie::FeaturesContent& content)
 {
     const ie::FeaturesHeader& header = content.header;
-    Json json = {{"version", header.version.toStdString()},
-                 {"model", header.model.toStdString()},
-                 {"firmware", header.firmware.toStdString()},
-                 {"boardType", header.hasBoardType ? Json(header.boardType.toStdString()) : Json()},
-                 {"features", Json::array()}};
+    Json object = {{"version", json(header.version)},
+                   {"model", json(header.model)},
+                   {"firmware", json(header.firmware)},
+                   {"board_type", header.hasBoardType ? json(header.boardType) : Json()},
+                   {"features", Json::array()}};
     for (const auto& entry : content.entries)
-        json["features"].push_back(entryJson(entry));
-    return json.dump(2) + "\n";
+        object["features"].push_back(entryJson(entry));
+    return object;
 }
 
 } // namespace companion

@@ -1,9 +1,17 @@
 #include "iefeatures/console/Console.h"
 
+#include "iefeatures/console/JsonLine.h"
+
 #include <cerrno>
 
 namespace companion
 {
+namespace
+{
+
+constexpr int kMostMessages = 1000; // in the closing object
+
+} // namespace
 
 Console::Console(std::ostream& out, std::ostream& err, bool redraws, bool colours)
     : m_out(out), m_err(err), m_redraws(redraws), m_colours(colours)
@@ -24,10 +32,52 @@ void Console::out(const std::string& text)
 void Console::err(const std::string& text)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_jsonCommand.empty() && m_messages.size() < kMostMessages)
+        m_messages += QString::fromStdString(text).split('\n', Qt::SkipEmptyParts);
+    write(text);
+}
+
+void Console::note(const std::string& text)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    write(text);
+}
+
+void Console::write(const std::string& message)
+{
     eraseBlock();
-    m_err << text;
+    m_err << message;
     paintBlock();
     m_err.flush();
+}
+
+void Console::beginJson(const std::string& command)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_jsonCommand = command;
+}
+
+bool Console::isJson() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return !m_jsonCommand.empty();
+}
+
+void Console::object(const char* kind, const Json& fields)
+{
+    std::string command;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        command = m_jsonCommand;
+    }
+    if (!command.empty())
+        out(jsonLine(command, kind, fields));
+}
+
+void Console::endJson(int exitCode)
+{
+    object("end", {{"exit", exitCode}, {"messages", json(m_messages)}});
+    beginJson({});
 }
 
 void Console::drawBlock(const QStringList& lines)

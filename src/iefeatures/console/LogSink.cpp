@@ -71,7 +71,7 @@ void LogSink::take(QtMsgType level, const QString& text)
             .arg(QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs), levelWord(level), text)
             .toStdString();
     if (m_options.verbose || level == QtFatalMsg)
-        m_console.err(line);
+        m_console.note(line);
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_file.is_open())
         m_file << line << std::flush;

@@ -1,6 +1,8 @@
 #include "iefeatures/exports/ExportVerdict.h"
 
+#include "iefeatures/cameras/CameraJson.h"
 #include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 
 #include "jobs/worker/QOperateThread.h"
@@ -44,6 +46,19 @@ State stateOf(const JobOutcome& job, const CallWatch::Tally& tally)
     if (!job.hasStarted)
         return State::NotStarted;
     return job.hasFailed || tally.wasRefused || !tally.wasOpened ? State::Failed : State::Written;
+}
+
+QString stateWord(const ExportResult& result)
+{
+    switch (result.state) {
+    case State::Written:
+        return result.isCut ? "incomplete" : "exported";
+    case State::Failed:
+        return "failed";
+    case State::NotStarted:
+        break;
+    }
+    return "not started";
 }
 
 QString fate(const ExportResult& result)
@@ -115,6 +130,18 @@ QString exportFates(const std::vector<ExportResult>& results)
     for (const ExportResult& result : results)
         text += result.job.camera.title() + ": " + fate(result) + '\n';
     return text;
+}
+
+Json exportJson(const ExportResult& result, const QStringList& remarks)
+{
+    const bool isWritten = result.state == State::Written;
+    return {{"camera", cameraJson(result.job.camera)},
+            {"result", json(stateWord(result))},
+            {"features", isWritten ? Json(result.features) : Json()},
+            {"requests", result.tally.requests},
+            {"seconds", result.job.seconds},
+            {"path", isWritten ? jsonOfExisting(result.job.path) : Json()},
+            {"remarks", json(remarks)}};
 }
 
 int exportExitCode(const std::vector<ExportResult>& results, bool isInterrupted)

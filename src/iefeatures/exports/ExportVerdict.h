@@ -1,6 +1,7 @@
 // What an export has come to: the lines for people and the exit code.
 #pragma once
 
+#include "iefeatures/console/Console.h"
 #include "iefeatures/running/CallWatch.h"
 #include "iefeatures/running/JobBatch.h"
 
@@ -40,6 +41,10 @@ QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings&
 QString exportTable(const std::vector<ExportResult>& results);
 // "model serial: path" or "model serial: not written", a line a camera.
 QString exportFates(const std::vector<ExportResult>& results);
+
+// The fields of the object of one camera: "exported", "incomplete" (a feature bag that lacks something),
+// "failed" or "not started".
+Json exportJson(const ExportResult& result, const QStringList& remarks);
 
 int exportExitCode(const std::vector<ExportResult>& results, bool isInterrupted);
 

@@ -1,8 +1,7 @@
 #include "iefeatures/files/FeaturesFileInput.h"
 
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
-
-#include <nlohmann/json.hpp>
 
 namespace companion
 {
@@ -32,11 +31,9 @@ FeaturesFileInput readFeaturesFile(const QString& path)
 void tellError(Console& console, const FeaturesFileInput& input, bool isJson)
 {
     console.err(input.error + '\n');
-    if (!isJson)
-        return;
-    const nlohmann::ordered_json object = {{"result", verdictWord(input.verdict).toStdString()},
-                                           {"error", input.error.toStdString()}};
-    console.out(object.dump() + "\n");
+    if (isJson)
+        console.object("refusal",
+                       {{"result", json(verdictWord(input.verdict))}, {"error", json(input.error)}});
 }
 
 } // namespace companion

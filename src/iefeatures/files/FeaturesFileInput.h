@@ -24,7 +24,7 @@ struct FeaturesFileInput
 // reader of `content`.
 FeaturesFileInput readFeaturesFile(const QString& path);
 
-// On the message stream; for scripts on the other one as well, {"result":"bad file","error":"..."}.
+// On the message stream; for scripts as an object as well, {"kind":"refusal",...}.
 void tellError(Console& console, const FeaturesFileInput& input, bool isJson);
 
 } // namespace companion

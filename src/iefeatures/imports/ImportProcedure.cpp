@@ -5,6 +5,7 @@
 #include "iefeatures/check/ImportProof.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 
 #include "jobs/worker/QOperateThread.h"
@@ -230,14 +231,20 @@ void ImportProcedure::tellInterrupted(const CameraImport& result)
     tell(result.camera, "not reached: " + listed(notReached(result, m_named)));
 }
 
-// Only where there is something to undo.
+// Empty where there is nothing to undo.
+QString ImportProcedure::undoCommand(const CameraImport& result) const
+{
+    if (!result.snapshot || !result.snapshot->snapshot || changesOf(result, m_named).empty())
+        return {};
+    return "iefeatures rollback " + quoted(result.snapshot->folder) + " --serial " +
+           quoted(result.camera.serial);
+}
+
 void ImportProcedure::offerRollback(const CameraImport& result)
 {
-    if (!result.snapshot || !result.snapshot->snapshot || changesOf(result, m_named).empty() ||
-        reportOf(result).verdict == CameraVerdict::Applied)
-        return;
-    tell(result.camera, "to undo: iefeatures rollback " + quoted(result.snapshot->folder) + " --serial " +
-                            quoted(result.camera.serial));
+    const QString command = undoCommand(result);
+    if (!command.isEmpty() && reportOf(result).verdict != CameraVerdict::Applied)
+        tell(result.camera, "to undo: " + command);
 }
 
 void ImportProcedure::tellResults()
@@ -246,13 +253,29 @@ void ImportProcedure::tellResults()
     std::vector<CameraCheck> reports;
     for (const CameraImport& result : m_results) {
         rows.push_back(summed(result));
-        if (m_task.isJson || result.check)
+        if (result.check)
             reports.push_back(reportOf(result));
+        m_console.object("result", resultJson(result));
     }
-    if (m_task.isJson)
-        m_console.out(checkJson(reports));
-    else
+    if (!m_task.isJson)
         m_console.out(importTable(rows) + checkText(reports, m_task.detail));
+}
+
+Json ImportProcedure::resultJson(const CameraImport& result) const
+{
+    const ImportOutcome sum = summed(result);
+    Json object = checkJson(reportOf(result));
+    object["requests"] = sum.record.tally.requests;
+    object["seconds"] = sum.record.job.seconds;
+    object["snapshot"] =
+        result.snapshot && result.snapshot->snapshot ? json(result.snapshot->folder) : Json();
+    object["undo"] = jsonUnlessEmpty(undoCommand(result));
+    object["user_set"] = Json();
+    if (!m_task.userSet.name.isEmpty())
+        object["user_set"] = {{"name", json(m_task.userSet.name)},
+                              {"saved", result.isUserSetSaved},
+                              {"error", jsonUnlessEmpty(result.userSetProblem)}};
+    return object;
 }
 
 AuditEntry ImportProcedure::auditEntryOf(const CameraImport& result) const

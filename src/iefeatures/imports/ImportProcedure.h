@@ -51,8 +51,10 @@ private:
     void saveUserSets();
     void cutShort();
     void tellInterrupted(const CameraImport& result);
+    QString undoCommand(const CameraImport& result) const;
     void offerRollback(const CameraImport& result);
     void tellResults();
+    Json resultJson(const CameraImport& result) const;
     AuditEntry auditEntryOf(const CameraImport& result) const;
     void audit();
     int exitCode() const;

@@ -53,7 +53,7 @@ void Progress::info(const ListedCamera& camera, const QString& message, bool isF
 {
     Line& line = lineOf(camera);
     line.hasFailed = line.hasFailed || isFailure;
-    tell(camera, printable(message));
+    m_console.err(camera.title() + ": " + printable(message) + '\n');
 }
 
 void Progress::end(const ListedCamera& camera, unsigned type, const QString&)
@@ -88,7 +88,7 @@ Progress::Line& Progress::lineOf(const ListedCamera& camera)
 
 void Progress::tell(const ListedCamera& camera, const QString& text)
 {
-    m_console.err(camera.title() + ": " + text + '\n');
+    m_console.note(camera.title() + ": " + text + '\n');
 }
 
 QString Progress::stateText(const Line& line) const

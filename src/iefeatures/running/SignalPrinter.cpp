@@ -1,38 +1,31 @@
 #include "iefeatures/running/SignalPrinter.h"
 
-#include <nlohmann/json.hpp>
+#include "iefeatures/cameras/CameraJson.h"
+#include "iefeatures/console/JsonLine.h"
 
 namespace companion
 {
-namespace
-{
-
-std::string line(const nlohmann::ordered_json& signal)
-{
-    return signal.dump() + "\n";
-}
-
-} // namespace
 
 void SignalPrinter::begin(const ListedCamera& camera, unsigned type)
 {
-    m_console.out(line({{"signal", "begin"}, {"device", camera.device.nDeviceID}, {"type", type}}));
+    tell("begin", camera, {{"type", type}});
 }
 
 void SignalPrinter::info(const ListedCamera& camera, const QString& message, bool isFailure)
 {
-    m_console.out(line({{"signal", "info"},
-                        {"device", camera.device.nDeviceID},
-                        {"failed", isFailure},
-                        {"message", message.toStdString()}}));
+    tell("info", camera, {{"failed", isFailure}, {"message", json(message)}});
 }
 
-void SignalPrinter::end(const ListedCamera& camera, unsigned type, const QString& path)
+void SignalPrinter::end(const ListedCamera& camera, unsigned type, const QString&)
 {
-    m_console.out(line({{"signal", "end"},
-                        {"device", camera.device.nDeviceID},
-                        {"type", type},
-                        {"path", path.toStdString()}}));
+    tell("end", camera, {{"type", type}});
+}
+
+void SignalPrinter::tell(const char* signal, const ListedCamera& camera, const Json& fields)
+{
+    Json object = {{"signal", signal}, {"camera", cameraJson(camera)}};
+    object.update(fields);
+    m_console.object("signal", object);
 }
 
 } // namespace companion

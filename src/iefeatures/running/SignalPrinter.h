@@ -1,4 +1,5 @@
-// The workers' signals as JSON, one object a line, for scripts.
+// The workers' signals as objects for scripts. A path is not among them: what a job calls its file when it
+// ends may not be there, or not under that name, in the end.
 #pragma once
 
 #include "iefeatures/console/Console.h"
@@ -17,6 +18,8 @@ public:
     void end(const ListedCamera& camera, unsigned type, const QString& path) override;
 
 private:
+    void tell(const char* signal, const ListedCamera& camera, const Json& fields);
+
     Console& m_console;
 };
 
