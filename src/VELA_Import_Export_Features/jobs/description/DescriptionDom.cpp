@@ -255,7 +255,6 @@ private:
         QDomElement element = m_document.createElement(m_strings.of(name));
         m_open.back().element.appendChild(element);
         for (;;) {
-            const QChar* const blanks = m_at;
             skipBlanks();
             if (m_at >= m_end)
                 return false;
@@ -268,7 +267,7 @@ private:
                 m_at += 2;
                 return m_at <= m_end && m_at[-1] == QLatin1Char('>');
             }
-            if (m_at == blanks || !takeAttribute(element))
+            if (!takeAttribute(element))
                 return false;
         }
     }
