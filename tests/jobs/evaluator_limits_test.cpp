@@ -83,6 +83,47 @@ TEST_F(EvaluatorLimits, AFormulaHasAtMostAMillionCombinations)
     EXPECT_EQ(tests::suiteCalls("Compute").size(), 1024);
 }
 
+// Each register lies where the next one says, twice over: 2^20 questions in all.
+TEST_F(EvaluatorLimits, AnExportAsksTheCameraASetNumberOfQuestions)
+{
+    QString text;
+    for (int i = 0; i < 20; ++i)
+        text +=
+            QString(
+                "<Integer Name=\"N%1\"><pValue>R%1</pValue></Integer><IntReg "
+                "Name=\"R%1\"><pAddress>K%1</pAddress>"
+                "<Length>4</Length></IntReg><IntSwissKnife Name=\"K%1\"><pVariable Name=\"A\">N%2</pVariable>"
+                "<pVariable Name=\"B\">N%2</pVariable><Formula>0</Formula></IntSwissKnife>")
+                .arg(i)
+                .arg(i + 1);
+    describe(text + "<Integer Name=\"N20\"><pValue>R20</pValue></Integer>"
+                    "<IntReg Name=\"R20\"><Address>0</Address><Length>4</Length></IntReg>");
+    EXPECT_TRUE(integer("N10").ok); // 2^10
+    takeCalls();
+    EXPECT_FALSE(integer("N0").ok);
+    EXPECT_LE(takeCalls().size(), 65536);
+    EXPECT_LE(takeLogs().size(), 200);
+    // Nothing is left for others.
+    EXPECT_FALSE(integer("N20").ok);
+    EXPECT_EQ(takeCalls(), QStringList());
+    startRun();
+    EXPECT_TRUE(integer("N20").ok);
+}
+
+TEST_F(EvaluatorLimits, RangesAndEntriesAreQuestionsToo)
+{
+    limits.questions = 2;
+    describeSelector(0, 1);
+    EXPECT_TRUE(integer("V").ok);
+    EXPECT_TRUE(integer("V").ok);
+    EXPECT_FALSE(integer("V").ok);
+    describe("<Integer Name=\"L\"><pValue>En</pValue></Integer><Enumeration Name=\"En\"/>");
+    camera.setEnumeration("En", 0, {0, 1});
+    EXPECT_TRUE(integer("L").ok);
+    EXPECT_TRUE(integer("L").ok);
+    EXPECT_FALSE(integer("L").ok);
+}
+
 TEST_F(EvaluatorLimits, CirclesBetweenFormulasEnd)
 {
     describe(knife("A", "B") + knife("B", "A") + knife("Self", "Self"));

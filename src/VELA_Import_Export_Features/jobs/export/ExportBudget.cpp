@@ -33,6 +33,11 @@ bool ExportBudget::enter()
     return allow(++m_depth <= m_limits.depth) && take(m_steps, 1, m_limits.steps);
 }
 
+bool ExportBudget::takeQuestion()
+{
+    return take(m_questions, 1, m_limits.questions);
+}
+
 bool ExportBudget::takeRange(quint64 values)
 {
     return allow(values <= m_limits.values);

@@ -1,4 +1,5 @@
-// What one export may spend on a description's formulas, however hostile it is: steps, depth, values, text.
+// What one export may spend on a description's formulas, however hostile it is: steps, depth, values,
+// questions, text.
 #pragma once
 
 #include <QString>
@@ -18,6 +19,7 @@ public:
         quint64 variables = 1000;            // of one formula
         int depth = 200;                     // of operations that call each other; circles end here
         quint64 steps = 16 * 1048576;        // of the export: operations and combinations
+        quint64 questions = 65536;           // of the export: to the camera, for values that others hang on
         quint64 text = quint64(1024) << 20;  // of the export: characters that are searched for variables
         quint64 memory = quint64(256) << 20; // bytes of the values of one attempt at a feature
     };
@@ -25,12 +27,15 @@ public:
     ExportBudget() = default;
     explicit ExportBudget(const Limits& limits) : m_limits(limits) {}
 
-    // A new attempt at a feature: the values of the last one are gone. Steps and text go on counting.
+    // A new attempt at a feature: the values of the last one are gone. Steps, questions and text go on
+    // counting.
     void beginFeature() { m_memory = 0; }
 
     // One operation that may call others; a refused one is left as well.
     bool enter();
     void leave() { --m_depth; }
+    // One value that the camera is asked for.
+    bool takeQuestion();
     bool takeRange(quint64 values);
     bool takeCombinations(quint64 combinations, quint64 variables);
     // One value in a list, with that many characters of text of its own.
@@ -49,6 +54,7 @@ private:
     const Limits m_limits = Limits();
     int m_depth = 0;
     quint64 m_steps = 0;
+    quint64 m_questions = 0;
     quint64 m_text = 0;
     quint64 m_memory = 0;
     quint64 m_refusals = 0;

@@ -374,7 +374,8 @@ bool RegisterEvaluator::getSelectorValue(const QDomElement& selector, QList<_FOR
 bool RegisterEvaluator::appendSupported(const QString& name, QList<_FORMULA_RESULT_>& out)
 {
     KX_EnumValue value = {};
-    if (!m_hDevice || KX_CC_GetEnumValue(m_hDevice, name.toLatin1().constData(), &value) != KX_OK)
+    if (!m_hDevice || !m_budget.takeQuestion() ||
+        KX_CC_GetEnumValue(m_hDevice, name.toLatin1().constData(), &value) != KX_OK)
         return false;
     // Registers of the values that the record has no place for would be missing without a word.
     if (value.supportedCount > KX_ENUM_CAPACITY)
@@ -387,8 +388,8 @@ bool RegisterEvaluator::appendSupported(const QString& name, QList<_FORMULA_RESU
 bool RegisterEvaluator::appendRange(const QString& name, QList<_FORMULA_RESULT_>& out)
 {
     KX_IntegerValue value = {};
-    const bool read =
-        m_hDevice && KX_CC_GetIntValueEx(m_hDevice, name.toLatin1().constData(), &value) == KX_OK;
+    const bool read = m_hDevice && m_budget.takeQuestion() &&
+                      KX_CC_GetIntValueEx(m_hDevice, name.toLatin1().constData(), &value) == KX_OK;
     quint64 steps = 0; // behind the minimum
     if (read && value.increment > 0 && value.maximum > value.minimum)
         steps = (quint64(value.maximum) - quint64(value.minimum)) / quint64(value.increment);
@@ -403,7 +404,8 @@ bool RegisterEvaluator::appendRange(const QString& name, QList<_FORMULA_RESULT_>
 
 bool RegisterEvaluator::readMemory(qint64 address, void* buffer, qint64 bytes)
 {
-    return m_hDevice && KX_CC_ReadMemory(m_hDevice, buffer, address, bytes) == KX_OK;
+    return m_hDevice && m_budget.takeQuestion() &&
+           KX_CC_ReadMemory(m_hDevice, buffer, address, bytes) == KX_OK;
 }
 
 bool RegisterEvaluator::isSelectedFeature(const QString& name)
