@@ -55,7 +55,7 @@ struct EmulatedCamera::State
     std::optional<uint32_t> address;
     std::string description;
     std::string problem; // with the configuration
-    std::vector<std::string> seedProblems;
+    SeedResult seeded;
     std::optional<Description> nodes; // constant after construction
 
     mutable std::mutex mutex; // guards the responder
@@ -96,10 +96,11 @@ EmulatedCamera::State::State(const CameraConfig& wanted)
     writeBootstrap(config, address.value_or(0), responder.memory);
     writeDescription(config, description, nodes->schemaVersion(), responder.memory, responder.readOnly);
     if (builtIn)
-        seedProblems = applySeed(builtInSeed(), *nodes, responder.memory);
+        seeded = applySeed(builtInSeed(), *nodes, responder.memory);
     if (!config.seed.empty()) {
-        const auto problems = applySeed(config.seed, *nodes, responder.memory);
-        seedProblems.insert(seedProblems.end(), problems.begin(), problems.end());
+        const SeedResult own = applySeed(config.seed, *nodes, responder.memory);
+        seeded.problems.insert(seeded.problems.end(), own.problems.begin(), own.problems.end());
+        seeded.remarks.insert(seeded.remarks.end(), own.remarks.begin(), own.remarks.end());
     }
 }
 
@@ -187,7 +188,12 @@ const CameraConfig& EmulatedCamera::config() const
 
 const std::vector<std::string>& EmulatedCamera::seedProblems() const
 {
-    return m_state->seedProblems;
+    return m_state->seeded.problems;
+}
+
+const std::vector<std::string>& EmulatedCamera::seedRemarks() const
+{
+    return m_state->seeded.remarks;
 }
 
 const std::string& EmulatedCamera::description() const
@@ -237,7 +243,10 @@ std::string EmulatedCamera::setNode(const std::string& name, const NodeValue& va
 std::vector<std::string> EmulatedCamera::change(const std::string& json)
 {
     std::lock_guard lock(m_state->mutex);
-    return applySeed(json, *m_state->nodes, m_state->responder.memory);
+    const SeedResult result = applySeed(json, *m_state->nodes, m_state->responder.memory);
+    std::vector<std::string> sentences = result.problems;
+    sentences.insert(sentences.end(), result.remarks.begin(), result.remarks.end());
+    return sentences;
 }
 
 Faults EmulatedCamera::faults() const

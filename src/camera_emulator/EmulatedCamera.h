@@ -50,6 +50,8 @@ public:
     const CameraConfig& config() const;
     // Seeds that could not be applied, a sentence each.
     const std::vector<std::string>& seedProblems() const;
+    // Of those that were applied, and may not be read so.
+    const std::vector<std::string>& seedRemarks() const;
     // The description that the configuration named.
     const std::string& description() const;
 

@@ -53,8 +53,7 @@ std::optional<Bytes> hexBytes(const json& value)
     return bytes;
 }
 
-void applyNodes(const json& entries, const Description& description, Memory& memory,
-                std::vector<std::string>& problems)
+void applyNodes(const json& entries, const Description& description, Memory& memory, SeedResult& result)
 {
     for (const auto& [name, value] : entries.items()) {
         const auto given = nodeValue(value);
@@ -63,10 +62,10 @@ void applyNodes(const json& entries, const Description& description, Memory& mem
         const auto field = description.field(name);
         const auto* target = std::get_if<RegisterField>(&field);
         if (!problem.empty())
-            problems.push_back(problem);
+            result.problems.push_back(problem);
         else if (target && !target->lengthNode.empty())
-            problems.push_back("Node " + name + " is written, but is as long as " + target->lengthNode +
-                               " says: seed that as well.");
+            result.remarks.push_back("Node " + name + " is written, but is as long as " + target->lengthNode +
+                                     " says: seed that as well.");
     }
 }
 
@@ -95,22 +94,22 @@ std::string writeNode(const Description& description, const std::string& name, c
     return problem.empty() ? problem : "Node " + name + " " + problem + ".";
 }
 
-std::vector<std::string> applySeed(const std::string& text, const Description& description, Memory& memory)
+SeedResult applySeed(const std::string& text, const Description& description, Memory& memory)
 {
-    std::vector<std::string> problems;
+    SeedResult result;
     const json seed = json::parse(text, nullptr, false);
     if (!seed.is_object())
-        return {"The seed is no JSON object."};
+        return {{"The seed is no JSON object."}, {}};
     for (const auto& [key, value] : seed.items()) {
         if ((key != "nodes" && key != "memory") || !value.is_object())
-            problems.push_back("The seed's \"" + key +
-                               "\" is neither an object \"nodes\" nor an object \"memory\".");
+            result.problems.push_back("The seed's \"" + key +
+                                      "\" is neither an object \"nodes\" nor an object \"memory\".");
     }
     if (seed.contains("nodes") && seed["nodes"].is_object())
-        applyNodes(seed["nodes"], description, memory, problems);
+        applyNodes(seed["nodes"], description, memory, result);
     if (seed.contains("memory") && seed["memory"].is_object())
-        applyMemory(seed["memory"], memory, problems);
-    return problems;
+        applyMemory(seed["memory"], memory, result.problems);
+    return result;
 }
 
 } // namespace emu

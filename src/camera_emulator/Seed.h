@@ -14,10 +14,17 @@
 namespace emu
 {
 
-// Problems, a sentence each; what can be written is written. Text that is no such JSON is one problem. A text
-// whose length another register or a formula gives is written and told all the same: a host reads as much as
-// that says.
-std::vector<std::string> applySeed(const std::string& json, const Description& description, Memory& memory);
+struct SeedResult
+{
+    std::vector<std::string> problems; // what was not written
+    // What was, and may not be read so: of a text whose length another register or a formula gives a host
+    // reads as much as that says.
+    std::vector<std::string> remarks;
+};
+
+// A sentence for each problem and remark; what can be written is written. Text that is no such JSON is one
+// problem.
+SeedResult applySeed(const std::string& json, const Description& description, Memory& memory);
 
 // Writes one node's register; gives what stands in the way as a sentence, or an empty text.
 std::string writeNode(const Description& description, const std::string& name, const NodeValue& value,

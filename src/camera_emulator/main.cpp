@@ -46,8 +46,12 @@ int startAll(const emu::Options& options, std::list<emu::EmulatedCamera>& camera
 {
     for (const emu::CameraOptions& wanted : options.cameras) {
         emu::EmulatedCamera& camera = cameras.emplace_back(wanted.config);
+        for (const std::string& remark : camera.seedRemarks())
+            tellProblem(camera, remark);
         for (const std::string& problem : camera.seedProblems())
             tellProblem(camera, "not seeded: " + problem);
+        if (!camera.seedProblems().empty())
+            return Usage;
         camera.setFaults(wanted.faults);
         const emu::StartResult result = camera.start();
         if (result)

@@ -31,15 +31,6 @@ Field ofAnyTransport(const KX_DeviceInfo& device, Choose choose)
     }
 }
 
-QString dottedQuad(uint32_t address)
-{
-    return QString("%1.%2.%3.%4")
-        .arg(address >> 24)
-        .arg(address >> 16 & 0xFF)
-        .arg(address >> 8 & 0xFF)
-        .arg(address & 0xFF);
-}
-
 } // namespace
 
 QByteArray Field::content() const
@@ -102,6 +93,15 @@ QString macText(const KX_DeviceInfo& device)
     if (device.transportType != KX_TRANSPORT_GIGE)
         return {};
     return VELAInterface::int2StringMacAddress(device.special.gige.macHigh, device.special.gige.macLow);
+}
+
+QString dottedQuad(uint32_t address)
+{
+    return QString("%1.%2.%3.%4")
+        .arg(address >> 24)
+        .arg(address >> 16 & 0xFF)
+        .arg(address >> 8 & 0xFF)
+        .arg(address & 0xFF);
 }
 
 QString addressText(const KX_DeviceInfo& device)

@@ -33,6 +33,8 @@ Field portIdField(const KX_DeviceInfo& device);   // Camera Link
 // "AA:BB:CC:DD:EE:FF" for GigE, else empty.
 QString macText(const KX_DeviceInfo& device);
 
+QString dottedQuad(uint32_t address); // of an IPv4 address in host byte order
+
 // Where the camera answers: GigE a dotted quad, Camera Link the port; USB3 has no address: empty.
 QString addressText(const KX_DeviceInfo& device);
 

@@ -167,6 +167,11 @@ TEST_F(Handles, parametersAreChecked)
     EXPECT_EQ(KX_CC_FeatureLoad(camera.handle, ""), KX_E_PARAMETER);
     EXPECT_EQ(KX_CC_EnumDevices(KX_TRANSPORT_ALL, nullptr, 1, &length), KX_E_PARAMETER);
     EXPECT_EQ(KX_CC_EnumDevices(KX_TRANSPORT_ALL, nullptr, 0, nullptr), KX_E_PARAMETER);
+    EXPECT_EQ(KX_CC_GetSearchAddresses(nullptr, 1, &length), KX_E_PARAMETER);
+    EXPECT_EQ(KX_CC_GetSearchAddresses(nullptr, 0, nullptr), KX_E_PARAMETER);
+    KX_Controller controller{};
+    EXPECT_EQ(KX_CC_GetController(nullptr, &controller), KX_E_PARAMETER);
+    EXPECT_EQ(KX_CC_GetController(&info, nullptr), KX_E_PARAMETER);
     EXPECT_EQ(KX_CC_IsDeviceAccessible(nullptr, &length), KX_E_PARAMETER);
     EXPECT_EQ(KX_CC_IsDeviceAccessible(&info, nullptr), KX_E_PARAMETER);
     for (const auto& [milliseconds, tries] : {std::pair{9U, 3U}, {60001U, 3U}, {200U, 0U}, {200U, 21U}})

@@ -206,9 +206,32 @@ TEST_F(CameraOnEmulator, isFoundAndAskedWithoutTakingControl)
     KX_DeviceInfo other = entries[0].info;
     other.transportType = KX_TRANSPORT_CAMERA_LINK;
     EXPECT_EQ(KX_CC_IsDeviceAccessible(&other, &availability), KX_E_NOT_SUPPORTED);
+    KX_Controller controller{};
+    EXPECT_EQ(KX_CC_GetController(&other, &controller), KX_E_NOT_SUPPORTED);
     KX_HANDLE none = nullptr;
     EXPECT_EQ(KX_CC_CreateHandle(&none, &other), KX_E_NOT_SUPPORTED);
     EXPECT_EQ(none, nullptr);
+}
+
+TEST_F(CameraOnEmulator, isAskedForByAddressOrTheWrongPlaceIsNamed)
+{
+    ::setenv("KX_CAMERA_INTERFACES", "none", 1);
+    ::setenv("KX_CAMERA_ADDRESSES", "127.0.0.2,127.0.0.1", 1);
+    uint32_t addresses[2] = {};
+    uint32_t count = 0;
+    EXPECT_EQ(KX_CC_CheckSearchPlaces(), KX_OK);
+    ASSERT_EQ(KX_CC_GetSearchAddresses(addresses, 1, &count), KX_OK);
+    EXPECT_EQ(count, 2u);
+    EXPECT_EQ(addresses[0], 0x7F000001u);
+    EXPECT_EQ(addresses[1], 0u);
+
+    ::setenv("KX_CAMERA_ADDRESSES", "gate1,gate2", 1);
+    EXPECT_EQ(KX_CC_CheckSearchPlaces(), KX_E_PARAMETER);
+    char text[256] = {};
+    uint32_t length = 0;
+    ASSERT_EQ(KX_CC_GetLastErrorText(nullptr, text, sizeof text, &length), KX_OK);
+    EXPECT_STREQ(text, "KX_CAMERA_ADDRESSES: \"gate1\" is no address; several are separated by commas.\n"
+                       "KX_CAMERA_ADDRESSES: \"gate2\" is no address; several are separated by commas.");
 }
 
 TEST_F(CameraOnEmulator, controlThatThisProcessHoldsDoesNotMakeTheCameraTaken)

@@ -1,5 +1,6 @@
 // Who is there: the cameras that KX_CAMERA_INTERFACES and KX_CAMERA_ADDRESSES lead to.
 #include "KXCameraControl/ports/Discovery.h"
+#include "KXCameraControl/ports/SearchPlaces.h"
 #include "KXCameraControl/ports/gige/Inquiry.h"
 #include "camera/GvcpClient.h"
 #include "camera/ScriptedCamera.h"
@@ -333,4 +334,75 @@ TEST(Discovery, aCameraSeenInTwoWaysIsListedOnceWithItsInterface)
         EXPECT_STREQ(entries[0].interfaceName, "lo") << "the interface tells more than \"unicast\"";
         EXPECT_EQ(entries[0].availability, uint32_t(KX_AVAILABILITY_FREE));
     }
+}
+
+// What the environment names and nobody can follow is told, by name, and stops nothing.
+TEST(Discovery, whatIsNoPlaceToSearchIsNamed)
+{
+    const auto problemsOf = [](const char* interfaces, const char* addresses) {
+        setenv("KX_CAMERA_INTERFACES", interfaces, 1);
+        setenv("KX_CAMERA_ADDRESSES", addresses, 1);
+        std::string text;
+        for (const std::string& problem : kx::searchPlaces().problems)
+            text += problem + '\n';
+        return text;
+    };
+    EXPECT_EQ(problemsOf("none", ""), "");
+    EXPECT_EQ(problemsOf("lo", " 127.0.0.9 ,127.0.0.8,"), "");
+    EXPECT_EQ(problemsOf("127.0.0.1", "10.0.0.1"), "");
+    EXPECT_EQ(problemsOf("lo,eth99", ""),
+              "KX_CAMERA_INTERFACES: \"eth99\" is no network interface that this machine has now.\n");
+    EXPECT_EQ(problemsOf("127.255.0.1", ""),
+              "KX_CAMERA_INTERFACES: \"127.255.0.1\" is no network interface that this machine has now.\n");
+    for (const std::string word : {"127.0.0.1 127.0.0.2", "gate1", "127.0.0.256", "127.0.0.1:3956", "0.0.0.0"})
+        EXPECT_EQ(problemsOf("none", ("127.0.0.3," + word).c_str()),
+                  "KX_CAMERA_ADDRESSES: \"" + word + "\" is no address; several are separated by commas.\n");
+}
+
+TEST(Discovery, whatCanBeFollowedIsFollowedAllTheSame)
+{
+    const Emulated camera("SN-1");
+    EXPECT_EQ(enumerate("gate1," + camera.config().address, "none,eth99").size(), 1u);
+    EXPECT_EQ(kx::searchPlaces().addresses, std::vector<uint32_t>{camera.address()});
+}
+
+TEST(Discovery, theControllerIsWhoTheCameraNames)
+{
+    Emulated camera("SN-1");
+    const auto entries = enumerate(camera.config().address);
+    ASSERT_EQ(entries.size(), 1u);
+    KX_Controller controller{1, 1, {}};
+    ASSERT_EQ(kx::controllerOf(entries[0].info, controller), KX_OK);
+    EXPECT_EQ(controller.ipAddress, 0u);
+    EXPECT_EQ(controller.port, 0u);
+
+    camera.stealControl();
+    camera.pokeWord(RegPrimaryAddress, 0x0A010203);
+    camera.pokeWord(RegPrimaryPort, 49152);
+    ASSERT_EQ(kx::controllerOf(entries[0].info, controller), KX_OK);
+    EXPECT_EQ(controller.ipAddress, 0x0A010203u);
+    EXPECT_EQ(controller.port, 49152u);
+
+    camera.stealControl(true); // nobody else may read
+    ASSERT_EQ(kx::controllerOf(entries[0].info, controller), KX_OK);
+    EXPECT_EQ(controller.ipAddress, 0u);
+
+    camera.stop();
+    ASSERT_EQ(kx::controllerOf(entries[0].info, controller), KX_OK);
+    EXPECT_EQ(controller.ipAddress, 0u);
+}
+
+TEST(Discovery, aCameraThatIsBusyIsAskedAgainForItsController)
+{
+    Emulated camera("SN-1");
+    const auto entries = enumerate(camera.config().address);
+    ASSERT_EQ(entries.size(), 1u);
+    camera.stealControl();
+    camera.pokeWord(RegPrimaryAddress, 0x0A010203);
+    emu::Faults faults;
+    faults.busy = 2;
+    camera.setFaults(faults);
+    KX_Controller controller{};
+    ASSERT_EQ(kx::controllerOf(entries[0].info, controller), KX_OK);
+    EXPECT_EQ(controller.ipAddress, 0x0A010203u);
 }

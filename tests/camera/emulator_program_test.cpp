@@ -175,7 +175,7 @@ TEST(EmulatorProgram, runsSeveralCamerasUntilItIsEnded)
     const std::string ready = temporary("ready");
     const std::string stats = temporary("stats");
     const std::string seed = temporary("seed");
-    ASSERT_TRUE(emu::writeFile(seed, R"({"nodes": {"Width": 128, "Nope": 1}})"));
+    ASSERT_TRUE(emu::writeFile(seed, R"({"nodes": {"Width": 128}})"));
     for (int end : {SIGTERM, SIGINT}) {
         Program program({"--ready-file", ready, "--stats", stats, "--address", first, "--serial", "A1",
                          "--model", "MA", "--user-name", "Left", "--address=" + second, "--serial=B2",
@@ -192,8 +192,7 @@ TEST(EmulatorProgram, runsSeveralCamerasUntilItIsEnded)
         EXPECT_EQ(secondHost.read({0x11010}).payload, (gvcp::Bytes{0, 0, 0, 128}));
         program.signal(end);
         EXPECT_EQ(program.wait(), 0);
-        EXPECT_EQ(program.output(), "camera_emulator: " + second +
-                                        ": not seeded: Node Nope is no node of the description.\nready\n");
+        EXPECT_EQ(program.output(), "ready\n");
         const auto json = nlohmann::json::parse(emu::readFile(stats).value_or(""), nullptr, false);
         ASSERT_TRUE(json.is_array());
         ASSERT_EQ(json.size(), 2u);
@@ -218,6 +217,25 @@ TEST(EmulatorProgram, withoutAStatsFileTheCountersArePrinted)
     EXPECT_THAT(program.output(), testing::StartsWith("ready\n[{\"address\":\"127."));
     EXPECT_THAT(program.output(), HasSubstr("\"requests\":0,"));
     std::remove(ready.c_str());
+}
+
+// A camera that is not what was asked for is none to try things with.
+TEST(EmulatorProgram, aSeedThatIsRejectedIsAnError)
+{
+    const std::string seed = temporary("seed");
+    const std::string address = tests::freshLoopbackAddress();
+    const std::pair<const char*, const char*> cases[] = {
+        {R"({"nodes": {"Width": 128, "Nope": 1}})", "not seeded: Node Nope is no node of the description.\n"},
+        {R"({"memory": {"0x20000": "xy"}})",
+         "not seeded: The seed for address 0x20000 is not an address with hexadecimal bytes.\n"},
+        {"Width = 128", "not seeded: The seed is no JSON object.\n"}};
+    for (const auto& [text, sentence] : cases) {
+        ASSERT_TRUE(emu::writeFile(seed, text));
+        Program program({"--address", address, "--seed", seed});
+        EXPECT_EQ(program.wait(), 2) << text;
+        EXPECT_EQ(program.output(), "camera_emulator: " + address + ": " + sentence);
+    }
+    std::remove(seed.c_str());
 }
 
 TEST(EmulatorProgram, exitCodesSayWhatWentWrong)

@@ -25,12 +25,14 @@ std::string reg(const std::string& tag, const std::string& name, const std::stri
     return "<" + tag + " Name=\"" + name + "\">" + rest + "<pPort>Device</pPort></" + tag + ">";
 }
 
-// The problems of a seed of nodes, in one text.
+// The problems and remarks of a seed of nodes, in one text.
 std::string seedNodes(const std::string& nodes, const Description& description, Memory& memory)
 {
     std::string all;
-    for (const std::string& problem : emu::applySeed("{\"nodes\": {" + nodes + "}}", description, memory))
-        all += problem;
+    const emu::SeedResult result = emu::applySeed("{\"nodes\": {" + nodes + "}}", description, memory);
+    for (const auto* sentences : {&result.problems, &result.remarks})
+        for (const std::string& sentence : *sentences)
+            all += sentence;
     return all;
 }
 
@@ -172,14 +174,15 @@ TEST(EmulatorSeed, memoryIsGivenInHexadecimal)
 {
     const Description nodes(description(""));
     Memory memory;
-    EXPECT_TRUE(emu::applySeed(R"({"memory": {"0x1001": "00 0a0B ff", "32": "80"}})", nodes, memory).empty());
+    EXPECT_TRUE(emu::applySeed(R"({"memory": {"0x1001": "00 0a0B ff", "32": "80"}})", nodes, memory)
+                    .problems.empty());
     EXPECT_EQ(memory.read(0x1000, 6), (Bytes{0, 0, 0x0A, 0x0B, 0xFF, 0}));
     EXPECT_EQ(memory.read(32, 1), Bytes{0x80});
     for (const char* wrong :
          {R"({"memory": {"0x1001": "123"}})", R"({"memory": {"0x1001": "zz"}})",
           R"({"memory": {"there": "00"}})", R"({"memory": {"0x100000000": "00"}})", R"({"memory": {"0": 5}})",
           R"({"memory": []})", R"({"registers": {}})", "[]", "{", ""})
-        EXPECT_EQ(emu::applySeed(wrong, nodes, memory).size(), 1u) << wrong;
+        EXPECT_EQ(emu::applySeed(wrong, nodes, memory).problems.size(), 1u) << wrong;
 }
 
 TEST(EmulatorDescription, valuesAreReadBack)

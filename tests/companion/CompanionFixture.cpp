@@ -67,15 +67,30 @@ Result seen(const Arguments& arguments, const Result& run)
     return run;
 }
 
-} // namespace
-
-Result runInProcess(const Arguments& arguments, companion::Enumerate enumerate)
+Result run(const Arguments& arguments, const std::function<companion::World(companion::Console&)>& worldOf)
 {
     std::ostringstream out;
     std::ostringstream err;
     companion::Console console(out, err, false, false);
-    const int code = companion::runCompanion(arguments, {console, std::move(enumerate)});
+    const int code = companion::runCompanion(arguments, worldOf(console));
     return seen(arguments, {code, out.str(), err.str()});
+}
+
+} // namespace
+
+Result runInProcess(const Arguments& arguments)
+{
+    return run(arguments, [](companion::Console& console) { return companion::World{console}; });
+}
+
+Result runInProcess(const Arguments& arguments, companion::Enumerate enumerate)
+{
+    return run(arguments, [&](companion::Console& console) {
+        companion::World world{console};
+        world.enumerate = std::move(enumerate);
+        world.controller = [](const companion::ListedCamera&) { return QString(); };
+        return world;
+    });
 }
 
 Json lastObject(const Result& run, const char* kind)

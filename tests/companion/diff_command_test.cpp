@@ -314,7 +314,7 @@ TEST_F(DiffOfCameras, NeedsOneCameraForASide)
     EXPECT_EQ(none.out, "");
     const Result several = diff("name:Gate", path(file));
     EXPECT_EQ(several.code, 2);
-    EXPECT_EQ(several.err, "More than one camera has the user name \"Gate\".\n");
+    EXPECT_THAT(several.err, StartsWith("More than one camera has the user name \"Gate\": address:127."));
     const Result same = diff("serial:S1", "serial:S1");
     EXPECT_EQ(same.code, 2);
     EXPECT_EQ(same.err, "A and B are one camera: EMU-1 S1\n");

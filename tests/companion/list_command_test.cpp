@@ -1,5 +1,9 @@
 #include "companion/CompanionFixture.h"
 
+#include "gvcp/Gvcp.h"
+
+#include <SuiteTools/SuiteTools.h>
+
 #include <nlohmann/json.hpp>
 
 using tests::CompanionTest;
@@ -27,11 +31,12 @@ TEST(ListCommand, PrintsJsonWithTheCamerasOwnTexts)
     const Result run =
         runInProcess({"list", "--json"}, entries({gigeEntry("A\033\"1", "100", "门", 0x7F000001)}));
     EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(run.out,
-              "{\"format_version\":1,\"command\":\"list\",\"kind\":\"camera\",\"camera\":{\"number\":1,"
-              "\"transport\":\"GigE\",\"model\":\"A\\u001b\\\"1\",\"serial\":\"100\",\"name\":\"门\","
-              "\"address\":\"127.0.0.1\"},\"status\":\"free\"}\n"
-              "{\"format_version\":1,\"command\":\"list\",\"kind\":\"end\",\"exit\":0,\"messages\":[]}\n");
+    EXPECT_EQ(
+        run.out,
+        "{\"format_version\":1,\"command\":\"list\",\"kind\":\"camera\",\"camera\":{\"number\":1,"
+        "\"transport\":\"GigE\",\"model\":\"A\\u001b\\\"1\",\"serial\":\"100\",\"name\":\"门\","
+        "\"address\":\"127.0.0.1\"},\"status\":\"free\",\"mac\":\"00:00:00:00:00:00\",\"controller\":null}\n"
+        "{\"format_version\":1,\"command\":\"list\",\"kind\":\"end\",\"exit\":0,\"messages\":[]}\n");
 }
 
 TEST(ListCommand, KeepsControlSequencesFromTheTerminal)
@@ -82,8 +87,11 @@ TEST_F(ListOnTheWire, ShowsWhoIsThereInOneOrderAndTakesNothing)
 
     const Result run = runInProcess({"list", "--json"});
     ASSERT_EQ(run.code, 0);
-    const auto told = [&](int number, const emu::EmulatedCamera& camera, const char* status) {
+    const auto told = [&](int number, const emu::EmulatedCamera& camera, const char* status,
+                          const tests::Json& controller) {
         const emu::CameraConfig& config = camera.config();
+        const QString mac = VELAInterface::int2StringMacAddress(camera.peekWord(gvcp::RegMacHigh),
+                                                                camera.peekWord(gvcp::RegMacLow));
         return tests::Json{{"camera",
                             {{"number", number},
                              {"transport", "GigE"},
@@ -91,7 +99,9 @@ TEST_F(ListOnTheWire, ShowsWhoIsThereInOneOrderAndTakesNothing)
                              {"serial", config.serial},
                              {"name", config.userName},
                              {"address", config.address}}},
-                           {"status", status}};
+                           {"status", status},
+                           {"mac", mac.toStdString()},
+                           {"controller", controller}};
     };
     std::vector<tests::Json> list = tests::objects(run);
     ASSERT_EQ(list.size(), 4u);
@@ -99,8 +109,9 @@ TEST_F(ListOnTheWire, ShowsWhoIsThereInOneOrderAndTakesNothing)
     for (tests::Json& object : list)
         for (const char* key : {"format_version", "command", "kind"})
             object.erase(key);
-    EXPECT_EQ(list, (std::vector<tests::Json>{told(1, first, "free"), told(2, second, "in use"),
-                                              told(3, third, "unreachable")}));
+    EXPECT_EQ(list, (std::vector<tests::Json>{told(1, first, "free", nullptr),
+                                              told(2, second, "in use", "127.255.255.254:1"),
+                                              told(3, third, "unreachable", nullptr)}));
     for (const emu::EmulatedCamera* camera : {&first, &second, &third})
         EXPECT_EQ(camera->counters().writeReg, 0u);
     EXPECT_EQ(runInProcess({"list", "--json"}).out, run.out);

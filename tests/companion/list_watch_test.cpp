@@ -94,9 +94,10 @@ TEST(ListWatch, PrintsJsonLines)
     const std::string camera =
         "\"camera\":{\"number\":1,\"transport\":\"GigE\",\"model\":\"EMU-1\",\"serial\":"
         "\"S1\",\"name\":\"Gate 3\",\"address\":\"127.0.0.1\"},";
-    EXPECT_THAT(run.out, StartsWith(head + "\"event\":\"appeared\"," + camera + "\"status\":\"free\"}\n" +
-                                    head + "\"event\":\"changed\"," + camera +
-                                    "\"status\":\"in use\",\"was\":{\"status\":\"free\"}}\n"));
+    const std::string rest = "\"mac\":\"00:00:00:00:00:00\",\"controller\":null";
+    EXPECT_THAT(run.out, StartsWith(head + "\"event\":\"appeared\"," + camera + "\"status\":\"free\"," +
+                                    rest + "}\n" + head + "\"event\":\"changed\"," + camera +
+                                    "\"status\":\"in use\"," + rest + ",\"was\":{\"status\":\"free\"}}\n"));
 }
 
 TEST(ListWatch, OutlivesANetworkThatIsAwayAndSaysSoOnce)
@@ -137,7 +138,7 @@ TEST_F(WatchProgram, FollowsACameraUntilCtrlC)
     EXPECT_THAT(nextLine(), HasSubstr("  appeared  GigE  EMU-1 S1  " + camera.config().address + "  free\n"));
     camera.stealControl();
     EXPECT_THAT(nextLine(), HasSubstr("  changed   GigE  EMU-1 S1  " + camera.config().address +
-                                      "  in use  (status was free)\n"));
+                                      "  in use by 127.255.255.254:1  (status was free)\n"));
     camera.stop();
     EXPECT_THAT(nextLine(), HasSubstr("  gone      GigE  EMU-1 S1  " + camera.config().address + "\n"));
     program.signal(SIGINT);

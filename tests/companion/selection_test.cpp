@@ -131,6 +131,36 @@ TEST(Selection, NamesEachSelectorThatFitsNobody)
                                           "No camera has the address \"1.2.3.4\"."}));
 }
 
+TEST(Selection, TellsTwinsApartByAddressOrMac)
+{
+    KX_DeviceEntry first = gigeEntry("A1", "100", "", 0x7F000001);
+    KX_DeviceEntry second = gigeEntry("A1", "100", "", 0x7F000002);
+    first.info.special.gige.macHigh = second.info.special.gige.macHigh = 0x0200;
+    first.info.special.gige.macLow = 0x0000000A;
+    second.info.special.gige.macLow = 0xABCDEF0B;
+    const auto cameras = camerasFrom({first, second, gigeEntry("A1", "200", "", 0x7F000003)});
+    EXPECT_EQ(cameras[0].title(), "A1 100 at 127.0.0.1");
+    EXPECT_EQ(cameras[1].title(), "A1 100 at 127.0.0.2");
+    EXPECT_EQ(cameras[2].title(), "A1 200");
+    EXPECT_EQ(cameras[1].mac, "02:00:AB:CD:EF:0B");
+    EXPECT_THAT(ids(choose({"--address", "127.0.0.2"}, cameras)), ElementsAre(2));
+    EXPECT_THAT(ids(choose({"--mac", "02:00:AB:CD:EF:0B"}, cameras)), ElementsAre(2));
+    EXPECT_THAT(ids(choose({"--mac", "02-00-00-00-00-0a"}, cameras)), ElementsAre(1));
+    EXPECT_EQ(choose({"--mac", "02:00:00:00:00:0B"}, cameras).misses,
+              QStringList{"No camera has the MAC address \"02:00:00:00:00:0B\"."});
+}
+
+TEST(Selection, ExpectsANumber)
+{
+    EXPECT_THAT(choose({"--all", "--expect", "4"}).misses, IsEmpty());
+    EXPECT_EQ(choose({"--all", "--expect", "5"}).misses,
+              QStringList{"5 camera(s) were expected, 4 were found."});
+    EXPECT_EQ(choose({"--serial", "200", "--expect", "2"}).misses,
+              QStringList{"2 camera(s) were expected, 1 was found."});
+    EXPECT_EQ(choose({"--all", "--expect", "0"}).misses,
+              QStringList{"0 camera(s) were expected, 4 were found."});
+}
+
 TEST(Selection, NeedsOneOptionAndNoOtherBesideAll)
 {
     EXPECT_THROW(choose({}), CLI::ParseError);

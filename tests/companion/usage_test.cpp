@@ -77,7 +77,8 @@ TEST(Usage, HasATableOfExitCodes)
         "  1    a job failed; the others went on; or a clone that was asked about was refused; or what was "
         "compared differs\n"
         "  2    wrong usage, or two chosen cameras that would write one file; nothing was done\n"
-        "  3    no such camera; nothing was done\n"
+        "  3    no such camera, or another number of them than expected; nothing was done, unless "
+        "--keep-going let the others go on\n"
         "  4    a camera did not take all of the file\n"
         "  5    the file belongs to another model, firmware, board type or version, or the snapshot to "
         "another camera; or it is no features file\n"
@@ -114,17 +115,37 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair(Arguments{"export", "--to", "."}, "At least 1 option from"),
         std::pair(Arguments{"export", "--to", ".", "--all", "--serial", "1"}, "--all excludes --serial\n"),
         std::pair(Arguments{"export", "--to", ".", "--serial"}, "--serial: 1 required"),
+        std::pair(Arguments{"export", "--to", ".", "--serial", ""},
+                  "--serial: An empty value chooses no camera.\n"),
+        std::pair(Arguments{"export", "--to", ".", "--name", "Gate 1", ""},
+                  "An empty argument means nothing.\n"),
+        std::pair(Arguments{"export", "--to", ".", "--name=", "Gate 1"},
+                  "An empty argument means nothing.\n"),
+        std::pair(Arguments{"plan", "a.fpk", "--address", ""},
+                  "--address: An empty value chooses no camera.\n"),
+        std::pair(Arguments{"import", "a.fpk", "--mac", ""}, "--mac: An empty value chooses no camera.\n"),
+        std::pair(Arguments{"verify", "a.fpk", "--model", ""},
+                  "--model: An empty value chooses no camera.\n"),
+        std::pair(Arguments{"export", "--to", ".", "--all", "--log", ""}, "--log: Name a file.\n"),
+        std::pair(Arguments{"export", "--to", ".", "--all", "--expect", ""},
+                  "An empty argument means nothing.\n"),
+        std::pair(Arguments{"export", "--to", ".", "--all", "--expect", "-1"}, "Could not convert: --expect"),
+        std::pair(Arguments{"export", "--to", ".", "--all", "--wait", "-1"}, "--wait: Value -1 not in range"),
         std::pair(Arguments{"export", "--to", ".", "--all", "--format", "zip"}, "--format: zip not in {"),
         std::pair(Arguments{"import", "--all"}, "FILE is required\n"),
         std::pair(Arguments{"import", "", "--all"}, "FILE: Name a file.\n"),
         std::pair(Arguments{"import", "a.fpk", "--all", "--start-up"}, "--start-up requires --persist\n"),
         std::pair(Arguments{"import", "a.fpk", "--all", "--snapshot", ""}, "--snapshot: Name a folder.\n"),
         std::pair(Arguments{"rollback", "--serial", "1"}, "SNAPSHOT is required\n"),
-        std::pair(Arguments{"rollback", "folder"}, "--serial is required\n"),
+        std::pair(Arguments{"rollback", "folder"}, "At least 1 option from"),
         std::pair(Arguments{"clone", "--to", "1"}, "--from is required\n"),
-        std::pair(Arguments{"clone", "--from", "1"}, "--to is required\n"),
+        std::pair(Arguments{"clone", "--from", "1"}, "At least 1 option from"),
+        std::pair(Arguments{"clone", "--from", "", "--to", "1"}, "--from: Name a camera.\n"),
+        std::pair(Arguments{"clone", "--from", "1", "--to", ""}, "--to: Name a camera.\n"),
         std::pair(Arguments{"diff", "a.fpk"}, "B is required\n"),
         std::pair(Arguments{"diff", "", "b.fpk"}, "A: Name a file or a camera.\n"),
+        std::pair(Arguments{"diff", "a.fpk", "serial:"}, "B: Name a file or a camera.\n"),
+        std::pair(Arguments{"diff", "a.fpk", "b.fpk", "--ignore", ""}, "--ignore: Name a feature.\n"),
         std::pair(Arguments{"show"}, "FILE is required\n"),
         std::pair(Arguments{"show", ""}, "FILE: Name a file.\n"),
         std::pair(Arguments{"list", "--interval", "2"}, "--interval requires --watch\n"),

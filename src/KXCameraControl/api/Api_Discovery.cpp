@@ -1,6 +1,7 @@
 // Which cameras there are, and when to look again.
 #include "KXCameraControl/api/Api_Guard.h"
 #include "KXCameraControl/ports/Discovery.h"
+#include "KXCameraControl/ports/SearchPlaces.h"
 #include "KXCameraControl/ports/gige/Socket.h"
 
 #include <algorithm>
@@ -54,6 +55,38 @@ KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uin
         std::copy_n(found.begin(), std::min<size_t>(found.size(), capacity), entries);
         *count = static_cast<uint32_t>(found.size());
         return KX_OK;
+    });
+}
+
+KX_Status KX_CC_CheckSearchPlaces(void)
+{
+    return withoutExceptions([] {
+        std::string text;
+        for (const std::string& problem : searchPlaces().problems)
+            text += (text.empty() ? "" : "\n") + problem;
+        return text.empty() ? KX_OK : failed(nullptr, KX_E_PARAMETER, text);
+    });
+}
+
+KX_Status KX_CC_GetSearchAddresses(uint32_t* addresses, uint32_t capacity, uint32_t* count)
+{
+    return withoutExceptions([&] {
+        if (!count || (!addresses && capacity > 0))
+            return failed(nullptr, KX_E_PARAMETER, {});
+        const std::vector<uint32_t> asked = searchPlaces().addresses;
+        std::copy_n(asked.begin(), std::min<size_t>(asked.size(), capacity), addresses);
+        *count = static_cast<uint32_t>(asked.size());
+        return KX_OK;
+    });
+}
+
+KX_Status KX_CC_GetController(const KX_DeviceInfo* device, KX_Controller* controller)
+{
+    return withoutExceptions([&] {
+        if (!device || !controller)
+            return failed(nullptr, KX_E_PARAMETER, {});
+        const KX_Status status = controllerOf(*device, *controller);
+        return status == KX_OK ? KX_OK : failed(nullptr, status, {});
     });
 }
 

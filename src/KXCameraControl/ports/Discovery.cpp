@@ -1,14 +1,12 @@
 // Asking networks and single addresses for cameras.
 #include "KXCameraControl/ports/Discovery.h"
 
+#include "KXCameraControl/ports/SearchPlaces.h"
 #include "KXCameraControl/ports/gige/Inquiry.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <functional>
-#include <sstream>
 #include <tuple>
 
 namespace kx
@@ -25,6 +23,8 @@ constexpr Patience kSearch{2, milliseconds(200)};
 constexpr Patience kQuery{3, milliseconds(200)};
 constexpr uint16_t kDiscoveryId = 1;
 constexpr uint16_t kQueryId = 2;
+constexpr uint16_t kHolderAddressId = 3;
+constexpr uint16_t kHolderPortId = 4;
 
 // A way out of this host: the socket and how it is called.
 struct Route
@@ -46,48 +46,6 @@ struct Found
     KX_DeviceEntry entry;
     size_t socket;
 };
-
-// The non-empty parts of a comma-separated list, without surrounding blanks.
-std::vector<std::string> listFrom(const char* text)
-{
-    std::vector<std::string> parts;
-    std::istringstream stream(text ? text : "");
-    for (std::string part; std::getline(stream, part, ',');) {
-        const size_t begin = part.find_first_not_of(" \t");
-        if (begin != std::string::npos)
-            parts.push_back(part.substr(begin, part.find_last_not_of(" \t") - begin + 1));
-    }
-    return parts;
-}
-
-// Everything but the loopback, unless KX_CAMERA_INTERFACES names what is meant.
-std::vector<NetworkInterface> interfacesToSearch()
-{
-    std::vector<NetworkInterface> interfaces = networkInterfaces();
-    const char* setting = std::getenv("KX_CAMERA_INTERFACES");
-    const std::vector<std::string> names = listFrom(setting);
-    const auto isWanted = [&](const NetworkInterface& interface) {
-        if (!setting)
-            return !interface.isLoopback;
-        return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-            return name != "none" && (name == interface.name || parseAddress(name) == interface.address);
-        });
-    };
-    interfaces.erase(std::remove_if(interfaces.begin(), interfaces.end(), std::not_fn(isWanted)),
-                     interfaces.end());
-    return interfaces;
-}
-
-std::vector<uint32_t> addressesToAsk()
-{
-    std::vector<uint32_t> addresses;
-    for (const std::string& text : listFrom(std::getenv("KX_CAMERA_ADDRESSES")))
-        if (const auto address = parseAddress(text); address && *address != 0)
-            addresses.push_back(*address);
-    std::sort(addresses.begin(), addresses.end());
-    addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
-    return addresses;
-}
 
 void addRoute(Search& search, Route route, const std::vector<uint32_t>& addresses)
 {
@@ -197,6 +155,35 @@ void queryAvailability(std::vector<UdpSocket>& sockets, std::vector<Found>& came
     });
 }
 
+// The value of a register; nothing for an answer to something else. 0 where the camera has no such register
+// or does not show it.
+std::optional<uint32_t> shownValue(const AckPacket& ack, uint16_t id)
+{
+    if (ack.id != id || ack.status == Busy || ack.command == PendingAck)
+        return std::nullopt;
+    const auto values = parseRegisterValues(ack.payload, 1);
+    return ack.status == Success && ack.command == ReadRegAck && values ? (*values)[0] : 0;
+}
+
+// One register a question: not every camera takes several.
+uint32_t askRegister(std::vector<UdpSocket>& sockets, uint32_t camera, uint16_t id, uint32_t address)
+{
+    uint32_t value = 0;
+    std::vector<Question> questions{{0, camera, encodeReadRegisters(id, {address})}};
+    askAll(sockets, questions, kQuery, [&](size_t, uint32_t, const AckPacket& ack) {
+        const auto shown = shownValue(ack, id);
+        value = shown.value_or(value);
+        return shown.has_value();
+    });
+    return value;
+}
+
+// The interface may have another address than when the camera was found.
+bool openTowards(const KX_GigEDeviceInfo& gige, UdpSocket& socket)
+{
+    return socket.open(gige.interfaceAddress) || socket.open(0);
+}
+
 bool comesBefore(const Found& a, const Found& b)
 {
     const auto key = [](const Found& found) {
@@ -215,10 +202,11 @@ KX_Status enumerateDevices(uint32_t transportMask, std::vector<KX_DeviceEntry>& 
     if ((transportMask & KX_TRANSPORT_GIGE) == 0)
         return KX_OK;
     Search search;
-    for (const NetworkInterface& interface : interfacesToSearch())
+    const SearchPlaces places = searchPlaces();
+    for (const NetworkInterface& interface : places.interfaces)
         addRoute(search, {interface.name, interface.address}, {interface.broadcast});
-    if (const auto addresses = addressesToAsk(); !addresses.empty())
-        addRoute(search, {"unicast", 0}, addresses);
+    if (!places.addresses.empty())
+        addRoute(search, {"unicast", 0}, places.addresses);
     if (search.hasFailed && search.sockets.empty())
         return KX_E_NETWORK;
 
@@ -239,14 +227,31 @@ KX_Status deviceAvailability(const KX_DeviceInfo& device, uint32_t& availability
     if (gige.ipAddress == 0) // to the system: this host
         return KX_OK;
     std::vector<UdpSocket> sockets(1);
-    // The interface may have another address than when the camera was found.
-    if (!sockets[0].open(gige.interfaceAddress) && !sockets[0].open(0))
+    if (!openTowards(gige, sockets[0]))
         return KX_E_NETWORK;
     std::vector<Found> cameras(1);
     cameras[0].entry.info = device;
     cameras[0].entry.availability = availability;
     queryAvailability(sockets, cameras);
     availability = cameras[0].entry.availability;
+    return KX_OK;
+}
+
+// GigE Vision, "Primary application port" and "Primary application IP address": both 0 while nobody has control.
+KX_Status controllerOf(const KX_DeviceInfo& device, KX_Controller& controller)
+{
+    controller = {};
+    if (device.transportType != KX_TRANSPORT_GIGE)
+        return KX_E_NOT_SUPPORTED;
+    const KX_GigEDeviceInfo& gige = device.special.gige;
+    if (gige.ipAddress == 0) // to the system: this host
+        return KX_OK;
+    std::vector<UdpSocket> sockets(1);
+    if (!openTowards(gige, sockets[0]))
+        return KX_E_NETWORK;
+    controller.ipAddress = askRegister(sockets, gige.ipAddress, kHolderAddressId, RegPrimaryAddress);
+    if (controller.ipAddress != 0)
+        controller.port = askRegister(sockets, gige.ipAddress, kHolderPortId, RegPrimaryPort) & 0xFFFF;
     return KX_OK;
 }
 

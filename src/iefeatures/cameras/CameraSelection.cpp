@@ -1,66 +1,89 @@
 #include "iefeatures/cameras/CameraSelection.h"
 
-#include "iefeatures/console/Text.h"
+#include "iefeatures/console/OptionChecks.h"
 
 #include <CLI/CLI.hpp>
 
-#include <set>
+#include <algorithm>
 
 namespace companion
 {
-
-void CameraSelection::addOptions(CLI::App& app)
+namespace
 {
-    auto* group = app.add_option_group("Cameras", "Which cameras; several options choose more cameras");
-    auto* all = group->add_flag("--all", m_all, "Every camera that is found");
-    const auto add = [&](const std::string& name, Words& words, const std::string& help) {
-        group->add_option(name, words, help)->excludes(all);
+
+QString otherNumber(unsigned expected, size_t found)
+{
+    return QString("%1 camera(s) were expected, %2 found.")
+        .arg(expected)
+        .arg(found == 1 ? QString("1 was") : QString("%1 were").arg(found));
+}
+
+} // namespace
+
+void CameraSelection::addSelectors(CLI::App& group)
+{
+    CLI::Option* all = group.add_flag("--all", m_all, "Every camera that is found");
+    const auto add = [&](const char* name, Words& words, const char* help) {
+        group.add_option(name, words, help)
+            ->excludes(all)
+            ->check(isGiven("An empty value chooses no camera."));
     };
     add("--serial", m_serials, "Cameras of these serial numbers");
     add("--name", m_names, "Cameras of these user names (a replaced camera keeps its name, not its number)");
     add("--address", m_addresses, "Cameras at these addresses");
+    add("--mac", m_macs, "Cameras of these MAC addresses");
     add("--model", m_models, "All cameras of these models");
-    group->require_option(1, 0);
 }
 
-CameraSelection::Choice CameraSelection::bySerial(const Words& serials,
-                                                  const std::vector<ListedCamera>& cameras)
+void CameraSelection::addOptions(CLI::App& app)
 {
-    CameraSelection selection;
-    selection.m_serials = serials;
-    return selection.choose(cameras);
+    addOptions(app, nullptr, nullptr);
+}
+
+void CameraSelection::addOptions(CLI::App& app, const char* more, const char* help)
+{
+    auto* group = app.add_option_group("Cameras", "Which cameras; several options choose more cameras");
+    if (more)
+        group->add_option(more, m_more, help)->type_name("S")->check(isGiven("Name a camera."));
+    addSelectors(*group);
+    group->require_option(1, 0);
+    app.add_option("--expect", m_expected, "Do nothing unless exactly so many cameras are chosen")
+        ->type_name("N");
+}
+
+// In the order in which they are told to be missing.
+std::vector<CameraWord> CameraSelection::words() const
+{
+    std::vector<CameraWord> all;
+    std::transform(m_more.begin(), m_more.end(), std::back_inserter(all), cameraWordOrSerial);
+    const auto take = [&](const Words& values, const CameraTrait& trait) {
+        for (const std::string& value : values)
+            all.push_back({&trait, QString::fromStdString(value)});
+    };
+    take(m_serials, kBySerial);
+    take(m_names, kByName);
+    take(m_addresses, kByAddress);
+    take(m_macs, kByMac);
+    take(m_models, kByModel);
+    return all;
 }
 
 CameraSelection::Choice CameraSelection::choose(const std::vector<ListedCamera>& cameras) const
 {
     Choice choice;
-    if (m_all) {
-        choice.cameras = cameras;
-        if (cameras.empty())
-            choice.misses += "No camera was found.";
-        return choice;
-    }
-    std::set<size_t> chosen;
-    const auto take = [&](const Words& words, QString ListedCamera::*field, const char* kind) {
-        for (const std::string& word : words) {
-            const QString wanted = QString::fromStdString(word);
-            bool isFound = false;
-            for (size_t i = 0; i < cameras.size(); ++i) {
-                if (cameras[i].*field != wanted)
-                    continue;
-                chosen.insert(i);
-                isFound = true;
-            }
-            if (!isFound)
-                choice.misses += QString("No camera has the %1 \"%2\".").arg(kind, printable(wanted));
-        }
-    };
-    take(m_serials, &ListedCamera::serial, "serial number");
-    take(m_names, &ListedCamera::userName, "user name");
-    take(m_addresses, &ListedCamera::address, "address");
-    take(m_models, &ListedCamera::model, "model name");
-    for (const size_t i : chosen)
-        choice.cameras.push_back(cameras[i]);
+    const std::vector<CameraWord> wanted = words();
+    for (const ListedCamera& camera : cameras)
+        if (m_all || std::any_of(wanted.begin(), wanted.end(),
+                                 [&](const CameraWord& word) { return word.fits(camera); }))
+            choice.cameras.push_back(camera);
+    for (const CameraWord& word : wanted)
+        if (std::none_of(cameras.begin(), cameras.end(),
+                         [&](const ListedCamera& camera) { return word.fits(camera); }))
+            choice.misses += word.missing();
+    if (m_all && cameras.empty())
+        choice.misses += "No camera was found.";
+    if (m_expected && *m_expected != choice.cameras.size())
+        choice.misses += otherNumber(*m_expected, choice.cameras.size());
     return choice;
 }
 

@@ -1,10 +1,11 @@
 // Which cameras a command is meant for: the options that every command with cameras has.
 #pragma once
 
-#include "iefeatures/cameras/ListedCamera.h"
+#include "iefeatures/cameras/CameraWord.h"
 
 #include <QStringList>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,13 @@ namespace companion
 class CameraSelection
 {
 public:
-    // --all, or any number of --serial, --name, --address and --model. One of them must be given.
+    using Words = std::vector<std::string>;
+
+    // --all, or any number of --serial, --name, --address, --mac and --model, one of which must be given; and
+    // --expect.
     void addOptions(CLI::App& app);
+    // The same, and one option more that chooses cameras, by serial numbers or words such as "name:Gate 3".
+    void addOptions(CLI::App& app, const char* more, const char* help);
 
     struct Choice
     {
@@ -28,16 +34,21 @@ public:
         QStringList misses;                // a sentence for each selector that no camera fits
     };
     Choice choose(const std::vector<ListedCamera>& cameras) const;
-
-    using Words = std::vector<std::string>;
-    static Choice bySerial(const Words& serials, const std::vector<ListedCamera>& cameras);
+    // Whether it means whoever is there, so that one that is not there goes unnoticed.
+    bool isOpen() const { return m_all || !m_models.empty(); }
 
 private:
+    void addSelectors(CLI::App& group);
+    std::vector<CameraWord> words() const;
+
     bool m_all = false;
     Words m_serials;
     Words m_names;
     Words m_addresses;
+    Words m_macs;
     Words m_models;
+    Words m_more;
+    std::optional<unsigned> m_expected;
 };
 
 } // namespace companion

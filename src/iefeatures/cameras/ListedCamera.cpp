@@ -5,6 +5,8 @@
 #include "camera_line/Enumeration.h"
 #include "camera_line/RecordTexts.h"
 
+#include <map>
+
 namespace companion
 {
 namespace
@@ -22,11 +24,21 @@ QString statusWord(uint32_t availability)
     }
 }
 
+void findTwins(std::vector<ListedCamera>& cameras)
+{
+    std::map<std::pair<QString, QString>, int> counts;
+    for (const ListedCamera& camera : cameras)
+        ++counts[{camera.model, camera.serial}];
+    for (ListedCamera& camera : cameras)
+        camera.hasTwin = counts[{camera.model, camera.serial}] > 1;
+}
+
 } // namespace
 
 QString ListedCamera::title() const
 {
-    return printable(model + ' ' + serial);
+    const bool isToldApart = hasTwin && !address.isEmpty();
+    return printable(model + ' ' + serial + (isToldApart ? " at " + address : QString()));
 }
 
 KX_Status enumerateCameras(std::vector<KX_DeviceEntry>& entries)
@@ -47,8 +59,10 @@ std::vector<ListedCamera> camerasFrom(const std::vector<KX_DeviceEntry>& entries
         camera.serial = camera_line::serialField(entry.info).text();
         camera.userName = camera_line::userNameField(entry.info).text();
         camera.address = camera_line::addressText(entry.info);
+        camera.mac = camera_line::macText(entry.info);
         camera.status = statusWord(entry.availability);
     }
+    findTwins(cameras);
     return cameras;
 }
 

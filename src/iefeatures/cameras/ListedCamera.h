@@ -17,11 +17,14 @@ struct ListedCamera
     QString transport;       // "GigE", "U3V", "CL"
     QString model;
     QString serial;
-    QString userName; // empty where the transport has none
-    QString address;  // GigE: dotted quad; CL: the port; U3V: empty
-    QString status;   // "free", "in use", "unreachable"
+    QString userName;     // empty where the transport has none
+    QString address;      // GigE: dotted quad; CL: the port; U3V: empty
+    QString mac;          // GigE: "02:00:00:00:00:01"; else empty
+    QString status;       // "free", "in use", "unreachable"
+    QString controller;   // once it was asked for, and where the camera tells: "10.0.0.5:49152"
+    bool hasTwin = false; // another one has the same model and serial number
 
-    // "model serial", for messages.
+    // "model serial", for messages; where that is not enough " at 10.0.0.7" behind it.
     QString title() const;
 };
 

@@ -39,6 +39,8 @@ void CheckCommand::addOptions(CLI::App& app)
         ->type_name("")
         ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
     m_selection.addOptions(app);
+    m_search.addWait(app);
+    m_search.addKeepGoing(app);
     app.add_flag("--strict", m_isStrict, "Count also what streaming programs and automatic functions set");
     app.add_flag("--details", m_isDetailed, kDetailsHelp);
     app.add_flag("--json", m_json, "One JSON object a line for each camera");
@@ -46,17 +48,12 @@ void CheckCommand::addOptions(CLI::App& app)
 
 int CheckCommand::execute(World& world)
 {
-    std::vector<ListedCamera> cameras;
-    if (!findCameras(world, cameras))
-        return ExitInputOutput;
-    const CameraSelection::Choice choice = m_selection.choose(cameras);
-    for (const QString& miss : choice.misses)
-        world.console.err(miss + '\n');
-    if (!choice.misses.isEmpty())
-        return ExitNoSuchCamera;
+    CameraSearch search(world, m_search, {false, m_selection.isOpen()});
+    if (const int code = search.run([&](const auto& cameras) { return m_selection.choose(cameras); }))
+        return code;
     const Interrupt interrupt;
     const CheckTask task{{mode(), m_isStrict}, m_isDetailed ? Detail::All : Detail::Attention, m_json};
-    return runCheck(world.console, choice.cameras, QString::fromStdString(m_file), task);
+    return search.codeOf(runCheck(world.console, search.cameras(), QString::fromStdString(m_file), task));
 }
 
 } // namespace companion

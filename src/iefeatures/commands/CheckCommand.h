@@ -1,9 +1,8 @@
 // iefeatures plan and iefeatures verify: a features file against each chosen camera, which is only read.
 #pragma once
 
-#include "iefeatures/cameras/CameraSelection.h"
 #include "iefeatures/check/CheckReport.h"
-#include "iefeatures/commands/Command.h"
+#include "iefeatures/commands/CameraSearch.h"
 
 #include <string>
 
@@ -33,6 +32,7 @@ protected:
 
 private:
     CameraSelection m_selection;
+    SearchOptions m_search;
     std::string m_file;
     bool m_isStrict = false;
     bool m_isDetailed = false;

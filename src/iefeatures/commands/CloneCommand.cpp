@@ -4,6 +4,7 @@
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
+#include "iefeatures/console/OptionChecks.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/exports/WholeExport.h"
 #include "iefeatures/files/FeaturesFileInput.h"
@@ -34,8 +35,14 @@ void tellPlan(Console& console, const std::vector<ListedCamera>& targets, const 
 
 void CloneCommand::addOptions(CLI::App& app)
 {
-    app.add_option("--from", m_source, "Serial number of the camera to copy")->required()->type_name("S");
-    app.add_option("--to", m_targets, "Serial numbers of the cameras to set")->required()->type_name("S");
+    app.add_option("--from", m_source,
+                   "The camera to copy: its serial number, or name:NAME, address:ADDRESS, mac:MAC")
+        ->required()
+        ->type_name("S")
+        ->check(isGiven("Name a camera."));
+    m_targets.addOptions(app, "--to", "The cameras to set, by the same words");
+    m_search.addWait(app);
+    m_search.addKeepGoing(app);
     app.add_flag("--yes", m_isAgreed, "Do not ask");
     app.add_flag("--json", m_json, "JSON lines instead of text");
     m_options.addSnapshot(app);
@@ -48,33 +55,49 @@ void CloneCommand::addOptions(CLI::App& app)
 int CloneCommand::execute(World& world)
 {
     Roles roles;
-    if (const int code = assign(world, roles))
+    CameraSearch search(world, m_search, {true, m_targets.isOpen()});
+    if (const int code = search.run([&](const auto& cameras) { return assign(cameras, roles); }))
         return code;
-    return runLogged(world.console, m_log, [&] { return clone(world, roles); });
+    if (const int code = objectTo(world.console, roles))
+        return code;
+    return search.codeOf(runLogged(world.console, m_log, [&] { return clone(world, roles); }));
 }
 
-int CloneCommand::assign(World& world, Roles& roles) const
+CameraWord CloneCommand::sourceWord() const
 {
-    if (std::find(m_targets.begin(), m_targets.end(), m_source) != m_targets.end()) {
-        world.console.err("--from and --to name one camera: " + m_source + '\n');
+    return cameraWordOrSerial(m_source);
+}
+
+// Whoever is there is set as the source is, but for the source.
+CameraSearch::Choice CloneCommand::assign(const std::vector<ListedCamera>& cameras, Roles& roles) const
+{
+    const CameraWord word = sourceWord();
+    const auto isSource = [&](const ListedCamera& camera) { return word.fits(camera); };
+    roles = {};
+    std::vector<ListedCamera> others;
+    std::partition_copy(cameras.begin(), cameras.end(), std::back_inserter(roles.sources),
+                        std::back_inserter(others), isSource);
+    CameraSearch::Choice choice = m_targets.choose(m_targets.isOpen() ? others : cameras);
+    roles.targets = choice.cameras;
+    choice.cameras.insert(choice.cameras.end(), roles.sources.begin(), roles.sources.end());
+    if (roles.sources.empty())
+        choice.misses.prepend(word.missing());
+    return choice;
+}
+
+int CloneCommand::objectTo(Console& console, const Roles& roles) const
+{
+    const CameraWord word = sourceWord();
+    if (roles.sources.size() > 1) {
+        console.err(word.ambiguous(roles.sources) + '\n');
         return ExitUsage;
     }
-    std::vector<ListedCamera> cameras;
-    if (!findCameras(world, cameras))
-        return ExitInputOutput;
-    const auto source = CameraSelection::bySerial({m_source}, cameras);
-    const auto targets = CameraSelection::bySerial(m_targets, cameras);
-    const QStringList misses = source.misses + targets.misses;
-    if (!misses.isEmpty()) {
-        world.console.err(misses.join('\n') + '\n');
-        return ExitNoSuchCamera;
-    }
-    if (source.cameras.size() > 1) {
-        world.console.err("More than one camera has the serial number \"" + m_source + "\".\n");
+    if (std::any_of(roles.targets.begin(), roles.targets.end(),
+                    [&](const ListedCamera& target) { return word.fits(target); })) {
+        console.err("--from and --to name one camera: " + m_source + '\n');
         return ExitUsage;
     }
-    roles = {source.cameras.front(), targets.cameras};
-    return ExitWell;
+    return roles.sources.empty() || roles.targets.empty() ? ExitNoSuchCamera : ExitWell;
 }
 
 int CloneCommand::clone(World& world, const Roles& roles) const
@@ -84,12 +107,12 @@ int CloneCommand::clone(World& world, const Roles& roles) const
         world.console.err("No temporary folder can be made: " + folder.errorString() + '\n');
         return ExitInputOutput;
     }
-    const QString file = exportSource(world.console, roles.source, folder.path());
+    const QString file = exportSource(world.console, roles.source(), folder.path());
     if (file.isEmpty())
         return Interrupt::isRequested() ? ExitInterrupted : ExitJobFailed;
     const FeaturesFileInput input = readFeaturesFile(file);
     if (!input.isGood()) {
-        world.console.err(roles.source.title() + ": its export cannot be read as a features file.\n");
+        world.console.err(roles.source().title() + ": its export cannot be read as a features file.\n");
         return ExitJobFailed;
     }
     tellPlan(world.console, roles.targets, input.content);
@@ -100,7 +123,7 @@ int CloneCommand::clone(World& world, const Roles& roles) const
     ImportTask task;
     task.command = name();
     task.features = file;
-    task.source = roles.source.serial;
+    task.source = roles.source().serial;
     task.isJson = m_json;
     m_options.fill(task);
     task.isVerified = true;
@@ -125,8 +148,9 @@ bool CloneCommand::isAgreedTo(World& world, const Roles& roles, int& code) const
         code = ExitInterrupted;
         return false;
     }
-    const QString question =
-        QString("Set %1 camera(s) as %2 is set? [y/N] ").arg(roles.targets.size()).arg(roles.source.title());
+    const QString question = QString("Set %1 camera(s) as %2 is set? [y/N] ")
+                                 .arg(roles.targets.size())
+                                 .arg(roles.source().title());
     const std::optional<std::string> answer = world.ask(world.console, question.toStdString());
     if (!answer) {
         world.console.err(std::string("There is no terminal to ask on; --yes goes on without.\n"));

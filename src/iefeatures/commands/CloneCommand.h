@@ -1,8 +1,7 @@
 // iefeatures clone: cameras set as another one is.
 #pragma once
 
-#include "iefeatures/cameras/CameraSelection.h"
-#include "iefeatures/commands/Command.h"
+#include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/commands/ImportOptions.h"
 #include "iefeatures/console/LogSink.h"
 
@@ -23,16 +22,20 @@ private:
     // What is known of the cameras once the command line has been looked at.
     struct Roles
     {
-        ListedCamera source;
+        std::vector<ListedCamera> sources; // one, once nothing was objected to
         std::vector<ListedCamera> targets;
+        const ListedCamera& source() const { return sources.front(); }
     };
-    int assign(World& world, Roles& roles) const;
+    CameraWord sourceWord() const;
+    CameraSearch::Choice assign(const std::vector<ListedCamera>& cameras, Roles& roles) const;
+    int objectTo(Console& console, const Roles& roles) const;
     int clone(World& world, const Roles& roles) const;
     QString exportSource(Console& console, const ListedCamera& source, const QString& folder) const;
     bool isAgreedTo(World& world, const Roles& roles, int& code) const;
 
     std::string m_source;
-    CameraSelection::Words m_targets;
+    CameraSelection m_targets;
+    SearchOptions m_search;
     bool m_isAgreed = false;
     bool m_json = false;
     ImportOptions m_options;

@@ -19,23 +19,11 @@ std::optional<std::string> askOnTerminal(Console& console, const std::string& qu
     return answer;
 }
 
-void Command::tellSearchFailure(Console& console, KX_Status status)
+void tellSearchFailure(Console& console, KX_Status status)
 {
     console.err(QString("Cameras cannot be looked for: %1 [0x%2]\n")
                     .arg(KX_CC_StatusText(status))
                     .arg(status, 8, 16, QLatin1Char('0')));
-}
-
-bool Command::findCameras(World& world, std::vector<ListedCamera>& cameras)
-{
-    std::vector<KX_DeviceEntry> entries;
-    const KX_Status status = world.enumerate(entries);
-    if (status != KX_OK) {
-        tellSearchFailure(world.console, status);
-        return false;
-    }
-    cameras = camerasFrom(entries);
-    return true;
 }
 
 } // namespace companion

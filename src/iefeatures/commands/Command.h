@@ -1,7 +1,7 @@
 // One command of the companion.
 #pragma once
 
-#include "iefeatures/cameras/ListedCamera.h"
+#include "iefeatures/cameras/Controller.h"
 #include "iefeatures/console/Console.h"
 
 #include <functional>
@@ -27,6 +27,7 @@ struct World
     Console& console;
     Enumerate enumerate = enumerateCameras;
     Ask ask = askOnTerminal;
+    std::function<QString(const ListedCamera& camera)> controller = controllerOf;
 };
 
 class Command
@@ -40,11 +41,8 @@ public:
     virtual void addOptions(CLI::App& app) = 0;
     // Gives an ExitCode. Blocks until the work is done; jobs need a QCoreApplication.
     virtual int execute(World& world) = 0;
-
-protected:
-    // The cameras on the line; tells the user what went wrong and gives false when nobody could be asked.
-    static bool findCameras(World& world, std::vector<ListedCamera>& cameras);
-    static void tellSearchFailure(Console& console, KX_Status status);
 };
+
+void tellSearchFailure(Console& console, KX_Status status);
 
 } // namespace companion

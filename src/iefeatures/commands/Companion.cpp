@@ -51,6 +51,12 @@ void describe(CLI::App& app, const Commands& commands)
     }
 }
 
+// The parser passes over most of them. A script whose variable is unset must not mean anything by it.
+bool isEmptyValue(const std::string& argument)
+{
+    return argument.empty() || (argument.rfind("--", 0) == 0 && argument.back() == '=');
+}
+
 int tellUsage(Console& console, const CLI::App& app, const std::string& problem)
 {
     console.err(problem + '\n');
@@ -105,6 +111,10 @@ int runCompanion(const std::vector<std::string>& arguments, World world)
     } catch (const CLI::ParseError& problem) {
         beginJson(world.console, arguments);
         return ended(world.console, tellUsage(world.console, app, problem.what()));
+    }
+    if (std::any_of(arguments.begin(), arguments.end(), isEmptyValue)) {
+        beginJson(world.console, arguments);
+        return ended(world.console, tellUsage(world.console, app, "An empty argument means nothing."));
     }
     for (const auto& command : commands) {
         if (!app.got_subcommand(command->name()))

@@ -6,6 +6,7 @@
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
+#include "iefeatures/console/OptionChecks.h"
 #include "iefeatures/files/NamedFeatures.h"
 #include "iefeatures/running/JobRun.h"
 
@@ -91,18 +92,22 @@ void nameEntries(const Descriptions& descriptions, FeatureDifference& difference
 void DiffCommand::addOptions(CLI::App& app)
 {
     const auto isNamed = [](const std::string& word) {
-        return std::string(word.empty() ? "Name a file or a camera." : "");
+        const auto camera = cameraWord(word);
+        const bool isEmpty = word.empty() || (camera && camera->value.isEmpty());
+        return std::string(isEmpty ? "Name a file or a camera." : "");
     };
-    app.add_option("A", m_a, "Features file, or a camera: serial:S, name:NAME, address:ADDRESS")
+    app.add_option("A", m_a, "Features file, or a camera: serial:S, name:NAME, address:ADDRESS, mac:MAC")
         ->required()
         ->type_name("")
         ->check(isNamed);
     app.add_option("B", m_b, "The same")->required()->type_name("")->check(isNamed);
     app.add_option("--ignore", m_ignored, "Leave these features out; * stands for any characters")
-        ->type_name("NAME");
+        ->type_name("NAME")
+        ->check(isGiven("Name a feature."));
     app.add_flag("--all", m_all, "Compare also what is no setting, changes by itself or is read-only");
     app.add_flag("--strict", m_isStrict, "Compare also what streaming programs and automatic functions set");
     app.add_flag("--json", m_json, "JSON lines instead of text");
+    m_search.addWait(app);
     m_log.addOptions(app);
 }
 
@@ -117,8 +122,15 @@ int DiffCommand::execute(World& world)
 int DiffCommand::findSources(World& world, std::vector<FeatureSource>& sources) const
 {
     std::vector<ListedCamera> cameras;
-    if ((namesCamera(m_a) || namesCamera(m_b)) && !findCameras(world, cameras))
-        return ExitInputOutput;
+    if (cameraWord(m_a) || cameraWord(m_b)) {
+        CameraSearch search(world, m_search, {true, false});
+        const auto choose = [&](const std::vector<ListedCamera>& found) {
+            cameras = found;
+            return meant(found);
+        };
+        if (const int code = search.run(choose))
+            return code;
+    }
     const int codeA = findSource(world.console, m_a, cameras, sources[0]);
     const int codeB = findSource(world.console, m_b, cameras, sources[1]);
     if (codeA != ExitWell || codeB != ExitWell)
@@ -129,6 +141,23 @@ int DiffCommand::findSources(World& world, std::vector<FeatureSource>& sources) 
         return ExitUsage;
     }
     return ExitWell;
+}
+
+// Those that a side may mean; which of several is not asked here.
+CameraSearch::Choice DiffCommand::meant(const std::vector<ListedCamera>& cameras) const
+{
+    CameraSearch::Choice choice;
+    for (const std::string& side : {m_a, m_b}) {
+        const std::optional<CameraWord> word = cameraWord(side);
+        if (!word)
+            continue;
+        const size_t before = choice.cameras.size();
+        std::copy_if(cameras.begin(), cameras.end(), std::back_inserter(choice.cameras),
+                     [&](const ListedCamera& camera) { return word->fits(camera); });
+        if (choice.cameras.size() == before)
+            choice.misses += word->missing();
+    }
+    return choice;
 }
 
 int DiffCommand::compare(Console& console, std::vector<FeatureSource>& sources) const

@@ -1,7 +1,7 @@
 // iefeatures diff: what two features files or cameras have set differently.
 #pragma once
 
-#include "iefeatures/commands/Command.h"
+#include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/compare/FeatureComparison.h"
 #include "iefeatures/compare/FeatureSource.h"
 #include "iefeatures/console/LogSink.h"
@@ -25,6 +25,7 @@ public:
 
 private:
     int findSources(World& world, std::vector<FeatureSource>& sources) const;
+    CameraSearch::Choice meant(const std::vector<ListedCamera>& cameras) const;
     int compare(Console& console, std::vector<FeatureSource>& sources) const;
     FeatureComparison comparisonOf(Console& console, const std::vector<FeatureSource>& sources) const;
 
@@ -34,6 +35,7 @@ private:
     bool m_all = false;
     bool m_isStrict = false;
     bool m_json = false;
+    SearchOptions m_search;
     LogOptions m_log;
 };
 

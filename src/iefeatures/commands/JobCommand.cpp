@@ -21,6 +21,8 @@ void tellAll(Console& console, const QStringList& sentences)
 void JobCommand::addOptions(CLI::App& app)
 {
     m_selection.addOptions(app);
+    m_search.addWait(app);
+    m_search.addKeepGoing(app);
     app.add_option("--format", m_format, formatHelp())
         ->check(CLI::IsMember({"xml", "bag"}))
         ->type_name("FORMAT");
@@ -31,20 +33,16 @@ void JobCommand::addOptions(CLI::App& app)
 
 int JobCommand::execute(World& world)
 {
-    std::vector<ListedCamera> cameras;
-    if (!findCameras(world, cameras))
-        return ExitInputOutput;
-    const CameraSelection::Choice choice = m_selection.choose(cameras);
-    if (!choice.misses.isEmpty()) {
-        tellAll(world.console, choice.misses);
-        return ExitNoSuchCamera;
-    }
-    const QStringList reasons = objections(choice.cameras);
+    CameraSearch search(world, m_search, {true, m_selection.isOpen()});
+    if (const int code = search.run([&](const auto& cameras) { return m_selection.choose(cameras); }))
+        return code;
+    const QStringList reasons = objections(search.cameras());
     if (!reasons.isEmpty()) {
         tellAll(world.console, reasons);
         return ExitUsage;
     }
-    return runLogged(world.console, m_log, [&] { return carryOut(world.console, choice.cameras); });
+    return search.codeOf(
+        runLogged(world.console, m_log, [&] { return carryOut(world.console, search.cameras()); }));
 }
 
 QStringList JobCommand::objectionsToBagPath(const QString& path)

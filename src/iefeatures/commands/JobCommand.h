@@ -1,8 +1,7 @@
 // What commands have in common that run jobs on each chosen camera.
 #pragma once
 
-#include "iefeatures/cameras/CameraSelection.h"
-#include "iefeatures/commands/Command.h"
+#include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/running/JobRun.h"
 
 #include <vector>
@@ -31,6 +30,7 @@ protected:
 
 private:
     CameraSelection m_selection;
+    SearchOptions m_search;
     LogOptions m_log;
     std::string m_format; // empty: as the command has it
     bool m_json = false;

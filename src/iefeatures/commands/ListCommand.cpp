@@ -1,6 +1,9 @@
 #include "iefeatures/commands/ListCommand.h"
 
 #include "iefeatures/cameras/CameraJson.h"
+#include "iefeatures/cameras/InParallel.h"
+#include "iefeatures/cameras/SearchPlaces.h"
+#include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
@@ -24,7 +27,24 @@ constexpr std::chrono::milliseconds kShortPause{50};
 
 Json fieldsOf(const ListedCamera& camera)
 {
-    return {{"camera", cameraJson(camera)}, {"status", json(camera.status)}};
+    return {{"camera", cameraJson(camera)},
+            {"status", json(camera.status)},
+            {"mac", jsonUnlessEmpty(camera.mac)},
+            {"controller", jsonUnlessEmpty(camera.controller)}};
+}
+
+QString statusText(const ListedCamera& camera)
+{
+    return camera.controller.isEmpty() ? camera.status : camera.status + " by " + camera.controller;
+}
+
+// Of those that are in use.
+void nameControllers(const World& world, std::vector<ListedCamera>& cameras)
+{
+    inParallel(cameras.size(), [&](size_t i) {
+        if (cameras[i].device.nStatus == KX_AVAILABILITY_IN_USE)
+            cameras[i].controller = world.controller(cameras[i]);
+    });
 }
 
 QString tableText(const std::vector<ListedCamera>& cameras)
@@ -37,7 +57,7 @@ QString tableText(const std::vector<ListedCamera>& cameras)
                  printable(camera.serial),
                  printable(camera.userName),
                  printable(camera.address),
-                 camera.status};
+                 statusText(camera)};
     const Align left = Align::Left;
     return alignedRows({Align::Right, left, left, left, left, left, left}, rows);
 }
@@ -81,7 +101,7 @@ QString eventText(const CameraEvent& event)
     if (!camera.address.isEmpty())
         cells += printable(camera.address);
     if (event.kind != CameraEvent::Kind::Gone)
-        cells += camera.status;
+        cells += statusText(camera);
     QStringList changes;
     for (const CameraEvent::Change& change : event.changes)
         changes += change.field + " was " + printable(change.from);
@@ -108,8 +128,11 @@ int ListCommand::execute(World& world)
     if (m_isWatch)
         return watch(world);
     std::vector<ListedCamera> cameras;
-    if (!findCameras(world, cameras))
-        return ExitInputOutput;
+    if (const int code = CameraSearch::findAll(world, cameras))
+        return code;
+    for (const QString& address : silentAddresses(cameras))
+        world.console.err(noAnswerAt(address) + '\n');
+    nameControllers(world, cameras);
     if (cameras.empty())
         world.console.err(std::string("No camera was found.\n"));
     for (const ListedCamera& camera : cameras)
@@ -123,20 +146,21 @@ int ListCommand::watch(World& world) const
 {
     const Interrupt interrupt;
     LineWatch watch;
-    std::vector<KX_DeviceEntry> entries;
-    KX_Status status = world.enumerate(entries);
-    if (status != KX_OK) {
-        tellSearchFailure(world.console, status);
-        return ExitInputOutput;
-    }
+    std::vector<ListedCamera> cameras;
+    if (const int code = CameraSearch::findAll(world, cameras))
+        return code;
+    KX_Status status = KX_OK;
     while (world.console.isOutGood() && !Interrupt::isRequested()) {
+        nameControllers(world, cameras);
         if (status == KX_OK)
-            for (const CameraEvent& event : watch.look(camerasFrom(entries)))
+            for (const CameraEvent& event : watch.look(cameras))
                 tell(world.console, event);
         pause();
         // A network that is away for a while is told once and outlived.
         const KX_Status before = status;
+        std::vector<KX_DeviceEntry> entries;
         status = world.enumerate(entries);
+        cameras = camerasFrom(entries);
         if (status != KX_OK && before == KX_OK)
             tellSearchFailure(world.console, status);
     }

@@ -22,7 +22,9 @@ void RollbackCommand::addOptions(CLI::App& app)
         ->type_name("")
         ->check(
             [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
-    app.add_option("--serial", m_serial, "Serial number of the camera")->required()->type_name("S");
+    m_selection.addOptions(app);
+    m_search.addWait(app);
+    m_search.addKeepGoing(app);
     app.add_flag("--force", m_isForced, "Take the snapshot of another camera of the same model");
     app.add_flag("--json", m_json, "JSON lines instead of text");
     m_options.addAudit(app);
@@ -43,15 +45,10 @@ int RollbackCommand::execute(World& world)
         tellError(world.console, file, m_json);
         return exitCodeOf(file.verdict);
     }
-    std::vector<ListedCamera> cameras;
-    if (!findCameras(world, cameras))
-        return ExitInputOutput;
-    const CameraSelection::Choice choice = CameraSelection::bySerial({m_serial}, cameras);
-    if (!choice.misses.isEmpty()) {
-        world.console.err(choice.misses.join('\n') + '\n');
-        return ExitNoSuchCamera;
-    }
-    for (const ListedCamera& camera : choice.cameras)
+    CameraSearch search(world, m_search, {true, m_selection.isOpen()});
+    if (const int code = search.run([&](const auto& cameras) { return m_selection.choose(cameras); }))
+        return code;
+    for (const ListedCamera& camera : search.cameras())
         if (const int code = objectTo(world.console, camera, *snapshot, file.content.header))
             return code;
 
@@ -66,8 +63,8 @@ int RollbackCommand::execute(World& world)
     task.isJson = m_json;
     m_options.fill(task);
     task.isVerified = true;
-    return runLogged(world.console, m_log,
-                     [&] { return ImportProcedure(world.console, task).run(choice.cameras); });
+    return search.codeOf(runLogged(
+        world.console, m_log, [&] { return ImportProcedure(world.console, task).run(search.cameras()); }));
 }
 
 // The feature bag is loaded without a look at whom it belongs to, so that has to come before.

@@ -1,8 +1,7 @@
 // iefeatures rollback: a camera set back to a snapshot of it.
 #pragma once
 
-#include "iefeatures/cameras/CameraSelection.h"
-#include "iefeatures/commands/Command.h"
+#include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/commands/ImportOptions.h"
 #include "iefeatures/console/LogSink.h"
 
@@ -24,7 +23,8 @@ private:
                  const ie::FeaturesHeader& header) const;
 
     std::string m_snapshot;
-    std::string m_serial;
+    CameraSelection m_selection;
+    SearchOptions m_search;
     bool m_isForced = false;
     bool m_json = false;
     ImportOptions m_options;

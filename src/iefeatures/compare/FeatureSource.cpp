@@ -1,5 +1,6 @@
 #include "iefeatures/compare/FeatureSource.h"
 
+#include "iefeatures/cameras/CameraWord.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/Text.h"
@@ -15,36 +16,16 @@ namespace companion
 namespace
 {
 
-struct Selector
+int findCamera(Console& console, const CameraWord& word, const std::vector<ListedCamera>& cameras,
+               FeatureSource& source)
 {
-    const char* prefix;
-    const char* kind;
-    QString ListedCamera::*field;
-};
-const Selector kSelectors[] = {{"serial:", "serial number", &ListedCamera::serial},
-                               {"name:", "user name", &ListedCamera::userName},
-                               {"address:", "address", &ListedCamera::address}};
-
-const Selector* selectorOf(const std::string& word)
-{
-    for (const Selector& selector : kSelectors)
-        if (word.rfind(selector.prefix, 0) == 0)
-            return &selector;
-    return nullptr;
-}
-
-int findCamera(Console& console, const Selector& selector, const QString& wanted,
-               const std::vector<ListedCamera>& cameras, FeatureSource& source)
-{
-    const auto fits = [&](const ListedCamera& camera) { return camera.*selector.field == wanted; };
-    const auto count = std::count_if(cameras.begin(), cameras.end(), fits);
+    const auto isMeant = [&](const ListedCamera& camera) { return word.fits(camera); };
+    const auto count = std::count_if(cameras.begin(), cameras.end(), isMeant);
     if (count != 1) {
-        console.err(QString("%1 the %2 \"%3\".\n")
-                        .arg(count == 0 ? "No camera has" : "More than one camera has", selector.kind,
-                             printable(wanted)));
+        console.err((count == 0 ? word.missing() : word.ambiguous(cameras)) + '\n');
         return count == 0 ? ExitNoSuchCamera : ExitUsage;
     }
-    source.camera = *std::find_if(cameras.begin(), cameras.end(), fits);
+    source.camera = *std::find_if(cameras.begin(), cameras.end(), isMeant);
     source.title = "camera " + source.camera->title();
     return ExitWell;
 }
@@ -60,18 +41,11 @@ bool takeExport(Console& console, const CameraExport& done, FeatureSource& sourc
 
 } // namespace
 
-bool namesCamera(const std::string& word)
-{
-    return selectorOf(word) != nullptr;
-}
-
 int findSource(Console& console, const std::string& word, const std::vector<ListedCamera>& cameras,
                FeatureSource& source)
 {
-    if (const Selector* selector = selectorOf(word)) {
-        const QString wanted = QString::fromStdString(word.substr(std::string(selector->prefix).size()));
-        return findCamera(console, *selector, wanted, cameras, source);
-    }
+    if (const std::optional<CameraWord> camera = cameraWord(word))
+        return findCamera(console, *camera, cameras, source);
     source.path = QString::fromStdString(word);
     source.title = printable(source.path);
     return ExitWell;

@@ -24,9 +24,8 @@ struct FeatureSource
     ie::FeaturesContent content;
 };
 
-// A camera by "serial:...", "name:..." or "address:...", else the path of a file.
-bool namesCamera(const std::string& word);
-// Gives an ExitCode and tells what went wrong: 3 when no camera fits, 2 when several do.
+// A camera by a word (CameraWord.h), else the path of a file. Gives an ExitCode and tells what went wrong: 3
+// when no camera fits, 2 when several do.
 int findSource(Console& console, const std::string& word, const std::vector<ListedCamera>& cameras,
                FeatureSource& source);
 // Exports those of the sources that are cameras, all at the same time, into folders of their own below

@@ -37,7 +37,9 @@ std::string exitCodeTable()
          "a job failed; the others went on; or a clone that was asked about was refused; or what was "
          "compared differs"},
         {ExitUsage, "wrong usage, or two chosen cameras that would write one file; nothing was done"},
-        {ExitNoSuchCamera, "no such camera; nothing was done"},
+        {ExitNoSuchCamera,
+         "no such camera, or another number of them than expected; nothing was done, unless "
+         "--keep-going let the others go on"},
         {ExitNotAllApplied, "a camera did not take all of the file"},
         {ExitIncompatible, "the file belongs to another model, firmware, board type or version, or the "
                            "snapshot to another camera; or it is no features file"},

@@ -1,5 +1,7 @@
 #include "iefeatures/console/LogSink.h"
 
+#include "iefeatures/console/OptionChecks.h"
+
 #include <CLI/CLI.hpp>
 
 #include <QDateTime>
@@ -35,7 +37,9 @@ const char* levelWord(QtMsgType level)
 void LogOptions::addOptions(CLI::App& app)
 {
     app.add_flag("--verbose", verbose, "Show the log lines of the jobs");
-    app.add_option("--log", file, "Append the log lines of the jobs to this file")->type_name("FILE");
+    app.add_option("--log", file, "Append the log lines of the jobs to this file")
+        ->type_name("FILE")
+        ->check(isGiven("Name a file."));
 }
 
 LogSink::LogSink(Console& console, const LogOptions& options) : m_console(console), m_options(options)

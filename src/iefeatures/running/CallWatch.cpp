@@ -1,5 +1,7 @@
 #include "iefeatures/running/CallWatch.h"
 
+#include "iefeatures/cameras/LastError.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -16,16 +18,6 @@ bool isRead(uint32_t operation)
 bool isBag(uint32_t operation)
 {
     return operation == KX_OP_FEATURE_SAVE || operation == KX_OP_FEATURE_LOAD;
-}
-
-// Of the calling thread.
-QString lastErrorText()
-{
-    uint32_t length = 0;
-    KX_CC_GetLastErrorText(nullptr, nullptr, 0, &length);
-    std::string text(length + 1, '\0');
-    KX_CC_GetLastErrorText(nullptr, text.data(), length + 1, &length);
-    return QString::fromUtf8(text.c_str());
 }
 
 } // namespace

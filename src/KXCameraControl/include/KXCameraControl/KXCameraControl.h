@@ -160,14 +160,37 @@ typedef struct KX_DeviceEntry
  * number found, which may exceed `capacity`. Order: transport, then serial number, then address. Takes control
  * of nothing. Blocks for the discovery window (400 ms) when a network is searched.
  * Environment: KX_CAMERA_INTERFACES names the interfaces (names or addresses, comma-separated) that broadcast
- * discovery uses; unset: all; "none": no broadcast. KX_CAMERA_ADDRESSES names addresses to ask directly too.
+ * discovery uses; unset: all; "none": no broadcast. KX_CAMERA_ADDRESSES names addresses to ask directly too. What
+ * is no interface and no address there is passed over (KX_CC_CheckSearchPlaces tells of it).
  * KX_E_PARAMETER: `count` null, or `entries` null with capacity > 0. KX_E_NETWORK: no socket could be opened. */
 KX_API KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uint32_t capacity,
                                    uint32_t* count);
 
+/* Whether everything that KX_CAMERA_INTERFACES and KX_CAMERA_ADDRESSES name can be searched and asked now. Sends
+ * nothing, does not block. KX_E_PARAMETER: something is no interface of this machine, or no address;
+ * KX_CC_GetLastErrorText(NULL, ...) has a sentence for each, separated by line feeds. */
+KX_API KX_Status KX_CC_CheckSearchPlaces(void);
+
+/* The addresses that KX_CAMERA_ADDRESSES names, in host byte order, ascending, each once: up to `capacity` of them;
+ * `*count` is how many there are. One that no KX_CC_EnumDevices record has as its address did not answer. Sends
+ * nothing, does not block. KX_E_PARAMETER: `count` null, or `addresses` null with capacity > 0. */
+KX_API KX_Status KX_CC_GetSearchAddresses(uint32_t* addresses, uint32_t capacity, uint32_t* count);
+
 /* Asks one camera again. `*availability` gets a KX_AVAILABILITY_ value; a camera that does not answer is
  * KX_AVAILABILITY_UNREACHABLE with KX_OK. KX_E_PARAMETER: a null pointer. KX_E_NOT_SUPPORTED: the transport. */
 KX_API KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availability);
+
+typedef struct KX_Controller
+{
+    uint32_t ipAddress; /* host byte order; 0: nobody, or not known */
+    uint32_t port;      /* UDP; 0: not known */
+    uint32_t reserved[4];
+} KX_Controller;
+
+/* Asks one camera who controls it (GigE Vision bootstrap registers 0x0A14 and 0x0A04). A camera that does not answer,
+ * does not show it, or is under exclusive control, gives zeroes with KX_OK. Takes control of nothing.
+ * KX_E_PARAMETER: a null pointer. KX_E_NOT_SUPPORTED: the transport. KX_E_NETWORK: no socket could be opened. */
+KX_API KX_Status KX_CC_GetController(const KX_DeviceInfo* device, KX_Controller* controller);
 
 /* A number that changes whenever a network interface of this machine comes, goes, or changes its address: a reason
  * to look for cameras again. 0: the interfaces could not be read. Sends nothing, does not block. */

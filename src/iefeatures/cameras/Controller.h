@@ -1,0 +1,13 @@
+// Who has control of a camera.
+#pragma once
+
+#include "iefeatures/cameras/ListedCamera.h"
+
+namespace companion
+{
+
+// Asks the camera: "10.0.0.5:49152"; empty when nobody does or it does not tell. Blocks until it has
+// answered, or for some tries.
+QString controllerOf(const ListedCamera& camera);
+
+} // namespace companion

@@ -1,0 +1,137 @@
+#include "iefeatures/commands/CameraSearch.h"
+
+#include "iefeatures/cameras/SearchPlaces.h"
+#include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/Text.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+namespace companion
+{
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+// Between two looks; a Ctrl-C is noticed within this.
+constexpr std::chrono::milliseconds kPause{50};
+
+bool isFree(const ListedCamera& camera)
+{
+    return camera.device.nStatus == KX_AVAILABILITY_FREE;
+}
+
+// One that another host only reads, or has taken for itself, can be read as well, or never.
+bool isReachable(const ListedCamera& camera)
+{
+    return camera.device.nStatus != KX_AVAILABILITY_UNREACHABLE;
+}
+
+} // namespace
+
+void SearchOptions::addWait(CLI::App& app)
+{
+    app.add_option("--wait", seconds, "Wait so long for cameras that are not there yet, or are in use")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 86400.0));
+}
+
+void SearchOptions::addKeepGoing(CLI::App& app)
+{
+    app.add_flag("--keep-going", isKeptGoing, "Go on with the cameras that are there when one is missing");
+}
+
+int CameraSearch::findAll(World& world, std::vector<ListedCamera>& cameras)
+{
+    const QStringList objections = searchObjections();
+    for (const QString& objection : objections)
+        world.console.err(printable(objection) + '\n');
+    if (!objections.isEmpty())
+        return ExitUsage;
+    std::vector<KX_DeviceEntry> entries;
+    if (const KX_Status status = world.enumerate(entries)) {
+        tellSearchFailure(world.console, status);
+        return ExitInputOutput;
+    }
+    cameras = camerasFrom(entries);
+    return ExitWell;
+}
+
+int CameraSearch::run(const Choose& choose)
+{
+    const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                        std::chrono::duration<double>(m_options.seconds));
+    int code = look(choose);
+    if (code == ExitWell && isWorthWaiting() && m_options.seconds > 0) {
+        tellWaiting();
+        const Interrupt interrupt;
+        while (code == ExitWell && isWorthWaiting() && Clock::now() < end && !Interrupt::isRequested()) {
+            std::this_thread::sleep_for(kPause);
+            code = look(choose);
+        }
+        if (Interrupt::isRequested()) {
+            m_world.console.err(std::string("Interrupted.\n"));
+            return ExitInterrupted;
+        }
+    }
+    if (code != ExitWell)
+        return code;
+    tellMisses();
+    const bool mayGoOn = m_choice.misses.isEmpty() || (m_options.isKeptGoing && !m_choice.cameras.empty());
+    return mayGoOn ? ExitWell : ExitNoSuchCamera;
+}
+
+int CameraSearch::look(const Choose& choose)
+{
+    const int code = findAll(m_world, m_found);
+    if (code == ExitWell)
+        m_choice = choose(m_found);
+    return code;
+}
+
+bool CameraSearch::isWorthWaiting() const
+{
+    const auto isGood = m_rule.takesControl ? isFree : isReachable;
+    const bool lacksOne = m_rule.isOpen && !silentAddresses(m_found).isEmpty();
+    return lacksOne || !m_choice.misses.isEmpty() ||
+           !std::all_of(m_choice.cameras.begin(), m_choice.cameras.end(), isGood);
+}
+
+void CameraSearch::tellWaiting() const
+{
+    QStringList reasons = m_choice.misses;
+    for (const ListedCamera& camera : m_choice.cameras)
+        if (!isFree(camera))
+            reasons += camera.title() + " is " + camera.status + '.';
+    if (m_rule.isOpen)
+        for (const QString& address : silentAddresses(m_found))
+            reasons += noAnswerAt(address);
+    m_world.console.err(
+        QString("Waiting for %1 s at most: %2\n").arg(m_options.seconds).arg(reasons.join(' ')));
+}
+
+void CameraSearch::tellMisses() const
+{
+    if (m_rule.isOpen || !m_choice.misses.isEmpty())
+        tellSilence();
+    for (const QString& miss : m_choice.misses)
+        m_world.console.err(miss + '\n');
+}
+
+void CameraSearch::tellSilence() const
+{
+    for (const QString& address : silentAddresses(m_found))
+        m_world.console.err(noAnswerAt(address) + '\n');
+}
+
+int CameraSearch::codeOf(int code) const
+{
+    return code == ExitWell && !m_choice.misses.isEmpty() ? ExitNoSuchCamera : code;
+}
+
+} // namespace companion
