@@ -37,6 +37,13 @@ protected:
         return "altered.fpk";
     }
 
+    // Of the log in the user's data folder: what the command that ended last has left.
+    std::string lastAuditLine() const
+    {
+        const QByteArrayList lines = fileText("user-data/Audit/iefeatures.jsonl").trimmed().split('\n');
+        return lines.last().toStdString();
+    }
+
     static QByteArray feature(const char* name, const char* type, const char* value)
     {
         return QByteArray("<Feature>\r\n<Name>") + name + "</Name>\r\n<Type>" + type + "</Type>\r\n<Value>" +

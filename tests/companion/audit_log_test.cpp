@@ -9,6 +9,8 @@
 #include <QDir>
 #include <QSysInfo>
 
+#include <csignal>
+#include <sstream>
 #include <thread>
 
 using nlohmann::json;
@@ -27,23 +29,27 @@ QString sha256(const QByteArray& bytes)
 class Audit : public tests::ImportCompanion
 {
 protected:
-    static QString logFolder() { return QFileInfo(companion::auditPath()).path(); }
+    static QString logFile() { return companion::auditPath({}); }
+    static QString logFolder() { return QFileInfo(logFile()).path(); }
 
     static QByteArray logText()
     {
-        QFile file(companion::auditPath());
+        QFile file(logFile());
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
-    static std::vector<json> lines()
+    static std::vector<json> lines(const QByteArray& log, const char* event)
     {
         std::vector<json> found;
-        QByteArrayList texts = logText().split('\n');
+        QByteArrayList texts = log.split('\n');
         EXPECT_EQ(texts.takeLast(), ""); // every line has its end
         for (const QByteArray& text : texts)
-            found.push_back(json::parse(text.toStdString()));
+            if (json line = json::parse(text.toStdString()); line["event"] == event)
+                found.push_back(line);
         return found;
     }
+    // Of what has ended.
+    static std::vector<json> lines() { return lines(logText(), "ends"); }
 };
 
 } // namespace
@@ -148,7 +154,101 @@ TEST_F(Audit, IsSwitchedOff)
 {
     addCamera("S1");
     EXPECT_EQ(import(exported("S1"), {"--all", "--no-audit"}).code, 0);
-    EXPECT_FALSE(QFile::exists(companion::auditPath()));
+    EXPECT_EQ(import(exported("S1"), {"--all", "--audit", "off"}).code, 0);
+    EXPECT_FALSE(QFile::exists(logFile()));
+}
+
+TEST_F(Audit, GoesIntoTheFileThatIsNamed)
+{
+    addCamera("S1");
+    EXPECT_EQ(import(exported("S1"), {"--all", "--audit", path("own/log.jsonl")}).code, 0);
+    EXPECT_FALSE(QFile::exists(logFile()));
+    EXPECT_EQ(lines(fileText("own/log.jsonl"), "begins").size(), 1u);
+    EXPECT_EQ(lines(fileText("own/log.jsonl"), "ends").size(), 1u);
+}
+
+TEST_F(Audit, TellsOfTheBeginningWhatIsKnownThen)
+{
+    addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(import(file).code, 0);
+    const std::vector<json> begun = lines(logText(), "begins");
+    ASSERT_EQ(begun.size(), 1u);
+    EXPECT_EQ(begun[0]["command"], "import");
+    EXPECT_EQ(begun[0]["camera"]["serial"], "S1");
+    EXPECT_EQ(begun[0]["files"][0]["path"], path(file));
+    EXPECT_FALSE(begun[0].contains("outcome"));
+    EXPECT_FALSE(begun[0].contains("changes"));
+    EXPECT_TRUE(logText().startsWith("{\"time\":\"") &&
+                logText().indexOf("begins") < logText().indexOf("ends"));
+}
+
+// The machine that loses its power, the process that is killed.
+TEST_F(Audit, HasATraceOfAnImportThatNeverEnded)
+{
+    emu::EmulatedCamera& camera =
+        addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    camera.resetCounters();
+    tests::Program program({"import", path(file), "--all"});
+    program.start();
+    ASSERT_TRUE(camera.waitFor([](const emu::Counters& now) { return now.settingWrites > 0; },
+                               std::chrono::seconds(20)));
+    program.signal(SIGKILL);
+    program.finish();
+    EXPECT_EQ(lines(logText(), "begins").size(), 1u);
+    EXPECT_EQ(lines().size(), 0u);
+}
+
+TEST_F(Audit, ThatIsRequiredRefusesToWriteWithoutALine)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    write("user-data", "a file where the folder should be");
+    camera.resetCounters();
+    const Result run = import(file, {"--all", "--require-audit", "--snapshot", folder()});
+    EXPECT_EQ(run.code, 6);
+    EXPECT_THAT(run.err,
+                HasSubstr("Nothing was written to a camera, since --require-audit wants a line of it.\n"));
+    EXPECT_EQ(camera.counters().settingWrites, 0u);
+    EXPECT_EQ(std::get<int64_t>(camera.node("Height").value()), 16);
+    EXPECT_EQ(import(file, {"--all", "--require-audit", "--audit", path("log.jsonl")}).code, 0);
+    EXPECT_EQ(import(file, {"--all", "--require-audit", "--audit", "off"}).code, 2);
+}
+
+// Not into "/VELA".
+TEST_F(Audit, HasNoPlaceWithoutAHomeFolder)
+{
+    addCamera("S1");
+    const std::string file = exported("S1");
+    const bool wasThere = QFile::exists("/VELA");
+    tests::Program program({"import", path(file), "--all"}, "unset HOME VELA_USER_DATA;");
+    program.start();
+    const Result run = program.finish();
+    EXPECT_EQ(run.code, 0);
+    EXPECT_THAT(run.err,
+                HasSubstr("The audit log has no place, since neither HOME nor VELA_USER_DATA is set;"));
+    EXPECT_EQ(QFile::exists("/VELA"), wasThere);
+}
+
+TEST_F(Audit, KeepsWhatAClonedCameraWasSetTo)
+{
+    emu::EmulatedCamera& source = addCamera("S1");
+    addCamera("S2");
+    ASSERT_EQ(source.setNode("Height", int64_t(16)), "");
+    const Result run = tests::runInProcess({"clone", "--from", "S1", "--to", "S2", "--yes"});
+    ASSERT_EQ(run.code, 0) << run.err;
+    const json line = lines().front();
+    EXPECT_EQ(
+        line["source"],
+        (json{{"serial", "S1"}, {"model", "EMU-1"}, {"userName", ""}, {"address", source.config().address}}));
+    const std::string sum = line["files"][0]["sha256"];
+    const std::string kept = "user-data/Audit/files/" + sum + ".fpk";
+    EXPECT_EQ(line["files"][0]["path"], path(kept));
+    EXPECT_EQ(sha256(fileText(kept)).toStdString(), sum);
+    EXPECT_EQ(fileText(kept), fileText(exported("S1")));
 }
 
 TEST_F(Audit, ThatCannotBeWrittenFailsNoImport)
@@ -160,6 +260,7 @@ TEST_F(Audit, ThatCannotBeWrittenFailsNoImport)
     const Result run = import(file);
     EXPECT_EQ(run.code, 0);
     EXPECT_EQ(std::get<int64_t>(camera.node("Height").value()), 480);
+    EXPECT_EQ(QString::fromStdString(run.err).count("The audit log cannot be written"), 1);
     EXPECT_THAT(run.err, HasSubstr("The audit log cannot be written: " + path("user-data") +
                                    "/Audit/iefeatures.jsonl\n"));
 }
@@ -169,7 +270,7 @@ TEST_F(Audit, OnAFullDiskFailsNoImport)
     addCamera("S1");
     const std::string file = exported("S1");
     ASSERT_TRUE(QDir().mkpath(logFolder()));
-    ASSERT_TRUE(QFile::link("/dev/full", companion::auditPath()));
+    ASSERT_TRUE(QFile::link("/dev/full", logFile()));
     const Result run = import(file);
     EXPECT_EQ(run.code, 0);
     EXPECT_THAT(run.err, HasSubstr("The audit log cannot be written: "));
@@ -183,9 +284,9 @@ TEST_F(Audit, BeginsANewLineBehindOneThatWasCut)
     write("user-data/Audit/iefeatures.jsonl", "{\"time\":\"20");
     ASSERT_EQ(import(file).code, 0);
     const QByteArrayList texts = logText().split('\n');
-    ASSERT_EQ(texts.size(), 3);
+    ASSERT_EQ(texts.size(), 4);
     EXPECT_EQ(texts[0], "{\"time\":\"20");
-    EXPECT_EQ(json::parse(texts[1].toStdString())["outcome"], "applied");
+    EXPECT_EQ(json::parse(texts[2].toStdString())["outcome"], "applied");
 }
 
 TEST_F(Audit, TakesLinesOfManyAtOnce)
@@ -193,14 +294,19 @@ TEST_F(Audit, TakesLinesOfManyAtOnce)
     companion::AuditEntry entry;
     entry.command = "import";
     entry.changes.assign(300, {"Feature", false, 0, "from", QString(100, 'x')});
+    std::ostringstream out;
+    std::ostringstream err;
+    companion::Console console(out, err, false, false);
     std::vector<std::thread> writers;
     for (int i = 0; i < 8; ++i)
         writers.emplace_back([&] {
+            companion::AuditTrail trail(console, {});
             for (int n = 0; n < 20; ++n)
-                EXPECT_EQ(companion::appendToAudit({entry}), "");
+                trail.end({entry});
         });
     for (std::thread& writer : writers)
         writer.join();
+    EXPECT_EQ(err.str(), "");
     const std::vector<json> all = lines();
     EXPECT_EQ(all.size(), 160u);
     for (const json& line : all)
@@ -211,7 +317,7 @@ TEST_F(Audit, CountsWhatItDoesNotTell)
 {
     companion::AuditEntry entry;
     entry.changes.assign(5001, {"Feature", false, 0, {}, "1"});
-    const json line = json::parse(companion::auditLine(entry).toStdString());
+    const json line = json::parse(companion::auditLine(entry, companion::AuditMoment::Ends).toStdString());
     EXPECT_EQ(line["changes"].size(), 5000u);
     EXPECT_EQ(line["changes"][0], (json{{"feature", "Feature"}, {"from", nullptr}, {"to", "1"}}));
     EXPECT_EQ(line["moreChanges"], 1);

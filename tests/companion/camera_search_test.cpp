@@ -1,6 +1,8 @@
 // Cameras that are missing, late, busy or in places that nobody can search.
 #include "companion/ImportCompanion.h"
 
+#include <nlohmann/json.hpp>
+
 #include <chrono>
 #include <thread>
 

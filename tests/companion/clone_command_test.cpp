@@ -149,9 +149,9 @@ TEST_F(Clone, NamesTheSourceInTheAuditLog)
     addCamera("S1");
     addCamera("S2");
     ASSERT_EQ(clone({"--from", "S1", "--to", "S2", "--yes"}).code, 0);
-    const json line = json::parse(fileText("user-data/Audit/iefeatures.jsonl").toStdString());
+    const json line = json::parse(lastAuditLine());
     EXPECT_EQ(line["command"], "clone");
-    EXPECT_EQ(line["source"], "S1");
+    EXPECT_EQ(line["source"]["serial"], "S1");
     EXPECT_EQ(line["camera"]["serial"], "S2");
 }
 
@@ -190,7 +190,8 @@ TEST_F(Clone, IsRefusedByACameraThatAnotherCompanionSets)
     camera.resetCounters();
     tests::Program first({"import", path(file), "--all", "--no-audit"});
     first.start();
-    awaitRequests(camera, 100);
+    ASSERT_TRUE(camera.waitFor([&](const emu::Counters&) { return camera.isControlled(); },
+                               std::chrono::seconds(20)));
     const Result second = import(file);
     EXPECT_EQ(second.code, 1);
     EXPECT_THAT(second.err,

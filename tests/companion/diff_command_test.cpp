@@ -324,7 +324,7 @@ TEST_F(DiffOfCameras, FailsWhenACameraCannotBeExported)
 {
     emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
-    camera.stealControl();
+    camera.stealControl(true); // nobody else may read
     const Result run = diff(path(file), "serial:S1");
     EXPECT_EQ(run.code, 6);
     EXPECT_EQ(run.out, "");

@@ -121,6 +121,22 @@ TEST_F(ProgramTest, EndsProperlyOnCtrlC)
     EXPECT_THAT(run.out, EndsWith("  not written\n0 exported, 1 failed\n"));
 }
 
+TEST_F(ProgramTest, EndsProperlyWhenItsTerminalGoes)
+{
+    const emu::EmulatedCamera& camera = addSlowCamera("S1");
+    Program program({"export", "--all", "--to", folder()});
+    program.start();
+    awaitRequests(camera, 100);
+    program.signal(SIGHUP);
+    EXPECT_EQ(program.finish().code, 130);
+    EXPECT_EQ(controlOf(camera), 0u);
+    Program kept({"export", "--all", "--to", folder()}, "trap '' HUP;"); // as nohup does
+    kept.start();
+    awaitRequests(camera, camera.counters().requests() + 100);
+    kept.signal(SIGHUP);
+    EXPECT_EQ(kept.finish().code, 0);
+}
+
 TEST_F(ProgramTest, EndsAtOnceOnTheSecondCtrlC)
 {
     emu::EmulatedCamera& camera =

@@ -137,9 +137,7 @@ TEST_F(Rollback, IsInTheAuditLogWithBothFiles)
     const std::string snapshot = importedOver("S1", exported("S1"));
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     ASSERT_EQ(rollback(snapshot, {"--serial", "S1"}).code, 0);
-    const QByteArrayList lines = fileText("user-data/Audit/iefeatures.jsonl").split('\n');
-    ASSERT_EQ(lines.size(), 3);
-    const json line = json::parse(lines[1].toStdString());
+    const json line = json::parse(lastAuditLine());
     EXPECT_EQ(line["command"], "rollback");
     EXPECT_EQ(line["files"][0]["path"], snapshot + "/bag/EMU-1_S1.fpk");
     EXPECT_EQ(line["files"][1]["path"], snapshot + "/features/EMU-1_S1.fpk");

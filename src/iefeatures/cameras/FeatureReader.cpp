@@ -121,6 +121,13 @@ bool FeatureReader::isNeverWritten(qint64 address, qint64 length)
            coverage.unplacedWritable == 0;
 }
 
+bool FeatureReader::isCovered(qint64 address, qint64 length)
+{
+    KX_RegisterCoverage coverage{};
+    const KX_Status status = note(KX_CC_GetRegisterCoverage(m_handle, address, length, &coverage));
+    return status != KX_OK || coverage.registers > 0 || coverage.unplaced > 0;
+}
+
 QStringList FeatureReader::relatedNames(const QString& name, KX_Relation relation)
 {
     const QByteArray node = name.toUtf8();

@@ -43,6 +43,8 @@ public:
     std::optional<bool> isEverWritable(const QString& name);
     // Of the registers of so many bytes: whether all of them are known, and none is ever written.
     bool isNeverWritten(qint64 address, qint64 length);
+    // Whether a register of the description may lie there; true where that is not known.
+    bool isCovered(qint64 address, qint64 length);
     QStringList relatedNames(const QString& name, KX_Relation relation); // empty: none, or not known
     QString entryName(const QString& enumeration, uint32_t number);      // empty: it has none
 

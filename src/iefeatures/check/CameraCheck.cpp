@@ -5,6 +5,7 @@
 #include "iefeatures/check/EntryNature.h"
 #include "iefeatures/check/PlainCheck.h"
 #include "iefeatures/check/RegisterCheck.h"
+#include "iefeatures/check/WriteSafety.h"
 #include "iefeatures/files/NamedFeatures.h"
 
 #include <algorithm>
@@ -43,6 +44,13 @@ void conclude(CameraCheck& check, CameraVerdict verdict, const QString& error = 
     check.error = error;
 }
 
+std::vector<EntryCheck> dangersTo(const ListedCamera& camera, const ie::FeaturesContent& file,
+                                  FeatureReader& reader)
+{
+    ImportSkips skips(reader);
+    return dangersIn(file, reader, skips, camera.device.stDeviceInfo.transportType == KX_TRANSPORT_GIGE);
+}
+
 void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, CheckRule rule,
                      const std::function<bool()>& mayGoOn, CameraCheck& check)
 {
@@ -51,6 +59,10 @@ void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, Che
         ie::compareIdentity(file.header, check.camera.device.stDeviceInfo, read, ie::IdentityDepth::All);
     if (reader.lineStatus() == KX_OK && !ie::isGood(check.identity))
         return conclude(check, CameraVerdict::Incompatible, incompatibleText());
+    if (rule.mode == CheckMode::Plan && !rule.isForced)
+        check.entries = dangersTo(check.camera, file, reader);
+    if (!check.entries.empty())
+        return conclude(check, CameraVerdict::BadFile, dangerText(check.entries));
     const bool isDone = reader.lineStatus() == KX_OK && checkEntries(reader, file, rule, mayGoOn, check);
     if (reader.lineStatus() != KX_OK)
         return conclude(check, CameraVerdict::Failed, KX_CC_StatusText(reader.lineStatus()));

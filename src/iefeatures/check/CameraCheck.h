@@ -28,10 +28,14 @@ enum class CheckMode
 struct CheckRule
 {
     // Strict: what streaming programs and automatic functions set counts like any setting.
-    CheckRule(CheckMode of, bool strict = false) : mode(of), isStrict(strict) {}
+    // Forced: of a plan, that no import should write what it would (WriteSafety.h) is passed over.
+    CheckRule(CheckMode of, bool strict = false, bool forced = false)
+        : mode(of), isStrict(strict), isForced(forced)
+    {}
 
     CheckMode mode;
     bool isStrict;
+    bool isForced;
 };
 
 // One plain feature of the file, or one register of a block.

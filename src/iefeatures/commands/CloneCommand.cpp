@@ -82,6 +82,7 @@ CameraSearch::Choice CloneCommand::assign(const std::vector<ListedCamera>& camer
     choice.cameras.insert(choice.cameras.end(), roles.sources.begin(), roles.sources.end());
     if (roles.sources.empty())
         choice.misses.prepend(word.missing());
+    choice.misses.removeDuplicates();
     return choice;
 }
 
@@ -123,7 +124,7 @@ int CloneCommand::clone(World& world, const Roles& roles) const
     ImportTask task;
     task.command = name();
     task.features = file;
-    task.source = roles.source().serial;
+    task.source = roles.source();
     task.isJson = m_json;
     m_options.fill(task);
     task.isVerified = true;

@@ -4,9 +4,11 @@
 #include "iefeatures/commands/CloneCommand.h"
 #include "iefeatures/commands/DiffCommand.h"
 #include "iefeatures/commands/ExportCommand.h"
+#include "iefeatures/commands/GetCommand.h"
 #include "iefeatures/commands/ImportCommand.h"
 #include "iefeatures/commands/ListCommand.h"
 #include "iefeatures/commands/RollbackCommand.h"
+#include "iefeatures/commands/SetCommand.h"
 #include "iefeatures/commands/ShowCommand.h"
 #include "iefeatures/console/ExitCode.h"
 
@@ -36,6 +38,9 @@ Commands allCommands()
     commands.push_back(std::make_unique<VerifyCommand>());
     commands.push_back(std::make_unique<RollbackCommand>());
     commands.push_back(std::make_unique<CloneCommand>());
+    commands.push_back(std::make_unique<GetCommand>());
+    commands.push_back(std::make_unique<SetCommand>());
+    commands.push_back(std::make_unique<RunCommand>());
     return commands;
 }
 

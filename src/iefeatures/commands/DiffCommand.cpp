@@ -10,6 +10,8 @@
 #include "iefeatures/files/NamedFeatures.h"
 #include "iefeatures/running/JobRun.h"
 
+#include "jobs/rules/ControlFeature.h"
+
 #include <CLI/CLI.hpp>
 
 #include <QTemporaryDir>
@@ -76,6 +78,21 @@ std::optional<QString> whyNoSetting(const Descriptions& descriptions, const Feat
     return isReadOnly ? std::optional<QString>("") : std::nullopt;
 }
 
+// Cameras are read without control, and so without a word about who has it.
+void leaveControlOut(std::vector<FeatureSource>& sources)
+{
+    for (FeatureSource& source : sources) {
+        auto& entries = source.content.entries;
+        entries.erase(std::remove_if(entries.begin(), entries.end(),
+                                     [](const ie::FeaturesContent::Entry& entry) {
+                                         const auto& name =
+                                             entry.isComplex ? entry.complex.name : entry.plain.name;
+                                         return name == ie::kControlFeature;
+                                     }),
+                      entries.end());
+    }
+}
+
 // The other side's description helps a file out.
 void nameEntries(const Descriptions& descriptions, FeatureDifference& difference)
 {
@@ -123,7 +140,7 @@ int DiffCommand::findSources(World& world, std::vector<FeatureSource>& sources) 
 {
     std::vector<ListedCamera> cameras;
     if (cameraWord(m_a) || cameraWord(m_b)) {
-        CameraSearch search(world, m_search, {true, false});
+        CameraSearch search(world, m_search, {false, false});
         const auto choose = [&](const std::vector<ListedCamera>& found) {
             cameras = found;
             return meant(found);
@@ -177,6 +194,9 @@ int DiffCommand::compare(Console& console, std::vector<FeatureSource>& sources) 
                 if (const int code = readSource(console, source, m_json))
                     return code;
     }
+    if (std::any_of(sources.begin(), sources.end(),
+                    [](const auto& source) { return source.camera.has_value(); }))
+        leaveControlOut(sources);
     const FeatureComparison comparison = comparisonOf(console, sources);
     if (Interrupt::isRequested())
         return ExitInterrupted;

@@ -21,6 +21,7 @@ void ExportCommand::addOptions(CLI::App& app)
         ->type_name("DIR")
         ->check(
             [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
+    app.add_flag("--shared", m_isShared, "Only read, beside a program that controls the camera");
     JobCommand::addOptions(app);
 }
 
@@ -28,6 +29,8 @@ void ExportCommand::addOptions(CLI::App& app)
 QStringList ExportCommand::objections(const std::vector<ListedCamera>& cameras) const
 {
     QStringList sentences;
+    if (isBag() && m_isShared)
+        sentences += "--shared needs a features file: a feature bag moves selectors.";
     QMap<QString, QStringList> writers;
     for (const ListedCamera& camera : cameras) {
         const auto names = ie::deviceNames(camera.device.stDeviceInfo, ie::FieldEnd::AtSize);
@@ -51,12 +54,15 @@ int ExportCommand::carryOut(Console& console, const std::vector<ListedCamera>& c
 {
     const QString folder = QString::fromStdString(m_folder);
     using Format = ExportTask::Format;
-    const ExportTask task{isBag() ? Format::FeatureBag : Format::FeaturesFile,
-                          [&](const StructDeviceInfo&) { return folder; }, wantsJson()};
+    ExportTask task{isBag() ? Format::FeatureBag : Format::FeaturesFile,
+                    [&](const StructDeviceInfo&) { return folder; }, wantsJson()};
+    task.isShared = m_isShared;
     std::vector<ExportResult> results;
     for (const CameraExport& done : runExports(console, cameras, task)) {
         tellRemarks(console, done);
         console.object("export", exportJson(done.result, done.remarks));
+        if (m_isShared && done.isWhole())
+            console.err(done.result.job.camera.title() + ": " + sharedRemark() + '\n');
         results.push_back(done.result);
     }
     if (Interrupt::isRequested())

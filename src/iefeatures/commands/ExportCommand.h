@@ -18,10 +18,12 @@ private:
     {
         return "xml: features file (default); bag: the camera library's feature bag";
     }
+    bool takesControl() const override { return !m_isShared; }
     QStringList objections(const std::vector<ListedCamera>& cameras) const override;
     int carryOut(Console& console, const std::vector<ListedCamera>& cameras) const override;
 
     std::string m_folder;
+    bool m_isShared = false;
 };
 
 } // namespace companion

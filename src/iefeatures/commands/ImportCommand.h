@@ -20,11 +20,16 @@ private:
         return "xml: features file; bag: feature bag; else by the file's content";
     }
     bool holdsBag() const;
+    QStringList onlyNames() const;
+    bool takesControl() const override { return !m_isDryRun; }
     QStringList objections(const std::vector<ListedCamera>& cameras) const override;
+    int import(Console& console, const std::vector<ListedCamera>& cameras, const QString& file) const;
     int carryOut(Console& console, const std::vector<ListedCamera>& cameras) const override;
 
     std::string m_file;
     bool m_isDryRun = false;
+    bool m_isForced = false;
+    std::vector<std::string> m_only;
     ImportOptions m_options;
 };
 

@@ -33,7 +33,7 @@ void ImportOptions::addUserSet(CLI::App& app)
 
 void ImportOptions::addAudit(CLI::App& app)
 {
-    app.add_flag("--no-audit", m_isUnaudited, "Leave no line in the audit log");
+    m_audit.addOptions(app);
 }
 
 void ImportOptions::addDetails(CLI::App& app)
@@ -46,7 +46,7 @@ void ImportOptions::fill(ImportTask& task) const
     task.snapshots = QString::fromStdString(m_snapshots);
     task.isVerified = isVerified();
     task.userSet = {QString::fromStdString(m_userSet), m_isForStartUp};
-    task.isAudited = !m_isUnaudited;
+    task.audit = m_audit.rule();
     task.detail = detail();
 }
 

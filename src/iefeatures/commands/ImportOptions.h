@@ -1,6 +1,7 @@
 // The options of all commands that set features.
 #pragma once
 
+#include "iefeatures/commands/AuditOptions.h"
 #include "iefeatures/imports/ImportProcedure.h"
 
 #include <string>
@@ -33,7 +34,7 @@ private:
     bool m_isVerified = false;
     std::string m_userSet;
     bool m_isForStartUp = false;
-    bool m_isUnaudited = false;
+    AuditOptions m_audit;
     bool m_isDetailed = false;
 };
 

@@ -33,7 +33,7 @@ void JobCommand::addOptions(CLI::App& app)
 
 int JobCommand::execute(World& world)
 {
-    CameraSearch search(world, m_search, {true, m_selection.isOpen()});
+    CameraSearch search(world, m_search, {takesControl(), m_selection.isOpen()});
     if (const int code = search.run([&](const auto& cameras) { return m_selection.choose(cameras); }))
         return code;
     const QStringList reasons = objections(search.cameras());

@@ -21,6 +21,9 @@ protected:
     // Does the work, tells people (or scripts) what it has come to and gives an ExitCode.
     virtual int carryOut(Console& console, const std::vector<ListedCamera>& cameras) const = 0;
 
+    // Whether another host's control keeps the command from its work.
+    virtual bool takesControl() const { return true; }
+
     bool isBag() const { return m_format == "bag"; }
     bool isFormatGiven() const { return !m_format.empty(); }
     virtual const char* formatHelp() const = 0;

@@ -25,7 +25,8 @@ void RollbackCommand::addOptions(CLI::App& app)
     m_selection.addOptions(app);
     m_search.addWait(app);
     m_search.addKeepGoing(app);
-    app.add_flag("--force", m_isForced, "Take the snapshot of another camera of the same model");
+    app.add_flag("--force", m_isForced,
+                 "Take the snapshot of another camera of the same model, and write all that it names");
     app.add_flag("--json", m_json, "JSON lines instead of text");
     m_options.addAudit(app);
     m_options.addDetails(app);
@@ -60,6 +61,7 @@ int RollbackCommand::execute(World& world)
     else
         task.bag = snapshot->bagFile;
     task.features = snapshot->featuresFile;
+    task.isForced = m_isForced;
     task.isJson = m_json;
     m_options.fill(task);
     task.isVerified = true;

@@ -35,6 +35,8 @@ bool takeExport(Console& console, const CameraExport& done, FeatureSource& sourc
     tellRemarks(console, done);
     if (!done.isWhole())
         console.err(source.camera->title() + ": could not be exported.\n");
+    else if (source.camera->device.nStatus == KX_AVAILABILITY_IN_USE)
+        console.err(source.camera->title() + ": " + sharedRemark() + '\n');
     source.path = done.result.job.path;
     return done.isWhole();
 }
@@ -69,7 +71,9 @@ int exportSources(Console& console, std::vector<FeatureSource>& sources, const Q
     }
     if (cameras.empty())
         return ExitWell;
-    const auto exports = runExports(console, cameras, {ExportTask::Format::FeaturesFile, folderOf});
+    ExportTask task{ExportTask::Format::FeaturesFile, folderOf};
+    task.isShared = true;
+    const auto exports = runExports(console, cameras, task);
     bool areWhole = true;
     auto done = exports.begin();
     for (FeatureSource& source : sources)

@@ -28,8 +28,8 @@ struct FeatureSource
 // when no camera fits, 2 when several do.
 int findSource(Console& console, const std::string& word, const std::vector<ListedCamera>& cameras,
                FeatureSource& source);
-// Exports those of the sources that are cameras, all at the same time, into folders of their own below
-// `folder`. Gives an ExitCode and tells what went wrong.
+// Exports those of the sources that are cameras, all at the same time and without control, into folders of their
+// own below `folder`. Gives an ExitCode and tells what went wrong.
 int exportSources(Console& console, std::vector<FeatureSource>& sources, const QString& folder);
 // Gives an ExitCode and tells what went wrong, as readFeaturesFile() does; a file that names no version fits
 // no camera. 6 for an export that cannot be read again.

@@ -31,12 +31,21 @@ Interrupt::Interrupt()
     if (m_previousInterrupt == SIG_IGN)
         std::signal(SIGINT, SIG_IGN);
     m_previousEnd = std::signal(SIGTERM, rememberInterrupt);
+#if defined(SIGHUP)
+    // The terminal has gone; nohup says that this is nothing to end for.
+    m_previousHangUp = std::signal(SIGHUP, rememberInterrupt);
+    if (m_previousHangUp == SIG_IGN)
+        std::signal(SIGHUP, SIG_IGN);
+#endif
 }
 
 Interrupt::~Interrupt()
 {
     std::signal(SIGINT, m_previousInterrupt);
     std::signal(SIGTERM, m_previousEnd);
+#if defined(SIGHUP)
+    std::signal(SIGHUP, m_previousHangUp);
+#endif
 }
 
 bool Interrupt::isRequested()

@@ -4,8 +4,8 @@
 namespace companion
 {
 
-// While one lives, the first SIGINT or SIGTERM is remembered and the second ends the process at once with
-// exit code 130. One at a time.
+// While one lives, the first SIGINT, SIGTERM or SIGHUP is remembered and the second ends the process at once
+// with exit code 130. One at a time.
 class Interrupt
 {
 public:
@@ -21,6 +21,7 @@ private:
     using Handler = void (*)(int);
     Handler m_previousInterrupt;
     Handler m_previousEnd;
+    Handler m_previousHangUp = nullptr;
 };
 
 } // namespace companion

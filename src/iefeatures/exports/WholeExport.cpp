@@ -11,6 +11,8 @@ std::vector<CameraExport> runExports(Console& console, const std::vector<ListedC
                                      const ExportTask& task)
 {
     const auto setUp = [&](QOperateThread& worker, const StructDeviceInfo& device) {
+        if (task.isShared)
+            worker.SetAccessMode(KX_ACCESS_MONITOR);
         if (task.format == ExportTask::Format::FeatureBag)
             worker.SetFeatureBagExportJob(device, task.folder(device));
         else
@@ -22,6 +24,11 @@ std::vector<CameraExport> runExports(Console& console, const std::vector<ListedC
         exports.push_back({result, exportRemarks(result, record.findings)});
     }
     return exports;
+}
+
+QString sharedRemark()
+{
+    return "read without control: it may have been changed while it was read.";
 }
 
 void tellRemarks(Console& console, const CameraExport& done)

@@ -24,6 +24,7 @@ struct ExportTask
     Format format = Format::FeaturesFile;
     std::function<QString(const StructDeviceInfo& device)> folder; // that the camera's file goes into
     bool isJson = false;                                           // the jobs' signals are told as JSON lines
+    bool isShared = false; // read beside whoever controls the camera; features files only
 };
 
 struct CameraExport
@@ -41,6 +42,9 @@ struct CameraExport
 // All at the same time, in the cameras' order. Blocks until all are over.
 std::vector<CameraExport> runExports(Console& console, const std::vector<ListedCamera>& cameras,
                                      const ExportTask& task);
+
+// What is to be said of an export beside whoever controls the camera.
+QString sharedRemark();
 
 // The remarks, each behind the camera's name.
 void tellRemarks(Console& console, const CameraExport& done);

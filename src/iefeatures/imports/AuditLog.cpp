@@ -65,6 +65,34 @@ Json changesJson(const std::vector<Change>& changes)
     return list;
 }
 
+Json textsJson(const QStringList& texts)
+{
+    Json list = Json::array();
+    for (const QString& text : texts)
+        list.push_back(text.toStdString());
+    return list;
+}
+
+Json sourceJson(const ListedCamera& camera)
+{
+    return {{"serial", camera.serial.toStdString()},
+            {"model", camera.model.toStdString()},
+            {"userName", camera.userName.toStdString()},
+            {"address", camera.address.toStdString()}};
+}
+
+void addEnd(const AuditEntry& entry, Json& line)
+{
+    line["snapshot"] = textOrNull(entry.snapshot);
+    line["changes"] = changesJson(entry.changes);
+    if (entry.changes.size() > kMostChanges)
+        line["moreChanges"] = entry.changes.size() - kMostChanges;
+    line["notApplied"] = textsJson(entry.notApplied);
+    line["userSet"] = textOrNull(entry.userSet);
+    line["outcome"] = verdictWord(entry.outcome).toStdString();
+    line["exit"] = int(exitCodeOf(entry.outcome));
+}
+
 // A line that a full disk has cut must not swallow the one that follows it.
 bool endsInTheMiddle(const QString& path)
 {
@@ -77,6 +105,20 @@ bool endsInTheMiddle(const QString& path)
     return last != '\n';
 }
 
+bool appendLines(const QString& path, const QByteArrayList& lines)
+{
+    QFile file(path);
+    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::Append | QIODevice::Unbuffered))
+        return false;
+    lock(file);
+    for (const QByteArray& text : lines) {
+        const QByteArray line = (endsInTheMiddle(path) ? "\n" : "") + text;
+        if (file.write(line) != line.size())
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 AuditFile auditFile(const QString& path)
@@ -87,47 +129,82 @@ AuditFile auditFile(const QString& path)
     return {QFileInfo(path).absoluteFilePath(), isRead ? QString(hash.result().toHex()) : QString()};
 }
 
-QByteArray auditLine(const AuditEntry& entry)
+QByteArray auditLine(const AuditEntry& entry, AuditMoment moment)
 {
     Json line = {{"time", QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toStdString()},
+                 {"event", moment == AuditMoment::Begins ? "begins" : "ends"},
                  {"user", loginName().toStdString()},
                  {"host", QSysInfo::machineHostName().toStdString()},
                  {"command", entry.command.toStdString()},
-                 {"source", textOrNull(entry.source)},
-                 {"files", filesJson(entry.files)},
-                 {"camera", cameraJson(entry)},
-                 {"snapshot", textOrNull(entry.snapshot)},
-                 {"changes", changesJson(entry.changes)}};
-    if (entry.changes.size() > kMostChanges)
-        line["moreChanges"] = entry.changes.size() - kMostChanges;
-    line["notApplied"] = Json::array();
-    for (const QString& name : entry.notApplied)
-        line["notApplied"].push_back(name.toStdString());
-    line["userSet"] = textOrNull(entry.userSet);
-    line["outcome"] = verdictWord(entry.outcome).toStdString();
-    line["exit"] = int(exitCodeOf(entry.outcome));
+                 {"source", entry.source ? sourceJson(*entry.source) : Json()},
+                 {"files", filesJson(entry.files)}};
+    if (!entry.only.isEmpty())
+        line["only"] = textsJson(entry.only);
+    line["camera"] = cameraJson(entry);
+    if (moment == AuditMoment::Ends)
+        addEnd(entry, line);
     return QByteArray::fromStdString(line.dump()) + '\n';
 }
 
-QString auditPath()
+// Without a home folder the documents would be those of "/".
+QString auditPath(const AuditRule& rule)
 {
+    if (!rule.file.isEmpty())
+        return rule.file;
+    if (qEnvironmentVariableIsEmpty("HOME") && qEnvironmentVariableIsEmpty("VELA_USER_DATA"))
+        return {};
     return VELAInterface::userDataPath() + "/Audit/iefeatures.jsonl";
 }
 
-QString appendToAudit(const std::vector<AuditEntry>& entries)
+bool AuditTrail::begin(const std::vector<AuditEntry>& entries)
 {
-    const QString path = auditPath();
-    const QString problem = "The audit log cannot be written: " + printable(path);
-    QFile file(path);
-    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::Append | QIODevice::Unbuffered))
-        return problem;
-    lock(file);
-    for (const AuditEntry& entry : entries) {
-        const QByteArray line = (endsInTheMiddle(path) ? "\n" : "") + auditLine(entry);
-        if (file.write(line) != line.size())
-            return problem;
-    }
-    return {};
+    append(entries, AuditMoment::Begins);
+    if (!m_hasFailed || !m_rule.isRequired)
+        return true;
+    m_console.err(
+        std::string("Nothing was written to a camera, since --require-audit wants a line of it.\n"));
+    return false;
+}
+
+void AuditTrail::end(const std::vector<AuditEntry>& entries)
+{
+    append(entries, AuditMoment::Ends);
+}
+
+void AuditTrail::append(const std::vector<AuditEntry>& entries, AuditMoment moment)
+{
+    if (!m_rule.isOn || m_hasFailed)
+        return;
+    const QString path = auditPath(m_rule);
+    if (path.isEmpty())
+        return fail(
+            "The audit log has no place, since neither HOME nor VELA_USER_DATA is set; --audit names one.");
+    QByteArrayList lines;
+    for (const AuditEntry& entry : entries)
+        lines += auditLine(entry, moment);
+    if (!appendLines(path, lines))
+        fail("The audit log cannot be written: " + printable(path));
+}
+
+void AuditTrail::fail(const QString& sentence)
+{
+    if (!m_hasFailed)
+        m_console.err(sentence + '\n');
+    m_hasFailed = true;
+}
+
+AuditFile AuditTrail::keep(const QString& path)
+{
+    const AuditFile file = auditFile(path);
+    const QString log = auditPath(m_rule);
+    if (!m_rule.isOn || log.isEmpty() || file.sha256.isEmpty())
+        return file;
+    const QString folder = QFileInfo(log).absolutePath() + "/files";
+    const QString kept = folder + '/' + file.sha256 + ".fpk";
+    if (QDir().mkpath(folder) && (QFileInfo::exists(kept) || QFile::copy(path, kept)))
+        return {kept, file.sha256};
+    fail("The file cannot be kept for the audit log: " + printable(kept));
+    return file;
 }
 
 } // namespace companion

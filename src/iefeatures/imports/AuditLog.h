@@ -1,13 +1,17 @@
-// A record of what was done to cameras: JSON lines at the end of <user data folder>/Audit/iefeatures.jsonl.
+// A record of what was done to cameras: JSON lines at the end of <user data folder>/Audit/iefeatures.jsonl,
+// or of another file. A command leaves two lines a camera, one before it writes anything and one at its end:
+// a first line without a second one is a command that crashed, or lost its machine.
 #pragma once
 
 #include "iefeatures/cameras/ListedCamera.h"
+#include "iefeatures/console/Console.h"
 #include "iefeatures/console/Verdict.h"
 #include "iefeatures/running/ObservedChanges.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace companion
@@ -25,8 +29,9 @@ AuditFile auditFile(const QString& path);
 struct AuditEntry
 {
     QString command;
-    QString source;               // serial number of the camera that they are of; empty: not known
-    std::vector<AuditFile> files; // in the order of their use
+    std::optional<ListedCamera> source; // that the files are of
+    std::vector<AuditFile> files;       // in the order of their use
+    QStringList only;                   // of which features of them; empty: of all
     ListedCamera camera;
     QString firmware;        // empty: not known
     QString descriptionHash; // SHA-256, hexadecimal; empty: not known
@@ -37,13 +42,47 @@ struct AuditEntry
     CameraVerdict outcome = CameraVerdict::Applied; // its word is told, and the exit code it makes by itself
 };
 
+enum class AuditMoment
+{
+    Begins, // what is known before anything was written
+    Ends
+};
+
 // The entry as one line, the line feed included. Time, user and host are those of the call. Of very many
 // changes the first 5000 are told, and how many more there were.
-QByteArray auditLine(const AuditEntry& entry);
+QByteArray auditLine(const AuditEntry& entry, AuditMoment moment);
 
-QString auditPath();
-// Adds the lines, each in one write, so that several companions may write at once; the folder is made. Gives
-// what went wrong as a sentence, or an empty text.
-QString appendToAudit(const std::vector<AuditEntry>& entries);
+struct AuditRule
+{
+    bool isOn = true;
+    QString file;            // empty: the one in the user's data folder
+    bool isRequired = false; // without a line nothing is written to a camera
+};
+
+// Empty when there is no place for one: nothing is said of where the user's data is.
+QString auditPath(const AuditRule& rule);
+
+// The lines of one command.
+class AuditTrail
+{
+public:
+    AuditTrail(Console& console, const AuditRule& rule) : m_console(console), m_rule(rule) {}
+
+    // Adds the lines, each in one write, so that several companions may write at once; the folder is made.
+    // What goes wrong is told once. False: nothing may be written to a camera.
+    bool begin(const std::vector<AuditEntry>& entries);
+    void end(const std::vector<AuditEntry>& entries);
+    // Copies a file that will not last into the folder files/ beside the log, under the name of its SHA-256.
+    // As it was given where that cannot be done, or there is no log.
+    AuditFile keep(const QString& path);
+
+private:
+    void append(const std::vector<AuditEntry>& entries, AuditMoment moment);
+    void fail(const QString& sentence);
+
+    Console& m_console;
+    const AuditRule m_rule;
+    bool m_hasFailed = false;
+};
 
 } // namespace companion

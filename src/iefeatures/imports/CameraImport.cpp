@@ -42,7 +42,7 @@ CameraCheck reportOfJobs(const CameraImport& result)
 
 bool goesOn(const CameraImport& result)
 {
-    return !lacksSnapshot(result) &&
+    return !result.isRefused && !lacksSnapshot(result) &&
            std::all_of(result.jobs.begin(), result.jobs.end(),
                        [](const ImportOutcome& job) { return isIncompleteAtWorst(job.verdict); });
 }

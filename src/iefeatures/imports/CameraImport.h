@@ -15,6 +15,7 @@ namespace companion
 struct CameraImport
 {
     ListedCamera camera;
+    bool isRefused = false;                 // before anything was done; `check` says why
     std::optional<SnapshotResult> snapshot; // when one was asked for
     std::vector<ImportOutcome> jobs;        // feature bag, features file; those that were begun
     std::optional<CameraCheck> check;       // behind the jobs, what they were seen to do laid over it

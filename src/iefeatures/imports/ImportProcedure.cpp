@@ -3,6 +3,7 @@
 #include "iefeatures/cameras/InParallel.h"
 #include "iefeatures/check/EntryNature.h"
 #include "iefeatures/check/ImportProof.h"
+#include "iefeatures/check/WriteSafety.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
@@ -54,6 +55,12 @@ NamedFeatures namedByBoth(const ImportTask& task, const FeaturesFileInput& input
     return named;
 }
 
+void markRefused(CameraImport& result, CameraVerdict verdict, const QString& error)
+{
+    result.isRefused = true;
+    result.check = CameraCheck{result.camera, verdict, error, {}, {}};
+}
+
 ImportTraces tracesOf(const CameraImport& result, const NamedFeatures& named)
 {
     ImportTraces traces{changesOf(result, named), {}};
@@ -67,7 +74,8 @@ ImportTraces tracesOf(const CameraImport& result, const NamedFeatures& named)
 } // namespace
 
 ImportProcedure::ImportProcedure(Console& console, const ImportTask& task)
-    : m_console(console), m_task(task), m_input(inputOf(task)), m_named(namedByBoth(task, m_input))
+    : m_console(console), m_task(task), m_input(inputOf(task)), m_named(namedByBoth(task, m_input)),
+      m_audit(console, task.audit)
 {}
 
 int ImportProcedure::run(const std::vector<ListedCamera>& cameras)
@@ -75,10 +83,14 @@ int ImportProcedure::run(const std::vector<ListedCamera>& cameras)
     m_results.clear();
     for (const ListedCamera& camera : cameras)
         m_results.emplace_back().camera = camera;
+    if (!m_input.isGood())
+        refuse();
+    else if (!m_task.isForced)
+        refuseDangers();
+    if (!beginAudit())
+        return ExitInputOutput;
     if (m_input.isGood())
         doAllSteps();
-    else
-        refuse();
     if (Interrupt::isRequested())
         m_console.err(std::string("Interrupted.\n"));
     for (const CameraImport& result : m_results) {
@@ -87,8 +99,7 @@ int ImportProcedure::run(const std::vector<ListedCamera>& cameras)
         offerRollback(result);
     }
     tellResults();
-    if (m_task.isAudited)
-        audit();
+    audit();
     return exitCode();
 }
 
@@ -97,7 +108,36 @@ void ImportProcedure::refuse()
 {
     m_console.err(m_input.error + '\n');
     for (CameraImport& result : m_results)
-        result.check = CameraCheck{result.camera, m_input.verdict, m_input.error, {}, {}};
+        markRefused(result, m_input.verdict, m_input.error);
+}
+
+// Over connections that only read. A camera that cannot be asked is told by its job.
+void ImportProcedure::refuseDangers()
+{
+    if (m_task.features.isEmpty() || !mayHoldDangers(m_input.content))
+        return;
+    inParallel(m_results.size(), [&](size_t i) {
+        const std::vector<EntryCheck> dangers = dangersOn(m_results[i].camera, m_input.content);
+        if (dangers.empty())
+            return;
+        markRefused(m_results[i], CameraVerdict::BadFile, dangerText(dangers));
+        m_results[i].check->entries = dangers;
+    });
+}
+
+// Snapshots write as well: they move selectors.
+bool ImportProcedure::beginAudit()
+{
+    if (m_task.source && !m_task.features.isEmpty())
+        m_files.push_back(m_audit.keep(m_task.features));
+    else
+        for (const QString& file : {m_task.bag, m_task.only.isEmpty() ? m_task.features : m_task.original})
+            if (!file.isEmpty())
+                m_files.push_back(auditFile(file));
+    std::vector<AuditEntry> entries;
+    for (const CameraImport* result : going())
+        entries.push_back(auditEntryOf(*result));
+    return entries.empty() || m_audit.begin(entries);
 }
 
 void ImportProcedure::doAllSteps()
@@ -138,11 +178,12 @@ ImportProcedure::Cameras ImportProcedure::going()
 void ImportProcedure::takeSnapshots()
 {
     std::vector<ListedCamera> cameras;
-    for (const CameraImport& result : m_results)
-        cameras.push_back(result.camera);
+    const Cameras results = going();
+    for (const CameraImport* result : results)
+        cameras.push_back(result->camera);
     const auto snapshots = companion::takeSnapshots(m_console, cameras, m_task.snapshots, m_task.isJson);
-    for (size_t i = 0; i < m_results.size(); ++i) {
-        m_results[i].snapshot = snapshots[i];
+    for (size_t i = 0; i < results.size(); ++i) {
+        results[i]->snapshot = snapshots[i];
         for (const QString& problem : snapshots[i].problems + snapshots[i].remarks)
             tell(cameras[i], problem);
         if (!snapshots[i].snapshot)
@@ -284,6 +325,8 @@ AuditEntry ImportProcedure::auditEntryOf(const CameraImport& result) const
     AuditEntry entry;
     entry.command = m_task.command;
     entry.source = m_task.source;
+    entry.files = m_files;
+    entry.only = m_task.only;
     entry.camera = result.camera;
     for (const ImportOutcome& job : result.jobs) {
         const ObservedChanges& observed = job.record.findings.changes;
@@ -303,18 +346,10 @@ AuditEntry ImportProcedure::auditEntryOf(const CameraImport& result) const
 
 void ImportProcedure::audit()
 {
-    std::vector<AuditFile> files;
-    for (const QString& file : {m_task.bag, m_task.features})
-        if (!file.isEmpty())
-            files.push_back(auditFile(file));
     std::vector<AuditEntry> entries;
-    for (const CameraImport& result : m_results) {
+    for (const CameraImport& result : m_results)
         entries.push_back(auditEntryOf(result));
-        entries.back().files = files;
-    }
-    const QString problem = appendToAudit(entries);
-    if (!problem.isEmpty())
-        m_console.err(problem + '\n');
+    m_audit.end(entries);
 }
 
 int ImportProcedure::exitCode() const

@@ -17,14 +17,17 @@ namespace companion
 
 struct ImportTask
 {
-    QString command;         // for the audit log
-    QString bag;             // a feature bag to load first; empty: none
-    QString features;        // a features file to import; empty: none
-    QString snapshots;       // folder to take snapshots into; empty: none
-    bool isVerified = false; // against the features file
-    UserSet userSet;         // saved where the verification is clean
-    QString source;          // serial number of the camera that the files are of; empty: not known
-    bool isAudited = true;
+    QString command;                    // for the audit log
+    QString bag;                        // a feature bag to load first; empty: none
+    QString features;                   // a features file to import; empty: none
+    QString snapshots;                  // folder to take snapshots into; empty: none
+    bool isVerified = false;            // against the features file
+    UserSet userSet;                    // saved where the verification is clean
+    std::optional<ListedCamera> source; // that the files are of, and were made for this task alone
+    QStringList only;                   // that the features file was cut down to; empty: it is whole
+    QString original;                   // then what it was cut from
+    AuditRule audit;
+    bool isForced = false; // also what no import should write (WriteSafety.h)
     Detail detail = Detail::Attention;
     bool isJson = false;
 };
@@ -43,6 +46,8 @@ private:
     Cameras going();
 
     void refuse();
+    void refuseDangers();
+    bool beginAudit();
     void doAllSteps();
     void takeSnapshots();
     void import(unsigned type, const QString& file);
@@ -64,6 +69,8 @@ private:
     const ImportTask m_task;
     const FeaturesFileInput m_input; // the features file, as it was before anything was done
     const NamedFeatures m_named;     // by either file
+    AuditTrail m_audit;
+    std::vector<AuditFile> m_files;
     std::vector<CameraImport> m_results;
 };
 

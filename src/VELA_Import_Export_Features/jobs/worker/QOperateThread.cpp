@@ -58,7 +58,7 @@ void QOperateThread::run()
 bool QOperateThread::OpenDevice()
 {
     return KX_CC_CreateHandle(&m_hDevice, &m_stDevice.stDeviceInfo) == KX_OK &&
-           KX_CC_OpenDevice(m_hDevice, KX_ACCESS_EXCLUSIVE, 0) == KX_OK;
+           KX_CC_OpenDevice(m_hDevice, m_nAccessMode, 0) == KX_OK;
 }
 
 void QOperateThread::CloseDevice()

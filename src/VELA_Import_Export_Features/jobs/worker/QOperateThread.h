@@ -50,6 +50,10 @@ public:
     void SetXmlExportJob(const StructDeviceInfo& stDevice, const QString& strFolder);
     void SetFeatureBagImportJob(const StructDeviceInfo& stDevice, const QString& strFile);
     void SetFeatureBagExportJob(const StructDeviceInfo& stDevice, const QString& strFolder);
+    // A KX_ACCESS_ value: how cameras are opened from now on, which is exclusively unless told. Imports and
+    // feature bags need control. An export without exclusive control leaves out who controls the camera
+    // (GevCCP): an import of that would give its own control away.
+    void SetAccessMode(uint32_t nAccessMode) { m_nAccessMode = nAccessMode; }
 
     // The result of the last XML import (ImportResult); to be asked when the job is over.
     unsigned int ErrorCode() const { return m_nErrorCode; }
@@ -132,6 +136,7 @@ private:
 
     bool m_bRunning = true; // true until the first end report; the jobs do not ask it
     unsigned int m_nThreadType = JOB_FEATURE_XML_IMPORT;
+    uint32_t m_nAccessMode = KX_ACCESS_EXCLUSIVE;
     StructDeviceInfo m_stDevice;
     QString m_strFilePath;
     KX_HANDLE m_hDevice = nullptr;

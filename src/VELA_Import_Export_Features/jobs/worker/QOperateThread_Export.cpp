@@ -1,6 +1,7 @@
 // The export's job: what stays out, what the text is built from, and where it goes.
 #include "jobs/export/FeaturesExport.h"
 #include "jobs/file/WholeFile.h"
+#include "jobs/rules/ControlFeature.h"
 #include "jobs/rules/DeviceNames.h"
 #include "jobs/rules/ImportRules.h"
 #include "jobs/worker/QOperateThread.h"
@@ -69,6 +70,8 @@ void QOperateThread::ChooseSkipList()
     const auto itFilter =
         m_mapFeatureFilter.constFind(camera_line::transportWord(m_stDevice.stDeviceInfo.transportType));
     m_setSkipped = toSet(itFilter != m_mapFeatureFilter.constEnd() ? itFilter.value() : ie::commonSkipList());
+    if (m_nAccessMode != KX_ACCESS_EXCLUSIVE)
+        m_setSkipped += ie::kControlFeature;
 }
 
 bool QOperateThread::IsSkippedFeature(const QString& strName) const

@@ -1,0 +1,60 @@
+#include "iefeatures/imports/PartialFile.h"
+
+#include "iefeatures/console/Text.h"
+
+#include "jobs/file/FeaturesFile.h"
+
+#include <QFile>
+
+#include <algorithm>
+
+namespace companion
+{
+namespace
+{
+
+// As imports read it: of several names of a plain feature the last one holds.
+QString nameOf(const QDomElement& feature)
+{
+    if (feature.tagName() == "ComplexFeature")
+        return feature.attribute("name");
+    return feature.lastChildElement("Name").text();
+}
+
+// Gives the names that are left.
+QStringList cut(QDomElement features, const NamePatterns& wanted)
+{
+    QStringList left;
+    for (QDomElement element = features.firstChildElement(); !element.isNull();) {
+        const QDomElement next = element.nextSiblingElement();
+        if (!wanted.match(nameOf(element)))
+            features.removeChild(element);
+        else
+            left += nameOf(element);
+        element = next;
+    }
+    return left;
+}
+
+} // namespace
+
+QString writePartialFile(const QString& file, const QStringList& names, const QString& target)
+{
+    ie::LoadedFile loaded = ie::loadFeaturesFile(file);
+    if (loaded.failure != ie::LoadedFile::Failure::None)
+        return "The file cannot be read: " + printable(file);
+    const QStringList left =
+        cut(loaded.document.documentElement().firstChildElement("Features"), NamePatterns(names));
+    for (const QString& name : names) {
+        const NamePatterns pattern(QStringList{name});
+        if (std::none_of(left.begin(), left.end(), [&](const QString& one) { return pattern.match(one); }))
+            return QString("The file has no feature %1: %2").arg(printable(name), printable(file));
+    }
+    QFile out(target);
+    const QByteArray text = loaded.document.toString(-1).toUtf8();
+    if (!out.open(QIODevice::WriteOnly) || out.write(text) != text.size() || !out.flush())
+        return "The file cannot be written: " + printable(target);
+    return {};
+}
+
+} // namespace companion
