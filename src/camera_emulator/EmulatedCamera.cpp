@@ -1,8 +1,7 @@
 #include "camera_emulator/EmulatedCamera.h"
 
 #include "camera_emulator/Bootstrap.h"
-#include "camera_emulator/BuiltIn.h"
-#include "camera_emulator/Files.h"
+#include "camera_emulator/CameraCore.h"
 #include "camera_emulator/Responder.h"
 #include "camera_emulator/Seed.h"
 #include "camera_emulator/UdpSocket.h"
@@ -51,12 +50,8 @@ struct EmulatedCamera::State
     void takePackets(UdpSocket& socket);
     void sendDue();
 
-    const CameraConfig config;
+    CameraCore core;
     std::optional<uint32_t> address;
-    std::string description;
-    std::string problem; // with the configuration
-    SeedResult seeded;
-    std::optional<Description> nodes; // constant after construction
 
     mutable std::mutex mutex; // guards the responder
     mutable Responder responder;
@@ -71,37 +66,18 @@ struct EmulatedCamera::State
 };
 
 EmulatedCamera::State::State(const CameraConfig& wanted)
-    : config(wanted), address(gvcp::parseAddress(wanted.address))
+    : core(wanted), address(gvcp::parseAddress(wanted.address))
 {
-    const bool builtIn = config.description.empty() && config.descriptionFile.empty();
     if (!address)
-        problem = "\"" + config.address + "\" is no IPv4 address.";
-    if (builtIn) {
-        description = builtInDescription();
-    } else if (!config.description.empty()) {
-        description = config.description;
-    } else {
-        description = readFile(config.descriptionFile).value_or("");
-        if (description.empty())
-            problem = "The description " + config.descriptionFile + " cannot be read or is empty.";
-    }
-    if (description.size() > kMaxDescriptionSize)
-        problem = "The description is longer than " + std::to_string(kMaxDescriptionSize) + " bytes.";
-
-    nodes.emplace(description);
-    responder.latency = config.latency;
-    responder.concatenation = config.concatenation;
-    responder.readOnly = nodes->readOnlyRegisters();
+        core.problem = "\"" + wanted.address + "\" is no IPv4 address.";
+    responder.latency = wanted.latency;
+    responder.concatenation = wanted.concatenation;
+    responder.readOnly = core.nodes->readOnlyRegisters();
     responder.readOnly.add(readOnlyBootstrap());
-    writeBootstrap(config, address.value_or(0), responder.memory);
-    writeDescription(config, description, nodes->schemaVersion(), responder.memory, responder.readOnly);
-    if (builtIn)
-        seeded = applySeed(builtInSeed(), *nodes, responder.memory);
-    if (!config.seed.empty()) {
-        const SeedResult own = applySeed(config.seed, *nodes, responder.memory);
-        seeded.problems.insert(seeded.problems.end(), own.problems.begin(), own.problems.end());
-        seeded.remarks.insert(seeded.remarks.end(), own.remarks.begin(), own.remarks.end());
-    }
+    writeBootstrap(wanted, address.value_or(0), responder.memory);
+    writeDescription(wanted, core.description, core.nodes->schemaVersion(), responder.memory,
+                     responder.readOnly);
+    core.seed(responder.memory);
 }
 
 void EmulatedCamera::State::takePackets(UdpSocket& socket)
@@ -150,10 +126,10 @@ StartResult EmulatedCamera::start()
     State& state = *m_state;
     if (state.thread.joinable())
         return {};
-    if (!state.problem.empty())
-        return {StartCode::BadConfiguration, state.problem};
+    if (!state.core.problem.empty())
+        return {StartCode::BadConfiguration, state.core.problem};
     std::optional<std::string> reason = state.unicast.bind(*state.address, gvcp::kPort, false);
-    if (!reason && state.config.broadcast)
+    if (!reason && state.core.config.broadcast)
         reason = state.broadcast.bind(0xFFFFFFFF, gvcp::kPort, true);
     if (!reason && ::pipe2(state.wake, O_CLOEXEC | O_NONBLOCK) != 0)
         reason = "no pipe";
@@ -161,7 +137,7 @@ StartResult EmulatedCamera::start()
         state.unicast.close();
         state.broadcast.close();
         return {StartCode::CannotBind, "UDP port " + std::to_string(gvcp::kPort) + " of " +
-                                           state.config.address + " cannot be taken: " + *reason + "."};
+                                           state.core.config.address + " cannot be taken: " + *reason + "."};
     }
     releaseControl();
     state.thread = std::thread(&State::run, &state);
@@ -183,22 +159,22 @@ void EmulatedCamera::stop()
 
 const CameraConfig& EmulatedCamera::config() const
 {
-    return m_state->config;
+    return m_state->core.config;
 }
 
 const std::vector<std::string>& EmulatedCamera::seedProblems() const
 {
-    return m_state->seeded.problems;
+    return m_state->core.seeded.problems;
 }
 
 const std::vector<std::string>& EmulatedCamera::seedRemarks() const
 {
-    return m_state->seeded.remarks;
+    return m_state->core.seeded.remarks;
 }
 
 const std::string& EmulatedCamera::description() const
 {
-    return m_state->description;
+    return m_state->core.description;
 }
 
 Bytes EmulatedCamera::peek(uint32_t address, size_t size) const
@@ -227,7 +203,7 @@ void EmulatedCamera::pokeWord(uint32_t address, uint32_t value)
 
 std::optional<NodeValue> EmulatedCamera::node(const std::string& name) const
 {
-    const auto field = m_state->nodes->field(name);
+    const auto field = m_state->core.nodes->field(name);
     if (!std::holds_alternative<RegisterField>(field))
         return std::nullopt;
     std::lock_guard lock(m_state->mutex);
@@ -237,28 +213,25 @@ std::optional<NodeValue> EmulatedCamera::node(const std::string& name) const
 std::string EmulatedCamera::setNode(const std::string& name, const NodeValue& value)
 {
     std::lock_guard lock(m_state->mutex);
-    return writeNode(*m_state->nodes, name, value, m_state->responder.memory);
+    return writeNode(*m_state->core.nodes, name, value, m_state->responder.memory);
 }
 
 std::vector<std::string> EmulatedCamera::change(const std::string& json)
 {
     std::lock_guard lock(m_state->mutex);
-    const SeedResult result = applySeed(json, *m_state->nodes, m_state->responder.memory);
-    std::vector<std::string> sentences = result.problems;
-    sentences.insert(sentences.end(), result.remarks.begin(), result.remarks.end());
-    return sentences;
+    return m_state->core.change(json, m_state->responder.memory);
 }
 
 Faults EmulatedCamera::faults() const
 {
     std::lock_guard lock(m_state->mutex);
-    return m_state->responder.faults;
+    return m_state->responder.gate.faults;
 }
 
 void EmulatedCamera::setFaults(const Faults& faults)
 {
     std::lock_guard lock(m_state->mutex);
-    m_state->responder.setFaults(faults);
+    m_state->responder.gate.set(faults);
 }
 
 void EmulatedCamera::stealControl(bool exclusive)

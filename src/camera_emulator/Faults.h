@@ -16,8 +16,8 @@ constexpr unsigned kAlways = ~0u;
 // Commands whose bytes touch [address, address + length) are refused with `status`.
 struct Refusal
 {
-    uint32_t address = 0;
-    uint32_t length = 4;
+    uint64_t address = 0;
+    uint64_t length = 4;
     uint16_t status = gvcp::InvalidAddress;
 };
 

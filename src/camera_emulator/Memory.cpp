@@ -6,26 +6,25 @@
 
 namespace emu
 {
+
 namespace
 {
 
-constexpr uint64_t kAddressEnd = uint64_t(1) << 32;
-
-size_t sizeInside(uint32_t address, size_t size)
+uint64_t endOf(uint64_t address, uint64_t size)
 {
-    return static_cast<size_t>(std::min<uint64_t>(size, kAddressEnd - address));
+    return size > ~address ? ~uint64_t(0) : address + size;
 }
 
 } // namespace
 
-Bytes Memory::read(uint32_t address, size_t size) const
+Bytes Memory::read(uint64_t address, size_t size) const
 {
     Bytes data(size);
-    const size_t end = sizeInside(address, size);
+    const size_t end = endOf(address, size) - address;
     for (size_t done = 0; done < end;) {
         const size_t offset = (address + done) % kPageSize;
         const size_t part = std::min(kPageSize - offset, end - done);
-        const auto page = m_pages.find(static_cast<uint32_t>((address + done) / kPageSize));
+        const auto page = m_pages.find((address + done) / kPageSize);
         if (page != m_pages.end())
             std::copy_n(page->second.begin() + offset, part, data.begin() + done);
         done += part;
@@ -33,43 +32,43 @@ Bytes Memory::read(uint32_t address, size_t size) const
     return data;
 }
 
-void Memory::write(uint32_t address, const uint8_t* data, size_t size)
+void Memory::write(uint64_t address, const uint8_t* data, size_t size)
 {
-    const size_t end = sizeInside(address, size);
+    const size_t end = endOf(address, size) - address;
     for (size_t done = 0; done < end;) {
         const size_t offset = (address + done) % kPageSize;
         const size_t part = std::min(kPageSize - offset, end - done);
-        Page& page = m_pages[static_cast<uint32_t>((address + done) / kPageSize)]; // a new page is zeros
+        Page& page = m_pages[(address + done) / kPageSize]; // a new page is zeros
         std::copy_n(data + done, part, page.begin() + offset);
         done += part;
     }
 }
 
-uint32_t Memory::readWord(uint32_t address) const
+uint32_t Memory::readWord(uint64_t address) const
 {
     return gvcp::get32(read(address, 4).data());
 }
 
-void Memory::writeWord(uint32_t address, uint32_t value)
+void Memory::writeWord(uint64_t address, uint32_t value)
 {
     uint8_t bytes[4];
     gvcp::put32(bytes, value);
     write(address, bytes, 4);
 }
 
-void Memory::writeText(uint32_t address, const std::string& text, size_t size)
+void Memory::writeText(uint64_t address, const std::string& text, size_t size)
 {
     Bytes field(size);
     std::copy_n(text.begin(), std::min(text.size(), size - 1), field.begin());
     write(address, field);
 }
 
-void AddressRanges::add(uint32_t address, uint64_t size)
+void AddressRanges::add(uint64_t address, uint64_t size)
 {
     if (size == 0)
         return;
     uint64_t begin = address;
-    uint64_t end = begin + size;
+    uint64_t end = endOf(begin, size);
     auto next = m_endByBegin.upper_bound(begin);
     if (next != m_endByBegin.begin() && std::prev(next)->second >= begin)
         --next;
@@ -84,12 +83,12 @@ void AddressRanges::add(uint32_t address, uint64_t size)
 void AddressRanges::add(const AddressRanges& other)
 {
     for (const auto& [begin, end] : other.m_endByBegin)
-        add(static_cast<uint32_t>(begin), end - begin);
+        add(begin, end - begin);
 }
 
-bool AddressRanges::overlaps(uint32_t address, uint64_t size) const
+bool AddressRanges::overlaps(uint64_t address, uint64_t size) const
 {
-    const auto behind = m_endByBegin.lower_bound(address + size);
+    const auto behind = m_endByBegin.lower_bound(endOf(address, size));
     return behind != m_endByBegin.begin() && std::prev(behind)->second > address;
 }
 

@@ -24,24 +24,13 @@ bool isControl(uint32_t address)
     return address == RegControlPrivilege || address == RegHeartbeatTimeout;
 }
 
-bool everyNth(unsigned n, unsigned& counter)
-{
-    return n != 0 && ++counter % n == 0;
-}
-
-void countDown(unsigned& left)
-{
-    if (left != kAlways)
-        --left;
-}
-
 } // namespace
 
 std::vector<Reply> Responder::handle(const uint8_t* data, size_t size, Peer peer, Clock::time_point now)
 {
     expireControl(now);
     const auto command = decodeCommand(data, size);
-    if (isSwallowed(command && isRegisterCommand(command->command), now)) {
+    if (gate.isSwallowed(command && isRegisterCommand(command->command), now)) {
         ++counters.lost;
         return {};
     }
@@ -50,54 +39,16 @@ std::vector<Reply> Responder::handle(const uint8_t* data, size_t size, Peer peer
         return {};
     }
     Answer answer;
-    if (isRegisterCommand(command->command) && faults.busy > 0) {
-        countDown(faults.busy);
+    if (isRegisterCommand(command->command) && gate.takeBusy())
         answer.status = Busy;
-    } else {
+    else
         answer = answerTo(*command, peer);
-    }
     if (m_holder == peer)
         m_heartbeat = now; // any command of the holder is a sign of life
     std::vector<Reply> replies = finish(*command, std::move(answer), now);
-    if (isRegisterCommand(command->command))
-        countDownFaults(now);
-    return replies;
-}
-
-void Responder::setFaults(const Faults& newFaults)
-{
-    faults = newFaults;
-    m_packetsIn = 0;
-    m_answersOut = 0;
-    m_silentUntil.reset();
-}
-
-bool Responder::isSwallowed(bool registerCommand, Clock::time_point now)
-{
-    if (faults.silence && faults.silence->after == 0) {
-        if (!faults.silence->duration)
-            return true;
-        if (!m_silentUntil)
-            m_silentUntil = now + *faults.silence->duration;
-        if (now < *m_silentUntil)
-            return true;
-        faults.silence.reset();
-        m_silentUntil.reset();
-    }
-    if (faults.discoveryOnly && registerCommand)
-        return true;
-    return everyNth(faults.loseRequests, m_packetsIn);
-}
-
-void Responder::countDownFaults(Clock::time_point now)
-{
-    if (faults.silence && faults.silence->after > 0 && --faults.silence->after == 0 &&
-        faults.silence->duration)
-        m_silentUntil = now + *faults.silence->duration;
-    if (faults.stealControlAfter && (*faults.stealControlAfter == 0 || --*faults.stealControlAfter == 0)) {
-        faults.stealControlAfter.reset();
+    if (isRegisterCommand(command->command) && gate.countDown(now))
         stealControl(false);
-    }
+    return replies;
 }
 
 std::vector<Reply> Responder::finish(const CommandPacket& command, Answer answer, Clock::time_point now)
@@ -108,15 +59,15 @@ std::vector<Reply> Responder::finish(const CommandPacket& command, Answer answer
     if ((command.flags & kFlagAckRequired) == 0)
         return replies;
 
-    Clock::time_point due = now + latency + faults.delay;
-    if (isRegisterCommand(command.command) && faults.pending > 0) {
-        countDown(faults.pending);
+    Clock::time_point due = now + latency + gate.faults.delay;
+    if (isRegisterCommand(command.command) && gate.takePending()) {
         ++counters.pending;
-        const auto time = static_cast<uint16_t>(std::clamp<int64_t>(faults.pendingTime.count(), 0, 0xFFFF));
+        const auto time =
+            static_cast<uint16_t>(std::clamp<int64_t>(gate.faults.pendingTime.count(), 0, 0xFFFF));
         replies.push_back({encodeAck({Success, PendingAck, command.id, pendingAckPayload(time)}), due});
-        due += faults.pendingTime;
+        due += gate.faults.pendingTime;
     }
-    if (everyNth(faults.loseAnswers, m_answersOut)) {
+    if (gate.losesAnswer()) {
         ++counters.lost;
         return replies;
     }
@@ -153,7 +104,7 @@ Responder::Answer Responder::answerTo(const CommandPacket& command, Peer peer)
 Responder::Answer Responder::readRegisters(const Bytes& payload, Peer peer)
 {
     const auto addresses = parseReadRegisters(payload);
-    if (!addresses || (addresses->size() > 1 && (!concatenation || faults.refuseConcatenation)))
+    if (!addresses || (addresses->size() > 1 && (!concatenation || gate.faults.refuseConcatenation)))
         return {InvalidParameter, {}};
     if (std::all_of(addresses->begin(), addresses->end(), isControl))
         ++counters.controlRequests;
@@ -173,7 +124,7 @@ Responder::Answer Responder::readRegisters(const Bytes& payload, Peer peer)
 Responder::Answer Responder::writeRegisters(const Bytes& payload, Peer peer)
 {
     const auto writes = parseWriteRegisters(payload);
-    if (!writes || (writes->size() > 1 && (!concatenation || faults.refuseConcatenation)))
+    if (!writes || (writes->size() > 1 && (!concatenation || gate.faults.refuseConcatenation)))
         return {InvalidParameter, writeAckPayload(0)};
     if (std::all_of(writes->begin(), writes->end(),
                     [](const RegisterWrite& write) { return isControl(write.address); }))
@@ -236,13 +187,7 @@ uint16_t Responder::checkAccess(uint32_t address, uint32_t size) const
         return BadAlignment;
     if (address + uint64_t(size) > kAddressEnd)
         return InvalidAddress;
-    for (const Refusal& refusal : faults.refusals) {
-        const bool touches = address < refusal.address + uint64_t(refusal.length) &&
-                             refusal.address < address + uint64_t(size);
-        if (touches)
-            return refusal.status;
-    }
-    return Success;
+    return gate.refusalOf(address, size).value_or(Success);
 }
 
 uint16_t Responder::checkRead(uint32_t address, uint32_t size, Peer peer) const

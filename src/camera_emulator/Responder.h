@@ -3,8 +3,9 @@
 #pragma once
 
 #include "camera_emulator/Counters.h"
-#include "camera_emulator/Faults.h"
+#include "camera_emulator/FaultGate.h"
 #include "camera_emulator/Memory.h"
+#include "camera_emulator/Reply.h"
 #include "gvcp/Gvcp.h"
 
 #include <chrono>
@@ -15,8 +16,6 @@
 namespace emu
 {
 
-using Clock = std::chrono::steady_clock;
-
 // An application on the network; it stays the same one as long as it sends from the same port.
 struct Peer
 {
@@ -25,24 +24,17 @@ struct Peer
     bool operator==(const Peer& other) const { return address == other.address && port == other.port; }
 };
 
-struct Reply
-{
-    Bytes bytes;
-    Clock::time_point due;
-};
-
 class Responder
 {
 public:
     Memory memory;
     AddressRanges readOnly; // for hosts; seeds and the emulator itself write everywhere
-    Faults faults;
+    FaultGate gate;
     Counters counters;
     std::chrono::milliseconds latency{0};
     bool concatenation = true; // several registers per READREG and WRITEREG
 
     std::vector<Reply> handle(const uint8_t* data, size_t size, Peer peer, Clock::time_point now);
-    void setFaults(const Faults& newFaults);
 
     // Gives control to a host that never lets it go, until releaseControl().
     void stealControl(bool exclusive);
@@ -57,8 +49,6 @@ private:
         Bytes payload;
     };
 
-    bool isSwallowed(bool isRegisterCommand, Clock::time_point now);
-    void countDownFaults(Clock::time_point now);
     std::vector<Reply> finish(const gvcp::CommandPacket& command, Answer answer, Clock::time_point now);
     Answer answerTo(const gvcp::CommandPacket& command, Peer peer);
     Answer readRegisters(const Bytes& payload, Peer peer);
@@ -75,9 +65,6 @@ private:
     std::optional<Peer> m_holder;
     bool m_stolen = false;
     Clock::time_point m_heartbeat;
-    unsigned m_packetsIn = 0;
-    unsigned m_answersOut = 0;
-    std::optional<Clock::time_point> m_silentUntil;
 };
 
 } // namespace emu

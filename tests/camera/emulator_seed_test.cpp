@@ -257,7 +257,10 @@ TEST(EmulatorMemory, isSparseAndEndsWithTheAddressSpace)
     memory.write(0xFFE, {1, 2, 3, 4});
     EXPECT_EQ(memory.read(0xFFC, 8), (Bytes{0, 0, 1, 2, 3, 4, 0, 0}));
     memory.write(0xFFFFFFFE, {5, 6, 7, 8});
-    EXPECT_EQ(memory.read(0xFFFFFFFE, 4), (Bytes{5, 6, 0, 0}));
+    EXPECT_EQ(memory.read(0xFFFFFFFF, 3), (Bytes{6, 7, 8})) << "addresses have 64 bits";
+    const uint64_t last = ~uint64_t(0) - 2;
+    memory.write(last, {5, 6, 7, 8});
+    EXPECT_EQ(memory.read(last, 4), (Bytes{5, 6, 0, 0}));
     EXPECT_EQ(memory.read(0, 2), Bytes(2)) << "nothing wraps";
 }
 

@@ -6,3 +6,9 @@ endforeach()
 ie_add_test(gencp_port_test LABEL camera
     SOURCES gencp_port_test.cpp
     LIBRARIES kx_ports GTest::gtest_main)
+ie_add_test(serial_port_test LABEL camera
+    SOURCES serial_port_test.cpp
+    LIBRARIES kx_ports camera_emulator_core GTest::gtest_main)
+ie_add_test(serial_discovery_test LABEL camera
+    SOURCES serial_discovery_test.cpp
+    LIBRARIES KXCameraControl camera_emulator_core GTest::gtest_main)

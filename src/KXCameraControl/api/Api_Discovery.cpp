@@ -2,7 +2,8 @@
 #include "KXCameraControl/api/Api_Guard.h"
 #include "KXCameraControl/ports/Discovery.h"
 #include "KXCameraControl/ports/SearchPlaces.h"
-#include "KXCameraControl/ports/gige/Socket.h"
+#include "KXCameraControl/ports/Stamp.h"
+#include "KXCameraControl/ports/Transport.h"
 
 #include <algorithm>
 #include <vector>
@@ -20,21 +21,6 @@ uint32_t availabilityToUs(const KX_DeviceInfo& device, uint32_t availability,
     const bool ours = availability == KX_AVAILABILITY_IN_USE && OwnControl::hasBeenSince(device, start);
     return ours ? uint32_t(KX_AVAILABILITY_FREE) : availability;
 }
-
-// FNV-1a over everything that makes an interface another one.
-class Stamp
-{
-public:
-    void add(const void* data, size_t size)
-    {
-        for (size_t i = 0; i < size; ++i)
-            m_value = (m_value ^ static_cast<const uint8_t*>(data)[i]) * 16777619u;
-    }
-    uint32_t value() const { return m_value ? m_value : 1; }
-
-private:
-    uint32_t m_value = 2166136261u;
-};
 
 } // namespace
 
@@ -105,14 +91,14 @@ KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availa
 uint32_t KX_CC_GetInterfaceStamp(void)
 {
     try {
-        const auto interfaces = networkInterfaces();
+        bool isKnown = false;
         Stamp stamp;
-        for (const NetworkInterface& interface : interfaces) {
-            stamp.add(interface.name.c_str(), interface.name.size() + 1);
-            stamp.add(&interface.address, sizeof interface.address);
-            stamp.add(&interface.broadcast, sizeof interface.broadcast);
+        for (const Transport& transport : transports()) {
+            const uint32_t one = transport.stamp();
+            isKnown = isKnown || one != 0;
+            stamp.add(&one, sizeof one);
         }
-        return interfaces.empty() ? 0 : stamp.value();
+        return isKnown ? stamp.value() : 0;
     } catch (...) {
         return 0;
     }

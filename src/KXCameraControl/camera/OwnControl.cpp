@@ -1,6 +1,8 @@
 // Counting who in this process controls which camera.
 #include "KXCameraControl/camera/OwnControl.h"
 
+#include "KXCameraControl/ports/Transport.h"
+
 #include <map>
 #include <mutex>
 
@@ -19,8 +21,15 @@ struct Holder
 struct Holders
 {
     std::mutex mutex;
-    std::map<uint32_t, Holder> byAddress; // of GigE Vision cameras: the only ones whose control is asked for
+    std::map<std::string, Holder> byPlace;
 };
+
+// Empty: a camera whose transport is not known here, and whose control nobody asks for.
+std::string placeOf(const KX_DeviceInfo& device)
+{
+    const Transport* transport = transportOf(device);
+    return transport ? std::to_string(transport->type) + " " + transport->place(device) : std::string();
+}
 
 // Never destroyed: handles may outlive the end of main.
 Holders& holders()
@@ -33,11 +42,12 @@ Holders& holders()
 
 void OwnControl::take()
 {
-    if (m_taken || m_device.transportType != KX_TRANSPORT_GIGE)
+    const std::string place = placeOf(m_device);
+    if (m_taken || place.empty())
         return;
     Holders& all = holders();
     const std::lock_guard<std::mutex> lock(all.mutex);
-    ++all.byAddress[m_device.special.gige.ipAddress].count;
+    ++all.byPlace[place].count;
     m_taken = true;
 }
 
@@ -47,7 +57,7 @@ void OwnControl::release()
         return;
     Holders& all = holders();
     const std::lock_guard<std::mutex> lock(all.mutex);
-    Holder& holder = all.byAddress[m_device.special.gige.ipAddress];
+    Holder& holder = all.byPlace[placeOf(m_device)];
     --holder.count;
     holder.released = Clock::now();
     m_taken = false;
@@ -55,12 +65,10 @@ void OwnControl::release()
 
 bool OwnControl::hasBeenSince(const KX_DeviceInfo& device, Clock::time_point start)
 {
-    if (device.transportType != KX_TRANSPORT_GIGE)
-        return false;
     Holders& all = holders();
     const std::lock_guard<std::mutex> lock(all.mutex);
-    const auto holder = all.byAddress.find(device.special.gige.ipAddress);
-    return holder != all.byAddress.end() && (holder->second.count > 0 || holder->second.released >= start);
+    const auto holder = all.byPlace.find(placeOf(device));
+    return holder != all.byPlace.end() && (holder->second.count > 0 || holder->second.released >= start);
 }
 
 } // namespace kx

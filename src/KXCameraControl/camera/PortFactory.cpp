@@ -1,7 +1,7 @@
-// Transports and their ports.
+// Which port a camera gets.
 #include "KXCameraControl/camera/PortFactory.h"
 
-#include "KXCameraControl/ports/gige/GvcpPort.h"
+#include "KXCameraControl/ports/Transport.h"
 
 #include <mutex>
 
@@ -18,9 +18,8 @@ PortFactory factoryInUse;
 
 std::unique_ptr<Port> makePort(const KX_DeviceInfo& device)
 {
-    if (device.transportType == KX_TRANSPORT_GIGE)
-        return std::make_unique<GvcpPort>(device.special.gige);
-    return nullptr;
+    const Transport* transport = transportOf(device);
+    return transport ? transport->newPort(device) : nullptr;
 }
 
 void setPortFactory(PortFactory factory)

@@ -1,10 +1,10 @@
 #include "KXCameraControl/ports/SearchPlaces.h"
 
+#include "KXCameraControl/ports/NameList.h"
 #include "gvcp/Gvcp.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <sstream>
 
 namespace kx
 {
@@ -14,19 +14,6 @@ namespace
 constexpr char kInterfaces[] = "KX_CAMERA_INTERFACES";
 constexpr char kAddresses[] = "KX_CAMERA_ADDRESSES";
 
-// The non-empty parts of a comma-separated list, without surrounding blanks.
-std::vector<std::string> listFrom(const char* text)
-{
-    std::vector<std::string> parts;
-    std::istringstream stream(text ? text : "");
-    for (std::string part; std::getline(stream, part, ',');) {
-        const size_t begin = part.find_first_not_of(" \t");
-        if (begin != std::string::npos)
-            parts.push_back(part.substr(begin, part.find_last_not_of(" \t") - begin + 1));
-    }
-    return parts;
-}
-
 bool isNamedBy(const std::string& name, const NetworkInterface& interface)
 {
     return name == interface.name || gvcp::parseAddress(name) == interface.address;
@@ -34,10 +21,11 @@ bool isNamedBy(const std::string& name, const NetworkInterface& interface)
 
 void addNamedInterfaces(const std::vector<NetworkInterface>& all, const char* setting, SearchPlaces& places)
 {
-    const std::vector<std::string> names = listFrom(setting);
+    const std::vector<std::string> names = nameList(setting);
     for (const NetworkInterface& interface : all)
-        if (std::any_of(names.begin(), names.end(),
-                        [&](const std::string& name) { return name != "none" && isNamedBy(name, interface); }))
+        if (std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+                return name != "none" && isNamedBy(name, interface);
+            }))
             places.interfaces.push_back(interface);
     for (const std::string& name : names) {
         const bool isThere = std::any_of(all.begin(), all.end(), [&](const NetworkInterface& interface) {
@@ -52,7 +40,7 @@ void addNamedInterfaces(const std::vector<NetworkInterface>& all, const char* se
 void addAddresses(const char* setting, SearchPlaces& places)
 {
     std::vector<uint32_t>& addresses = places.addresses;
-    for (const std::string& text : listFrom(setting)) {
+    for (const std::string& text : nameList(setting)) {
         const auto address = gvcp::parseAddress(text);
         if (address && *address != 0)
             addresses.push_back(*address);

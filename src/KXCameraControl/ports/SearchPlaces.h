@@ -14,8 +14,8 @@ struct SearchPlaces
 {
     std::vector<NetworkInterface> interfaces; // that are searched by broadcast
     std::vector<uint32_t> addresses;          // that are asked one by one; ascending, each once
-    // A sentence for each value that names no interface of this machine or is no address. Such a one is passed
-    // over: an interface may come later.
+    // A sentence for each value that names no interface of this machine or is no address. Such a one is
+    // passed over: an interface may come later.
     std::vector<std::string> problems;
 };
 

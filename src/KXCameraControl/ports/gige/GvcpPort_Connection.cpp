@@ -1,6 +1,8 @@
 // How a camera is opened, kept and given back.
 #include "KXCameraControl/ports/gige/GvcpPort.h"
 
+#include "KXCameraControl/ports/Fields.h"
+
 #include <algorithm>
 
 namespace kx
@@ -26,13 +28,6 @@ uint32_t privilegeOf(uint32_t accessMode)
     default:
         return 0;
     }
-}
-
-template <size_t Size>
-std::string textField(const uint8_t (&field)[Size])
-{
-    const auto* text = reinterpret_cast<const char*>(field);
-    return std::string(text, std::find(text, text + Size, '\0'));
 }
 
 } // namespace

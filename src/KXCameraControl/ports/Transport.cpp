@@ -1,0 +1,25 @@
+#include "KXCameraControl/ports/Transport.h"
+
+#include "KXCameraControl/ports/cameralink/SerialDiscovery.h"
+#include "KXCameraControl/ports/gige/GigeDiscovery.h"
+
+#include <algorithm>
+
+namespace kx
+{
+
+const std::vector<Transport>& transports()
+{
+    static const std::vector<Transport> table{gigeTransport(), serialTransport()};
+    return table;
+}
+
+const Transport* transportOf(const KX_DeviceInfo& device)
+{
+    const auto& all = transports();
+    const auto transport = std::find_if(
+        all.begin(), all.end(), [&](const Transport& one) { return one.type == device.transportType; });
+    return transport == all.end() ? nullptr : &*transport;
+}
+
+} // namespace kx

@@ -1,0 +1,42 @@
+// A GenCP camera behind a serial line: finds the rate that it listens at, and raises it.
+//
+// The line has no way of telling that a camera was unplugged: requests fail one by one. Only a line that goes
+// away itself (an adapter that is pulled) is a lost connection.
+#pragma once
+
+#include "KXCameraControl/ports/cameralink/SerialLink.h"
+#include "KXCameraControl/ports/gencp/GenCpPort.h"
+
+namespace kx
+{
+
+class CameraLinkPort final : public GenCpPort
+{
+public:
+    // Whether the rate is raised to the fastest that both ends have; one look at a camera does without.
+    enum class Rate
+    {
+        Raise,
+        Keep
+    };
+    CameraLinkPort(std::unique_ptr<SerialLine> line, std::string serialNumber, Rate rate = Rate::Raise);
+    ~CameraLinkPort() override { CameraLinkPort::close(); }
+
+    // Brings the camera back to 9,600 baud, where the next program looks for it first.
+    void close() override;
+
+    uint32_t baudRate() { return serial().baudRate(); }
+
+private:
+    KX_Status settle() override;
+    KX_Status findRate();
+    KX_Status raiseRate();
+    KX_Status changeRate(const gencp::BaudRate& rate);
+    KX_Status confirmRate(uint64_t address, uint32_t bit);
+    SerialLink& serial() { return static_cast<SerialLink&>(link()); }
+
+    const Rate m_rate;
+    uint64_t m_technologyRegisters = 0; // address of the SBRM; 0: none
+};
+
+} // namespace kx

@@ -1,0 +1,273 @@
+// Asking networks and single addresses for cameras.
+#include "KXCameraControl/ports/gige/GigeDiscovery.h"
+
+#include "KXCameraControl/ports/Fields.h"
+#include "KXCameraControl/ports/SearchPlaces.h"
+#include "KXCameraControl/ports/Stamp.h"
+#include "KXCameraControl/ports/gige/GvcpPort.h"
+#include "KXCameraControl/ports/gige/Inquiry.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace kx
+{
+
+using namespace gvcp;
+using std::chrono::milliseconds;
+
+namespace
+{
+
+// Together the window of 400 ms; the second try is for datagrams that got lost.
+constexpr Patience kSearch{2, milliseconds(200)};
+constexpr Patience kQuery{3, milliseconds(200)};
+constexpr uint16_t kDiscoveryId = 1;
+constexpr uint16_t kQueryId = 2;
+constexpr uint16_t kHolderAddressId = 3;
+constexpr uint16_t kHolderPortId = 4;
+
+// A way out of this host: the socket and how it is called.
+struct Route
+{
+    std::string name;
+    uint32_t localAddress = 0; // 0: unicast, by whatever way the system chooses
+};
+
+struct Search
+{
+    std::vector<Route> routes; // of `sockets`, index by index
+    std::vector<UdpSocket> sockets;
+    std::vector<Question> questions;
+    bool hasFailed = false; // a socket could not be opened
+};
+
+struct Found
+{
+    KX_DeviceEntry entry;
+    size_t socket;
+};
+
+void addRoute(Search& search, Route route, const std::vector<uint32_t>& addresses)
+{
+    UdpSocket socket;
+    if (!socket.open(route.localAddress, route.localAddress != 0)) {
+        search.hasFailed = true;
+        return;
+    }
+    for (uint32_t address : addresses)
+        search.questions.push_back({search.sockets.size(), address, encodeDiscovery(kDiscoveryId)});
+    search.routes.push_back(std::move(route));
+    search.sockets.push_back(std::move(socket));
+}
+
+KX_DeviceEntry entryFrom(const Discovery& answer, uint32_t address, const Route& route)
+{
+    KX_DeviceEntry entry{};
+    entry.info.transportType = KX_TRANSPORT_GIGE;
+    KX_GigEDeviceInfo& gige = entry.info.special.gige;
+    gige = {};
+    gige.macHigh = answer.macHigh;
+    gige.macLow = answer.macLow;
+    putText(gige.modelName, answer.model);
+    putText(gige.serialNumber, answer.serialNumber);
+    putText(gige.userDefinedName, answer.userName);
+    putText(gige.manufacturerName, answer.manufacturer);
+    putText(gige.deviceVersion, answer.deviceVersion);
+    gige.ipAddress = address;
+    gige.interfaceAddress = route.localAddress;
+    entry.availability = KX_AVAILABILITY_UNREACHABLE;
+    std::snprintf(entry.interfaceName, sizeof entry.interfaceName, "%s", route.name.c_str());
+    return entry;
+}
+
+bool isSameCamera(const KX_GigEDeviceInfo& a, const KX_GigEDeviceInfo& b)
+{
+    return a.macHigh == b.macHigh && a.macLow == b.macLow && a.ipAddress == b.ipAddress &&
+           std::memcmp(a.serialNumber, b.serialNumber, sizeof a.serialNumber) == 0;
+}
+
+// A camera may be seen by several ways; one through an interface tells more than one without.
+void addOrMerge(std::vector<Found>& cameras, Found found)
+{
+    const KX_GigEDeviceInfo& gige = found.entry.info.special.gige;
+    for (Found& known : cameras) {
+        const KX_GigEDeviceInfo& other = known.entry.info.special.gige;
+        if (!isSameCamera(gige, other))
+            continue;
+        if (other.interfaceAddress == 0 && gige.interfaceAddress != 0)
+            known = found;
+        return;
+    }
+    cameras.push_back(found);
+}
+
+std::vector<Found> findCameras(Search& search)
+{
+    std::vector<Found> cameras;
+    askAll(search.sockets, search.questions, kSearch,
+           [&](size_t socket, uint32_t address, const AckPacket& ack) {
+               if (ack.id != kDiscoveryId || ack.command != DiscoveryAck || ack.status != Success)
+                   return false;
+               const auto answer = parseDiscovery(ack.payload);
+               if (answer)
+                   addOrMerge(cameras, {entryFrom(*answer, address, search.routes[socket]), socket});
+               return answer.has_value();
+           });
+    return cameras;
+}
+
+// What the answer to a read of the control register says; nothing when it says that the camera wants to be
+// asked again.
+std::optional<uint32_t> availabilityFrom(const AckPacket& ack)
+{
+    if (ack.status == Busy || ack.command == PendingAck)
+        return std::nullopt;
+    // Exclusive control by another host forbids even this.
+    if (ack.status == AccessDenied)
+        return KX_AVAILABILITY_IN_USE;
+    const auto values = parseRegisterValues(ack.payload, 1);
+    if (ack.status != Success || ack.command != ReadRegAck || !values)
+        return KX_AVAILABILITY_UNREACHABLE;
+    const bool isControlled = ((*values)[0] & (kPrivilegeExclusive | kPrivilegeControl)) != 0;
+    return isControlled ? KX_AVAILABILITY_IN_USE : KX_AVAILABILITY_FREE;
+}
+
+void queryAvailability(std::vector<UdpSocket>& sockets, std::vector<Found>& cameras)
+{
+    std::vector<Question> questions;
+    for (const Found& camera : cameras)
+        questions.push_back({camera.socket, camera.entry.info.special.gige.ipAddress,
+                             encodeReadRegisters(kQueryId, {RegControlPrivilege})});
+    askAll(sockets, questions, kQuery, [&](size_t socket, uint32_t address, const AckPacket& ack) {
+        const auto availability = availabilityFrom(ack);
+        if (ack.id != kQueryId || !availability)
+            return false;
+        for (Found& camera : cameras)
+            if (camera.socket == socket && camera.entry.info.special.gige.ipAddress == address)
+                camera.entry.availability = *availability;
+        return true;
+    });
+}
+
+// The value of a register; nothing for an answer to something else. 0 where the camera has no such register
+// or does not show it.
+std::optional<uint32_t> shownValue(const AckPacket& ack, uint16_t id)
+{
+    if (ack.id != id || ack.status == Busy || ack.command == PendingAck)
+        return std::nullopt;
+    const auto values = parseRegisterValues(ack.payload, 1);
+    return ack.status == Success && ack.command == ReadRegAck && values ? (*values)[0] : 0;
+}
+
+// One register a question: not every camera takes several.
+uint32_t askRegister(std::vector<UdpSocket>& sockets, uint32_t camera, uint16_t id, uint32_t address)
+{
+    uint32_t value = 0;
+    std::vector<Question> questions{{0, camera, encodeReadRegisters(id, {address})}};
+    askAll(sockets, questions, kQuery, [&](size_t, uint32_t, const AckPacket& ack) {
+        const auto shown = shownValue(ack, id);
+        value = shown.value_or(value);
+        return shown.has_value();
+    });
+    return value;
+}
+
+// The interface may have another address than when the camera was found.
+bool openTowards(const KX_GigEDeviceInfo& gige, UdpSocket& socket)
+{
+    return socket.open(gige.interfaceAddress) || socket.open(0);
+}
+
+KX_Status findGigeCameras(std::vector<KX_DeviceEntry>& entries)
+{
+    Search search;
+    const SearchPlaces places = searchPlaces();
+    for (const NetworkInterface& interface : places.interfaces)
+        addRoute(search, {interface.name, interface.address}, {interface.broadcast});
+    if (!places.addresses.empty())
+        addRoute(search, {"unicast", 0}, places.addresses);
+    if (search.hasFailed && search.sockets.empty())
+        return KX_E_NETWORK;
+
+    std::vector<Found> cameras = findCameras(search);
+    queryAvailability(search.sockets, cameras);
+    for (const Found& camera : cameras)
+        entries.push_back(camera.entry);
+    return KX_OK;
+}
+
+KX_Status gigeAvailability(const KX_DeviceInfo& device, uint32_t& availability)
+{
+    const KX_GigEDeviceInfo& gige = device.special.gige;
+    availability = KX_AVAILABILITY_UNREACHABLE;
+    if (gige.ipAddress == 0) // to the system: this host
+        return KX_OK;
+    std::vector<UdpSocket> sockets(1);
+    if (!openTowards(gige, sockets[0]))
+        return KX_E_NETWORK;
+    std::vector<Found> cameras(1);
+    cameras[0].entry.info = device;
+    cameras[0].entry.availability = availability;
+    queryAvailability(sockets, cameras);
+    availability = cameras[0].entry.availability;
+    return KX_OK;
+}
+
+// GigE Vision, "Primary application port" and "Primary application IP address": both 0 while nobody has
+// control.
+KX_Status gigeController(const KX_DeviceInfo& device, KX_Controller& controller)
+{
+    controller = {};
+    const KX_GigEDeviceInfo& gige = device.special.gige;
+    if (gige.ipAddress == 0) // to the system: this host
+        return KX_OK;
+    std::vector<UdpSocket> sockets(1);
+    if (!openTowards(gige, sockets[0]))
+        return KX_E_NETWORK;
+    controller.ipAddress = askRegister(sockets, gige.ipAddress, kHolderAddressId, RegPrimaryAddress);
+    if (controller.ipAddress != 0)
+        controller.port = askRegister(sockets, gige.ipAddress, kHolderPortId, RegPrimaryPort) & 0xFFFF;
+    return KX_OK;
+}
+
+std::unique_ptr<Port> newGigePort(const KX_DeviceInfo& device)
+{
+    return std::make_unique<GvcpPort>(device.special.gige);
+}
+
+std::string gigeSerialNumber(const KX_DeviceInfo& device)
+{
+    return textField(device.special.gige.serialNumber);
+}
+
+// Of one length, so that texts are in the addresses' order.
+std::string gigePlace(const KX_DeviceInfo& device)
+{
+    char text[16];
+    std::snprintf(text, sizeof text, "%08X", static_cast<unsigned>(device.special.gige.ipAddress));
+    return text;
+}
+
+uint32_t gigeStamp()
+{
+    const auto interfaces = networkInterfaces();
+    Stamp stamp;
+    for (const NetworkInterface& interface : interfaces) {
+        stamp.add(interface.name.c_str(), interface.name.size() + 1);
+        stamp.add(&interface.address, sizeof interface.address);
+        stamp.add(&interface.broadcast, sizeof interface.broadcast);
+    }
+    return interfaces.empty() ? 0 : stamp.value();
+}
+
+} // namespace
+
+Transport gigeTransport()
+{
+    return {KX_TRANSPORT_GIGE, findGigeCameras,  gigeAvailability, gigeController,
+            newGigePort,       gigeSerialNumber, gigePlace,        gigeStamp};
+}
+
+} // namespace kx

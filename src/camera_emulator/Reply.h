@@ -1,0 +1,17 @@
+#pragma once
+
+#include "camera_emulator/Memory.h"
+
+#include <chrono>
+
+namespace emu
+{
+
+// A packet that an emulated camera sends, and when.
+struct Reply
+{
+    Bytes bytes;
+    std::chrono::steady_clock::time_point due;
+};
+
+} // namespace emu
