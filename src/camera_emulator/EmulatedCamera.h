@@ -4,10 +4,9 @@
 #pragma once
 
 #include "camera_emulator/CameraConfig.h"
-#include "camera_emulator/Counters.h"
 #include "camera_emulator/Description.h"
-#include "camera_emulator/Faults.h"
 #include "camera_emulator/Memory.h"
+#include "camera_emulator/Shell.h"
 
 #include <chrono>
 #include <cstdint>
@@ -19,39 +18,22 @@
 namespace emu
 {
 
-enum class StartCode
-{
-    Started,
-    BadConfiguration,
-    CannotBind
-};
-
-struct StartResult
-{
-    StartCode code = StartCode::Started;
-    std::string message; // for people; empty when started
-    explicit operator bool() const { return code == StartCode::Started; }
-};
-
-class EmulatedCamera
+class EmulatedCamera : public Shell
 {
 public:
     // Builds the registers; what is wrong with the configuration is told by start().
     explicit EmulatedCamera(const CameraConfig& config);
-    ~EmulatedCamera(); // stops
+    ~EmulatedCamera() override; // stops
     EmulatedCamera(const EmulatedCamera&) = delete;
     EmulatedCamera& operator=(const EmulatedCamera&) = delete;
 
-    // Takes the port and answers from a thread of its own. Registers keep their values over stop() and
-    // start(); control does not.
-    StartResult start();
-    void stop();
+    StartResult start() override;
+    void stop() override;
+    std::string place() const override { return config().address; }
 
     const CameraConfig& config() const;
-    // Seeds that could not be applied, a sentence each.
-    const std::vector<std::string>& seedProblems() const;
-    // Of those that were applied, and may not be read so.
-    const std::vector<std::string>& seedRemarks() const;
+    const std::vector<std::string>& seedProblems() const override;
+    const std::vector<std::string>& seedRemarks() const override;
     // The description that the configuration named.
     const std::string& description() const;
 
@@ -66,16 +48,15 @@ public:
     // Gives what stands in the way as a sentence, or an empty text.
     std::string setNode(const std::string& name, const NodeValue& value);
 
-    // Settings that change behind the back of hosts: JSON as in Seed.h. Gives what could not be applied.
-    std::vector<std::string> change(const std::string& json);
+    std::vector<std::string> change(const std::string& json) override;
 
     Faults faults() const; // as they stand: counts that run down show what is left
-    void setFaults(const Faults& faults);
+    void setFaults(const Faults& faults) override;
     void stealControl(bool exclusive = false); // another host takes control and keeps it, until:
     void releaseControl();
     bool isControlled() const;
 
-    Counters counters() const;
+    Counters counters() const override;
     void resetCounters();
     // True as soon as `condition(counters())` holds; false when it does not within `limit`.
     template <typename Condition>

@@ -30,6 +30,7 @@ struct Group
 {
     CameraOptions camera;
     std::vector<std::string> faults;
+    std::string transport; // as it was given; empty: not
     std::string seedFile;
     unsigned latency = 0;
 };
@@ -44,7 +45,17 @@ void addCommonOptions(CLI::App& app, Options& options)
 void addCameraOptions(CLI::App& app, Group& group)
 {
     CameraConfig& config = group.camera.config;
-    app.add_option("--address", config.address, "Local IPv4 address; begins a camera")->required();
+    app.add_option("--address", config.address, "Local IPv4 address; begins a GigE Vision camera");
+    app.add_option("--link", group.camera.serial.link,
+                   "Symbolic link that leads to a terminal; begins a camera behind a serial line");
+    app.add_option("--transport", group.transport, "What the camera speaks; follows from its place")
+        ->check(CLI::IsMember({"gige", "serial"}));
+    app.add_option("--baud", group.camera.serial.baud, "Serial: the rate that the camera listens at first")
+        ->capture_default_str();
+    app.add_flag("--paced", group.camera.serial.isPaced, "Serial: answers take as long as the rate says");
+    app.add_option("--noise", group.camera.serial.noise, "Serial: every n-th answer is hit by noise");
+    app.add_option("--drop-bytes", group.camera.serial.dropped,
+                   "Serial: of every n-th answer a byte is missing");
     app.add_option("--description", config.descriptionFile, "GenICam description, XML (the emulator's own)");
     app.add_option("--serial", config.serial, "Serial number")->capture_default_str();
     app.add_option("--model", config.model, "Model name")->capture_default_str();
@@ -65,7 +76,19 @@ void addCameraOptions(CLI::App& app, Group& group)
 
 bool beginsCamera(const std::string& argument)
 {
-    return argument == "--address" || argument.compare(0, 10, "--address=") == 0;
+    const std::string option = argument.substr(0, argument.find('='));
+    return option == "--address" || option == "--link";
+}
+
+void checkPlace(const Group& group)
+{
+    const bool isSerial = !group.camera.serial.link.empty();
+    if (isSerial == !group.camera.config.address.empty())
+        throw CLI::ValidationError("--link", "A camera has one place: an --address or a --link.");
+    if (!group.transport.empty() && (group.transport == "serial") != isSerial)
+        throw CLI::ValidationError("--transport", std::string("A camera with ") +
+                                                      (isSerial ? "a --link" : "an --address") +
+                                                      " does not speak " + group.transport + ".");
 }
 
 // CLI11 takes arguments from the back of the list.
@@ -83,6 +106,7 @@ CameraOptions parseCamera(const std::vector<std::string>& arguments, Options& op
     addCommonOptions(app, options);
     parse(app, arguments);
 
+    checkPlace(group);
     CameraOptions& camera = group.camera;
     camera.config.latency = std::chrono::milliseconds(group.latency);
     if (!group.seedFile.empty()) {
@@ -103,10 +127,12 @@ std::string helpText()
 {
     Options options;
     Group group;
-    CLI::App app(
-        "Emulates GigE Vision cameras on UDP port 3956 of local addresses, for tests and demonstrations.\n"
-        "Several cameras: repeat the camera's options, each group beginning with --address.",
-        "camera_emulator");
+    CLI::App app("Emulates cameras for tests and demonstrations: GigE Vision on UDP port 3956 of local "
+                 "addresses, GenCP\n"
+                 "behind pseudo terminals. Several cameras: repeat the camera's options, each group "
+                 "beginning with the\n"
+                 "camera's place, --address or --link.",
+                 "camera_emulator");
     addCameraOptions(app, group);
     addCommonOptions(app, options);
     return app.help();
@@ -133,7 +159,7 @@ ParsedOptions parseOptions(const std::vector<std::string>& arguments)
         return {std::nullopt, std::string(error.what()) + "\n", false};
     }
     if (options.cameras.empty())
-        return {std::nullopt, "No camera: give at least one --address.\n", false};
+        return {std::nullopt, "No camera: give at least one --address or --link.\n", false};
     return {options, {}, false};
 }
 

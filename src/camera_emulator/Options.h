@@ -1,8 +1,10 @@
-// The command line of camera_emulator: one group of options per camera, each beginning with --address.
+// The command line of camera_emulator: one group of options per camera, each beginning with the place that
+// the camera takes: --address (GigE Vision) or --link (behind a serial line).
 #pragma once
 
 #include "camera_emulator/CameraConfig.h"
 #include "camera_emulator/Faults.h"
+#include "camera_emulator/SerialConfig.h"
 
 #include <optional>
 #include <string>
@@ -14,6 +16,7 @@ namespace emu
 struct CameraOptions
 {
     CameraConfig config;
+    SerialConfig serial; // its link is empty for a GigE Vision camera
     Faults faults;
     std::string changesFile; // empty: none; read each time that the changes are asked for
 };

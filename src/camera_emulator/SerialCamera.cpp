@@ -302,19 +302,25 @@ SerialCamera::~SerialCamera()
     stop();
 }
 
-std::string SerialCamera::start()
+StartResult SerialCamera::start()
 {
     State& state = *m_state;
     if (state.thread.joinable())
         return {};
     if (!state.core.problem.empty())
-        return state.core.problem;
+        return {StartCode::BadConfiguration, state.core.problem};
     const std::string problem = state.openTerminal();
-    if (problem.empty())
-        state.thread = std::thread(&State::run, &state);
-    else
+    if (!problem.empty()) {
         state.closeTerminal();
-    return problem;
+        return {StartCode::CannotBind, problem};
+    }
+    state.thread = std::thread(&State::run, &state);
+    return {};
+}
+
+std::string SerialCamera::place() const
+{
+    return m_state->serial.link.empty() ? m_state->path : m_state->serial.link;
 }
 
 void SerialCamera::stop()
@@ -342,6 +348,11 @@ const CameraConfig& SerialCamera::config() const
 const std::vector<std::string>& SerialCamera::seedProblems() const
 {
     return m_state->core.seeded.problems;
+}
+
+const std::vector<std::string>& SerialCamera::seedRemarks() const
+{
+    return m_state->core.seeded.remarks;
 }
 
 uint32_t SerialCamera::baudRate() const

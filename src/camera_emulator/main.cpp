@@ -1,13 +1,17 @@
 #include "camera_emulator/EmulatedCamera.h"
 #include "camera_emulator/Files.h"
 #include "camera_emulator/Options.h"
+#include "camera_emulator/SerialCamera.h"
 
 #include <csignal>
 #include <iostream>
-#include <list>
+#include <memory>
+#include <vector>
 
 namespace
 {
+
+using Cameras = std::vector<std::unique_ptr<emu::Shell>>;
 
 enum ExitCode
 {
@@ -16,12 +20,12 @@ enum ExitCode
     CannotBind = 6
 };
 
-std::string statistics(const std::list<emu::EmulatedCamera>& cameras)
+std::string statistics(const Cameras& cameras)
 {
     std::string text;
-    for (const emu::EmulatedCamera& camera : cameras)
-        text += (text.empty() ? "[{\"address\":\"" : ",\n {\"address\":\"") + camera.config().address +
-                "\",\"counters\":" + toJson(camera.counters()) + "}";
+    for (const auto& camera : cameras)
+        text += (text.empty() ? "[{\"address\":\"" : ",\n {\"address\":\"") + camera->place() +
+                "\",\"counters\":" + toJson(camera->counters()) + "}";
     return text + "]\n";
 }
 
@@ -37,15 +41,23 @@ sigset_t blockSignals()
     return signals;
 }
 
-void tellProblem(const emu::EmulatedCamera& camera, const std::string& problem)
+void tellProblem(const emu::Shell& camera, const std::string& problem)
 {
-    std::cerr << "camera_emulator: " << camera.config().address << ": " << problem << std::endl;
+    std::cerr << "camera_emulator: " << camera.place() << ": " << problem << std::endl;
 }
 
-int startAll(const emu::Options& options, std::list<emu::EmulatedCamera>& cameras)
+std::unique_ptr<emu::Shell> newCamera(const emu::CameraOptions& wanted)
+{
+    if (!wanted.serial.link.empty())
+        return std::make_unique<emu::SerialCamera>(wanted.config, wanted.serial);
+    return std::make_unique<emu::EmulatedCamera>(wanted.config);
+}
+
+int startAll(const emu::Options& options, Cameras& cameras)
 {
     for (const emu::CameraOptions& wanted : options.cameras) {
-        emu::EmulatedCamera& camera = cameras.emplace_back(wanted.config);
+        cameras.push_back(newCamera(wanted));
+        emu::Shell& camera = *cameras.back();
         for (const std::string& remark : camera.seedRemarks())
             tellProblem(camera, remark);
         for (const std::string& problem : camera.seedProblems())
@@ -62,19 +74,19 @@ int startAll(const emu::Options& options, std::list<emu::EmulatedCamera>& camera
     return Good;
 }
 
-void changeAll(const emu::Options& options, std::list<emu::EmulatedCamera>& cameras)
+void changeAll(const emu::Options& options, const Cameras& cameras)
 {
     auto wanted = options.cameras.begin();
-    for (emu::EmulatedCamera& camera : cameras) {
+    for (const auto& camera : cameras) {
         const std::string& file = (wanted++)->changesFile;
         if (file.empty())
             continue;
         const auto changes = emu::readFile(file);
         if (!changes)
-            tellProblem(camera, file + " cannot be read.");
+            tellProblem(*camera, file + " cannot be read.");
         else
-            for (const std::string& problem : camera.change(*changes))
-                tellProblem(camera, "not changed: " + problem);
+            for (const std::string& problem : camera->change(*changes))
+                tellProblem(*camera, "not changed: " + problem);
     }
     std::cout << "changed" << std::endl;
 }
@@ -82,7 +94,7 @@ void changeAll(const emu::Options& options, std::list<emu::EmulatedCamera>& came
 int run(const emu::Options& options)
 {
     const sigset_t signals = blockSignals();
-    std::list<emu::EmulatedCamera> cameras;
+    Cameras cameras;
     if (const int code = startAll(options, cameras))
         return code;
     if (!options.readyFile.empty() && !emu::writeFile(options.readyFile, "ready\n")) {
@@ -94,8 +106,8 @@ int run(const emu::Options& options)
     int signal = 0;
     while (sigwait(&signals, &signal) == 0 && signal == SIGUSR1)
         changeAll(options, cameras);
-    for (emu::EmulatedCamera& camera : cameras)
-        camera.stop();
+    for (const auto& camera : cameras)
+        camera->stop();
     if (options.statsFile.empty())
         std::cout << statistics(cameras) << std::flush;
     else if (!emu::writeFile(options.statsFile, statistics(cameras)))

@@ -251,7 +251,7 @@ TEST(EmulatorProgram, exitCodesSayWhatWentWrong)
     };
     const Case cases[] = {
         {{"--help"}, 0, "--transport-latency"},
-        {{}, 2, "No camera: give at least one --address."},
+        {{}, 2, "No camera: give at least one --address or --link."},
         {{"--model", "M"}, 2, "--model"},
         {{"--address", "here"}, 2, "\"here\" is no IPv4 address."},
         {{"--address", free, "--what"}, 2, "--what"},

@@ -130,6 +130,8 @@ class GenCp : public testing::Test
 protected:
     GenCp()
     {
+        for (const uint64_t text : {RegManufacturer, RegModel, RegDeviceVersion})
+            device.putText(text, "text");
         device.putText(RegSerialNumber, "S1");
         device.put(RegLongestResponseTime, 0, 4);
         for (uint64_t i = 0; i < 4096; ++i)
@@ -454,6 +456,7 @@ TEST_F(GenCp, theManifestNamesTheDescriptions)
     EXPECT_EQ(urls,
               (std::vector<std::string>{"Local:camera.zip;8000000000;1234", "Local:camera.xml;200;1234"}));
 
+    EXPECT_EQ(port->names().model, "text");
     device.put(RegManifestTable, 0xDEAD0000, 8); // nowhere
     EXPECT_EQ(port->descriptionUrls(urls), KX_OK);
     EXPECT_TRUE(urls.empty());

@@ -42,7 +42,7 @@ protected:
         emu::CameraConfig config;
         config.serial = serialNumber;
         cameras.push_back(std::make_unique<emu::SerialCamera>(config, serial));
-        EXPECT_EQ(cameras.back()->start(), "");
+        EXPECT_TRUE(cameras.back()->start());
         return *cameras.back();
     }
     static void name(const std::string& ports) { setenv("KX_CAMERA_SERIAL_PORTS", ports.c_str(), 1); }

@@ -28,7 +28,7 @@ protected:
     void start(const emu::SerialConfig& serial = {}, const emu::CameraConfig& config = {})
     {
         camera = std::make_unique<emu::SerialCamera>(config, serial);
-        ASSERT_EQ(camera->start(), "");
+        ASSERT_TRUE(camera->start());
     }
     std::unique_ptr<CameraLinkPort> port(const std::string& serialNumber = "EMU0001",
                                          CameraLinkPort::Rate rate = CameraLinkPort::Rate::Raise) const

@@ -124,7 +124,7 @@ typedef struct KX_Usb3DeviceInfo
 
 typedef struct KX_CameraLinkDeviceInfo
 {
-    uint8_t portId[64];
+    uint8_t portId[64]; /* the serial line's path; a longer one ends in ~ and a number made of all of it */
     uint8_t modelName[64];
     uint8_t serialNumber[64];
 } KX_CameraLinkDeviceInfo;
@@ -157,12 +157,16 @@ typedef struct KX_DeviceEntry
 } KX_DeviceEntry;
 
 /* Finds the cameras of the transports in `transportMask` and writes up to `capacity` entries; `*count` is the
- * number found, which may exceed `capacity`. Order: transport, then serial number, then address. Takes control
- * of nothing. Blocks for the discovery window (400 ms) when a network is searched.
+ * number found, which may exceed `capacity`. Order: transport, then serial number, then address or port. Takes
+ * control of nothing. All transports are searched at once: blocks for the discovery window (400 ms) when a network
+ * is searched, and for up to 1.5 s while a serial line that was named has no camera.
  * Environment: KX_CAMERA_INTERFACES names the interfaces (names or addresses, comma-separated) that broadcast
  * discovery uses; unset: all; "none": no broadcast. KX_CAMERA_ADDRESSES names addresses to ask directly too. What
  * is no interface and no address there is passed over (KX_CC_CheckSearchPlaces tells of it).
- * KX_E_PARAMETER: `count` null, or `entries` null with capacity > 0. KX_E_NETWORK: no socket could be opened. */
+ * KX_CAMERA_SERIAL_PORTS names serial lines (paths, comma-separated) that Camera Link cameras may be behind; no other
+ * line is touched, by this function or by opening a record that names one.
+ * KX_E_PARAMETER: `count` null, or `entries` null with capacity > 0. KX_E_NETWORK: no socket could be opened, and no
+ * camera of another transport was found. */
 KX_API KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uint32_t capacity,
                                    uint32_t* count);
 
@@ -192,8 +196,9 @@ typedef struct KX_Controller
  * KX_E_PARAMETER: a null pointer. KX_E_NOT_SUPPORTED: the transport. KX_E_NETWORK: no socket could be opened. */
 KX_API KX_Status KX_CC_GetController(const KX_DeviceInfo* device, KX_Controller* controller);
 
-/* A number that changes whenever a network interface of this machine comes, goes, or changes its address: a reason
- * to look for cameras again. 0: the interfaces could not be read. Sends nothing, does not block. */
+/* A number that changes whenever a network interface of this machine comes, goes, or changes its address, and when a
+ * named serial line comes or goes: a reason to look for cameras again. 0: nothing of that could be read. Sends
+ * nothing, does not block. */
 KX_API uint32_t KX_CC_GetInterfaceStamp(void);
 
 /* Major << 24 | minor << 16 | patch. */

@@ -340,9 +340,27 @@ KX_Status GenCpPort::readText(uint64_t address, std::string& text)
     return status;
 }
 
+KX_Status GenCpPort::readNames()
+{
+    m_names = {};
+    KX_Status status = readText(RegManufacturer, m_names.manufacturer);
+    if (status == KX_OK)
+        status = readText(RegModel, m_names.model);
+    return status == KX_OK ? readText(RegDeviceVersion, m_names.deviceVersion) : status;
+}
+
 KX_Status GenCpPort::descriptionUrls(std::vector<std::string>& urls)
 {
     urls.clear();
+    KX_Status status = readNames();
+    if (status == KX_OK)
+        status = readManifest(urls);
+    // A manifest that points nowhere: the camera has no description, and is there all the same.
+    return status == KX_E_GC_ACCESS ? KX_OK : status;
+}
+
+KX_Status GenCpPort::readManifest(std::vector<std::string>& urls)
+{
     uint64_t table = 0;
     uint64_t count = 0;
     KX_Status status = readNumber(RegManifestTable, 8, table);
@@ -363,8 +381,7 @@ KX_Status GenCpPort::descriptionUrls(std::vector<std::string>& urls)
                       static_cast<unsigned long long>(entry.size));
         urls.emplace_back(text);
     }
-    // A manifest that points nowhere: the camera has no description, and is there all the same.
-    return status == KX_E_GC_ACCESS ? KX_OK : status;
+    return status;
 }
 
 } // namespace kx

@@ -36,6 +36,8 @@ public:
     size_t registersPerRequest() const override { return 1; }
     // From the manifest table, as "Local:" texts.
     KX_Status descriptionUrls(std::vector<std::string>& urls) override;
+    // Known from descriptionUrls() on.
+    CameraNames names() const override { return m_names; }
 
     void setTimeouts(const PortTimeouts& timeouts) override { m_timeouts = timeouts; }
     void setConnectionLostHandler(std::function<void(KX_Status)> handler) override;
@@ -78,6 +80,8 @@ private:
     KX_Status openAs(uint32_t accessMode);
     KX_Status checkCamera();
     KX_Status readLongestResponse();
+    KX_Status readNames();
+    KX_Status readManifest(std::vector<std::string>& urls);
     KX_Status checkUsable();
     KX_Status request(uint16_t command, gencp::Bytes scd, size_t ackSize, gencp::Bytes& answer);
     Answer tryOnce(Exchange& exchange);
@@ -93,6 +97,7 @@ private:
     bool m_readOnly = false;
     PortTimeouts m_timeouts;
     std::chrono::milliseconds m_longestResponse{0}; // the camera's own word
+    CameraNames m_names;
     size_t m_maxCommand;
     size_t m_maxAck;
     uint16_t m_lastId = 0;
