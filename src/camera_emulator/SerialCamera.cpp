@@ -224,6 +224,7 @@ void SerialCamera::State::takePacket(const Bytes& packet)
     const std::lock_guard lock(mutex);
     const auto asked = rateAskedFor(packet);
     if (asked && !*asked) {
+        ++responder.counters.refused;
         const auto command = decodeCommand(packet.data(), packet.size(), ByteOrder::Big);
         outgoing.push_back(
             {encodeAck({InvalidParameter, WriteMemAck, command->id, {}}, ByteOrder::Big), Clock::now()});
@@ -264,6 +265,11 @@ void SerialCamera::State::send(Bytes frame)
 void SerialCamera::State::sendDue()
 {
     while (!outgoing.empty() && outgoing.front().due <= Clock::now()) {
+        if (serial.speaksOnOtherChannels) {
+            Bytes other = outgoing.front().bytes;
+            other.back() ^= 0xFF;
+            send(serialFrame(1, other));
+        }
         send(serialFrame(0, outgoing.front().bytes));
         outgoing.pop_front();
     }

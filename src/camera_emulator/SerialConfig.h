@@ -15,7 +15,8 @@ struct SerialConfig
     bool isPaced = false;      // answers take as long as the rate says
     unsigned noise = 0;        // every n-th answer has noise before it and a bit of it turned; 0: none
     unsigned dropped = 0;      // of every n-th answer a byte is missing
-    uint32_t fastest = 921600; // what the line carries; bytes at faster rates are lost
+    bool speaksOnOtherChannels = false; // before each answer a packet of its id comes on another channel
+    uint32_t fastest = 921600;          // what the line carries; bytes at faster rates are lost
 };
 
 } // namespace emu

@@ -92,6 +92,7 @@ TEST_F(Serial, theFastestRateThatTheCameraHasIsTaken)
     auto open = port();
     ASSERT_EQ(open->open(KX_ACCESS_EXCLUSIVE, 0), KX_OK);
     EXPECT_EQ(open->baudRate(), 115200u);
+    EXPECT_EQ(camera->counters().refused, 0u) << "others were asked for";
     expectWritesComeBack(*open, 2);
 }
 
@@ -145,6 +146,16 @@ TEST_F(Serial, noiseAndLostBytesCostTriesAndNothingElse)
     ASSERT_EQ(open->open(KX_ACCESS_EXCLUSIVE, 0), KX_OK) << open->lastError();
     expectWritesComeBack(*open, 20);
     EXPECT_GT(camera->counters().requests(), 40u);
+}
+
+TEST_F(Serial, whatComesOnOtherChannelsIsNoAnswer)
+{
+    emu::SerialConfig serial;
+    serial.speaksOnOtherChannels = true;
+    start(serial);
+    auto open = port();
+    ASSERT_EQ(open->open(KX_ACCESS_EXCLUSIVE, 0), KX_OK) << open->lastError();
+    expectWritesComeBack(*open, 5);
 }
 
 TEST_F(Serial, timeOutsGrowWithTheAnswerOnASlowLine)
