@@ -7,8 +7,8 @@
 // one.
 #pragma once
 
-#include "KXCameraControl/ports/Port.h"
 #include "KXCameraControl/ports/ControlThread.h"
+#include "KXCameraControl/ports/Port.h"
 #include "KXCameraControl/ports/gige/GvcpChannel.h"
 
 namespace kx
