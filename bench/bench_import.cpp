@@ -1,12 +1,15 @@
-// Imports over UDP: camera-library calls and time per feature when nothing and when everything differs, and
-// eight cameras against one when each answer takes a millisecond.
+// Imports over UDP: camera-library calls and time per feature when nothing and when everything differs, eight
+// cameras against one when each answer takes a millisecond, and, over all descriptions of KX_DESCRIPTIONS,
+// requests when nothing and when twenty numbers differ.
 #include "Measure.h"
+#include "RealCamera.h"
 
 #include "jobs/worker/QOperateThread.h"
 
 #include "camera_emulator/EmulatedCamera.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -15,6 +18,7 @@
 #include <cstring>
 #include <list>
 #include <memory>
+#include <vector>
 
 namespace
 {
@@ -160,6 +164,42 @@ double secondsOfImport(int cameras)
     return bench::medianSeconds([&] { import(lines); });
 }
 
+constexpr int kChanges = 20;
+
+// Requests after opening: for each feature of the file, and for each that differs beyond those.
+void printTable(const QStringList& descriptions)
+{
+    std::printf("%-26s %8s %6s %9s %8s %9s %8s\n", "description", "features", "lines", "unchanged", "each",
+                "changed", "each");
+    std::vector<double> each, more;
+    for (const QString& description : descriptions) {
+        bench::RealCamera camera(description);
+        camera.exportFile();
+        const bench::ExportedFile file = camera.exportedFile();
+        if (file.features == 0)
+            continue;        // no firmware version, no file
+        camera.importFile(); // what a camera does not take back as it is settles first
+        const uint64_t unchanged = camera.importFile().requests;
+        const int changes = camera.changeNumbers(kChanges);
+        const uint64_t changed = camera.importFile().requests;
+        each.push_back(double(unchanged) / file.features);
+        more.push_back((double(changed) - double(unchanged)) / std::max(1, changes));
+        std::printf("%-26s %8d %6d %9llu %8.3f %5llu/%-3d %8.2f\n",
+                    qPrintable(QFileInfo(description).completeBaseName()), file.features, file.lines,
+                    static_cast<unsigned long long>(unchanged), each.back(),
+                    static_cast<unsigned long long>(changed), changes, more.back());
+    }
+    if (each.empty())
+        return;
+    std::sort(each.begin(), each.end());
+    std::printf(
+        "unchanged, requests per feature: median %.3f (target: at most 0.10), worst %.3f (target: at most "
+        "0.25)\n",
+        each[each.size() / 2], each.back());
+    std::printf("requests more for each that differs: worst %.2f (target: at most 3)\n",
+                *std::max_element(more.begin(), more.end()));
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -174,4 +214,5 @@ int main(int argc, char** argv)
     std::printf(
         "1 ms an answer: one camera %.3f s, eight cameras %.3f s, ratio %.2f (target: at most 1.50)\n", one,
         eight, eight / one);
+    printTable(bench::realDescriptions());
 }

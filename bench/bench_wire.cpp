@@ -1,5 +1,7 @@
 // One export over UDP: requests per exported feature, counted by the emulated camera, and peak memory.
-// usage: bench_wire [FILE]   (default: the emulator's own description)
+// usage: bench_wire [FILE]   (default: all descriptions of KX_DESCRIPTIONS, and the emulator's own)
+#include "RealCamera.h"
+
 #include "jobs/worker/QOperateThread.h"
 
 #include "camera_emulator/EmulatedCamera.h"
@@ -7,13 +9,16 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace
 {
@@ -58,11 +63,61 @@ KX_DeviceInfo deviceInfo()
     return info;
 }
 
+// Requests after opening, for each feature of the file.
+void printTable(const QStringList& descriptions)
+{
+    std::printf("%-26s %8s %6s %9s %9s %9s %8s %10s\n", "description", "features", "lines", "opening",
+                "1.05+10", "exporting", "each", "arv-tool");
+    std::vector<double> each;
+    for (int i = 0; i < descriptions.size(); ++i) {
+        bench::RealCamera camera(descriptions[i]);
+        const bench::JobCost cost = camera.exportFile();
+        const bench::ExportedFile file = camera.exportedFile();
+        const uint64_t tool = camera.toolRequests();
+        std::printf("%-26s %8d %6d %9llu %9.0f %9llu ",
+                    qPrintable(QFileInfo(descriptions[i]).completeBaseName()), file.features, file.lines,
+                    static_cast<unsigned long long>(cost.opening), 1.05 * double(camera.blocks()) + 10,
+                    static_cast<unsigned long long>(cost.requests));
+        if (file.features > 0)
+            each.push_back(double(cost.requests) / file.features);
+        const QString perFeature = file.features > 0 ? QString::number(each.back(), 'f', 3) : "-";
+        std::printf("%9s ", qPrintable(perFeature));
+        std::printf("%10s\n", tool > 0 ? qPrintable(QString::number(tool)) : "-");
+    }
+    if (each.empty())
+        return;
+    std::sort(each.begin(), each.end());
+    std::printf(
+        "requests per feature: median %.3f (target: at most 0.10), worst %.3f (target: at most 0.25)\n",
+        each[each.size() / 2], each.back());
+}
+
+// With each answer a millisecond late.
+void printSlowLine(const QString& description)
+{
+    bench::RealCamera camera(description, std::chrono::milliseconds(1));
+    const bench::JobCost cost = camera.exportFile();
+    std::printf(
+        "1 ms an answer, %s: %d features in %.3f s after opening (target: 380 in 0.25 s), %llu requests\n",
+        qPrintable(QFileInfo(description).completeBaseName()), camera.exportedFile().features, cost.seconds,
+        static_cast<unsigned long long>(cost.requests));
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     qputenv("KX_DESCRIPTION_CACHE", "off"); // what is counted is a camera that nobody knows
+    const QStringList descriptions = bench::realDescriptions();
+    if (argc == 1 && !descriptions.empty()) {
+        const QCoreApplication application(argc, argv);
+        if (!qEnvironmentVariableIsSet("IE_BENCH_LOG"))
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+        printTable(descriptions);
+        for (const QString& description : descriptions)
+            printSlowLine(description);
+        return 0;
+    }
     int down[2], up[2];
     if (pipe(down) != 0 || pipe(up) != 0)
         return 1;

@@ -29,6 +29,15 @@ struct Silence
     std::optional<std::chrono::milliseconds> duration;
 };
 
+// What a READREG of several registers is answered with.
+enum class BatchAnswer
+{
+    Right,
+    TooFew,  // the last register's value is missing
+    TooMany, // there is one more
+    Reversed // the last register's value first
+};
+
 // "Command" means any of READREG, WRITEREG, READMEM, WRITEMEM; discovery is never refused or counted down.
 struct Faults
 {
@@ -39,9 +48,11 @@ struct Faults
     bool discoveryOnly = false; // nothing but discovery is answered
     bool refuseConcatenation =
         false; // READREG and WRITEREG of several registers are refused, though announced
+    BatchAnswer batchAnswer = BatchAnswer::Right;
     std::vector<Refusal> refusals;
-    unsigned busy = 0;    // the next n commands answer BUSY
-    unsigned pending = 0; // the next n commands answer PENDING_ACK first, and come `pendingTime` later
+    std::vector<uint32_t> mute; // words: reading commands that touch one are not answered
+    unsigned busy = 0;          // the next n commands answer BUSY
+    unsigned pending = 0;       // the next n commands answer PENDING_ACK first, and come `pendingTime` later
     std::chrono::milliseconds pendingTime{100}; // the PENDING_ACK announces at most 65535 of them
     std::optional<unsigned> stealControlAfter;  // after n more commands another host takes control
 };

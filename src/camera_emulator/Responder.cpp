@@ -38,6 +38,10 @@ std::vector<Reply> Responder::handle(const uint8_t* data, size_t size, Peer peer
         ++counters.malformed;
         return {};
     }
+    if (isMute(*command)) {
+        ++counters.lost;
+        return {};
+    }
     Answer answer;
     if (isRegisterCommand(command->command) && gate.takeBusy())
         answer.status = Busy;
@@ -117,7 +121,48 @@ Responder::Answer Responder::readRegisters(const Bytes& payload, Peer peer)
         const Bytes value = memory.read(address, 4);
         answer.payload.insert(answer.payload.end(), value.begin(), value.end());
     }
+    if (addresses->size() > 1 && answer.status == Success)
+        spoilBatch(answer.payload);
     return answer;
+}
+
+void Responder::spoilBatch(Bytes& values) const
+{
+    switch (faults.batchAnswer) {
+    case BatchAnswer::Right:
+        break;
+    case BatchAnswer::TooFew:
+        values.resize(values.size() - 4);
+        break;
+    case BatchAnswer::TooMany:
+        values.resize(values.size() + 4);
+        break;
+    case BatchAnswer::Reversed:
+        std::reverse(values.begin(), values.end()); // the bytes, and then those of each word back again
+        for (size_t i = 0; i < values.size(); i += 4)
+            std::reverse(values.begin() + static_cast<ptrdiff_t>(i),
+                         values.begin() + static_cast<ptrdiff_t>(i + 4));
+        break;
+    }
+}
+
+// What a READREG or READMEM asks for.
+bool Responder::isMute(const CommandPacket& command) const
+{
+    if (faults.mute.empty())
+        return false;
+    const auto touches = [this](uint64_t address, uint64_t size) {
+        return std::any_of(faults.mute.begin(), faults.mute.end(), [&](uint32_t word) {
+            return word < address + size && address < uint64_t{word} + 4;
+        });
+    };
+    if (command.command == ReadMemCmd) {
+        const auto range = parseReadMemory(command.payload);
+        return range && touches(range->address, range->count);
+    }
+    const auto addresses = command.command == ReadRegCmd ? parseReadRegisters(command.payload) : std::nullopt;
+    return addresses && std::any_of(addresses->begin(), addresses->end(),
+                                    [&](uint32_t address) { return touches(address, 4); });
 }
 
 // The answer names the failing register by its index; those before it are written.

@@ -51,6 +51,8 @@ private:
 
     std::vector<Reply> finish(const gvcp::CommandPacket& command, Answer answer, Clock::time_point now);
     Answer answerTo(const gvcp::CommandPacket& command, Peer peer);
+    bool isMute(const gvcp::CommandPacket& command) const;
+    void spoilBatch(gvcp::Bytes& values) const;
     Answer readRegisters(const Bytes& payload, Peer peer);
     Answer writeRegisters(const Bytes& payload, Peer peer);
     Answer readMemory(const Bytes& payload, Peer peer);

@@ -217,9 +217,11 @@ std::optional<Discovery> parseDiscovery(const Bytes& payload)
     if (payload.size() < kDiscoverySize)
         return std::nullopt;
     Discovery found;
+    found.version = get32(&payload[RegVersion]);
     found.macHigh = get32(&payload[RegMacHigh]) & 0xFFFF;
     found.macLow = get32(&payload[RegMacLow]);
     found.address = get32(&payload[RegCurrentAddress]);
+    found.isBigEndian = (get32(&payload[RegDeviceMode]) & kDeviceModeBigEndian) != 0;
     found.manufacturer = textField(payload, RegManufacturer, 32);
     found.model = textField(payload, RegModel, 32);
     found.deviceVersion = textField(payload, RegDeviceVersion, 32);

@@ -101,6 +101,9 @@ enum Register : uint32_t
 
 constexpr size_t kDiscoverySize = 0xF8;
 
+// Device mode (register 0x0004).
+constexpr uint32_t kDeviceModeBigEndian = 0x80000000;
+
 // Control channel privilege (register 0x0A00).
 constexpr uint32_t kPrivilegeExclusive = 0x00000001;
 constexpr uint32_t kPrivilegeControl = 0x00000002;
@@ -189,9 +192,11 @@ Bytes writeAckPayload(uint16_t index);
 
 struct Discovery
 {
+    uint32_t version = 0; // of the standard
     uint32_t macHigh = 0;
     uint32_t macLow = 0;
     uint32_t address = 0;
+    bool isBigEndian = false; // its registers, of the device mode
     std::string manufacturer;
     std::string model;
     std::string deviceVersion;

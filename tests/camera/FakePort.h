@@ -29,11 +29,18 @@ struct FakeDevice
     KX_Status openStatus = KX_OK;
     KX_Status urlStatus = KX_OK;
 
-    std::vector<std::string> requests; // "read 100 4", "write 100 4", "readreg 100", "writereg 100"
+    std::vector<std::string>
+        requests; // "read 100 4", "write 100 4", "readreg 100", "writereg 100", "readregs 100 3" (so many)
+    std::map<uint64_t, unsigned> wordReads;      // how often each word was asked for, whatever the answer
+    std::function<void(uint64_t address)> wrote; // the camera's own reaction to a write
     std::vector<std::pair<uint64_t, size_t>> descriptionReads; // offset and size; not among `requests`
     unsigned opened = 0;
     unsigned closed = 0;
     kx::PortTimeouts timeouts;
+    size_t registersPerRequest = 1;
+    bool registersAreMemory = true;
+    std::function<KX_Status(const std::vector<uint32_t>& addresses)>
+        batchFailure; // of those that nothing else fails
     std::function<void(KX_Status)> lostHandler;
 
     // The description as a camera would offer it.
@@ -76,6 +83,11 @@ struct FakeDevice
         const auto it = failures.lower_bound(address);
         return it != failures.end() && it->first - address < size ? it->second : KX_OK;
     }
+    void touch(uint64_t address, size_t size)
+    {
+        for (uint64_t word = address / 4 * 4; word < address + size; word += 4)
+            ++wordReads[word];
+    }
     void record(const char* kind, uint64_t address, size_t size)
     {
         char line[80];
@@ -115,6 +127,7 @@ public:
             count("read", address, size);
         else
             m_device.descriptionReads.emplace_back(address - FakeDevice::descriptionAddress, size);
+        m_device.touch(address, size);
         if (const KX_Status failure = m_device.failureAt(address, size))
             return failure;
         if (address == FakeDevice::descriptionAddress) {
@@ -133,11 +146,14 @@ public:
             return failure;
         const auto* bytes = static_cast<const uint8_t*>(data);
         m_device.set(address, std::vector<uint8_t>(bytes, bytes + size));
+        if (m_device.wrote)
+            m_device.wrote(address);
         return KX_OK;
     }
     KX_Status readRegister(uint64_t address, uint32_t& value) override
     {
         count("readreg", address, 0);
+        m_device.touch(address, 4);
         if (const KX_Status failure = m_device.failureAt(address, 4))
             return failure;
         value = m_device.get32(address);
@@ -149,18 +165,24 @@ public:
         if (const KX_Status failure = m_device.failureAt(address, 4))
             return failure;
         m_device.set32(address, value);
+        if (m_device.wrote)
+            m_device.wrote(address);
         return KX_OK;
     }
     KX_Status readRegisters(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values) override
     {
-        values.resize(addresses.size());
-        for (size_t i = 0; i < addresses.size(); ++i) {
-            if (const KX_Status failure = readRegister(addresses[i], values[i]))
+        count("readregs", addresses.front(), addresses.size());
+        values.clear();
+        for (const uint32_t address : addresses) {
+            m_device.touch(address, 4);
+            if (const KX_Status failure = m_device.failureAt(address, 4))
                 return failure;
+            values.push_back(m_device.get32(address));
         }
-        return KX_OK;
+        return m_device.batchFailure ? m_device.batchFailure(addresses) : KX_OK;
     }
-    size_t registersPerRequest() const override { return 1; }
+    size_t registersPerRequest() const override { return m_device.registersPerRequest; }
+    bool registersAreMemory() const override { return m_device.registersAreMemory; }
     KX_Status descriptionUrls(std::vector<std::string>& urls) override
     {
         urls = m_device.urls;
@@ -204,9 +226,13 @@ public:
 class FakeCamera
 {
 public:
-    explicit FakeCamera(const std::string& description = {}, uint32_t mode = KX_ACCESS_EXCLUSIVE)
+    // `prepare` sees the device before it is opened.
+    explicit FakeCamera(const std::string& description = {}, uint32_t mode = KX_ACCESS_EXCLUSIVE,
+                        const std::function<void(FakeDevice&)>& prepare = {})
         : m_ports(device)
     {
+        if (prepare)
+            prepare(device);
         if (!description.empty())
             device.offer(description);
         KX_DeviceInfo info{};

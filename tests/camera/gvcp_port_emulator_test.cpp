@@ -196,7 +196,7 @@ TEST_F(GvcpPortOnEmulator, registersGoInHostOrder)
 TEST_F(GvcpPortOnEmulator, registersAreReadInBatches)
 {
     ASSERT_EQ(port.open(KX_ACCESS_EXCLUSIVE, 0), KX_OK);
-    EXPECT_EQ(port.registersPerRequest(), 135u);
+    EXPECT_EQ(port.registersPerRequest(), 133u);
     std::vector<uint32_t> addresses;
     std::vector<uint32_t> expected;
     for (uint32_t i = 0; i < 200; ++i) {
@@ -211,22 +211,34 @@ TEST_F(GvcpPortOnEmulator, registersAreReadInBatches)
     EXPECT_EQ(camera.counters().readReg, 2u);
 }
 
-TEST_F(GvcpPortOnEmulator, aRefusedBatchFallsBackToSingleReadsAndRemembers)
+// Who asked for the batch finds out what stands in its way.
+TEST_F(GvcpPortOnEmulator, aRefusedBatchIsOneRequestAndRefused)
 {
     ASSERT_EQ(port.open(KX_ACCESS_EXCLUSIVE, 0), KX_OK);
     emu::Faults faults;
     faults.refuseConcatenation = true;
     camera.setFaults(faults);
-    camera.pokeWord(0x30004, 77);
-    std::vector<uint32_t> values;
+    std::vector<uint32_t> values{1};
     camera.resetCounters();
-    EXPECT_EQ(port.readRegisters({0x30000, 0x30004, 0x30008}, values), KX_OK);
-    EXPECT_EQ(values, (std::vector<uint32_t>{0, 77, 0}));
-    EXPECT_EQ(camera.counters().readReg, 4u);
-    EXPECT_EQ(port.registersPerRequest(), 1u);
-    camera.resetCounters();
-    EXPECT_EQ(port.readRegisters({0x30000, 0x30004, 0x30008}, values), KX_OK);
-    EXPECT_EQ(camera.counters().readReg, 3u);
+    EXPECT_EQ(port.readRegisters({0x30000, 0x30004, 0x30008}, values), KX_E_GC_ACCESS);
+    EXPECT_TRUE(values.empty());
+    EXPECT_EQ(camera.counters().readReg, 1u);
+    EXPECT_EQ(port.readRegisters({0x30000}, values), KX_OK);
+}
+
+TEST_F(GvcpPortOnEmulator, aBatchWithOtherValuesThanAskedForIsNoAnswer)
+{
+    port.setTimeouts({std::chrono::milliseconds(20), 1});
+    ASSERT_EQ(port.open(KX_ACCESS_MONITOR, 0), KX_OK);
+    emu::Faults faults;
+    for (const auto answer :
+         {emu::BatchAnswer::TooFew, emu::BatchAnswer::TooMany, emu::BatchAnswer::Reversed}) {
+        faults.batchAnswer = answer;
+        camera.setFaults(faults);
+        std::vector<uint32_t> values{1};
+        EXPECT_EQ(port.readRegisters({0x30000, 0x30004}, values), KX_E_MALFORMED_ANSWER);
+        EXPECT_TRUE(values.empty());
+    }
 }
 
 TEST_F(GvcpPortOnEmulator, oneRefusedRegisterFailsItsBatchButNotTheNextOnes)
@@ -238,7 +250,7 @@ TEST_F(GvcpPortOnEmulator, oneRefusedRegisterFailsItsBatchButNotTheNextOnes)
     std::vector<uint32_t> values{1, 2, 3};
     EXPECT_EQ(port.readRegisters({0x30000, 0x30004}, values), KX_E_GC_ACCESS);
     EXPECT_TRUE(values.empty());
-    EXPECT_EQ(port.registersPerRequest(), 135u) << "the camera does know batches";
+    EXPECT_EQ(port.registersPerRequest(), 133u) << "the camera does know batches";
     EXPECT_EQ(port.readRegisters({0x30000, 0x30008}, values), KX_OK);
 }
 

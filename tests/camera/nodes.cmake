@@ -1,6 +1,6 @@
 find_package(nlohmann_json REQUIRED)
 
-foreach(subject nodes_values nodes_access nodes_writes nodes_text nodes_described nodes_real_descriptions description description_cache hostile_description parsed_descriptions node_formula camera_handles read_memo nodes_noise)
+foreach(subject nodes_values nodes_access nodes_writes nodes_text nodes_described nodes_real_descriptions description description_cache hostile_description parsed_descriptions node_formula camera_handles read_memo batch_reader read_ahead nodes_noise)
     ie_add_test(${subject}_test LABEL camera
         SOURCES ${subject}_test.cpp EveryNodeKind.h FakePort.h
         LIBRARIES kx_api kx_core GTest::gtest_main)

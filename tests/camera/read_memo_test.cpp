@@ -8,25 +8,61 @@ namespace
 using namespace std::chrono_literals;
 using Requests = std::vector<std::string>;
 
+using Life = kx::ReadMemo::Life;
+using Reader = kx::ReadMemo::Reader;
+const kx::ReadMemo::Clock::time_point start{};
+
 TEST(ReadMemo, keepsFor300MillisecondsWhatMayBeKept)
 {
-    const kx::ReadMemo::Clock::time_point start{};
     kx::ReadMemo memo;
-    memo.beginCall(start);
-    memo.store(0x100, {1, 2}, true, start);
-    memo.store(0x200, {3, 4}, false, start);
-    ASSERT_NE(memo.find(0x100, 2), nullptr);
-    EXPECT_EQ(*memo.find(0x100, 2), (std::vector<uint8_t>{1, 2}));
-    EXPECT_NE(memo.find(0x200, 2), nullptr);
-    EXPECT_EQ(memo.find(0x100, 1), nullptr); // another length is another register
-    memo.beginCall(start + 299ms);
-    EXPECT_NE(memo.find(0x100, 2), nullptr);
-    EXPECT_EQ(memo.find(0x200, 2), nullptr);
-    memo.beginCall(start + 300ms);
-    EXPECT_EQ(memo.find(0x100, 2), nullptr);
-    memo.store(0x100, {1}, true, start);
-    memo.clear();
-    EXPECT_EQ(memo.find(0x100, 1), nullptr);
+    memo.beginCall();
+    memo.store({0x100, 2}, {{1, 2}, start, Life::Keep});
+    memo.store({0x200, 2}, {{3, 4}, start, Life::Call});
+    ASSERT_NE(memo.find({0x100, 2}, start), nullptr);
+    EXPECT_EQ(*memo.find({0x100, 2}, start), (std::vector<uint8_t>{1, 2}));
+    EXPECT_NE(memo.find({0x200, 2}, start), nullptr);
+    EXPECT_EQ(memo.find({0x100, 1}, start), nullptr); // another length is another register
+    memo.beginCall();
+    EXPECT_NE(memo.find({0x100, 2}, start + 299ms), nullptr);
+    EXPECT_EQ(memo.find({0x200, 2}, start + 299ms), nullptr);
+    EXPECT_NE(memo.find({0x100, 2}, start + 300ms), nullptr) << "within one call it stays as it was";
+    memo.beginCall();
+    EXPECT_EQ(memo.find({0x100, 2}, start + 300ms), nullptr);
+}
+
+TEST(ReadMemo, servesNobodyAfterAWriteButStillKnows)
+{
+    kx::ReadMemo memo;
+    memo.beginCall();
+    memo.store({0x100, 4}, {{1, 2, 3, 4}, start, Life::Keep});
+    memo.store({0x104, 4}, {{5, 6, 7, 8}, start, Life::Keep});
+    memo.outdate();
+    memo.forget(0x106, 1);
+    EXPECT_EQ(memo.find({0x100, 4}, start), nullptr);
+    EXPECT_FALSE(memo.isRecent({0x100, 4}, start));
+    EXPECT_NE(memo.lastKnown({0x100, 4}), nullptr);
+    EXPECT_EQ(memo.lastKnown({0x104, 4}), nullptr);
+}
+
+TEST(ReadMemo, whatWasReadAheadServesEachOnceWhoWantsToSeeWhatIsThereNow)
+{
+    kx::ReadMemo memo;
+    memo.beginCall();
+    memo.store({0x100, 1}, {{1}, start, Life::Keep, true});
+    memo.store({0x200, 1}, {{1}, start, Life::Keep, false});
+    const auto serves = [&](Reader reader, size_t number, uint64_t address) {
+        memo.beginCall();
+        return memo.findFor(reader, number, {address, 1}, start + 299ms) != nullptr;
+    };
+    EXPECT_FALSE(serves(Reader::Node, 0, 0x100)) << "nobody known";
+    EXPECT_TRUE(serves(Reader::Node, 3, 0x100));
+    EXPECT_FALSE(serves(Reader::Node, 3, 0x100)) << "again";
+    EXPECT_FALSE(serves(Reader::Node, 2, 0x100)) << "late";
+    EXPECT_TRUE(serves(Reader::Node, 4, 0x100));
+    EXPECT_TRUE(serves(Reader::Address, 3, 0x100)) << "counted apart";
+    EXPECT_FALSE(serves(Reader::Node, 5, 0x200)) << "somebody's own reading";
+    memo.outdate();
+    EXPECT_FALSE(serves(Reader::Node, 6, 0x100));
 }
 
 class Remembering : public tests::EveryNodeKind

@@ -2,6 +2,7 @@
 #include "companion/ImportCompanion.h"
 #include "iefeatures/cameras/NamePatterns.h"
 #include "iefeatures/cameras/NamedNatures.h"
+#include "support/RegisterByRegister.h"
 
 #include <nlohmann/json.hpp>
 
@@ -341,6 +342,7 @@ TEST_F(DiffOfCameras, AsksNoCameraWhenTheFileIsNoGood)
 
 TEST_F(DiffOfCameras, EndsOnCtrlC)
 {
+    const tests::RegisterByRegister setting;
     const emu::EmulatedCamera& camera =
         addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
     std::thread person([&] {

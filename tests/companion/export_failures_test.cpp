@@ -1,4 +1,5 @@
 #include "companion/CompanionFixture.h"
+#include "support/RegisterByRegister.h"
 
 #include <nlohmann/json.hpp>
 
@@ -61,6 +62,7 @@ TEST_F(ExportFailures, ComeFromACameraThatAnswersNothingButTheSearch)
 
 TEST_F(ExportFailures, ComeFromACameraThatVanishesInTheMiddle)
 {
+    const tests::RegisterByRegister setting;
     emu::Faults faults;
     faults.silence = emu::Silence{150, std::nullopt};
     addCamera("Faulty").setFaults(faults);
@@ -70,6 +72,7 @@ TEST_F(ExportFailures, ComeFromACameraThatVanishesInTheMiddle)
 
 TEST_F(ExportFailures, KeepTheFileOfAnEarlierExport)
 {
+    const tests::RegisterByRegister setting;
     QFile earlier(QString::fromStdString(path("EMU-1_Faulty.fpk")));
     ASSERT_TRUE(earlier.open(QIODevice::WriteOnly));
     earlier.write("from yesterday");

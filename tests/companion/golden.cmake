@@ -20,6 +20,9 @@ ie_add_test(real_descriptions_export_test LABEL camera
     SOURCES real_descriptions_export_test.cpp RealSeed.cpp RealSeed.h RegisterRule.cpp RegisterRule.h
         WhyLeftOut.cpp WhyLeftOut.h
     LIBRARIES real_export)
+ie_add_test(read_ahead_jobs_test LABEL camera TIMEOUT 900
+    SOURCES read_ahead_jobs_test.cpp RealSeed.cpp RealSeed.h
+    LIBRARIES real_export)
 ie_add_test(round_trip_test LABEL companion TIMEOUT 300
     SOURCES round_trip_test.cpp
     LIBRARIES real_export)

@@ -1,4 +1,5 @@
 #include "companion/ImportCompanion.h"
+#include "support/RegisterByRegister.h"
 
 #include <nlohmann/json.hpp>
 
@@ -163,6 +164,7 @@ TEST_F(ImportCommand, TellsOfABrokenRegisterBlockWhatTheJobDoesNot)
 
 TEST_F(ImportCommand, TellsOfACameraThatVanishes)
 {
+    const tests::RegisterByRegister setting;
     emu::EmulatedCamera& camera = addCamera("S1");
     addCamera("S2");
     const std::string file = exported("S1");

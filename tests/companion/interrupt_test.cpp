@@ -1,5 +1,6 @@
 #include "companion/CompanionFixture.h"
 #include "iefeatures/console/Interrupt.h"
+#include "support/RegisterByRegister.h"
 
 #include <nlohmann/json.hpp>
 
@@ -32,6 +33,7 @@ protected:
     Result interruptAt(const emu::EmulatedCamera& camera, uint64_t requests, int signal,
                        const tests::Arguments& arguments)
     {
+        const tests::RegisterByRegister setting;
         std::thread person([&] {
             awaitRequests(camera, requests);
             std::raise(signal);

@@ -1,5 +1,6 @@
 #include "companion/ImportCompanion.h"
 #include "iefeatures/imports/Snapshot.h"
+#include "support/RegisterByRegister.h"
 
 #include <nlohmann/json.hpp>
 
@@ -93,6 +94,7 @@ TEST_F(SnapshotTest, IsTakenOfEveryCameraBeforeTheFirstWrite)
 
 TEST_F(SnapshotTest, ThatFailsKeepsTheCameraAsItIsAndTheOthersGoOn)
 {
+    const tests::RegisterByRegister setting;
     emu::EmulatedCamera& taken = addCamera("S1");
     emu::EmulatedCamera& sound = addCamera("S2");
     const std::string file = exported("S2");

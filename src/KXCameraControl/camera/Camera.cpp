@@ -1,10 +1,8 @@
-// Opening and closing a camera, and its registers through the memo.
+// Opening and closing a camera, and its registers through the port.
 #include "KXCameraControl/camera/Camera.h"
 
 #include "KXCameraControl/camera/ParsedDescriptions.h"
 #include "KXCameraControl/description/Fetch.h"
-
-#include <cstring>
 
 namespace kx
 {
@@ -39,7 +37,6 @@ KX_Status Camera::open(uint32_t accessMode, uint16_t switchOverKey)
 // A description that cannot be fetched or used leaves an empty map; only a failed line is a failure.
 KX_Status Camera::loadNodes(bool readOnly)
 {
-    m_memo.clear();
     m_descriptionProblem.clear();
     const KX_Status status = fetchDescription(*m_port, m_description, m_descriptionProblem);
     if (status != KX_OK && status != KX_E_DESCRIPTION)
@@ -58,7 +55,6 @@ KX_Status Camera::loadNodes(bool readOnly)
 void Camera::close()
 {
     m_nodes.reset();
-    m_memo.clear();
     m_description.reset();
     m_port->close();
     m_control.release();
@@ -71,73 +67,29 @@ const std::string& Camera::description() const
     return m_description ? m_description->text() : none;
 }
 
-NodeMap& Camera::nodesForCall()
-{
-    m_memo.beginCall(ReadMemo::Clock::now());
-    return *m_nodes;
-}
-
-KX_Status Camera::readMemory(uint64_t address, void* data, size_t size)
-{
-    std::vector<uint8_t> bytes(size);
-    const KX_Status status = m_port->readMemory(address, bytes.data(), size);
-    if (status == KX_OK)
-        std::memcpy(data, bytes.data(), size);
-    return status;
-}
-
-KX_Status Camera::writeMemory(uint64_t address, const void* data, size_t size)
-{
-    m_memo.clear();
-    return m_readOnly ? KX_E_GC_ACCESS : m_port->writeMemory(address, data, size);
-}
-
-// Asks the memo, then the camera by `ask`.
-template <class Ask>
-KX_Status Camera::readRemembered(uint64_t address, void* data, size_t size, Ask ask)
-{
-    if (m_freshness != Freshness::Wire) {
-        if (const auto* known = m_memo.find(address, size)) {
-            std::memcpy(data, known->data(), size);
-            return KX_OK;
-        }
-    }
-    std::vector<uint8_t> bytes(size);
-    const KX_Status status = ask(bytes.data());
-    if (status != KX_OK)
-        return status;
-    std::memcpy(data, bytes.data(), size);
-    m_memo.store(address, std::move(bytes), m_freshness == Freshness::Keep, ReadMemo::Clock::now());
-    return KX_OK;
-}
-
 KX_Status Camera::readBlock(uint64_t address, void* data, size_t size)
 {
-    return readRemembered(address, data, size,
-                          [&](uint8_t* bytes) { return m_port->readMemory(address, bytes, size); });
+    return m_port->readMemory(address, data, size);
 }
 
 KX_Status Camera::writeBlock(uint64_t address, const void* data, size_t size)
 {
-    return writeMemory(address, data, size);
+    return m_readOnly ? KX_E_GC_ACCESS : m_port->writeMemory(address, data, size);
 }
 
-// One description reads its four-byte registers always by register or always by memory command, so the two
-// never meet in the memo with different byte orders.
 KX_Status Camera::readRegister(uint64_t address, uint32_t& value)
 {
-    return readRemembered(address, &value, sizeof value, [&](uint8_t* bytes) {
-        uint32_t answer = 0;
-        const KX_Status status = m_port->readRegister(address, answer);
-        std::memcpy(bytes, &answer, sizeof answer);
-        return status;
-    });
+    return m_port->readRegister(address, value);
 }
 
 KX_Status Camera::writeRegister(uint64_t address, uint32_t value)
 {
-    m_memo.clear();
     return m_readOnly ? KX_E_GC_ACCESS : m_port->writeRegister(address, value);
+}
+
+KX_Status Camera::readRegisters(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values)
+{
+    return m_port->readRegisters(addresses, values);
 }
 
 void Camera::setConnectionLostHandler(KX_ConnectionLostHandler handler, void* user)

@@ -1,10 +1,9 @@
-// One camera that a handle stands for: the port, the node map over it, and what was read a moment ago.
+// One camera that a handle stands for: the port and the node map over it.
 #pragma once
 
 #include "KXCameraControl/camera/OwnControl.h"
 #include "KXCameraControl/description/Description.h"
 #include "KXCameraControl/nodes/NodeMap.h"
-#include "KXCameraControl/nodes/ReadMemo.h"
 #include "KXCameraControl/nodes/RegisterLine.h"
 #include "KXCameraControl/ports/Port.h"
 
@@ -42,11 +41,16 @@ public:
     void setTimeouts(const PortTimeouts& timeouts) { m_port->setTimeouts(timeouts); }
     uint64_t requestCount() const { return m_port->requestCount(); }
 
-    // The nodes, ready for one more call; only while open.
-    NodeMap& nodesForCall();
-    // Straight to the wire.
-    KX_Status readMemory(uint64_t address, void* data, size_t size);
-    KX_Status writeMemory(uint64_t address, const void* data, size_t size);
+    // Only while open.
+    NodeMap& nodesForCall() { return *m_nodes; }
+    KX_Status readMemory(uint64_t address, void* data, size_t size)
+    {
+        return m_nodes->readMemory(address, data, size);
+    }
+    KX_Status writeMemory(uint64_t address, const void* data, size_t size)
+    {
+        return m_nodes->writeMemory(address, data, size);
+    }
     // Empty when none could be fetched.
     const std::string& description() const;
     // Why there is no description, or no node.
@@ -66,11 +70,11 @@ private:
     KX_Status writeBlock(uint64_t address, const void* data, size_t size) override;
     KX_Status readRegister(uint64_t address, uint32_t& value) override;
     KX_Status writeRegister(uint64_t address, uint32_t value) override;
-    void setFreshness(Freshness freshness) override { m_freshness = freshness; }
     std::string lineError() const override { return m_port->lastError(); }
+    size_t registersPerRequest() const override { return m_port->registersPerRequest(); }
+    KX_Status readRegisters(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values) override;
+    bool registersAreMemory() const override { return m_port->registersAreMemory(); }
 
-    template <class Ask>
-    KX_Status readRemembered(uint64_t address, void* data, size_t size, Ask ask);
     void connectionLost(KX_Status status);
     KX_Status loadNodes(bool readOnly);
 
@@ -81,8 +85,6 @@ private:
     std::unique_ptr<NodeMap> m_nodes;
     SharedDescription m_description; // null: none
     std::string m_descriptionProblem;
-    ReadMemo m_memo;
-    Freshness m_freshness = Freshness::Keep;
     bool m_readOnly = false;
     std::atomic<bool> m_lost{false};
 

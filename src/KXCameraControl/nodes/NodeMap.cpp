@@ -123,7 +123,7 @@ KX_Status NodeMap::getString(const char* name, KX_StringValue& value)
     return guarded([&](Nodes& nodes) {
         const Node& node = nodes.findReadable(name, isTextKind);
         KX_StringValue result{};
-        const std::string text = nodes.values.text(node, sizeof result.current - 1);
+        const std::string text = nodes.values.text(node, NodeValues::textLimit);
         std::memcpy(result.current, text.c_str(), std::strlen(text.c_str()));
         result.maximumLength = nodes.values.maximumTextLength(node);
         value = result;
@@ -181,6 +181,18 @@ KX_Status NodeMap::setString(const char* name, const char* value)
     });
 }
 
+KX_Status NodeMap::readMemory(uint64_t address, void* data, size_t size)
+{
+    m_nodes->ahead.beginCall();
+    return m_nodes->ahead.readMemory(address, data, size);
+}
+
+KX_Status NodeMap::writeMemory(uint64_t address, const void* data, size_t size)
+{
+    m_nodes->ahead.beginCall();
+    return m_nodes->ahead.writeBlock(address, data, size);
+}
+
 KX_Status NodeMap::execute(const char* name)
 {
     return guarded(
@@ -192,6 +204,7 @@ KX_Status NodeMap::accessMode(const char* name, KX_XML_AccessMode& mode)
 {
     return guarded([&](Nodes& nodes) {
         const Node& node = nodes.find(name);
+        nodes.ahead.beginFeature(node);
         try {
             mode = nodes.values.access(node);
         } catch (const NodeFailure& failure) {

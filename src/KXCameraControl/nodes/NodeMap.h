@@ -39,6 +39,9 @@ public:
     KX_Status execute(const char* name);
     KX_Status accessMode(const char* name, KX_XML_AccessMode& mode);
     bool isReadOnly() const;
+    // Of the line, as it stands there.
+    KX_Status readMemory(uint64_t address, void* data, size_t size);
+    KX_Status writeMemory(uint64_t address, const void* data, size_t size);
     // From the description alone.
     KX_Status entryName(const char* name, uint32_t value, std::string& text);
     KX_Status isEverWritable(const char* name, bool& writable);

@@ -5,6 +5,7 @@
 #include "KXCameraControl/nodes/DescribedFeatures.h"
 #include "KXCameraControl/nodes/NodeMap.h"
 #include "KXCameraControl/nodes/NodeValues.h"
+#include "KXCameraControl/nodes/ReadAhead.h"
 
 namespace kx
 {
@@ -32,8 +33,8 @@ class NodeMap::Nodes
 {
 public:
     Nodes(std::shared_ptr<const NodeTable> theTable, RegisterLine& line, bool readOnly)
-        : m_shared(std::move(theTable)), table(*m_shared), values(table, line), described(table),
-          isReadOnly(readOnly)
+        : m_shared(std::move(theTable)), table(*m_shared), ahead(table, line, ReadAhead::isWanted()),
+          values(table, ahead), described(table), isReadOnly(readOnly)
     {}
 
     const Node& find(const char* name) const
@@ -55,6 +56,7 @@ public:
     const Node& findReadable(const char* name, KindTest isWanted)
     {
         const Node& node = find(name, isWanted);
+        ahead.beginFeature(node);
         requireAccess(node, isReadable, "it cannot be read now");
         return node;
     }
@@ -62,6 +64,7 @@ public:
     const Node& findWritable(const char* name, KindTest isWanted)
     {
         const Node& node = find(name, isWanted);
+        ahead.beginFeature(node);
         requireAccess(node, isWritable, "it cannot be written now");
         if (isReadOnly)
             throw NodeFailure{KX_E_GC_ACCESS, node.name + ": the camera was opened for monitoring."};
@@ -70,6 +73,7 @@ public:
 
     const std::shared_ptr<const NodeTable> m_shared;
     const NodeTable& table;
+    ReadAhead ahead;
     NodeValues values;
     DescribedFeatures described;
     const bool isReadOnly;
@@ -91,6 +95,7 @@ template <class Body>
 KX_Status NodeMap::guarded(Body body)
 {
     m_lastError.clear();
+    m_nodes->ahead.beginCall();
     m_nodes->values.beginCall();
     try {
         body(*m_nodes);

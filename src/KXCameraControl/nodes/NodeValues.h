@@ -27,6 +27,9 @@ struct Range
 class NodeValues
 {
 public:
+    // Bytes of a text that its getter reads.
+    static constexpr size_t textLimit = sizeof KX_StringValue::current - 1;
+
     NodeValues(const NodeTable& table, RegisterLine& line);
 
     void beginCall();
@@ -40,6 +43,10 @@ public:
     int64_t entryValue(const Node& entry) const;
     std::string text(const Node& node, size_t limit);
     int64_t maximumTextLength(const Node& node);
+    // Where the value stands now; null: in the node itself.
+    const Node* sourceNode(const Node& node) { return source(node).node; }
+    // What the getter of a register asks the line for; nothing where there is no such thing.
+    std::optional<RegisterPlace> place(const Node& node) const { return m_registers.place(node, textLimit); }
 
     // Each checks the ranges on its way; access is the caller's to check.
     void write(const Node& node, const Number& number);

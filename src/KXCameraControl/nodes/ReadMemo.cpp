@@ -1,29 +1,105 @@
 // Keeping, finding and forgetting what was read.
 #include "KXCameraControl/nodes/ReadMemo.h"
 
+#include <algorithm>
+
 namespace kx
 {
 
-void ReadMemo::beginCall(Clock::time_point now)
+namespace
 {
+
+constexpr uint64_t noCall = ~uint64_t{0};
+
+} // namespace
+
+void ReadMemo::outdate()
+{
+    ++m_writes;
+    ++m_version;
+}
+
+void ReadMemo::forget(uint64_t address, size_t size)
+{
+    ++m_version;
     for (auto it = m_entries.begin(); it != m_entries.end();) {
-        if (it->second.keep && now - it->second.readAt < RegisterLine::keepTime)
-            ++it;
-        else
-            it = m_entries.erase(it);
+        const RegisterPlace& place = it->first;
+        const bool isBehind = place.address > address && place.address - address >= size;
+        const bool isBefore = place.address <= address && address - place.address >= place.size;
+        it = isBehind || isBefore ? std::next(it) : m_entries.erase(it);
     }
 }
 
-const std::vector<uint8_t>* ReadMemo::find(uint64_t address, size_t size) const
+bool ReadMemo::serves(const Entry& entry, Clock::time_point now) const
 {
-    const auto it = m_entries.find({address, size});
-    return it == m_entries.end() ? nullptr : &it->second.bytes;
+    if (entry.writes != m_writes)
+        return false;
+    const bool isKept =
+        entry.reading.life == Life::Keep && now - entry.reading.readAt < RegisterLine::keepTime;
+    return isKept || entry.call == m_call;
 }
 
-void ReadMemo::store(uint64_t address, std::vector<uint8_t> bytes, bool keep, Clock::time_point now)
+const ReadMemo::Bytes* ReadMemo::find(const RegisterPlace& place, Clock::time_point now)
 {
-    const auto key = std::make_pair(address, bytes.size());
-    m_entries[key] = Entry{std::move(bytes), now, keep};
+    const auto it = m_entries.find(place);
+    if (it == m_entries.end() || !serves(it->second, now))
+        return nullptr;
+    use(it->second);
+    it->second.call = m_call;
+    return &it->second.reading.bytes;
+}
+
+void ReadMemo::use(Entry& entry)
+{
+    m_aheadUsed += entry.reading.isAhead ? 1 : 0;
+    entry.reading.isAhead = false;
+}
+
+const ReadMemo::Bytes* ReadMemo::findFor(Reader reader, size_t number, const RegisterPlace& place,
+                                         Clock::time_point now)
+{
+    const auto it = m_entries.find(place);
+    if (it == m_entries.end() || !serves(it->second, now))
+        return nullptr;
+    Entry& entry = it->second;
+    size_t& served = entry.served[static_cast<size_t>(reader)];
+    const bool isOfThisCall = entry.call == m_call && reader == Reader::Node;
+    if (!isOfThisCall && (!entry.isFromAhead || number <= served))
+        return nullptr;
+    served = std::max(served, number);
+    use(entry);
+    entry.call = m_call;
+    return &entry.reading.bytes;
+}
+
+bool ReadMemo::isFresh(const RegisterPlace& place, Clock::time_point now) const
+{
+    const auto it = m_entries.find(place);
+    return it != m_entries.end() && serves(it->second, now);
+}
+
+bool ReadMemo::isRecent(const RegisterPlace& place, Clock::time_point now) const
+{
+    const auto it = m_entries.find(place);
+    return it != m_entries.end() && it->second.writes == m_writes &&
+           now - it->second.reading.readAt < RegisterLine::keepTime;
+}
+
+const ReadMemo::Bytes* ReadMemo::lastKnown(const RegisterPlace& place) const
+{
+    const auto it = m_entries.find(place);
+    return it == m_entries.end() ? nullptr : &it->second.reading.bytes;
+}
+
+void ReadMemo::store(const RegisterPlace& place, Reading reading)
+{
+    ++m_version;
+    if (m_entries.size() >= maximumEntries)
+        m_entries.clear(); // a caller that walks through a window; what is forgotten is read again
+    m_aheadStored += reading.isAhead ? 1 : 0;
+    const bool isAhead = reading.isAhead;
+    const uint64_t call = isAhead ? noCall : m_call;
+    m_entries[place] = Entry{std::move(reading), call, m_writes, isAhead};
 }
 
 } // namespace kx

@@ -132,6 +132,17 @@ uint64_t Registers::address(const Node& node) const
     return sum;
 }
 
+std::optional<RegisterPlace> Registers::place(const Node& node, size_t limit) const
+{
+    const int64_t size = length(node);
+    const bool isText = node.kind == NodeKind::StringReg;
+    if (size < 1 || (!isText && size > 8))
+        return std::nullopt;
+    const auto asked = static_cast<size_t>(isText ? std::min(static_cast<uint64_t>(size), uint64_t{limit})
+                                                  : static_cast<uint64_t>(size));
+    return RegisterPlace{address(node), asked, usesRegisterCommands(asked)};
+}
+
 size_t Registers::numberLength(const Node& node) const
 {
     const int64_t size = length(node);

@@ -6,6 +6,7 @@
 #include "KXCameraControl/nodes/RegisterLine.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,9 @@ public:
     // All throw NodeFailure.
     uint64_t address(const Node& node) const;
     int64_t length(const Node& node) const;
+    // What a reader of the number or the text (at most `limit` bytes of it, at least 1) asks the line for.
+    // Nothing for a register that holds neither.
+    std::optional<RegisterPlace> place(const Node& node, size_t limit) const;
     // Of IntReg, MaskedIntReg and StructEntry.
     IntegerLimits limits(const Node& node) const;
     int64_t readInteger(const Node& node) const;
@@ -44,6 +48,7 @@ public:
     // Chunk data and events stand in a stream's buffers, which this library does not receive.
     static bool isInMemory(const Node& node);
     static bool isEvent(const Node& node);
+    static RegisterLine::Freshness freshness(const Node& node);
 
 private:
     struct Bits
@@ -58,7 +63,6 @@ private:
     uint64_t readWord(const Node& node, size_t size) const;
     void writeWord(const Node& node, size_t size, uint64_t word) const;
     void read(const Node& node, uint8_t* data, size_t size, RegisterLine::Freshness freshness) const;
-    static RegisterLine::Freshness freshness(const Node& node);
     void write(const Node& node, const uint8_t* data, size_t size) const;
     bool usesRegisterCommands(size_t size) const;
     [[noreturn]] void lineFailed(const Node& node, KX_Status status) const;

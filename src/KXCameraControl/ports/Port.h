@@ -50,12 +50,15 @@ public:
     // register commands where it has them.
     virtual KX_Status readRegister(uint64_t address, uint32_t& value) = 0;
     virtual KX_Status writeRegister(uint64_t address, uint32_t value) = 0;
-    // Several registers in as few requests as the camera allows. All or nothing: a refusal of one fails the
-    // call.
+    // Several registers, registersPerRequest() of them with each request. All or nothing: a refusal of one
+    // fails the call.
     virtual KX_Status readRegisters(const std::vector<uint32_t>& addresses,
                                     std::vector<uint32_t>& values) = 0;
     // How many addresses one request of readRegisters can hold on this camera; 1 where it knows no batches.
     virtual size_t registersPerRequest() const = 0;
+    // Whether readRegister() gives what readMemory() would, highest byte first: cameras with little-endian
+    // registers turn the one and not the other.
+    virtual bool registersAreMemory() const { return true; }
 
     // The URL texts that say where the description lies (first and, where there is one, second).
     virtual KX_Status descriptionUrls(std::vector<std::string>& urls) = 0;

@@ -394,6 +394,12 @@ KX_API KX_Status KX_CC_SetStringValue(KX_HANDLE handle, const char* name, const 
 /* Executes a command node; does not wait for it to be done. Statuses as the setters. */
 KX_API KX_Status KX_CC_ExecuteCommand(KX_HANDLE handle, const char* name);
 
+/* Registers that are read serve the calls of the next 300 ms, up to the next write; those that the description says
+ * to change by themselves (NoCache, PollingTime) serve one call. While features are asked for in the order of their
+ * names, registers of those that follow are read along in batches, and serve in the same way: of NoCache registers one
+ * call for each feature, of device memory that is read by its address in such a row one call for each feature that
+ * stands there. Environment: KX_CAMERA_READ_AHEAD=0, looked at when a camera is opened, keeps that from being done. */
+
 /* Device memory as it stands on the wire. `length` in bytes, 1..0x1000000. On GigE Vision an address that is no
  * multiple of 4 is refused (KX_E_GC_ACCESS, nothing sent), as are addresses above 32 bits; lengths are rounded up
  * for the wire and cut for the caller; a write of an odd length reads the last word first. A failed read leaves

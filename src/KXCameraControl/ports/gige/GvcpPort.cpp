@@ -188,6 +188,22 @@ KX_Status GvcpPort::readBatch(const std::vector<uint32_t>& addresses, std::vecto
     return status;
 }
 
+// Answers name no addresses: two registers whose values are known stand around the batch, so that one in
+// another order is no answer.
+KX_Status GvcpPort::readFramed(std::vector<uint32_t> addresses, std::vector<uint32_t>& values)
+{
+    addresses.insert(addresses.begin(), RegVersion);
+    addresses.push_back(RegMacLow);
+    std::vector<uint32_t> answers;
+    const KX_Status status = readBatch(addresses, answers);
+    if (status != KX_OK)
+        return status;
+    if (answers.front() != m_version || answers.back() != m_macLow)
+        return fail(KX_E_MALFORMED_ANSWER, "the camera answers registers in another order");
+    values.insert(values.end(), answers.begin() + 1, answers.end() - 1);
+    return KX_OK;
+}
+
 KX_Status GvcpPort::readRegisters(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values)
 {
     values.clear();
@@ -196,24 +212,11 @@ KX_Status GvcpPort::readRegisters(const std::vector<uint32_t>& addresses, std::v
         status = checkAddress(addresses[i], 4);
 
     std::vector<uint32_t> read;
-    const auto readSingly = [&](const std::vector<uint32_t>& batch) {
-        KX_Status result = KX_OK;
-        for (size_t i = 0; result == KX_OK && i < batch.size(); ++i)
-            result = readBatch({batch[i]}, read);
-        return result;
-    };
     while (status == KX_OK && read.size() < addresses.size()) {
         const auto begin = addresses.begin() + static_cast<ptrdiff_t>(read.size());
         const size_t count = std::min(addresses.size() - read.size(), m_registersPerRequest);
         const std::vector<uint32_t> batch(begin, begin + static_cast<ptrdiff_t>(count));
-        status = readBatch(batch, read);
-        // Either one of the registers was refused, or the camera does not keep what its capability bit
-        // promises.
-        if (count > 1 && (status == KX_E_GC_ACCESS || status == KX_E_DEVICE)) {
-            status = readSingly(batch);
-            if (status == KX_OK)
-                m_registersPerRequest = 1;
-        }
+        status = count > 1 ? readFramed(batch, read) : readBatch(batch, read);
     }
     if (status == KX_OK)
         values = std::move(read);

@@ -34,6 +34,7 @@ public:
     KX_Status writeRegister(uint64_t address, uint32_t value) override;
     KX_Status readRegisters(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values) override;
     size_t registersPerRequest() const override { return m_registersPerRequest; }
+    bool registersAreMemory() const override { return m_isBigEndian; }
     KX_Status descriptionUrls(std::vector<std::string>& urls) override;
     CameraNames names() const override { return m_names; }
 
@@ -55,6 +56,7 @@ private:
     KX_Status perform(const gvcp::Bytes& command, const GvcpChannel::PayloadCheck& isWellFormed,
                       gvcp::Bytes& payload);
     KX_Status readBatch(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values);
+    KX_Status readFramed(std::vector<uint32_t> addresses, std::vector<uint32_t>& values);
     KX_Status readPiece(uint32_t address, uint8_t* data, size_t size);
     KX_Status checkUsable();
     KX_Status checkWritable();
@@ -79,6 +81,10 @@ private:
     CameraNames m_names;      // as discovery answered when it was opened
     uint32_t m_privilege = 0; // what we hold of the control register; constant while the heartbeat runs
     size_t m_registersPerRequest = 1;
+    bool m_isBigEndian = true;
+    // What the camera said of itself: registers whose values are known.
+    uint32_t m_version = 0;
+    uint32_t m_macLow = 0;
 
     mutable std::mutex m_mutex; // guards the three below
     PortTimeouts m_timeouts;

@@ -84,6 +84,9 @@ KX_Status GvcpPort::findCamera()
     const bool hasMac = m_device.macHigh != 0 || m_device.macLow != 0;
     if (hasMac && (m_device.macHigh != found.macHigh || m_device.macLow != found.macLow))
         return fail(KX_E_NO_DEVICE, "the camera at " + address + " has another MAC address");
+    m_isBigEndian = found.isBigEndian;
+    m_version = found.version;
+    m_macLow = found.macLow;
     m_names = {found.manufacturer, found.model, found.deviceVersion};
     return KX_OK;
 }
@@ -114,7 +117,8 @@ KX_Status GvcpPort::readAbilities(milliseconds& heartbeatInterval)
 {
     uint32_t capabilities = 0;
     KX_Status status = readAbility(RegCapabilities, 0, capabilities);
-    m_registersPerRequest = (capabilities & kCapabilityConcatenation) != 0 ? kMaxReadRegisters : 1;
+    m_registersPerRequest =
+        (capabilities & kCapabilityConcatenation) != 0 ? kMaxReadRegisters - 2 : 1; // see readFramed()
     if (status != KX_OK || m_privilege == 0)
         return status;
     uint32_t heartbeat = 0;
