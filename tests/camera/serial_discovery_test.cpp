@@ -81,6 +81,8 @@ TEST_F(SerialDiscovery, aCameraOfThisProcessIsListedAsFreeWhileItIsOpen)
     emu::SerialCamera& camera = add("A");
     name(camera.path());
     const KX_DeviceInfo info = list().at(0).info;
+    KX_Controller controller{};
+    EXPECT_EQ(KX_CC_GetController(&info, &controller), KX_E_NOT_SUPPORTED);
     KX_HANDLE handle = nullptr;
     ASSERT_EQ(KX_CC_CreateHandle(&handle, &info), KX_OK);
     ASSERT_EQ(KX_CC_OpenDevice(handle, KX_ACCESS_EXCLUSIVE, 0), KX_OK);
