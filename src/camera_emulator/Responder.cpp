@@ -128,7 +128,7 @@ Responder::Answer Responder::readRegisters(const Bytes& payload, Peer peer)
 
 void Responder::spoilBatch(Bytes& values) const
 {
-    switch (faults.batchAnswer) {
+    switch (gate.faults.batchAnswer) {
     case BatchAnswer::Right:
         break;
     case BatchAnswer::TooFew:
@@ -149,10 +149,10 @@ void Responder::spoilBatch(Bytes& values) const
 // What a READREG or READMEM asks for.
 bool Responder::isMute(const CommandPacket& command) const
 {
-    if (faults.mute.empty())
+    if (gate.faults.mute.empty())
         return false;
     const auto touches = [this](uint64_t address, uint64_t size) {
-        return std::any_of(faults.mute.begin(), faults.mute.end(), [&](uint32_t word) {
+        return std::any_of(gate.faults.mute.begin(), gate.faults.mute.end(), [&](uint32_t word) {
             return word < address + size && address < uint64_t{word} + 4;
         });
     };
