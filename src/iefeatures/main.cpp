@@ -1,4 +1,5 @@
 #include "iefeatures/commands/Companion.h"
+#include "iefeatures/console/OperatingSystem.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>
@@ -24,6 +25,7 @@ int main(int argc, char** argv)
     const QCoreApplication application(argc, argv);
     useUtf8InPlainLocale();
     companion::ignoreBrokenPipes();
+    companion::failWritesBeyondLimit();
     const bool redraws = companion::isTerminal(companion::StandardStream::Error);
     companion::Console console(std::cout, std::cerr, redraws, redraws && companion::wantsColour());
     return companion::runCompanion(arguments, {console});

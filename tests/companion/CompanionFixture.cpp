@@ -222,6 +222,12 @@ QStringList CompanionTest::filesInFolder() const
     return QDir(m_folder.path()).entryList(QDir::Files, QDir::Name);
 }
 
+QStringList CompanionTest::allInFolder() const
+{
+    return QDir(m_folder.path())
+        .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+}
+
 QByteArray CompanionTest::fileText(const std::string& name) const
 {
     QFile file(QString::fromStdString(path(name)));

@@ -85,9 +85,12 @@ protected:
     // Starts a camera on an address of its own; the companion is told of it. In the order of the addresses.
     emu::EmulatedCamera& addCamera(const std::string& serial, const Configure& configure = {});
 
+    std::list<emu::EmulatedCamera>& cameras() { return m_cameras; }
+
     std::string folder() const { return m_folder.path().toStdString(); }
     std::string path(const std::string& name) const { return folder() + "/" + name; }
     QStringList filesInFolder() const;
+    QStringList allInFolder() const; // folders and hidden files as well
     QByteArray fileText(const std::string& name) const;
 
     // Until `count` requests have come. Fails the test when they do not.

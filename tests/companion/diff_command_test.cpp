@@ -301,7 +301,7 @@ TEST_F(DiffOfCameras, SaysWhoseExportIsNoXml)
     const Result run = diff(data("a.fpk"), "serial:S1");
     EXPECT_EQ(run.code, 6);
     EXPECT_EQ(run.out, "");
-    EXPECT_THAT(run.err, EndsWith("camera E<1 S1: its export cannot be read as a features file.\n"));
+    EXPECT_THAT(run.err, EndsWith("E<1 S1: could not be exported.\n"));
 }
 
 TEST_F(DiffOfCameras, NeedsOneCameraForASide)

@@ -41,10 +41,16 @@ protected:
     }
 };
 
+const QByteArray kBagHead = "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n"
+                            "# GenApi persistence file (version 3.0.0)\n"
+                            "# Device = V::M -- Device version = 1\n";
+
 const char kTwoFeatures[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
                             "<FeaturesFile version=\"1.0.0\">\r\n"
+                            "<DeviceFirmwareVersion>1</DeviceFirmwareVersion>\r\n"
+                            "<DeviceModelName>M</DeviceModelName>\r\n"
                             "<Features>\r\n"
-                            "<Feature>\r\n<Name>A</Name>\r\n<Type>StringReg</Type>\r\n<Value>a<b&</Value>\r\n"
+                            "<Feature>\r\n<Name>A</Name>\r\n<Type>StringReg</Type>\r\n<Value>a b</Value>\r\n"
                             "<Streamable>Yes</Streamable>\r\n</Feature>\r\n"
                             "<ComplexFeature name=\"B\" len=\"4\" reg=\"R\">\r\n"
                             "<RegValue address=\"256\" variables=\"\">1</RegValue>\r\n</ComplexFeature>\r\n"
@@ -52,17 +58,33 @@ const char kTwoFeatures[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
 
 } // namespace
 
-TEST_F(ExportSummary, CountsFeaturesAlsoWhereAValueMakesTheFileNoXml)
+TEST_F(ExportSummary, CountsFeatures)
 {
     const ExportResult result = examineExport(jobWithFile(kTwoFeatures), opened());
     EXPECT_EQ(result.state, State::Written);
     EXPECT_EQ(result.features, 2);
+    EXPECT_EQ(leftOutNote(result), "");
+}
+
+TEST_F(ExportSummary, NamesWhatCannotBeReadAgain)
+{
+    const JobOutcome job = jobWithFile(QByteArray(kTwoFeatures).replace("a b", "a<b&"));
+    const ExportResult refused = examineExport(job, opened());
+    EXPECT_EQ(refused.state, State::Failed);
+    EXPECT_EQ(refused.leftOut, QStringList());
+    EXPECT_THAT(refused.problem.toStdString(), ::testing::HasSubstr(" for the texts of A;"));
+
+    const ExportResult kept = examineExport(job, opened(), KX_OK, Unreadable::LeftOut);
+    EXPECT_EQ(kept.state, State::Written);
+    EXPECT_EQ(kept.features, 1);
+    EXPECT_EQ(kept.leftOut, QStringList{"A"});
+    EXPECT_FALSE(fileText("EMU-1_S1.fpk").contains("a<b&"));
 }
 
 // The job tells a failure, and the camera library has written the bag all the same.
 TEST_F(ExportSummary, TellsTheFileOfAFeatureBagThatWasCut)
 {
-    JobOutcome job = jobWithFile("# head\nWidth\t640\n");
+    JobOutcome job = jobWithFile(kBagHead + "# There are too many.\nWidth\t640\n");
     job.type = JOB_FEATURE_BAG_EXPORT;
     job.hasFailed = true;
     const ExportResult cut = examineExport(job, opened(), KX_E_INCOMPLETE);
@@ -77,6 +99,19 @@ TEST_F(ExportSummary, TellsTheFileOfAFeatureBagThatWasCut)
     EXPECT_EQ(exportRemarks(cut, findings), QStringList{"Of Index, not all values."});
 }
 
+// Nothing is missing in the file; the camera is not as it was.
+TEST_F(ExportSummary, TellsABagThatIsWholeFromOneThatWasCut)
+{
+    JobOutcome job = jobWithFile(kBagHead + "Width\t640\n");
+    job.type = JOB_FEATURE_BAG_EXPORT;
+    job.hasFailed = true;
+    const ExportResult result = examineExport(job, opened(), KX_E_INCOMPLETE);
+    EXPECT_EQ(result.state, State::Written);
+    EXPECT_FALSE(result.isCut);
+    EXPECT_TRUE(result.isNotSetBack);
+    EXPECT_EQ(exportExitCode({result}, false), 1);
+}
+
 TEST_F(ExportSummary, LeavesTheFileOfAFailedJobAlone)
 {
     JobOutcome job = jobWithFile("from yesterday");
@@ -85,20 +120,27 @@ TEST_F(ExportSummary, LeavesTheFileOfAFailedJobAlone)
     EXPECT_EQ(fileText("EMU-1_S1.fpk"), "from yesterday");
 }
 
-TEST_F(ExportSummary, RemovesAFileThatWasWrittenAlthoughCallsWereRefused)
+TEST_F(ExportSummary, IsAFailureWhenCallsWereRefused)
 {
-    EXPECT_EQ(examineExport(jobWithFile(kTwoFeatures), opened(true)).state, State::Failed);
-    EXPECT_EQ(filesInFolder(), QStringList());
+    const ExportResult result = examineExport(jobWithFile(kTwoFeatures), opened(true));
+    EXPECT_EQ(result.state, State::Failed);
+    EXPECT_EQ(result.problem, "");
+}
+
+TEST_F(ExportSummary, IsAFailureWhenTheLineFailed)
+{
+    CallWatch::Tally tally = opened();
+    tally.hasLineFailed = true;
+    const ExportResult result = examineExport(jobWithFile(kTwoFeatures), tally);
+    EXPECT_EQ(result.state, State::Failed);
+    EXPECT_EQ(result.problem, "the line failed during the export; a file that lacks features is not kept.");
 }
 
 // A feature bag job does not say that it could not open its camera.
-TEST_F(ExportSummary, LeavesTheFileOfAJobAloneThatNeverGotToItsCamera)
+TEST_F(ExportSummary, IsAFailureWhenTheJobNeverGotToItsCamera)
 {
-    CallWatch::Tally tally;
-    tally.wasRefused = true;
-    const ExportResult result = examineExport(jobWithFile("from yesterday"), tally);
+    const ExportResult result = examineExport(jobWithFile("from yesterday"), {});
     EXPECT_EQ(result.state, State::Failed);
-    EXPECT_EQ(fileText("EMU-1_S1.fpk"), "from yesterday");
     EXPECT_EQ(exportRemarks(result, {}), QStringList{"the camera could not be opened."});
 }
 

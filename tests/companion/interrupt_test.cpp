@@ -95,7 +95,8 @@ TEST_F(Interrupted, KeepsNoFileThatOnlyLooksWhole)
         config.latency = std::chrono::milliseconds(100);
     });
     ASSERT_EQ(runInProcess({"export", "--all", "--to", folder()}).code, 0);
-    ASSERT_TRUE(fileText("EMU-1_S1.fpk").contains("Zone"));
+    const QByteArray whole = fileText("EMU-1_S1.fpk");
+    ASSERT_TRUE(whole.contains("Zone"));
     const uint64_t requests = camera.counters().requests();
 
     // While the answer before those registers is on its way; giving control back is one request more.
@@ -103,7 +104,8 @@ TEST_F(Interrupted, KeepsNoFileThatOnlyLooksWhole)
         interruptAt(camera, 2 * requests - 2, SIGINT, {"export", "--all", "--to", folder(), "--json"});
     EXPECT_EQ(run.code, 130);
     EXPECT_THAT(run.out, Not(HasSubstr("\"info\"")));
-    EXPECT_EQ(filesInFolder(), QStringList());
+    EXPECT_EQ(allInFolder(), QStringList{"EMU-1_S1.fpk"});
+    EXPECT_EQ(fileText("EMU-1_S1.fpk"), whole);
     EXPECT_EQ(run.err, "Interrupted.\nEMU-1 S1: not written\n");
     EXPECT_EQ(controlOf(camera), 0u);
 }

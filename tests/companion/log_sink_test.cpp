@@ -74,9 +74,15 @@ TEST_F(Logging, StopsBeforeTheJobsWhenTheFileCannotBeOpened)
 TEST_F(Logging, IsMissedWhenTheFileCannotBeWritten)
 {
     addCamera("S2");
-    const Result run = runInProcess({"export", "--serial", "S2", "--to", folder(), "--log", "/dev/full"});
+    QFile log(
+        QString::fromStdString(path("log"))); // as large as a file may be, and larger than the export is
+    ASSERT_TRUE(log.open(QIODevice::WriteOnly) && log.resize(1 << 20));
+    tests::Program program({"export", "--serial", "S2", "--to", folder(), "--log", path("log")},
+                           "trap '' XFSZ; ulimit -f 2048;");
+    program.start();
+    const Result run = program.finish();
     EXPECT_THAT(run.out, HasSubstr("\n1 exported, 0 failed\n"));
     // The sound camera's export logs, too: what the description does not hold is told line by line.
     EXPECT_EQ(run.code, 6);
-    EXPECT_THAT(run.err, HasSubstr("The log file cannot be written: /dev/full\n"));
+    EXPECT_THAT(run.err, HasSubstr("The log file cannot be written: " + path("log") + "\n"));
 }

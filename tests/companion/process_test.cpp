@@ -1,6 +1,8 @@
 // The program itself, as scripts meet it.
 #include "companion/CompanionFixture.h"
 
+#include <QFileInfo>
+
 #include <csignal>
 
 using ::testing::EndsWith;
@@ -53,7 +55,7 @@ TEST_F(ProgramTest, ExitsByTheTable)
 {
     addCamera("S1");
     EXPECT_EQ(runProgram({"--version"}).code, 0);
-    EXPECT_EQ(runProgram({"export", "--all", "--to", path("missing")}).code, 1);
+    EXPECT_EQ(runProgram({"export", "--all", "--to", path("missing")}).code, 6);
     EXPECT_EQ(runProgram({"exprot"}).code, 2);
     EXPECT_EQ(runProgram({"export", "--serial", "S9", "--to", folder()}).code, 3);
     EXPECT_EQ(runProgram({"export", "--all", "--to", folder(), "--log", path("missing/log")}).code, 6);
@@ -79,7 +81,7 @@ TEST_F(ProgramTest, ImportsAndExitsByTheTable)
     EXPECT_EQ(runProgram({"import", file, "--all"}).code, 5);
     camera.stealControl();
     EXPECT_EQ(runProgram({"import", file, "--all"}).code, 1);
-    EXPECT_EQ(runProgram({"import", file, "--serial", "S1", "--format", "bag"}).code, 1);
+    EXPECT_EQ(runProgram({"import", file, "--serial", "S1", "--format", "bag"}).code, 5);
 }
 
 TEST_F(ProgramTest, NoticesThatItsResultsCannotBeWritten)
@@ -117,7 +119,7 @@ TEST_F(ProgramTest, EndsProperlyOnCtrlC)
     const Result run = program.finish();
     EXPECT_EQ(run.code, 130);
     EXPECT_EQ(controlOf(camera), 0u);
-    EXPECT_EQ(filesInFolder(), QStringList());
+    EXPECT_EQ(allInFolder(), QStringList());
     EXPECT_THAT(run.out, EndsWith("  not written\n0 exported, 1 failed\n"));
 }
 
@@ -137,6 +139,22 @@ TEST_F(ProgramTest, EndsProperlyWhenItsTerminalGoes)
     EXPECT_EQ(kept.finish().code, 0);
 }
 
+// Nobody else sees a file before it is whole.
+TEST_F(ProgramTest, ExportsIntoAFolderOfItsOwnUntilAllIsThere)
+{
+    const emu::EmulatedCamera& camera = addSlowCamera("S1");
+    Program program({"export", "--all", "--to", folder()});
+    program.start();
+    awaitRequests(camera, 100);
+    const QStringList during = allInFolder();
+    ASSERT_EQ(during.size(), 1) << during.join(' ').toStdString();
+    EXPECT_THAT(during.first().toStdString(), ::testing::StartsWith(".iefeatures-"));
+    EXPECT_EQ(QFileInfo(QString::fromStdString(path(during.first().toStdString()))).permissions() & 0x0FFF,
+              QFile::ReadUser | QFile::WriteUser | QFile::ExeUser);
+    EXPECT_EQ(program.finish().code, 0);
+    EXPECT_EQ(allInFolder(), QStringList{"EMU-1_S1.fpk"});
+}
+
 TEST_F(ProgramTest, EndsAtOnceOnTheSecondCtrlC)
 {
     emu::EmulatedCamera& camera =
@@ -154,6 +172,7 @@ TEST_F(ProgramTest, EndsAtOnceOnTheSecondCtrlC)
     const Result run = program.finish();
     EXPECT_EQ(run.code, 130);
     EXPECT_EQ(run.out, "");
+    EXPECT_EQ(allInFolder(), QStringList());
 }
 
 TEST_F(ProgramTest, WritesUtf8WithoutALocale)

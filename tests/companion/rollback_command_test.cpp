@@ -1,8 +1,10 @@
 #include "companion/ImportCompanion.h"
+#include "iefeatures/files/FeatureBagInput.h"
 
 #include <nlohmann/json.hpp>
 
 #include <QDir>
+#include <QFile>
 
 using nlohmann::json;
 using ::testing::EndsWith;
@@ -125,10 +127,113 @@ TEST_F(Rollback, NeedsASnapshotAndACamera)
     const Result none = rollback(path("missing"), {"--serial", "S1"});
     EXPECT_EQ(none.code, 6);
     EXPECT_EQ(none.err,
-              path("missing") + " is no snapshot: it needs one file in features/ and one in bag/.\n");
+              path("missing") + " is no snapshot: it needs one file in features/, one in bag/, or both.\n");
     const Result nobody = rollback(snapshot, {"--serial", "S9"});
     EXPECT_EQ(nobody.code, 3);
     EXPECT_EQ(nobody.err, "No camera has the serial number \"S9\".\n");
+}
+
+// The selectors that a feature bag walks over are not what was changed.
+TEST_F(Rollback, TellsWhatItHasChangedInTheEnd)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    camera.pokeWord(77824, 7); // the gain of all channels
+    const Result run = rollback(snapshot, {"--serial", "S1"});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: changed: Height, Gain (GainSelector=All)\n"));
+    const QByteArrayList lines = fileText("user-data/Audit/iefeatures.jsonl").split('\n');
+    const json changes = json::parse(lines[1].toStdString())["changes"];
+    EXPECT_EQ(changes.size(), 2u) << changes;
+    EXPECT_EQ(changes[1]["under"], "GainSelector=All");
+    EXPECT_LT(lines[1].size(), 2000);
+
+    const Result again = rollback(snapshot, {"--serial", "S1"});
+    EXPECT_THAT(again.err, HasSubstr("EMU-1 S1: changed: nothing\n"));
+    const Result scripted = rollback(snapshot, {"--serial", "S1", "--json"});
+    EXPECT_EQ(tests::lastObject(scripted, "result")["changed"], tests::Json::array());
+}
+
+// The feature bag is whole and would be loaded first.
+TEST_F(Rollback, WritesNothingWhenItsFeaturesFileIsNone)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    QFile file(QString::fromStdString(snapshot + "/features/EMU-1_S1.fpk"));
+    ASSERT_TRUE(file.resize(file.size() / 2));
+    camera.resetCounters();
+    const Result run = rollback(snapshot, {"--serial", "S1"});
+    EXPECT_EQ(run.code, 5);
+    EXPECT_EQ(run.err, "The file is no features file: " + snapshot + "/features/EMU-1_S1.fpk\n");
+    EXPECT_EQ(camera.counters().requests(), 0u);
+}
+
+TEST_F(Rollback, WritesNothingWhenItsFeatureBagIsNone)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    const QString bag = QString::fromStdString(snapshot + "/bag/EMU-1_S1.fpk");
+    camera.resetCounters();
+    ASSERT_TRUE(QFile::resize(bag, 10));
+    EXPECT_EQ(rollback(snapshot, {"--serial", "S1"}).code, 5);
+    ASSERT_TRUE(QFile::resize(bag, companion::kLargestBag + 1));
+    const Result large = rollback(snapshot, {"--serial", "S1"});
+    EXPECT_EQ(large.code, 6);
+    EXPECT_EQ(large.err, "The file is too large (64 MiB at most): " + bag.toStdString() + "\n");
+    EXPECT_EQ(camera.counters().requests(), 0u);
+}
+
+// The import of the features file would see that, behind the feature bag.
+TEST_F(Rollback, WritesNothingToACameraOfAnotherFirmware)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    camera.pokeWord(0x10000, 0);
+    camera.resetCounters();
+    const Result run = rollback(snapshot, {"--serial", "S1"});
+    EXPECT_EQ(run.code, 5);
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: incompatible: "));
+    EXPECT_THAT(run.err, EndsWith("Nothing was written.\n"));
+    EXPECT_EQ(camera.counters().settingWrites, 0u);
+}
+
+TEST_F(Rollback, WorksWithAFeatureBagAlone)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    ASSERT_TRUE(QFile::remove(QString::fromStdString(snapshot + "/features/EMU-1_S1.fpk")));
+    const Result run = rollback(snapshot, {"--serial", "S1"});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(camera.node("Height"), emu::NodeValue(int64_t(480)));
+    EXPECT_THAT(run.err, HasSubstr("The snapshot has no features file; its feature bag alone is taken.\n"));
+}
+
+TEST_F(Rollback, RefusesTheFeatureBagAloneOfAnotherCamera)
+{
+    addCamera("S1");
+    addCamera("S2");
+    addCamera("S3", [](emu::CameraConfig& config) { config.model = "Other"; });
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    ASSERT_TRUE(QFile::remove(QString::fromStdString(snapshot + "/features/EMU-1_S1.fpk")));
+    EXPECT_EQ(rollback(snapshot, {"--serial", "S2"}).code, 5);
+    EXPECT_EQ(rollback(snapshot, {"--serial", "S3", "--force"}).code, 5);
+    EXPECT_EQ(rollback(snapshot, {"--serial", "S2", "--force"}).code, 0);
+}
+
+TEST_F(Rollback, WorksWithAFeaturesFileAlone)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string snapshot = importedOver("S1", exported("S1"));
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    ASSERT_TRUE(QFile::remove(QString::fromStdString(snapshot + "/bag/EMU-1_S1.fpk")));
+    const Result run = rollback(snapshot, {"--serial", "S1"});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(camera.node("Height"), emu::NodeValue(int64_t(480)));
+    EXPECT_THAT(run.err, HasSubstr("The snapshot has no feature bag; its features file alone is taken.\n"));
 }
 
 TEST_F(Rollback, IsInTheAuditLogWithBothFiles)

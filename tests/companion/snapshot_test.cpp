@@ -1,4 +1,5 @@
 #include "companion/ImportCompanion.h"
+#include "companion/SmallDescription.h"
 #include "iefeatures/imports/Snapshot.h"
 #include "support/RegisterByRegister.h"
 
@@ -41,6 +42,19 @@ protected:
         return counters.readReg + counters.writeReg + counters.readMem + counters.writeMem;
     }
 };
+
+// A selector that can be moved to two values, and be found at others.
+std::string descriptionWithANarrowSelector()
+{
+    return tests::smallDescription(
+        "<pFeature>Slot</pFeature><pFeature>Level</pFeature><pFeature>Size</pFeature>",
+        "<Integer Name=\"Slot\"><Streamable>Yes</Streamable><pValue>SlotReg</pValue><Min>0</Min><Max>1</Max>"
+        "<pSelected>Level</pSelected></Integer>"
+        "<Integer Name=\"Level\"><Streamable>Yes</Streamable><pValue>LevelReg</pValue></Integer>"
+        "<Integer Name=\"Size\"><Streamable>Yes</Streamable><pValue>SizeReg</pValue></Integer>" +
+            tests::wordRegister("SlotReg", "0x10100") + tests::wordRegister("LevelReg", "0x10104") +
+            tests::wordRegister("SizeReg", "0x10108"));
+}
 
 int64_t heightOf(const emu::EmulatedCamera& camera)
 {
@@ -107,6 +121,7 @@ TEST_F(SnapshotTest, ThatFailsKeepsTheCameraAsItIsAndTheOthersGoOn)
     const Result run = importWithSnapshot(file);
     EXPECT_EQ(run.code, 1);
     EXPECT_EQ(taken.counters().settingWrites, 0u);
+    EXPECT_EQ(foldersOfSnapshots().size(), 1); // of the sound one
     EXPECT_EQ(heightOf(taken), 16);
     EXPECT_EQ(heightOf(sound), 480);
     EXPECT_THAT(run.err,
@@ -144,13 +159,11 @@ TEST_F(SnapshotTest, WithoutAFolderToWriteIntoNothingIsImported)
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     camera.resetCounters();
     const Result run = import(file, {"--all", "--snapshot", path("missing")});
-    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(run.code, 6);
     EXPECT_EQ(heightOf(camera), 16);
-    EXPECT_EQ(camera.counters().writeReg, 0u);
-    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: The folder " + path("missing/")));
-    EXPECT_THAT(run.err,
-                HasSubstr(" cannot be made.\n"
-                          "EMU-1 S1: there is no snapshot, so nothing was written to the camera.\n"));
+    EXPECT_EQ(camera.counters().requests(), 0u);
+    EXPECT_EQ(run.err,
+              "The folder " + path("missing") + " cannot be written to: No such file or directory.\n");
 }
 
 // The camera library could not write the bag there.
@@ -161,8 +174,8 @@ TEST_F(SnapshotTest, BeyondLatin1IsRefusedBeforeAnythingIsDone)
     ASSERT_TRUE(QDir().mkdir(QString::fromStdString(path("门"))));
     camera.resetCounters();
     const Result run = import(file, {"--all", "--snapshot", path("门")});
-    EXPECT_EQ(run.code, 1);
-    EXPECT_EQ(camera.counters().writeReg, 0u);
+    EXPECT_EQ(run.code, 6);
+    EXPECT_EQ(camera.counters().requests(), 0u);
     EXPECT_THAT(run.err, HasSubstr("the name has characters beyond Latin-1.\n"));
 }
 
@@ -194,6 +207,7 @@ TEST_F(SnapshotTest, OnAFullDiskKeepsTheCameraAsItIs)
     const Result run = program.finish();
     EXPECT_EQ(run.code, 1);
     EXPECT_EQ(heightOf(camera), 16);
+    EXPECT_EQ(foldersOfSnapshots(), QStringList());
     EXPECT_THAT(run.err,
                 HasSubstr("EMU-1 S1: there is no snapshot, so nothing was written to the camera.\n"));
 }
@@ -232,6 +246,23 @@ TEST_F(SnapshotTest, OutlivesACameraThatVanishesBeforeTheImport)
     EXPECT_THAT(run.out, EndsWith("\n1 applied, 0 incomplete, 0 incompatible, 1 failed\n"));
 }
 
+// Nothing is missing in the bag for that.
+TEST_F(SnapshotTest, IsOneThoughASelectorCouldNotBeSetBack)
+{
+    emu::EmulatedCamera& camera = addCamera(
+        "S1", [](emu::CameraConfig& config) { config.description = descriptionWithANarrowSelector(); });
+    camera.pokeWord(0x10108, 480);
+    const std::string file = exported("S1");
+    camera.pokeWord(0x10100, 5);
+    camera.pokeWord(0x10108, 16);
+    const Result run = importWithSnapshot(file);
+    EXPECT_EQ(run.code, 0) << run.err << run.out << fileText(file).toStdString();
+    EXPECT_EQ(camera.peekWord(0x10108), 480u);
+    EXPECT_EQ(foldersOfSnapshots().size(), 1);
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: The selector Slot could not be set back to 5."));
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: snapshot "));
+}
+
 TEST_F(SnapshotTest, IsOfferedForTheWayBackWhenNotAllWasApplied)
 {
     emu::EmulatedCamera& camera = addCamera("S1");
@@ -246,11 +277,11 @@ TEST_F(SnapshotTest, IsOfferedForTheWayBackWhenNotAllWasApplied)
 
 TEST_F(SnapshotTest, NeverGoesIntoAnotherOnesFolder)
 {
-    addCamera("S/1");
+    addCamera("S\\1");
     addCamera("S_1");
     const std::string file = exported("S_1");
     const Result run = importWithSnapshot(file);
-    EXPECT_EQ(run.code, 1); // a serial number with a slash makes no file name
+    EXPECT_EQ(run.code, 0);
     for (const QString& name : foldersOfSnapshots())
         EXPECT_TRUE(QRegularExpression("^\\d{8}T\\d{6}Z_S_1(-2)?$").match(name).hasMatch())
             << name.toStdString();
@@ -261,5 +292,6 @@ TEST_F(SnapshotTest, IsNoneWithoutItsTwoFiles)
 {
     QString problem;
     EXPECT_FALSE(companion::findSnapshot(snapshots(), problem));
-    EXPECT_EQ(problem, snapshots() + " is no snapshot: it needs one file in features/ and one in bag/.");
+    EXPECT_EQ(problem,
+              snapshots() + " is no snapshot: it needs one file in features/, one in bag/, or both.");
 }

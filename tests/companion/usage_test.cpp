@@ -82,7 +82,8 @@ TEST(Usage, HasATableOfExitCodes)
         "  4    a camera did not take all of the file\n"
         "  5    the file belongs to another model, firmware, board type or version, or the snapshot to "
         "another camera; or it is no features file\n"
-        "  6    input or output failed (network, file to import, log file, standard output)\n"
+        "  6    input or output failed (network, a file or folder, log file, standard output), or memory ran "
+        "out\n"
         "  130  interrupted\n");
 }
 
@@ -159,8 +160,8 @@ TEST(ManPage, NamesEveryOption)
 {
     const QString page = manPage();
     QString help;
-    for (const char* command :
-         {"export", "import", "list", "plan", "verify", "rollback", "clone", "diff", "show", "get", "set", "run"})
+    for (const char* command : {"export", "import", "list", "plan", "verify", "rollback", "clone", "diff",
+                                "show", "get", "set", "run"})
         help += QString::fromStdString(runWithoutCameras({command, "--help"}).out);
     auto options = QRegularExpression("--[a-z-]+").globalMatch(help);
     int seen = 0;

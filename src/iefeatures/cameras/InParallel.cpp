@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <exception>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -13,15 +15,24 @@ namespace companion
 void inParallel(size_t count, const std::function<void(size_t)>& work)
 {
     std::atomic<size_t> next{0};
+    std::mutex mutex;
+    std::exception_ptr failure;
     const auto takeTurns = [&] {
-        for (size_t i = next++; i < count; i = next++)
-            work(i);
+        try {
+            for (size_t i = next++; i < count; i = next++)
+                work(i);
+        } catch (...) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            failure = std::current_exception();
+        }
     };
     std::vector<std::thread> threads;
     for (size_t i = 0; i < std::min<size_t>(count, VELAInterface::toolsSupportNum()); ++i)
         threads.emplace_back(takeTurns);
     for (std::thread& thread : threads)
         thread.join();
+    if (failure)
+        std::rethrow_exception(failure);
 }
 
 } // namespace companion

@@ -68,6 +68,8 @@ struct CameraCheck
     ie::IdentityComparisons identity; // all of them, in the order of the import
     std::vector<EntryCheck> entries;  // in the file's order; interrupted: those that were done
 
+    std::optional<QStringList> changed = {}; // of an import, what it has changed in the end; titles
+
     QStringList notApplied() const; // the titles of what is amiss
 };
 

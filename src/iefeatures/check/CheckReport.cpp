@@ -192,6 +192,8 @@ Json checkJson(const CameraCheck& check)
         object["identity"].push_back(identityJson(line));
     for (const EntryCheck& entry : check.entries)
         object["features"].push_back(entryJson(entry));
+    if (check.changed)
+        object["changed"] = json(*check.changed);
     return object;
 }
 

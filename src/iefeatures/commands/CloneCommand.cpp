@@ -54,6 +54,10 @@ void CloneCommand::addOptions(CLI::App& app)
 
 int CloneCommand::execute(World& world)
 {
+    if (const QString problem = m_options.outputProblem(); !problem.isEmpty()) {
+        world.console.err(problem + '\n');
+        return ExitInputOutput;
+    }
     Roles roles;
     CameraSearch search(world, m_search, {true, m_targets.isOpen()});
     if (const int code = search.run([&](const auto& cameras) { return assign(cameras, roles); }))
@@ -136,7 +140,9 @@ QString CloneCommand::exportSource(Console& console, const ListedCamera& source,
 {
     const auto into = [&](const StructDeviceInfo&) { return folder; };
     const CameraExport done =
-        runExports(console, {source}, {ExportTask::Format::FeaturesFile, into, m_json}).front();
+        runExports(console, {source},
+                   {ExportTask::Format::FeaturesFile, into, m_json, m_options.unreadable()})
+            .front();
     tellRemarks(console, done);
     if (!done.isWhole())
         console.err(source.title() + ": could not be exported, so no camera was set.\n");

@@ -11,13 +11,16 @@
 #include "iefeatures/commands/SetCommand.h"
 #include "iefeatures/commands/ShowCommand.h"
 #include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/OperatingSystem.h"
 
 #include <SuiteTools/SuiteTools.h>
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <exception>
 #include <memory>
+#include <new>
 
 namespace companion
 {
@@ -97,6 +100,29 @@ int ended(Console& console, int code)
     return withOutputChecked(console, code);
 }
 
+int tellFailure(Console& console, const std::string& problem)
+{
+    console.err(problem + '\n');
+    return ExitInputOutput;
+}
+
+// Whatever is thrown has closed its cameras on the way.
+int run(Command& command, World& world)
+{
+    try {
+        const int code = command.execute(world);
+        if (!wasLimitMet())
+            return code;
+        return tellFailure(world.console, "A file met the limit on the size of files (ulimit -f).");
+    } catch (const std::bad_alloc&) {
+        return tellFailure(world.console, "There is not enough memory.");
+    } catch (const std::exception& problem) {
+        return tellFailure(world.console, std::string("It could not be done: ") + problem.what());
+    } catch (...) {
+        return tellFailure(world.console, "It could not be done.");
+    }
+}
+
 } // namespace
 
 int runCompanion(const std::vector<std::string>& arguments, World world)
@@ -126,7 +152,7 @@ int runCompanion(const std::vector<std::string>& arguments, World world)
             continue;
         if (wantsJson(app, *command))
             world.console.beginJson(command->name());
-        return ended(world.console, command->execute(world));
+        return ended(world.console, run(*command, world));
     }
     return tellUsage(world.console, app, "Name a command.");
 }

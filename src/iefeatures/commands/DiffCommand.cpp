@@ -7,6 +7,7 @@
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
+#include "iefeatures/exports/ExportVerdict.h"
 #include "iefeatures/files/NamedFeatures.h"
 #include "iefeatures/running/JobRun.h"
 
@@ -123,6 +124,7 @@ void DiffCommand::addOptions(CLI::App& app)
         ->check(isGiven("Name a feature."));
     app.add_flag("--all", m_all, "Compare also what is no setting, changes by itself or is read-only");
     app.add_flag("--strict", m_isStrict, "Compare also what streaming programs and automatic functions set");
+    app.add_flag("--skip-unreadable", m_skipsUnreadable, kSkipUnreadableHelp);
     app.add_flag("--json", m_json, "JSON lines instead of text");
     m_search.addWait(app);
     m_log.addOptions(app);
@@ -184,10 +186,11 @@ int DiffCommand::compare(Console& console, std::vector<FeatureSource>& sources) 
         console.err("No temporary folder can be made: " + folder.errorString() + '\n');
         return ExitInputOutput;
     }
+    const Unreadable unreadable = m_skipsUnreadable ? Unreadable::LeftOut : Unreadable::Refused;
     // Files first: what is wrong with them shows without a camera being asked.
     for (const bool isCamera : {false, true}) {
         if (isCamera)
-            if (const int code = exportSources(console, sources, folder.path()))
+            if (const int code = exportSources(console, sources, folder.path(), unreadable))
                 return code;
         for (FeatureSource& source : sources)
             if (source.camera.has_value() == isCamera)

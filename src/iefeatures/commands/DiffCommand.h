@@ -34,6 +34,7 @@ private:
     std::vector<std::string> m_ignored;
     bool m_all = false;
     bool m_isStrict = false;
+    bool m_skipsUnreadable = false;
     bool m_json = false;
     SearchOptions m_search;
     LogOptions m_log;

@@ -1,8 +1,10 @@
 #include "iefeatures/commands/ExportCommand.h"
 
+#include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/exports/ExportStage.h"
 #include "iefeatures/exports/WholeExport.h"
 
 #include "jobs/rules/DeviceNames.h"
@@ -22,7 +24,17 @@ void ExportCommand::addOptions(CLI::App& app)
         ->check(
             [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
     app.add_flag("--shared", m_isShared, "Only read, beside a program that controls the camera");
+    app.add_flag("--skip-unreadable", m_skipsUnreadable, kSkipUnreadableHelp);
     JobCommand::addOptions(app);
+}
+
+QString ExportCommand::outputProblem() const
+{
+    const QString folder = QString::fromStdString(m_folder);
+    if (isBag() && !objectionsToBagPath(folder).isEmpty())
+        return {}; // whether it is there or not, it is objected to
+    const QString filters = exportFilterProblem();
+    return filters.isEmpty() ? exportFolderProblem(folder) : filters;
 }
 
 // Of two cameras that would write one file, the last writer would win.
@@ -50,12 +62,28 @@ QStringList ExportCommand::objections(const std::vector<ListedCamera>& cameras) 
     return sentences;
 }
 
+bool ExportCommand::areNamesFree(Console& console, const std::vector<ListedCamera>& cameras) const
+{
+    QString problems;
+    for (const ListedCamera& camera : cameras)
+        if (const QString problem = exportNameProblem(QString::fromStdString(m_folder), camera);
+            !problem.isEmpty())
+            problems += problem + '\n';
+    console.err(problems);
+    return problems.isEmpty();
+}
+
 int ExportCommand::carryOut(Console& console, const std::vector<ListedCamera>& cameras) const
 {
     const QString folder = QString::fromStdString(m_folder);
+    if (!areNamesFree(console, cameras))
+        return ExitInputOutput;
+    if (const QString warning = sharedFolderWarning(folder); !warning.isEmpty())
+        console.err(warning + '\n');
     using Format = ExportTask::Format;
     ExportTask task{isBag() ? Format::FeatureBag : Format::FeaturesFile,
-                    [&](const StructDeviceInfo&) { return folder; }, wantsJson()};
+                    [&](const StructDeviceInfo&) { return folder; }, wantsJson(),
+                    m_skipsUnreadable ? Unreadable::LeftOut : Unreadable::Refused};
     task.isShared = m_isShared;
     std::vector<ExportResult> results;
     for (const CameraExport& done : runExports(console, cameras, task)) {

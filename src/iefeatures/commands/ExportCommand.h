@@ -19,11 +19,14 @@ private:
         return "xml: features file (default); bag: the camera library's feature bag";
     }
     bool takesControl() const override { return !m_isShared; }
+    QString outputProblem() const override;
     QStringList objections(const std::vector<ListedCamera>& cameras) const override;
+    bool areNamesFree(Console& console, const std::vector<ListedCamera>& cameras) const;
     int carryOut(Console& console, const std::vector<ListedCamera>& cameras) const override;
 
     std::string m_folder;
     bool m_isShared = false;
+    bool m_skipsUnreadable = false;
 };
 
 } // namespace companion

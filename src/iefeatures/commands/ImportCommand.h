@@ -22,6 +22,7 @@ private:
     bool holdsBag() const;
     QStringList onlyNames() const;
     bool takesControl() const override { return !m_isDryRun; }
+    QString outputProblem() const override { return m_options.outputProblem(); }
     QStringList objections(const std::vector<ListedCamera>& cameras) const override;
     int import(Console& console, const std::vector<ListedCamera>& cameras, const QString& file) const;
     int carryOut(Console& console, const std::vector<ListedCamera>& cameras) const override;

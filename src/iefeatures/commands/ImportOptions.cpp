@@ -12,6 +12,7 @@ void ImportOptions::addSnapshot(CLI::App& app)
         ->type_name("DIR")
         ->check(
             [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
+    app.add_flag("--skip-unreadable", m_skipsUnreadable, kSkipUnreadableHelp);
 }
 
 void ImportOptions::addVerify(CLI::App& app)
@@ -41,9 +42,16 @@ void ImportOptions::addDetails(CLI::App& app)
     app.add_flag("--details", m_isDetailed, kDetailsHelp);
 }
 
+QString ImportOptions::outputProblem() const
+{
+    const QString folder = QString::fromStdString(m_snapshots);
+    return folder.isEmpty() ? QString() : snapshotFolderProblem(folder);
+}
+
 void ImportOptions::fill(ImportTask& task) const
 {
     task.snapshots = QString::fromStdString(m_snapshots);
+    task.unreadable = unreadable();
     task.isVerified = isVerified();
     task.userSet = {QString::fromStdString(m_userSet), m_isForStartUp};
     task.audit = m_audit.rule();

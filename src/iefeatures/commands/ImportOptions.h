@@ -19,18 +19,23 @@ inline constexpr char kDetailsHelp[] = "Tell all that is not as the file says, n
 class ImportOptions
 {
 public:
-    void addSnapshot(CLI::App& app);
-    void addVerify(CLI::App& app); // for commands that do not always verify
+    void addSnapshot(CLI::App& app); // and what becomes of texts that no file can have
+    void addVerify(CLI::App& app);   // for commands that do not always verify
     void addUserSet(CLI::App& app);
     void addAudit(CLI::App& app);
     void addDetails(CLI::App& app);
 
     bool isVerified() const { return m_isVerified || !m_userSet.empty(); }
     Detail detail() const { return m_isDetailed ? Detail::All : Detail::Attention; }
+    // A sentence when snapshots cannot be taken for the folder, or an empty text. No camera is asked.
+    QString outputProblem() const;
+    // Of what is exported on the way.
+    Unreadable unreadable() const { return m_skipsUnreadable ? Unreadable::LeftOut : Unreadable::Refused; }
     void fill(ImportTask& task) const;
 
 private:
     std::string m_snapshots;
+    bool m_skipsUnreadable = false;
     bool m_isVerified = false;
     std::string m_userSet;
     bool m_isForStartUp = false;

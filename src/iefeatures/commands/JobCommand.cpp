@@ -33,6 +33,10 @@ void JobCommand::addOptions(CLI::App& app)
 
 int JobCommand::execute(World& world)
 {
+    if (const QString problem = outputProblem(); !problem.isEmpty()) {
+        tellAll(world.console, {problem});
+        return ExitInputOutput;
+    }
     CameraSearch search(world, m_search, {takesControl(), m_selection.isOpen()});
     if (const int code = search.run([&](const auto& cameras) { return m_selection.choose(cameras); }))
         return code;

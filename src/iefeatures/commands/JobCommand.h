@@ -16,6 +16,8 @@ public:
     int execute(World& world) override;
 
 protected:
+    // A sentence when a folder that is to be written to takes nothing; asked before any camera is.
+    virtual QString outputProblem() const { return {}; }
     // A sentence for each reason not to begin at all.
     virtual QStringList objections(const std::vector<ListedCamera>&) const { return {}; }
     // Does the work, tells people (or scripts) what it has come to and gives an ExitCode.

@@ -1,7 +1,11 @@
 #include "iefeatures/commands/RollbackCommand.h"
 
+#include "iefeatures/check/CheckReport.h"
 #include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/files/FeatureBagInput.h"
 #include "iefeatures/files/NamedFeatures.h"
 
 #include "jobs/rules/DeviceNames.h"
@@ -41,46 +45,100 @@ int RollbackCommand::execute(World& world)
         world.console.err(problem + '\n');
         return ExitInputOutput;
     }
-    const FeaturesFileInput file = readFeaturesFile(snapshot->featuresFile);
-    if (!file.isGood()) {
-        tellError(world.console, file, m_json);
-        return exitCodeOf(file.verdict);
-    }
+    FeaturesFileInput file;
+    if (const int code = readFiles(world.console, *snapshot, file))
+        return code;
     CameraSearch search(world, m_search, {true, m_selection.isOpen()});
     if (const int code = search.run([&](const auto& cameras) { return m_selection.choose(cameras); }))
         return code;
     for (const ListedCamera& camera : search.cameras())
         if (const int code = objectTo(world.console, camera, *snapshot, file.content.header))
             return code;
-
-    ImportTask task;
-    task.command = name();
-    if (namedByBag(snapshot->bagFile).names.isEmpty())
-        world.console.err(
-            std::string("The snapshot's feature bag is empty; its features file alone is taken.\n"));
-    else
-        task.bag = snapshot->bagFile;
-    task.features = snapshot->featuresFile;
-    task.isForced = m_isForced;
-    task.isJson = m_json;
-    m_options.fill(task);
-    task.isVerified = true;
-    return search.codeOf(runLogged(
-        world.console, m_log, [&] { return ImportProcedure(world.console, task).run(search.cameras()); }));
+    return search.codeOf(runLogged(world.console, m_log, [&] {
+        if (const int code = proveCameras(world.console, search.cameras(), file.content))
+            return code;
+        return ImportProcedure(world.console, taskFor(world.console, *snapshot)).run(search.cameras());
+    }));
 }
 
-// The feature bag is loaded without a look at whom it belongs to, so that has to come before.
+// Both, before anything is done: what the first one has written would otherwise stay when the second is none.
+int RollbackCommand::readFiles(Console& console, const Snapshot& snapshot, FeaturesFileInput& file) const
+{
+    if (!snapshot.featuresFile.isEmpty())
+        file = readFeaturesFile(snapshot.featuresFile);
+    const FeaturesFileInput bag =
+        snapshot.bagFile.isEmpty() ? FeaturesFileInput() : lookAtFeatureBag(snapshot.bagFile);
+    for (const FeaturesFileInput& input : {file, bag}) {
+        if (input.isGood())
+            continue;
+        tellError(console, input, m_json);
+        return exitCodeOf(input.verdict);
+    }
+    return ExitWell;
+}
+
+// As the import of the features file would, when the feature bag is loaded already.
+int RollbackCommand::proveCameras(Console& console, const std::vector<ListedCamera>& cameras,
+                                  const ie::FeaturesContent& content) const
+{
+    if (!content.hasFeatures)
+        return ExitWell;
+    ie::FeaturesContent head;
+    head.header = content.header;
+    head.hasFeatures = true;
+    const std::vector<CameraCheck> checks =
+        checkCameras(cameras, head, CheckMode::Plan, [] { return !Interrupt::isRequested(); });
+    if (Interrupt::isRequested())
+        return ExitInterrupted;
+    const CameraVerdict verdict = gravestOf(checks);
+    if (verdict == CameraVerdict::Ready)
+        return ExitWell;
+    console.err(checkText(checks) + "Nothing was written.\n");
+    for (const CameraCheck& check : checks)
+        console.object("result", checkJson(check));
+    return exitCodeOf(verdict);
+}
+
+ImportTask RollbackCommand::taskFor(Console& console, const Snapshot& snapshot) const
+{
+    ImportTask task;
+    m_options.fill(task);
+    task.command = name();
+    task.features = snapshot.featuresFile;
+    task.isVerified = !snapshot.featuresFile.isEmpty();
+    task.tellsChanges = true;
+    task.isForced = m_isForced;
+    task.isJson = m_json;
+    if (!task.isVerified)
+        console.err(std::string("The snapshot has no features file; its feature bag alone is taken.\n"));
+    const bool isEmpty = namedByBag(snapshot.bagFile).names.isEmpty();
+    if (!task.isVerified || !isEmpty)
+        task.bag = snapshot.bagFile;
+    else
+        console.err(
+            snapshot.bagFile.isEmpty()
+                ? std::string("The snapshot has no feature bag; its features file alone is taken.\n")
+                : std::string("The snapshot's feature bag is empty; its features file alone is taken.\n"));
+    return task;
+}
+
+// The feature bag is loaded without a look at whom it belongs to, so that has to come before. A bag alone
+// tells that by its name.
 int RollbackCommand::objectTo(Console& console, const ListedCamera& camera, const Snapshot& snapshot,
                               const ie::FeaturesHeader& header) const
 {
-    if (header.model != ie::modelNameAsUtf8(camera.device.stDeviceInfo)) {
-        console.err(camera.title() + ": the snapshot is of another model, " + printable(header.model) +
-                    ".\n");
+    const bool hasFile = !snapshot.featuresFile.isEmpty();
+    const QString model = ie::modelNameAsUtf8(camera.device.stDeviceInfo);
+    const QString file = QFileInfo(hasFile ? snapshot.featuresFile : snapshot.bagFile).fileName();
+    const QString own =
+        ie::featuresFileName(ie::deviceNames(camera.device.stDeviceInfo, ie::FieldEnd::AtSize));
+    const bool isOwn = file == own || file == QString::fromLatin1(own.toLatin1());
+    if (hasFile ? header.model != model : !isOwn && !file.startsWith(model + '_')) {
+        console.err(camera.title() + ": the snapshot is of another model, " +
+                    printable(hasFile ? header.model : file.section('_', 0, -2)) + ".\n");
         return ExitIncompatible;
     }
-    const auto names = ie::deviceNames(camera.device.stDeviceInfo, ie::FieldEnd::AtSize);
-    const QString file = QFileInfo(snapshot.featuresFile).fileName();
-    if (m_isForced || file == ie::featuresFileName(names))
+    if (m_isForced || isOwn)
         return ExitWell;
     console.err(camera.title() + ": the snapshot is of another camera, " +
                 printable(file.chopped(int(std::strlen(".fpk")))) + "; --force takes it all the same.\n");

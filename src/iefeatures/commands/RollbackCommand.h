@@ -19,8 +19,14 @@ public:
     int execute(World& world) override;
 
 private:
+    // ExitWell, or why nothing is done, which is told.
+    int readFiles(Console& console, const Snapshot& snapshot, FeaturesFileInput& file) const;
+    int proveCameras(Console& console, const std::vector<ListedCamera>& cameras,
+                     const ie::FeaturesContent& content) const;
     int objectTo(Console& console, const ListedCamera& camera, const Snapshot& snapshot,
                  const ie::FeaturesHeader& header) const;
+
+    ImportTask taskFor(Console& console, const Snapshot& snapshot) const;
 
     std::string m_snapshot;
     CameraSelection m_selection;

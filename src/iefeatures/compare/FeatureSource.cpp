@@ -53,7 +53,8 @@ int findSource(Console& console, const std::string& word, const std::vector<List
     return ExitWell;
 }
 
-int exportSources(Console& console, std::vector<FeatureSource>& sources, const QString& folder)
+int exportSources(Console& console, std::vector<FeatureSource>& sources, const QString& folder,
+                  Unreadable unreadable)
 {
     const auto folderOf = [&](const StructDeviceInfo& device) {
         return folder + '/' + QString::number(device.nDeviceID);
@@ -71,7 +72,7 @@ int exportSources(Console& console, std::vector<FeatureSource>& sources, const Q
     }
     if (cameras.empty())
         return ExitWell;
-    ExportTask task{ExportTask::Format::FeaturesFile, folderOf};
+    ExportTask task{ExportTask::Format::FeaturesFile, folderOf, false, unreadable};
     task.isShared = true;
     const auto exports = runExports(console, cameras, task);
     bool areWhole = true;
@@ -89,7 +90,6 @@ int exportSources(Console& console, std::vector<FeatureSource>& sources, const Q
 int readSource(Console& console, FeatureSource& source, bool isJson)
 {
     FeaturesFileInput input = readFeaturesFile(source.path);
-    // Exports write text values as they are, also those with a "<" in them.
     if (!input.isGood() && source.camera) {
         console.err(source.title + ": its export cannot be read as a features file.\n");
         return ExitInputOutput;

@@ -4,6 +4,7 @@
 
 #include "iefeatures/cameras/ListedCamera.h"
 #include "iefeatures/console/Console.h"
+#include "iefeatures/exports/ExportVerdict.h"
 
 #include "jobs/file/FeaturesFile.h"
 
@@ -28,9 +29,10 @@ struct FeatureSource
 // when no camera fits, 2 when several do.
 int findSource(Console& console, const std::string& word, const std::vector<ListedCamera>& cameras,
                FeatureSource& source);
-// Exports those of the sources that are cameras, all at the same time and without control, into folders of their
-// own below `folder`. Gives an ExitCode and tells what went wrong.
-int exportSources(Console& console, std::vector<FeatureSource>& sources, const QString& folder);
+// Exports those of the sources that are cameras, all at the same time and without control, into folders of
+// their own below `folder`. Gives an ExitCode and tells what went wrong.
+int exportSources(Console& console, std::vector<FeatureSource>& sources, const QString& folder,
+                  Unreadable unreadable);
 // Gives an ExitCode and tells what went wrong, as readFeaturesFile() does; a file that names no version fits
 // no camera. 6 for an export that cannot be read again.
 int readSource(Console& console, FeatureSource& source, bool isJson);

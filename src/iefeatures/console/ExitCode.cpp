@@ -43,7 +43,8 @@ std::string exitCodeTable()
         {ExitNotAllApplied, "a camera did not take all of the file"},
         {ExitIncompatible, "the file belongs to another model, firmware, board type or version, or the "
                            "snapshot to another camera; or it is no features file"},
-        {ExitInputOutput, "input or output failed (network, file to import, log file, standard output)"},
+        {ExitInputOutput, "input or output failed (network, a file or folder, log file, standard output), or "
+                          "memory ran out"},
         {ExitInterrupted, "interrupted"},
     };
     std::ostringstream text;

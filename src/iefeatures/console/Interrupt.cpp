@@ -1,6 +1,7 @@
 #include "iefeatures/console/Interrupt.h"
 
 #include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/UnfinishedFolder.h"
 
 #include <atomic>
 #include <csignal>
@@ -19,8 +20,10 @@ static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler uses it"
 // C linkage is what signal() asks for; nothing here but what a handler may do.
 extern "C" void rememberInterrupt(int)
 {
-    if (g_isRequested.exchange(true))
-        std::_Exit(ExitInterrupted);
+    if (!g_isRequested.exchange(true))
+        return;
+    UnfinishedFolder::removeAll();
+    std::_Exit(ExitInterrupted);
 }
 
 Interrupt::Interrupt()

@@ -2,6 +2,8 @@
 
 #include "iefeatures/console/OptionChecks.h"
 
+#include "jobs/file/RegularFile.h"
+
 #include <CLI/CLI.hpp>
 
 #include <QDateTime>
@@ -44,8 +46,11 @@ void LogOptions::addOptions(CLI::App& app)
 
 LogSink::LogSink(Console& console, const LogOptions& options) : m_console(console), m_options(options)
 {
-    if (!options.file.empty())
-        m_file.open(options.file, std::ios::binary | std::ios::app);
+    if (!options.file.empty()) {
+        m_file.setFileName(QString::fromStdString(options.file));
+        ie::openRegular(m_file, QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered,
+                        ie::LinkRule::Refused);
+    }
     g_sink = this;
     m_previous = qInstallMessageHandler(&LogSink::handle);
 }
@@ -59,7 +64,7 @@ LogSink::~LogSink()
 bool LogSink::isGood() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_options.file.empty() || (m_file.is_open() && m_file.good());
+    return m_options.file.empty() || (m_file.isOpen() && m_isWritten);
 }
 
 void LogSink::handle(QtMsgType level, const QMessageLogContext&, const QString& text)
@@ -77,8 +82,8 @@ void LogSink::take(QtMsgType level, const QString& text)
     if (m_options.verbose || level == QtFatalMsg)
         m_console.note(line);
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_file.is_open())
-        m_file << line << std::flush;
+    if (m_file.isOpen())
+        m_isWritten = m_file.write(line.data(), qint64(line.size())) == qint64(line.size()) && m_isWritten;
 }
 
 } // namespace companion

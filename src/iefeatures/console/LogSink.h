@@ -4,9 +4,9 @@
 
 #include "iefeatures/console/Console.h"
 
+#include <QFile>
 #include <QtGlobal>
 
-#include <fstream>
 #include <mutex>
 #include <string>
 
@@ -35,7 +35,8 @@ public:
     LogSink(const LogSink&) = delete;
     LogSink& operator=(const LogSink&) = delete;
 
-    // False when the chosen file could not be opened, or a line could not be written to it.
+    // False when the chosen file could not be opened (one that is no regular file never is), or a line could
+    // not be written to it.
     bool isGood() const;
 
 private:
@@ -45,7 +46,8 @@ private:
     Console& m_console;
     const LogOptions m_options;
     mutable std::mutex m_mutex;
-    std::ofstream m_file;
+    QFile m_file;
+    bool m_isWritten = true; // all that came
     QtMessageHandler m_previous;
 };
 

@@ -2,17 +2,78 @@
 
 #if !defined(_WIN32)
 #include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
 #include <poll.h>
 #include <pwd.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 #endif
 
+#include <QFileInfo>
+
+#include <atomic>
 #include <chrono>
+#include <csignal>
 #include <thread>
 
 namespace companion
 {
+namespace
+{
+
+std::atomic<bool> g_wasLimitMet{false};
+
+#if defined(__linux__)
+constexpr int kDeepestFolder = 8;
+constexpr int kRemovals = 3;
+
+// As the system's call gives them: the C library's functions for folders are not for signal handlers.
+struct FolderEntry
+{
+    uint64_t inode;
+    int64_t next;
+    uint16_t size;
+    uint8_t type;
+    char name[1];
+};
+
+bool isItselfOrAbove(const char* name)
+{
+    return std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
+}
+
+void removeIn(int folder, const char* name, int depth)
+{
+    if (unlinkat(folder, name, 0) == 0 || depth == kDeepestFolder)
+        return;
+    const int inner = openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (inner == -1)
+        return;
+    alignas(FolderEntry) char entries[4096];
+    for (long size; (size = syscall(SYS_getdents64, inner, entries, sizeof entries)) > 0;) {
+        for (long at = 0; at < size;) {
+            const auto* entry = reinterpret_cast<const FolderEntry*>(entries + at);
+            if (!isItselfOrAbove(entry->name))
+                removeIn(inner, entry->name, depth + 1);
+            at += entry->size;
+        }
+    }
+    close(inner);
+    unlinkat(folder, name, AT_REMOVEDIR);
+}
+#endif
+
+} // namespace
+
+// C linkage is what signal() asks for.
+extern "C" void rememberLimit(int)
+{
+    g_wasLimitMet = true;
+}
 
 QString loginName()
 {
@@ -36,6 +97,78 @@ void lock(const QFile& file)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 #endif
+}
+
+bool isReplaceable(const QString& path)
+{
+#if defined(_WIN32)
+    const QFileInfo about(path);
+    return !about.exists() || about.isFile();
+#else
+    struct stat about = {};
+    return lstat(QFile::encodeName(path).constData(), &about) != 0 || S_ISREG(about.st_mode) ||
+           S_ISLNK(about.st_mode);
+#endif
+}
+
+QString putInPlace(const QString& from, const QString& to)
+{
+#if defined(_WIN32)
+    QFile file(from);
+    const bool isDone = (!QFile::exists(to) || QFile::remove(to)) && file.rename(to);
+    return isDone ? QString() : file.errorString();
+#else
+    const QByteArray source = QFile::encodeName(from);
+    const QByteArray target = QFile::encodeName(to);
+    struct stat older = {};
+    if (!isReplaceable(to))
+        return "it is no regular file";
+    if (lstat(target.constData(), &older) == 0 && S_ISREG(older.st_mode) && older.st_uid == geteuid())
+        static_cast<void>(chmod(source.constData(), older.st_mode & 0777));
+    if (std::rename(source.constData(), target.constData()) == 0)
+        return {};
+    return QString::fromLocal8Bit(std::strerror(errno));
+#endif
+}
+
+bool mayOthersWrite(const QString& folder)
+{
+#if defined(_WIN32)
+    static_cast<void>(folder);
+    return false;
+#else
+    struct stat about = {};
+    if (stat(QFile::encodeName(folder).constData(), &about) != 0)
+        return false;
+    const bool isForeign = about.st_uid != geteuid() && about.st_uid != 0;
+    const bool isForGroup = (about.st_mode & S_IWGRP) != 0 && about.st_gid != getegid();
+    return isForeign || isForGroup || (about.st_mode & S_IWOTH) != 0;
+#endif
+}
+
+void removeTree(const char* path)
+{
+#if defined(__linux__)
+    const int error = errno;
+    for (int i = 0; i < kRemovals && access(path, F_OK) == 0; ++i) // others may still put files there
+        removeIn(AT_FDCWD, path, 0);
+    errno = error;
+#else
+    static_cast<void>(path);
+#endif
+}
+
+void failWritesBeyondLimit()
+{
+#if !defined(_WIN32)
+    if (std::signal(SIGXFSZ, rememberLimit) == SIG_IGN)
+        std::signal(SIGXFSZ, SIG_IGN);
+#endif
+}
+
+bool wasLimitMet()
+{
+    return g_wasLimitMet;
 }
 
 bool awaitInput(const std::function<bool()>& mayWait)

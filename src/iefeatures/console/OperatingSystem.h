@@ -16,6 +16,28 @@ QString loginName();
 // where files have no locks, the file is not locked.
 void lock(const QFile& file);
 
+// Whether a new file may take that name: nothing has it, or a regular file or a link, and no folder, pipe or
+// device.
+bool isReplaceable(const QString& path);
+
+// Whether other people may put files into the folder, or take them away: it is theirs, or its permissions let
+// everybody, or a group that is not this user's own.
+bool mayOthersWrite(const QString& folder);
+
+// Puts the file at `from` in the place of `to`, on the same disk, in one step: who looks at `to` sees the
+// older file or the new one. A link of that name is replaced and not followed, and so is one of an older
+// file's names; the older file's permissions stay where it is this user's. Gives the cause when it cannot be
+// done, or an empty text.
+QString putInPlace(const QString& from, const QString& to);
+
+// Removes the file or folder with what is in it, links as links. From a signal handler as well.
+void removeTree(const char* path);
+
+// A write beyond the limit on the size of files fails from now on, instead of ending the process.
+void failWritesBeyondLimit();
+// Whether one did, where that limit was not ignored already.
+bool wasLimitMet();
+
 // Waits until there is something to read on the standard input; false when `mayWait` says no first. It is
 // asked ten times a second: a signal alone does not end a read.
 bool awaitInput(const std::function<bool()>& mayWait);

@@ -11,6 +11,8 @@ namespace companion
 namespace
 {
 
+constexpr int kWidestColumn = 200;
+
 // As the library sees single characters: what stands in one cell only together (flags, families joined by
 // U+200D) is counted by its parts, as most terminals draw it.
 int characterWidth(uint character)
@@ -80,7 +82,8 @@ QString alignedRows(const std::vector<Align>& columns, const QList<QStringList>&
     std::vector<int> widths(columns.size(), 0);
     for (const QStringList& row : rows)
         for (size_t i = 0; i < columns.size(); ++i)
-            widths[i] = std::max(widths[i], displayWidth(row.at(int(i))));
+            if (const int width = displayWidth(row.at(int(i))); width <= kWidestColumn)
+                widths[i] = std::max(widths[i], width);
     QString text;
     for (const QStringList& row : rows) {
         QStringList cells;

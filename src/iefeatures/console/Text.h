@@ -26,7 +26,8 @@ enum class Align
     Right
 };
 
-// Rows of printable cells in aligned columns, two blanks between them, each line ended by a line feed. Every
+// Rows of printable cells in aligned columns, two blanks between them, each line ended by a line feed. A
+// cell of more than 200 columns stands out of its column: no other row is made as long. Every
 // row has as many cells as there are columns; nothing follows the last cell of a row.
 QString alignedRows(const std::vector<Align>& columns, const QList<QStringList>& rows);
 

@@ -4,7 +4,9 @@
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/exports/ReadBack.h"
 
+#include "jobs/file/WholeFile.h"
 #include "jobs/worker/QOperateThread.h"
 
 #include <QFile>
@@ -18,7 +20,8 @@ namespace
 
 using State = ExportResult::State;
 
-// By line and not as XML: a text value with a "<" in it is allowed and makes the file no XML.
+constexpr int kMostNamed = 20; // in messages for people
+
 int countFeatures(const QString& path)
 {
     QFile file(path);
@@ -30,15 +33,73 @@ int countFeatures(const QString& path)
     return count;
 }
 
-int countBagLines(const QString& path)
+constexpr int kHeadOfBag = 3; // comments; others say what was left out
+
+struct BagLines
+{
+    int features = 0;
+    int comments = 0;
+};
+
+BagLines bagLines(const QString& path)
 {
     QFile file(path);
+    BagLines count;
     if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    int count = 0;
+        return count;
     for (const QByteArray& line : file.readAll().split('\n'))
-        count += !line.isEmpty() && !line.startsWith('#');
+        if (!line.isEmpty())
+            ++(line.startsWith('#') ? count.comments : count.features);
     return count;
+}
+
+void examineBag(ExportResult& result, KX_Status status)
+{
+    if (status == KX_E_INCOMPLETE && result.job.hasStarted && !result.tally.wasRefused)
+        result.state = State::Written;
+    if (result.state != State::Written)
+        return;
+    const BagLines lines = bagLines(result.job.path);
+    result.features = lines.features;
+    result.isCut = status == KX_E_INCOMPLETE && lines.comments > kHeadOfBag;
+    result.isNotSetBack = status == KX_E_INCOMPLETE && !result.isCut;
+}
+
+QString named(const QStringList& features)
+{
+    const QString more =
+        features.size() > kMostNamed ? QString(" and %1 more").arg(features.size() - kMostNamed) : QString();
+    return printable(features.mid(0, kMostNamed).join(", ")) + more;
+}
+
+// Why the file cannot be kept; empty: it can.
+QString unreadableProblem(ExportResult& result, Unreadable unreadable)
+{
+    const ReadBack read = readBack(result.job.path);
+    if (read.isGood)
+        return {};
+    if (read.rest.isNull())
+        return "an import could not read the file again, for what the camera says of itself; it is not kept.";
+    if (unreadable == Unreadable::Refused)
+        return "an import could not read the file again, for the texts of " + named(read.features) +
+               "; it is not kept (--skip-unreadable leaves them out).";
+    result.leftOut = read.features;
+    return ie::writeWholeFile(result.job.path, read.rest) ? QString()
+                                                          : "the file could not be written again.";
+}
+
+// The job takes a register that cannot be read for one that does not apply.
+void examineFeaturesFile(ExportResult& result, Unreadable unreadable)
+{
+    if (result.state != State::Written)
+        return;
+    result.problem = result.tally.hasLineFailed
+                         ? "the line failed during the export; a file that lacks features is not kept."
+                         : unreadableProblem(result, unreadable);
+    if (result.problem.isEmpty())
+        result.features = countFeatures(result.job.path);
+    else
+        result.state = State::Failed;
 }
 
 State stateOf(const JobOutcome& job, const CallWatch::Tally& tally)
@@ -74,25 +135,30 @@ auto countOf(const std::vector<ExportResult>& results, State state)
 
 } // namespace
 
-ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally, KX_Status bagStatus)
+ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally, KX_Status bagStatus,
+                           Unreadable unreadable)
 {
-    ExportResult result{job, tally, stateOf(job, tally)};
-    result.isCut = bagStatus == KX_E_INCOMPLETE;
-    if (result.isCut && job.hasStarted && !tally.wasRefused)
-        result.state = State::Written;
-    if (result.state == State::Written)
-        result.features =
-            job.type == JOB_FEATURE_BAG_EXPORT ? countBagLines(job.path) : countFeatures(job.path);
-    else if (tally.wasOpened && !job.hasFailed)
-        QFile::remove(job.path);
+    ExportResult result;
+    result.job = job;
+    result.tally = tally;
+    result.state = stateOf(job, tally);
+    if (job.type == JOB_FEATURE_BAG_EXPORT)
+        examineBag(result, bagStatus);
+    else
+        examineFeaturesFile(result, unreadable);
     return result;
+}
+
+QString leftOutNote(const ExportResult& result)
+{
+    if (result.leftOut.isEmpty())
+        return {};
+    return "left out, for an import could not read their texts again: " + named(result.leftOut) + '.';
 }
 
 QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings& findings)
 {
     QStringList remarks;
-    if (result.state == State::Written && result.tally.hasLineFailed)
-        remarks += "the line failed during the export; the file may lack features.";
     if (result.state == State::Written && result.job.type == JOB_FEATURE_BAG_EXPORT && result.features == 0)
         remarks += "the feature bag is empty: the camera's description calls no feature streamable. Export a "
                    "features file (--format xml) instead.";
@@ -135,13 +201,15 @@ QString exportFates(const std::vector<ExportResult>& results)
 Json exportJson(const ExportResult& result, const QStringList& remarks)
 {
     const bool isWritten = result.state == State::Written;
+    QStringList sentences{result.problem, leftOutNote(result)};
+    sentences.removeAll({});
     return {{"camera", cameraJson(result.job.camera)},
             {"result", json(stateWord(result))},
             {"features", isWritten ? Json(result.features) : Json()},
             {"requests", result.tally.requests},
             {"seconds", result.job.seconds},
             {"path", isWritten ? jsonOfExisting(result.job.path) : Json()},
-            {"remarks", json(remarks)}};
+            {"remarks", json(sentences + remarks)}};
 }
 
 int exportExitCode(const std::vector<ExportResult>& results, bool isInterrupted)
@@ -149,7 +217,7 @@ int exportExitCode(const std::vector<ExportResult>& results, bool isInterrupted)
     if (isInterrupted)
         return ExitInterrupted;
     const bool areWhole = std::all_of(results.begin(), results.end(), [](const ExportResult& result) {
-        return result.state == State::Written && !result.isCut;
+        return result.state == State::Written && !result.isCut && !result.isNotSetBack;
     });
     return areWhole ? ExitWell : ExitJobFailed;
 }

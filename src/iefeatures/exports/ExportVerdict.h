@@ -25,14 +25,30 @@ struct ExportResult
     JobOutcome job;
     CallWatch::Tally tally;
     State state = State::NotStarted;
-    int features = 0;   // blocks of the written file, lines of a feature bag
-    bool isCut = false; // a feature bag that lacks something, as the camera library has told
+    int features = 0;          // blocks of the written file, lines of a feature bag
+    bool isCut = false;        // a feature bag that lacks something, as it says itself
+    bool isNotSetBack = false; // a selector is not what it was before a feature bag was saved
+    QString problem = {};      // why the file is not kept, which the job has not told: a sentence
+    QStringList leftOut = {};  // features that were taken out of the file, for nobody could read them again
 };
 
-// Counts the written features. A file that was written although calls of its job were refused lacks features
-// without showing it: it is removed and the job counts as failed.
+enum class Unreadable
+{
+    Refused, // a file that cannot be read back
+    LeftOut  // what makes it so
+};
+inline constexpr char kSkipUnreadableHelp[] =
+    "Leave out features whose texts an import could not read again, and keep the file";
+
+// Looks at the file that the job has written (`job.path`, where it was written) and counts its features. A
+// features file that was written although calls of its job were refused, or the line failed, lacks features
+// without showing it, and one that cannot be read back (ReadBack.h) is none: then the job counts as failed.
+// With Unreadable::LeftOut the file is written again without what cannot be read back.
 // `bagStatus`: of saving a feature bag. KX_E_INCOMPLETE is a failure with a file.
-ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally, KX_Status bagStatus = KX_OK);
+ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally, KX_Status bagStatus = KX_OK,
+                           Unreadable unreadable = Unreadable::Refused);
+// What to tell of a file that is kept although something was left out of it; a sentence, or an empty text.
+QString leftOutNote(const ExportResult& result);
 // What the job's signals have not told; a sentence each.
 QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings& findings);
 

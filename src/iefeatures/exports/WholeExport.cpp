@@ -1,29 +1,106 @@
 #include "iefeatures/exports/WholeExport.h"
 
+#include "iefeatures/exports/ExportStage.h"
 #include "iefeatures/running/JobRun.h"
 
 #include "jobs/worker/QOperateThread.h"
 
+#include <QFileInfo>
+
+#include <map>
+
 namespace companion
 {
+
+namespace
+{
+
+class Exports
+{
+public:
+    Exports(const std::vector<ListedCamera>& cameras, const ExportTask& task)
+        : m_task(task), m_stage(cameras, task.folder)
+    {
+        for (const ListedCamera& camera : cameras) {
+            ExportResult& result = m_exports[camera.device.nDeviceID].result;
+            result.job.camera = camera;
+            result.problem = m_stage.problem(camera.device.nDeviceID);
+            if (result.problem.isEmpty())
+                m_ready.push_back(camera);
+            else
+                result.state = ExportResult::State::Failed;
+        }
+    }
+
+    void run(Console& console)
+    {
+        const auto setUp = [this](QOperateThread& worker, const StructDeviceInfo& device) {
+            if (m_task.isShared)
+                worker.SetAccessMode(KX_ACCESS_MONITOR);
+            if (m_task.format == ExportTask::Format::FeatureBag)
+                worker.SetFeatureBagExportJob(device, m_stage.folder(device.nDeviceID));
+            else
+                worker.SetXmlExportJob(device, m_stage.folder(device.nDeviceID));
+        };
+        for (const auto& [id, done] : m_exports)
+            if (!done.result.problem.isEmpty())
+                console.err(done.result.job.camera.title() + ": " + done.result.problem + '\n');
+        JobRun run{setUp, m_task.isJson};
+        run.conclude = [this](const JobRecord& record) { return conclude(record); };
+        for (const JobRecord& record : runJobs(console, m_ready, run))
+            settle(record);
+    }
+
+    const CameraExport& of(const ListedCamera& camera) const { return m_exports.at(camera.device.nDeviceID); }
+
+private:
+    // What is good is in its place before anybody is told.
+    JobEnd conclude(const JobRecord& record)
+    {
+        const int id = record.job.camera.device.nDeviceID;
+        CameraExport& done = m_exports[id];
+        JobOutcome job = record.job;
+        if (const QString file = m_stage.file(id); !file.isEmpty())
+            job.path = file;
+        const QString target = m_stage.target(id, QFileInfo(job.path).fileName());
+        ExportResult& result = done.result =
+            examineExport(job, record.tally, record.findings.bagStatus, m_task.unreadable);
+        result.job.path = target;
+        if (result.state == ExportResult::State::Written)
+            result.problem = m_stage.release(id);
+        if (!result.problem.isEmpty())
+            result.state = ExportResult::State::Failed;
+        done.remarks = exportRemarks(result, record.findings);
+        QStringList notes{leftOutNote(result)};
+        notes.removeAll({});
+        return {target, result.problem, notes};
+    }
+
+    void settle(const JobRecord& record)
+    {
+        JobOutcome& job = m_exports[record.job.camera.device.nDeviceID].result.job;
+        const QString target = job.path;
+        job = record.job;
+        job.path = target;
+    }
+
+    const ExportTask& m_task;
+    ExportStage m_stage;
+    std::vector<ListedCamera> m_ready;
+    std::map<int, CameraExport> m_exports; // by device
+};
+
+} // namespace
 
 std::vector<CameraExport> runExports(Console& console, const std::vector<ListedCamera>& cameras,
                                      const ExportTask& task)
 {
-    const auto setUp = [&](QOperateThread& worker, const StructDeviceInfo& device) {
-        if (task.isShared)
-            worker.SetAccessMode(KX_ACCESS_MONITOR);
-        if (task.format == ExportTask::Format::FeatureBag)
-            worker.SetFeatureBagExportJob(device, task.folder(device));
-        else
-            worker.SetXmlExportJob(device, task.folder(device));
-    };
-    std::vector<CameraExport> exports;
-    for (const JobRecord& record : runJobs(console, cameras, {setUp, task.isJson})) {
-        const ExportResult result = examineExport(record.job, record.tally, record.findings.bagStatus);
-        exports.push_back({result, exportRemarks(result, record.findings)});
-    }
-    return exports;
+    Exports exports(cameras, task);
+    exports.run(console);
+    std::vector<CameraExport> done;
+    for (const ListedCamera& camera : cameras)
+        done.push_back(exports.of(camera));
+    return done;
 }
 
 QString sharedRemark()

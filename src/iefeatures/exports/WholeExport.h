@@ -24,6 +24,7 @@ struct ExportTask
     Format format = Format::FeaturesFile;
     std::function<QString(const StructDeviceInfo& device)> folder; // that the camera's file goes into
     bool isJson = false;                                           // the jobs' signals are told as JSON lines
+    Unreadable unreadable = Unreadable::Refused;
     bool isShared = false; // read beside whoever controls the camera; features files only
 };
 
@@ -32,14 +33,13 @@ struct CameraExport
     ExportResult result;
     QStringList remarks; // what the jobs' own messages have not told, a sentence each
 
-    // A file that the line has thinned out is none to go on with.
-    bool isWhole() const
-    {
-        return result.state == ExportResult::State::Written && !result.isCut && !result.tally.hasLineFailed;
-    }
+    // Nothing is missing in the file.
+    bool isWhole() const { return result.state == ExportResult::State::Written && !result.isCut; }
 };
 
-// All at the same time, in the cameras' order. Blocks until all are over.
+// All at the same time, in the cameras' order. Each file comes to be in a private folder, is looked at when
+// its job is over (ExportVerdict.h) and then takes its place, or is dropped: an older file of that name stays
+// then. Blocks until all are over.
 std::vector<CameraExport> runExports(Console& console, const std::vector<ListedCamera>& cameras,
                                      const ExportTask& task);
 

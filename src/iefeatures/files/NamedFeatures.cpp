@@ -1,22 +1,22 @@
 #include "iefeatures/files/NamedFeatures.h"
 
+#include "iefeatures/files/FeatureBagInput.h"
+
+#include "jobs/file/RegularFile.h"
+
 #include <QFile>
-#include <QFileInfo>
 
 namespace companion
 {
 namespace
 {
 
-constexpr qint64 kLargest = 64 << 20;
-
-// Nothing of what is no file: a device never ends.
+// Nothing of what is no file, or too large for one.
 QByteArray contentOf(const QString& path)
 {
     QFile file(path);
-    if (!QFileInfo(path).isFile() || file.size() > kLargest || !file.open(QIODevice::ReadOnly))
-        return {};
-    return file.readAll();
+    const bool isOpen = ie::openRegular(file, QIODevice::ReadOnly).isEmpty();
+    return isOpen && file.size() <= kLargestBag ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -63,7 +63,7 @@ bool isFeatureBag(const QString& path)
 {
     QFile file(path);
     char first = 0;
-    return QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly) && file.getChar(&first) && first == '#';
+    return ie::openRegular(file, QIODevice::ReadOnly).isEmpty() && file.getChar(&first) && first == '#';
 }
 
 } // namespace companion

@@ -4,6 +4,8 @@
 #include "iefeatures/console/OperatingSystem.h"
 #include "iefeatures/console/Text.h"
 
+#include "jobs/file/RegularFile.h"
+
 #include <SuiteTools/SuiteTools.h>
 
 #include <nlohmann/json.hpp>
@@ -52,6 +54,8 @@ Json changeJson(const Change& change)
     json["feature"] = textOrNull(change.feature);
     if (change.isRegister)
         json["register"] = change.address;
+    if (!change.under.isEmpty())
+        json["under"] = change.under.toStdString();
     json["from"] = change.from.isNull() ? Json() : Json(change.from.toStdString());
     json["to"] = change.to.toStdString();
     return json;
@@ -97,7 +101,7 @@ void addEnd(const AuditEntry& entry, Json& line)
 bool endsInTheMiddle(const QString& path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() == 0)
+    if (!ie::openRegular(file, QIODevice::ReadOnly).isEmpty() || file.size() == 0)
         return false;
     char last = '\n';
     file.seek(file.size() - 1);
@@ -105,18 +109,23 @@ bool endsInTheMiddle(const QString& path)
     return last != '\n';
 }
 
-bool appendLines(const QString& path, const QByteArrayList& lines)
+// Gives why it could not be done, or an empty text.
+QString appendLines(const QString& path, const QByteArrayList& lines)
 {
+    const QString problem = "The audit log cannot be written: " + printable(path);
     QFile file(path);
-    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QIODevice::Append | QIODevice::Unbuffered))
-        return false;
+    if (!QDir().mkpath(QFileInfo(path).path()))
+        return problem;
+    const auto mode = QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered;
+    if (const QString cause = ie::openRegular(file, mode, ie::LinkRule::Refused); !cause.isEmpty())
+        return problem + " (" + cause + ')';
     lock(file);
     for (const QByteArray& text : lines) {
         const QByteArray line = (endsInTheMiddle(path) ? "\n" : "") + text;
         if (file.write(line) != line.size())
-            return false;
+            return problem;
     }
-    return true;
+    return {};
 }
 
 } // namespace
@@ -125,7 +134,7 @@ AuditFile auditFile(const QString& path)
 {
     QFile file(path);
     QCryptographicHash hash(QCryptographicHash::Sha256);
-    const bool isRead = QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly) && hash.addData(&file);
+    const bool isRead = ie::openRegular(file, QIODevice::ReadOnly).isEmpty() && hash.addData(&file);
     return {QFileInfo(path).absoluteFilePath(), isRead ? QString(hash.result().toHex()) : QString()};
 }
 
@@ -182,8 +191,8 @@ void AuditTrail::append(const std::vector<AuditEntry>& entries, AuditMoment mome
     QByteArrayList lines;
     for (const AuditEntry& entry : entries)
         lines += auditLine(entry, moment);
-    if (!appendLines(path, lines))
-        fail("The audit log cannot be written: " + printable(path));
+    if (const QString problem = appendLines(path, lines); !problem.isEmpty())
+        fail(problem);
 }
 
 void AuditTrail::fail(const QString& sentence)

@@ -1,5 +1,7 @@
 #include "iefeatures/imports/CameraImport.h"
 
+#include "iefeatures/running/NetChanges.h"
+
 #include <algorithm>
 
 namespace companion
@@ -75,7 +77,10 @@ ImportOutcome summed(const CameraImport& result)
 std::vector<Change> changesOf(const CameraImport& result, const NamedFeatures& named)
 {
     std::vector<Change> changes;
+    QByteArray description;
     for (const ImportOutcome& job : result.jobs) {
+        if (!job.record.findings.changes.description().isEmpty())
+            description = job.record.findings.changes.description();
         for (Change change : job.record.findings.changes.changes()) {
             const auto block = change.isRegister ? named.blocks.find(change.address) : named.blocks.end();
             if (block != named.blocks.end())
@@ -83,7 +88,7 @@ std::vector<Change> changesOf(const CameraImport& result, const NamedFeatures& n
             changes.push_back(change);
         }
     }
-    return changes;
+    return netChanges(changes, changes.empty() ? Selectors() : selectorsIn(description));
 }
 
 QStringList notReached(const CameraImport& result, const NamedFeatures& named)

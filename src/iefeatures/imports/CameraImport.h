@@ -34,7 +34,8 @@ CameraCheck reportOf(const CameraImport& result);
 // As one job: the verdict of all, with the effort of all.
 ImportOutcome summed(const CameraImport& result);
 
-// In the order of the writes, registers with the names of their features.
+// What all jobs have changed in the end, in the order of the first writes, registers with the names of their
+// features.
 std::vector<Change> changesOf(const CameraImport& result, const NamedFeatures& named);
 // Features of the files that no job has come to.
 QStringList notReached(const CameraImport& result, const NamedFeatures& named);

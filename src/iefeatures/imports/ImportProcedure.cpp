@@ -8,6 +8,9 @@
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/exports/ExportStage.h"
+#include "iefeatures/files/FeatureBagInput.h"
+#include "iefeatures/running/NetChanges.h"
 
 #include "jobs/worker/QOperateThread.h"
 
@@ -27,6 +30,14 @@ QStringList namesOf(const std::vector<Change>& changes)
     return names;
 }
 
+QStringList titlesOf(const std::vector<Change>& changes)
+{
+    QStringList titles;
+    for (const Change& change : changes)
+        titles += titleOf(change);
+    return titles;
+}
+
 QString listed(const QStringList& names)
 {
     if (names.isEmpty())
@@ -43,9 +54,13 @@ QString quoted(QString word)
     return '\'' + word.replace('\'', "'\\''") + '\'';
 }
 
+// Of two files the first that is none makes the verdict.
 FeaturesFileInput inputOf(const ImportTask& task)
 {
-    return task.features.isEmpty() ? FeaturesFileInput() : readFeaturesFile(task.features);
+    const FeaturesFileInput bag = task.bag.isEmpty() ? FeaturesFileInput() : lookAtFeatureBag(task.bag);
+    if (!bag.isGood() || task.features.isEmpty())
+        return bag;
+    return readFeaturesFile(task.features);
 }
 
 NamedFeatures namedByBoth(const ImportTask& task, const FeaturesFileInput& input)
@@ -181,11 +196,14 @@ void ImportProcedure::takeSnapshots()
     const Cameras results = going();
     for (const CameraImport* result : results)
         cameras.push_back(result->camera);
-    const auto snapshots = companion::takeSnapshots(m_console, cameras, m_task.snapshots, m_task.isJson);
+    if (const QString warning = sharedFolderWarning(m_task.snapshots); !warning.isEmpty())
+        m_console.err(warning + '\n');
+    const auto snapshots =
+        companion::takeSnapshots(m_console, cameras, {m_task.snapshots, m_task.isJson, m_task.unreadable});
     for (size_t i = 0; i < results.size(); ++i) {
         results[i]->snapshot = snapshots[i];
-        for (const QString& problem : snapshots[i].problems + snapshots[i].remarks)
-            tell(cameras[i], problem);
+        for (const QString& sentence : snapshots[i].untold)
+            tell(cameras[i], sentence);
         if (!snapshots[i].snapshot)
             tell(cameras[i], "there is no snapshot, so nothing was written to the camera.");
         else if (!m_task.isJson)
@@ -294,6 +312,8 @@ void ImportProcedure::tellResults()
     std::vector<CameraCheck> reports;
     for (const CameraImport& result : m_results) {
         rows.push_back(summed(result));
+        if (m_task.tellsChanges && !result.jobs.empty() && !m_task.isJson)
+            tell(result.camera, "changed: " + listed(titlesOf(changesOf(result, m_named))));
         if (result.check)
             reports.push_back(reportOf(result));
         m_console.object("result", resultJson(result));
@@ -305,7 +325,9 @@ void ImportProcedure::tellResults()
 Json ImportProcedure::resultJson(const CameraImport& result) const
 {
     const ImportOutcome sum = summed(result);
-    Json object = checkJson(reportOf(result));
+    CameraCheck report = reportOf(result);
+    report.changed = titlesOf(changesOf(result, m_named));
+    Json object = checkJson(report);
     object["requests"] = sum.record.tally.requests;
     object["seconds"] = sum.record.job.seconds;
     object["snapshot"] =

@@ -5,6 +5,7 @@
 
 #include "iefeatures/check/CheckReport.h"
 #include "iefeatures/console/Console.h"
+#include "iefeatures/exports/ExportVerdict.h"
 #include "iefeatures/files/FeaturesFileInput.h"
 #include "iefeatures/imports/AuditLog.h"
 #include "iefeatures/imports/CameraImport.h"
@@ -17,15 +18,17 @@ namespace companion
 
 struct ImportTask
 {
-    QString command;                    // for the audit log
-    QString bag;                        // a feature bag to load first; empty: none
-    QString features;                   // a features file to import; empty: none
-    QString snapshots;                  // folder to take snapshots into; empty: none
-    bool isVerified = false;            // against the features file
-    UserSet userSet;                    // saved where the verification is clean
-    std::optional<ListedCamera> source; // that the files are of, and were made for this task alone
-    QStringList only;                   // that the features file was cut down to; empty: it is whole
-    QString original;                   // then what it was cut from
+    QString command;                             // for the audit log
+    QString bag;                                 // a feature bag to load first; empty: none
+    QString features;                            // a features file to import; empty: none
+    QString snapshots;                           // folder to take snapshots into; empty: none
+    Unreadable unreadable = Unreadable::Refused; // of snapshots
+    bool isVerified = false;                     // against the features file
+    UserSet userSet;                             // saved where the verification is clean
+    std::optional<ListedCamera> source;          // that the files are of, and were made for this task alone
+    QStringList only;                            // that the features file was cut down to; empty: it is whole
+    QString original;                            // then what it was cut from
+    bool tellsChanges = false;                   // what was changed in the end
     AuditRule audit;
     bool isForced = false; // also what no import should write (WriteSafety.h)
     Detail detail = Detail::Attention;
@@ -67,8 +70,9 @@ private:
 
     Console& m_console;
     const ImportTask m_task;
-    const FeaturesFileInput m_input; // the features file, as it was before anything was done
-    const NamedFeatures m_named;     // by either file
+    // the features file, as it was before anything was done, or a fault of either
+    const FeaturesFileInput m_input;
+    const NamedFeatures m_named; // by either file
     AuditTrail m_audit;
     std::vector<AuditFile> m_files;
     std::vector<CameraImport> m_results;

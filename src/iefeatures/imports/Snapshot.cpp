@@ -2,12 +2,15 @@
 
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/console/UnfinishedFolder.h"
+#include "iefeatures/exports/ExportStage.h"
 #include "iefeatures/exports/WholeExport.h"
 
 #include <QDateTime>
 #include <QDir>
 
 #include <algorithm>
+#include <map>
 
 namespace companion
 {
@@ -28,8 +31,10 @@ QString asFolderName(QString serial)
     return serial;
 }
 
-// Never one that is there: what another snapshot holds is not written over.
-QString newFolder(const QString& folder, const QString& time, const ListedCamera& camera, QString& problem)
+// Never one that is there: what another snapshot holds is not written over. One without a path when there is
+// none.
+UnfinishedFolder newFolder(const QString& folder, const QString& time, const ListedCamera& camera,
+                           QString& problem)
 {
     const QDir parent(folder);
     const QString name = time + '_' + asFolderName(camera.serial);
@@ -37,8 +42,11 @@ QString newFolder(const QString& folder, const QString& time, const ListedCamera
         const QString tried = i == 1 ? name : name + '-' + QString::number(i);
         if (parent.exists(tried))
             continue;
-        if (parent.mkdir(tried) && parent.mkdir(tried + '/' + kFeatures) && parent.mkdir(tried + '/' + kBag))
-            return parent.absoluteFilePath(tried);
+        if (!parent.mkdir(tried))
+            break;
+        UnfinishedFolder made(parent.absoluteFilePath(tried));
+        if (parent.mkdir(tried + '/' + kFeatures) && parent.mkdir(tried + '/' + kBag))
+            return made;
         break;
     }
     problem = "The folder " + printable(parent.absoluteFilePath(name)) + " cannot be made.";
@@ -52,18 +60,20 @@ bool reachesTheBag(const QString& folder)
 }
 
 // The name is left open: the bag's lacks what Latin-1 lacks.
-QString onlyFileIn(const QString& folder)
+// One file, or none at all: then the path is empty. False where it cannot be told which one is meant.
+bool findOnlyFile(const QString& folder, QString& path)
 {
-    const QFileInfoList files = QDir(folder).entryInfoList(QDir::Files);
-    return files.size() == 1 && files.first().size() > 0 ? files.first().absoluteFilePath() : QString();
+    const QFileInfoList all =
+        QDir(folder).entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    if (!all.isEmpty())
+        path = all.first().absoluteFilePath();
+    return all.isEmpty() || (all.size() == 1 && all.first().isFile());
 }
 
 class Taker
 {
 public:
-    Taker(Console& console, const QString& folder, bool isJson)
-        : m_console(console), m_folder(folder), m_isJson(isJson)
-    {}
+    Taker(Console& console, const SnapshotTask& task) : m_console(console), m_task(task) {}
 
     std::vector<SnapshotResult> take(const std::vector<ListedCamera>& cameras)
     {
@@ -83,14 +93,19 @@ private:
     {
         SnapshotResult& result = m_results.emplace_back();
         result.camera = camera;
-        QString problem;
-        if (!reachesTheBag(QDir(m_folder).absolutePath()))
-            problem = "A feature bag cannot be written into " + printable(m_folder) +
-                      ": the name has characters beyond Latin-1.";
-        else
-            result.folder = newFolder(m_folder, time, camera, problem);
-        if (!problem.isEmpty())
-            result.problems += problem;
+        QString problem = snapshotFolderProblem(m_task.folder);
+        if (problem.isEmpty())
+            m_folders[camera.device.nDeviceID] = newFolder(m_task.folder, time, camera, problem);
+        result.folder = m_folders[camera.device.nDeviceID].path();
+        refuse(result, problem);
+    }
+
+    static void refuse(SnapshotResult& result, const QString& problem)
+    {
+        if (problem.isEmpty())
+            return;
+        result.problems += problem;
+        result.untold += problem;
     }
 
     void exportInto(const char* subFolder, ExportTask::Format format)
@@ -102,15 +117,17 @@ private:
         const auto folder = [&](const StructDeviceInfo& device) {
             return resultOf(device.nDeviceID).folder + '/' + subFolder;
         };
-        for (const CameraExport& done : runExports(m_console, cameras, {format, folder, m_isJson})) {
+        for (const CameraExport& done :
+             runExports(m_console, cameras, {format, folder, m_task.isJson, m_task.unreadable})) {
             SnapshotResult& result = resultOf(done.result.job.camera.device.nDeviceID);
-            if (done.isWhole()) {
-                result.remarks += done.remarks;
+            result.untold += done.remarks;
+            if (done.isWhole())
                 continue;
-            }
             result.problems += done.remarks;
+            if (!done.result.problem.isEmpty())
+                result.problems += done.result.problem;
             if (result.problems.isEmpty())
-                result.problems += Interrupt::isRequested() ? "interrupted." : "the export failed.";
+                refuse(result, Interrupt::isRequested() ? "interrupted." : "the export failed.");
         }
     }
 
@@ -121,20 +138,26 @@ private:
         });
     }
 
-    static void conclude(SnapshotResult& result)
+    void conclude(SnapshotResult& result)
     {
         if (!result.problems.isEmpty())
             return;
         QString problem;
         result.snapshot = findSnapshot(result.folder, problem);
-        if (!result.snapshot)
-            result.problems += problem;
+        if (result.snapshot && !result.snapshot->isWhole()) {
+            result.snapshot.reset();
+            problem = "one of its two files is missing.";
+        }
+        if (result.snapshot)
+            m_folders[result.camera.device.nDeviceID].keep();
+        else
+            refuse(result, problem);
     }
 
     Console& m_console;
-    const QString m_folder;
-    const bool m_isJson;
+    const SnapshotTask m_task;
     std::vector<SnapshotResult> m_results;
+    std::map<int, UnfinishedFolder> m_folders; // by device; those of complete snapshots are kept
 };
 
 } // namespace
@@ -142,18 +165,27 @@ private:
 std::optional<Snapshot> findSnapshot(const QString& folder, QString& problem)
 {
     const QDir place(folder);
-    const QString features = onlyFileIn(place.filePath(kFeatures));
-    const QString bag = onlyFileIn(place.filePath(kBag));
-    if (!features.isEmpty() && !bag.isEmpty())
-        return Snapshot{place.absolutePath(), features, bag};
-    problem = printable(folder) + " is no snapshot: it needs one file in features/ and one in bag/.";
+    Snapshot found{place.absolutePath(), {}, {}};
+    const bool isClear = findOnlyFile(place.filePath(kFeatures), found.featuresFile) &&
+                         findOnlyFile(place.filePath(kBag), found.bagFile);
+    if (isClear && !(found.featuresFile + found.bagFile).isEmpty())
+        return found;
+    problem = printable(folder) + " is no snapshot: it needs one file in features/, one in bag/, or both.";
     return {};
 }
 
-std::vector<SnapshotResult> takeSnapshots(Console& console, const std::vector<ListedCamera>& cameras,
-                                          const QString& folder, bool isJson)
+QString snapshotFolderProblem(const QString& folder)
 {
-    return Taker(console, folder, isJson).take(cameras);
+    if (!reachesTheBag(QDir(folder).absolutePath()))
+        return "A feature bag cannot be written into " + printable(folder) +
+               ": the name has characters beyond Latin-1.";
+    return exportFolderProblem(folder);
+}
+
+std::vector<SnapshotResult> takeSnapshots(Console& console, const std::vector<ListedCamera>& cameras,
+                                          const SnapshotTask& task)
+{
+    return Taker(console, task).take(cameras);
 }
 
 } // namespace companion

@@ -6,6 +6,7 @@
 
 #include "iefeatures/cameras/ListedCamera.h"
 #include "iefeatures/console/Console.h"
+#include "iefeatures/exports/ExportVerdict.h"
 
 #include <QString>
 #include <QStringList>
@@ -18,12 +19,15 @@ namespace companion
 
 struct Snapshot
 {
-    QString folder; // of this one
-    QString featuresFile;
+    QString folder;       // of this one
+    QString featuresFile; // empty: none, and then there is the other
     QString bagFile;
+
+    bool isWhole() const { return !featuresFile.isEmpty() && !bagFile.isEmpty(); }
 };
 
-// The snapshot in `folder`; nothing, and a sentence in `problem`, when there is none.
+// The snapshot in `folder`, or what is left of it: one of its two files. Nothing, and a sentence in
+// `problem`, when there is none.
 std::optional<Snapshot> findSnapshot(const QString& folder, QString& problem);
 
 struct SnapshotResult
@@ -32,12 +36,22 @@ struct SnapshotResult
     QString folder; // empty when it could not be made
     std::optional<Snapshot> snapshot;
     QStringList problems; // sentences; not empty exactly when there is no snapshot
-    QStringList remarks;  // what its exports have to say all the same
+    QStringList untold;   // those of them that nobody was told of yet, and what is to be told all the same
 };
 
-// Takes one of each camera, all at the same time, in new folders below `folder`, which must exist. The job's
-// own signals are told by `run`'s rules; its job is chosen here. In the cameras' order.
+// Why no snapshot can go into the folder, a printable sentence; empty: one can.
+QString snapshotFolderProblem(const QString& folder);
+
+struct SnapshotTask
+{
+    QString folder;      // must exist
+    bool isJson = false; // the jobs' signals are told as JSON lines
+    Unreadable unreadable = Unreadable::Refused;
+};
+
+// Takes one of each camera, all at the same time, in new folders below the task's. One that fails leaves no
+// folder. In the cameras' order.
 std::vector<SnapshotResult> takeSnapshots(Console& console, const std::vector<ListedCamera>& cameras,
-                                          const QString& folder, bool isJson);
+                                          const SnapshotTask& task);
 
 } // namespace companion

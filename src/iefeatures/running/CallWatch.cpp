@@ -28,8 +28,17 @@ CallWatch::CallWatch(const std::vector<ListedCamera>& cameras, std::function<boo
       m_features(features.begin(), features.end())
 {
     for (const ListedCamera& camera : cameras)
-        m_entries.push_back(
-            {camera.device.nDeviceID, camera.device.stDeviceInfo, {}, {}, KX_OK, {}, {}, KX_OK, {}, {}});
+        m_entries.push_back({camera.device.nDeviceID,
+                             camera.device.stDeviceInfo,
+                             {},
+                             {},
+                             KX_OK,
+                             {},
+                             {},
+                             KX_OK,
+                             {},
+                             {},
+                             nullptr});
     KX_CC_SetCallObserver(nullptr, &CallWatch::observe, this);
 }
 
@@ -60,6 +69,20 @@ CallWatch::Findings CallWatch::findings(int deviceId) const
         return {};
     return {entry->failedCalls.failures(), entry->bagStatus, entry->bagText, entry->changes,
             entry->openStatus};
+}
+
+void CallWatch::release(int deviceId)
+{
+    KX_HANDLE left = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (const Entry* entry = entryOf(deviceId))
+            left = entry->open;
+    }
+    if (!left)
+        return;
+    KX_CC_CloseDevice(left); // which is observed, too
+    KX_CC_DestroyHandle(left);
 }
 
 int CallWatch::observe(void* user, const KX_CallEvent* event)
@@ -115,7 +138,10 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
         entry.metFeatures.insert(feature);
     tally.features = entry.metFeatures.size();
     tally.hasLineFailed = tally.hasLineFailed || tellsLineFailure(event);
+    if (event.operation == KX_OP_CLOSE)
+        entry.open = nullptr;
     if (event.operation == KX_OP_OPEN) {
+        entry.open = event.status == KX_OK ? event.handle : nullptr;
         entry.openStatus = event.status;
         (event.status == KX_OK ? tally.wasOpened : tally.hasOpenFailed) = true;
     }

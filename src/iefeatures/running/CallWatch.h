@@ -51,6 +51,9 @@ public:
     // From any thread; an empty one for an unknown id.
     Tally tally(int deviceId) const;
 
+    // Closes what a job has left open that was ended by an exception; on the job's thread.
+    void release(int deviceId);
+
     // What a job leaves behind and its signals do not tell.
     struct Findings
     {
@@ -78,6 +81,7 @@ private:
         KX_Status openStatus = KX_OK;
         QString inHand; // the feature of the last call that was not refused
         QSet<QString> metFeatures;
+        KX_HANDLE open = nullptr; // null: closed
     };
     bool refuses(const KX_CallEvent& event, Entry& entry) const;
     QString featureOf(const KX_CallEvent& event) const;

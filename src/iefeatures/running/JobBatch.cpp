@@ -5,6 +5,8 @@
 
 #include <QTimer>
 
+#include <utility>
+
 namespace companion
 {
 namespace
@@ -12,10 +14,31 @@ namespace
 
 constexpr int kTickMilliseconds = 100;
 
+// A job that runs out of memory must not take the process and the other jobs with it.
+class GuardedWorker : public QOperateThread
+{
+public:
+    explicit GuardedWorker(std::function<void()> caught) : m_caught(std::move(caught)) {}
+
+protected:
+    void run() override
+    {
+        try {
+            QOperateThread::run();
+        } catch (...) {
+            m_caught();
+        }
+    }
+
+private:
+    const std::function<void()> m_caught;
+};
+
 } // namespace
 
-JobBatch::JobBatch(const std::vector<ListedCamera>& cameras, SetUp setUp, JobListener& listener)
-    : m_setUp(std::move(setUp)), m_listener(listener), m_jobs(cameras.size())
+JobBatch::JobBatch(const std::vector<ListedCamera>& cameras, SetUp setUp, JobListener& listener,
+                   Release release)
+    : m_setUp(std::move(setUp)), m_release(std::move(release)), m_listener(listener), m_jobs(cameras.size())
 {
     for (size_t i = 0; i < cameras.size(); ++i)
         m_jobs[i].outcome.camera = cameras[i];
@@ -29,10 +52,12 @@ std::vector<JobOutcome> JobBatch::run(const std::function<bool()>& mayStart)
     startWhatMay();
     if (m_running > 0) {
         QTimer ticks;
-        QObject::connect(&ticks, &QTimer::timeout, [this] { m_listener.tick(); });
+        QObject::connect(&ticks, &QTimer::timeout, [this] { guarded([this] { m_listener.tick(); }); });
         ticks.start(kTickMilliseconds);
         m_loop.exec();
     }
+    if (m_failure)
+        std::rethrow_exception(m_failure);
     std::vector<JobOutcome> outcomes;
     for (Job& job : m_jobs)
         outcomes.push_back(job.outcome);
@@ -47,23 +72,27 @@ void JobBatch::startWhatMay()
 
 void JobBatch::start(Job& job)
 {
-    job.worker = std::make_unique<QOperateThread>();
-    QOperateThread* worker = job.worker.get();
     JobOutcome& outcome = job.outcome;
+    job.worker = std::make_unique<GuardedWorker>([this, &outcome] {
+        keepFailure();
+        if (m_release)
+            m_release(outcome.camera);
+    });
+    QOperateThread* worker = job.worker.get();
     QObject::connect(worker, &QOperateThread::SigBeginThread, &m_here, [this, &outcome](long, unsigned type) {
         outcome.type = type;
-        m_listener.begin(outcome.camera, type);
+        guarded([&] { m_listener.begin(outcome.camera, type); });
     });
     QObject::connect(worker, &QOperateThread::SigThreadInfo, &m_here,
                      [this, &outcome](long, const QString& message, bool isFailure) {
                          outcome.hasFailed = outcome.hasFailed || isFailure;
-                         m_listener.info(outcome.camera, message, isFailure);
+                         guarded([&] { m_listener.info(outcome.camera, message, isFailure); });
                      });
     QObject::connect(worker, &QOperateThread::SigEndThread, &m_here,
                      [this, &job](long, unsigned type, const QString& path) {
                          job.outcome.path = path;
                          job.outcome.seconds = double(job.clock.nsecsElapsed()) / 1e9;
-                         m_listener.end(job.outcome.camera, type, path);
+                         guarded([&] { m_listener.end(job.outcome.camera, type, path); });
                      });
     QObject::connect(worker, &QThread::finished, &m_here, [this, worker, &outcome] {
         worker->wait();
@@ -75,6 +104,23 @@ void JobBatch::start(Job& job)
     m_setUp(*worker, outcome.camera.device);
     job.clock.start();
     worker->start();
+}
+
+void JobBatch::keepFailure()
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_failure)
+        m_failure = std::current_exception();
+}
+
+// Nothing may be thrown through the event loop, with workers that still run.
+void JobBatch::guarded(const std::function<void()>& body)
+{
+    try {
+        body();
+    } catch (...) {
+        keepFailure();
+    }
 }
 
 void JobBatch::finish()

@@ -7,8 +7,10 @@
 #include <QEventLoop>
 #include <QObject>
 
+#include <exception>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 class QOperateThread;
@@ -43,12 +45,16 @@ class JobBatch
 {
 public:
     using SetUp = std::function<void(QOperateThread& worker, const StructDeviceInfo& device)>;
-    JobBatch(const std::vector<ListedCamera>& cameras, SetUp setUp, JobListener& listener);
+    // Gives up the connection that a job has left open, on the job's thread.
+    using Release = std::function<void(const ListedCamera& camera)>;
+    JobBatch(const std::vector<ListedCamera>& cameras, SetUp setUp, JobListener& listener,
+             Release release = {});
     ~JobBatch();
 
     // Runs an event loop until every job is over and gives the outcomes in the cameras' order. As many jobs
     // as the suite supports in one batch run at once, the others wait; one that fails does not stop the
-    // others. No job is started when `mayStart` says no.
+    // others. No job is started when `mayStart` says no. What a job or a listener has thrown is thrown again
+    // when all are over.
     std::vector<JobOutcome> run(const std::function<bool()>& mayStart);
 
 private:
@@ -62,8 +68,13 @@ private:
     void startWhatMay();
     void start(Job& job);
     void finish();
+    void keepFailure();
+    void guarded(const std::function<void()>& body);
 
     SetUp m_setUp;
+    const Release m_release;
+    std::mutex m_mutex;
+    std::exception_ptr m_failure;
     JobListener& m_listener;
     std::function<bool()> m_mayStart;
     std::vector<Job> m_jobs;

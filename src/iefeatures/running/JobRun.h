@@ -6,6 +6,7 @@
 #include "iefeatures/running/CallWatch.h"
 #include "iefeatures/running/JobBatch.h"
 
+#include <functional>
 #include <vector>
 
 namespace companion
@@ -19,6 +20,14 @@ struct JobRecord
     CallWatch::Findings findings;
 };
 
+// What somebody has made of a job that is over, before its end is told.
+struct JobEnd
+{
+    QString path;      // told in place of the job's own
+    QString problem;   // makes it a failure, told as one; empty: none but what the job has told
+    QStringList notes; // told as well
+};
+
 struct JobRun
 {
     JobBatch::SetUp setUp;
@@ -26,6 +35,8 @@ struct JobRun
     CallWatch::Refusal refusal = CallWatch::Refusal::AtOnce; // when interrupted
     CallWatch::Blocks blocks = {};
     QStringList features = {}; // that the jobs are expected to come to, where that is known beforehand
+    // Asked when a job is over, on the thread that runs them; its time and result code are not known yet.
+    std::function<JobEnd(const JobRecord& record)> conclude = {};
 };
 
 // In the cameras' order. Blocks until all are over; an interrupt (Interrupt.h) ends them early.

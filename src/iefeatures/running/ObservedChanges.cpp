@@ -65,9 +65,9 @@ void ObservedChanges::take(const KX_CallEvent& event)
     if (!event.finished || event.status != KX_OK || !event.value)
         return;
     if (event.operation == KX_OP_OPEN) {
-        const QByteArray description(static_cast<const char*>(event.value));
-        if (!description.isEmpty())
-            m_descriptionHash = QCryptographicHash::hash(description, QCryptographicHash::Sha256).toHex();
+        m_description = QByteArray(static_cast<const char*>(event.value));
+        if (!m_description.isEmpty())
+            m_descriptionHash = QCryptographicHash::hash(m_description, QCryptographicHash::Sha256).toHex();
     } else if (event.operation == KX_OP_READ_MEMORY || event.operation == KX_OP_WRITE_MEMORY) {
         const Change thing{{}, true, event.address, {}, {}};
         takeValue(thing, event.operation == KX_OP_WRITE_MEMORY, textOf(event), m_registers[event.address]);

@@ -3,6 +3,7 @@
 
 #include <KXCameraControl/KXCameraControl.h>
 
+#include <QByteArray>
 #include <QString>
 
 #include <map>
@@ -20,6 +21,8 @@ struct Change
     int64_t address = 0; // of a register
     QString from;        // null when it was not read before
     QString to;
+    QString under =
+        {}; // "GainSelector=Red", where selectors were moved (NetChanges.h); empty: nothing of the kind
 };
 
 // Values are told as features files have them (an enumeration's number, six digits of a float); registers as
@@ -37,6 +40,8 @@ public:
     const std::set<int64_t>& seenRegisters() const { return m_seenRegisters; }
     // SHA-256 in hexadecimal; empty before the camera was opened, or when it has none.
     const QString& descriptionHash() const { return m_descriptionHash; }
+    // Empty when there is none to read in.
+    const QByteArray& description() const { return m_description; }
     // As the camera told it; empty when nobody asked.
     QString firmware() const;
 
@@ -48,6 +53,7 @@ private:
     std::vector<Change> m_changes;
     std::set<QString> m_seenFeatures;
     std::set<int64_t> m_seenRegisters;
+    QByteArray m_description;
     QString m_descriptionHash;
 };
 

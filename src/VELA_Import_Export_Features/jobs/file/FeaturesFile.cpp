@@ -1,11 +1,11 @@
 #include "jobs/file/FeaturesFile.h"
 
+#include "jobs/file/RegularFile.h"
 #include "jobs/file/XmlSafety.h"
 
 #include <SuiteTools/SuiteTools.h>
 
 #include <QFile>
-#include <QFileInfo>
 #include <QStringList>
 
 namespace ie
@@ -98,7 +98,7 @@ LoadedFile loadFeaturesFile(const QString& path)
 {
     LoadedFile loaded;
     QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) {
+    if (!openRegular(file, QIODevice::ReadOnly).isEmpty()) {
         loaded.failure = LoadedFile::Failure::NotOpened;
         return loaded;
     }
@@ -106,7 +106,12 @@ LoadedFile loadFeaturesFile(const QString& path)
         loaded.failure = LoadedFile::Failure::TooLarge;
         return loaded;
     }
-    const QString text(file.readAll());
+    return loadFeaturesText(file.readAll());
+}
+
+LoadedFile loadFeaturesText(const QString& text)
+{
+    LoadedFile loaded;
     if (text.isEmpty())
         loaded.failure = LoadedFile::Failure::Empty;
     else if (!isSafeToParse(text) || !loaded.document.setContent(text))

@@ -84,6 +84,8 @@ struct LoadedFile
 constexpr qint64 kMaximumFileSize = 512 * 1024 * 1024; // bytes
 // The bytes are taken as UTF-8 up to a zero byte, whatever the file declares, without a byte-order mark.
 LoadedFile loadFeaturesFile(const QString& path);
+// The same of a file's text.
+LoadedFile loadFeaturesText(const QString& text);
 
 // The records of one parsed file, in document order. `document` is any well-formed XML; what is
 // missing is left empty and told by `hasFeatures`.

@@ -1,9 +1,11 @@
 // The export's job: what stays out, what the text is built from, and where it goes.
 #include "jobs/export/FeaturesExport.h"
+#include "jobs/file/RegularFile.h"
 #include "jobs/file/WholeFile.h"
 #include "jobs/rules/ControlFeature.h"
 #include "jobs/rules/DeviceNames.h"
 #include "jobs/rules/ImportRules.h"
+#include "jobs/rules/StreamableFilters.h"
 #include "jobs/worker/QOperateThread.h"
 
 #include "camera_line/RecordTexts.h"
@@ -57,11 +59,11 @@ void QOperateThread::LoadStreamableFilter()
 {
     if (!m_mapFeatureFilter.isEmpty())
         return;
-    const QString strFolder = VELAInterface::programDataPath() + "/Streamable";
-    for (const QString strWord : {"CL", "CXP", "GigE", "U3V"}) {
-        QFile file(QString("%1/%2.filter").arg(strFolder, strWord));
-        if (file.open(QIODevice::ReadOnly))
-            m_mapFeatureFilter[strWord] = QTextStream(&file).readAll().split(','); // untrimmed. Meant.
+    for (const ie::StreamableFilter& filter : ie::streamableFilters()) {
+        QFile file(filter.path);
+        if (ie::openRegular(file, QIODevice::ReadOnly).isEmpty())
+            m_mapFeatureFilter[filter.transport] =
+                QTextStream(&file).readAll().split(','); // untrimmed. Meant.
     }
 }
 

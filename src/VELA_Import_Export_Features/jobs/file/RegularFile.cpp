@@ -1,0 +1,64 @@
+#include "jobs/file/RegularFile.h"
+
+#include <QFileInfo>
+
+#if defined(Q_OS_UNIX)
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#endif
+
+namespace ie
+{
+namespace
+{
+
+const char kNoFile[] = "it is no regular file";
+
+#if defined(Q_OS_UNIX)
+int flagsOf(QIODevice::OpenMode mode, LinkRule links)
+{
+    int flags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    flags |= mode & QIODevice::WriteOnly ? O_CREAT : 0;
+    flags |= mode & QIODevice::Append ? O_APPEND : 0;
+    flags |= links == LinkRule::Refused ? O_NOFOLLOW : 0;
+    if ((mode & QIODevice::ReadWrite) == QIODevice::ReadWrite)
+        return flags | O_RDWR;
+    return flags | (mode & QIODevice::WriteOnly ? O_WRONLY : O_RDONLY);
+}
+
+QString causeOf(int error)
+{
+    if (error == ELOOP)
+        return "it is a link";
+    const bool isNoFile = error == ENXIO || error == EISDIR; // a pipe that nobody reads, a socket, a folder
+    return isNoFile ? QString(kNoFile) : QString::fromLocal8Bit(std::strerror(error));
+}
+#endif
+
+} // namespace
+
+QString openRegular(QFile& file, QIODevice::OpenMode mode, LinkRule links)
+{
+#if defined(Q_OS_UNIX)
+    const int handle = ::open(QFile::encodeName(file.fileName()).constData(), flagsOf(mode, links), 0666);
+    if (handle == -1)
+        return causeOf(errno);
+    struct stat about = {};
+    const bool isRegular = ::fstat(handle, &about) == 0 && S_ISREG(about.st_mode);
+    if (isRegular && file.open(handle, mode, QFileDevice::AutoCloseHandle))
+        return {};
+    ::close(handle);
+    return isRegular ? file.errorString() : QString(kNoFile);
+#else
+    const QFileInfo about(file.fileName());
+    if (about.exists() && (!about.isFile() || (links == LinkRule::Refused && about.isSymLink())))
+        return kNoFile;
+    return file.open(mode) ? QString() : file.errorString();
+#endif
+}
+
+} // namespace ie
