@@ -57,6 +57,8 @@ KX_Status NodeMap::registerCoverage(uint64_t address, uint64_t length, KX_Regist
         };
         count(registers.lyingIn(address, length), result.registers, result.writable);
         count(registers.unplaced(), result.unplaced, result.unplacedWritable);
+        result.registers += static_cast<uint32_t>(registers.countElsewhere(address, length));
+        result.unplaced += static_cast<uint32_t>(registers.countUnplacedElsewhere());
         coverage = result;
     });
 }

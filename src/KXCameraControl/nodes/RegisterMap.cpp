@@ -11,30 +11,48 @@ RegisterMap::RegisterMap(const NodeTable& table, const FeatureLinks& links)
       m_registers(table, m_line, [this](const Node& node) { return m_values.value(node).asInteger(); })
 {
     for (const Node& node : table.nodes()) {
-        if (isRegisterKind(node.kind) && Registers::isInMemory(node))
-            place(node);
+        if (!isRegisterKind(node.kind))
+            continue;
+        Placed placed{&node, {}};
+        const bool isPlaced = place(node, placed);
+        const bool isInMemory = Registers::isInMemory(node);
+        if (isPlaced)
+            (isInMemory ? m_placed : m_elsewhere).push_back(std::move(placed));
+        else if (isInMemory)
+            m_unplaced.push_back(&node);
+        else
+            ++m_unplacedElsewhere;
     }
+}
+
+bool RegisterMap::liesIn(const Placed& placed, uint64_t address, uint64_t length)
+{
+    if (length == 0)
+        return false;
+    const uint64_t last = length - 1 > ~address ? ~uint64_t{0} : address + (length - 1);
+    return std::any_of(placed.spans.begin(), placed.spans.end(),
+                       [&](const Span& span) { return span.first <= last && span.last >= address; });
+}
+
+size_t RegisterMap::countElsewhere(uint64_t address, uint64_t length) const
+{
+    return static_cast<size_t>(
+        std::count_if(m_elsewhere.begin(), m_elsewhere.end(),
+                      [&](const Placed& placed) { return liesIn(placed, address, length); }));
 }
 
 std::vector<const Node*> RegisterMap::lyingIn(uint64_t address, uint64_t length) const
 {
     std::vector<const Node*> found;
-    if (length == 0)
-        return found;
-    const uint64_t last = length - 1 > ~address ? ~uint64_t{0} : address + (length - 1);
-    for (const Placed& placed : m_placed) {
-        const bool lies = std::any_of(placed.spans.begin(), placed.spans.end(), [&](const Span& span) {
-            return span.first <= last && span.last >= address;
-        });
-        if (lies)
+    for (const Placed& placed : m_placed)
+        if (liesIn(placed, address, length))
             found.push_back(placed.node);
-    }
     return found;
 }
 
-void RegisterMap::place(const Node& node)
+// False: only the camera can tell.
+bool RegisterMap::place(const Node& node, Placed& placed)
 {
-    Placed placed{&node, {}};
     std::vector<Choice> choices;
     bool isKnown = false;
     try {
@@ -52,10 +70,7 @@ void RegisterMap::place(const Node& node)
     } catch (const FormulaError&) {
         isKnown = false;
     }
-    if (isKnown)
-        m_placed.push_back(std::move(placed));
-    else
-        m_unplaced.push_back(&node);
+    return isKnown;
 }
 
 // What moves the register, with all that they can be set to. False when one can be anything.

@@ -23,6 +23,10 @@ public:
     std::vector<const Node*> lyingIn(uint64_t address, uint64_t length) const;
     // Registers whose place only the camera can tell.
     const std::vector<const Node*>& unplaced() const { return m_unplaced; }
+    // Registers of chunk and event data: their addresses count within the data, and exports name them all the
+    // same. How many have an address in the range, and of how many it cannot be told.
+    size_t countElsewhere(uint64_t address, uint64_t length) const;
+    size_t countUnplacedElsewhere() const { return m_unplacedElsewhere; }
 
 private:
     // Both inclusive.
@@ -42,7 +46,8 @@ private:
         std::vector<int64_t> values;
     };
 
-    void place(const Node& node);
+    static bool liesIn(const Placed& placed, uint64_t address, uint64_t length);
+    bool place(const Node& node, Placed& placed);
     bool choicesOf(const Node& node, std::vector<Choice>& choices);
     std::vector<int64_t> valuesOf(const Node& feature);
     void choose(const std::vector<Choice>& choices, size_t combination);
@@ -54,6 +59,8 @@ private:
     Registers m_registers;
     std::vector<Placed> m_placed;
     std::vector<const Node*> m_unplaced;
+    std::vector<Placed> m_elsewhere;
+    size_t m_unplacedElsewhere = 0;
 };
 
 } // namespace kx
