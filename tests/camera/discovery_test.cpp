@@ -354,7 +354,8 @@ TEST(Discovery, whatIsNoPlaceToSearchIsNamed)
               "KX_CAMERA_INTERFACES: \"eth99\" is no network interface that this machine has now.\n");
     EXPECT_EQ(problemsOf("127.255.0.1", ""),
               "KX_CAMERA_INTERFACES: \"127.255.0.1\" is no network interface that this machine has now.\n");
-    for (const std::string word : {"127.0.0.1 127.0.0.2", "gate1", "127.0.0.256", "127.0.0.1:3956", "0.0.0.0"})
+    for (const std::string word :
+         {"127.0.0.1 127.0.0.2", "gate1", "127.0.0.256", "127.0.0.1:3956", "0.0.0.0"})
         EXPECT_EQ(problemsOf("none", ("127.0.0.3," + word).c_str()),
                   "KX_CAMERA_ADDRESSES: \"" + word + "\" is no address; several are separated by commas.\n");
 }

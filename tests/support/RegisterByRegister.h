@@ -1,5 +1,5 @@
-// As long as it lives, cameras that are opened are asked for each register when it is needed: a fault that comes
-// after so many requests comes in the middle of a job then, which reading ahead would have finished.
+// As long as it lives, cameras that are opened are asked for each register when it is needed: a fault that
+// comes after so many requests comes in the middle of a job then, which reading ahead would have finished.
 #pragma once
 
 #include <QtGlobal>
