@@ -118,7 +118,7 @@ EmulatedCamera::EmulatedCamera(const CameraConfig& config) : m_state(std::make_u
 
 EmulatedCamera::~EmulatedCamera()
 {
-    stop();
+    EmulatedCamera::stop();
 }
 
 StartResult EmulatedCamera::start()

@@ -305,7 +305,7 @@ SerialCamera::SerialCamera(const CameraConfig& config, const SerialConfig& seria
 
 SerialCamera::~SerialCamera()
 {
-    stop();
+    SerialCamera::stop();
 }
 
 StartResult SerialCamera::start()

@@ -112,7 +112,7 @@ KX_Status fetchFrom(Port& port, const std::string& url, SharedDescription& descr
             return status;
     }
     const bool canProveItself = isKnown || evidenceOf(found->memory(), anyNumber);
-    description = canProveItself ? rememberDescription(key, std::move(found), !isKnown) : std::move(found);
+    description = canProveItself ? rememberDescription(key, found, !isKnown) : found;
     return KX_OK;
 }
 

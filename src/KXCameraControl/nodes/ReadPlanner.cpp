@@ -383,19 +383,19 @@ void ReadPlanner::addRawPlaces(const Node& feature, std::vector<RawPlace>& place
 {
     std::vector<const Node*> found = {&feature};
     for (size_t i = 0; i < found.size() && i < maximumDepth; ++i) {
-        const Node& node = *found[i];
-        for (const Property& property : node.properties) {
+        const Node* const node = found[i]; // the list grows below
+        for (const Property& property : node->properties) {
             const bool isWay = isValueReference(property.tag) || property.tag == Tag::pAddress ||
                                property.tag == Tag::pVariable || property.tag == Tag::pLength;
             if (isWay && property.target &&
                 std::find(found.begin(), found.end(), property.target) == found.end())
                 found.push_back(property.target);
         }
-        const bool isRegister = isRegisterKind(node.kind) && mayBeReadAhead(node, Use::Value);
-        const auto place = isRegister ? placeOf(node) : std::nullopt;
+        const bool isRegister = isRegisterKind(node->kind) && mayBeReadAhead(*node, Use::Value);
+        const auto place = isRegister ? placeOf(*node) : std::nullopt;
         if (!place)
             continue;
-        const bool isForeign = !Registers::isInMemory(node);
+        const bool isForeign = !Registers::isInMemory(*node);
         places.push_back({*place, isForeign});
         // Lines name whole words: who gets nothing at the half of one asks for those around it.
         if (place->address % 4 == 2)
