@@ -1,24 +1,16 @@
 #include "KXCameraControl/ports/Refusal.h"
 
+#include "gencp/Gencp.h"
+
 #include <cstdio>
 
 namespace kx
 {
 
+using namespace gencp;
+
 namespace
 {
-
-enum Code : uint16_t
-{
-    Success = 0x0000,
-    NotImplemented = 0x8001,
-    InvalidParameter = 0x8002,
-    InvalidAddress = 0x8003,
-    WriteProtect = 0x8004,
-    BadAlignment = 0x8005,
-    AccessDenied = 0x8006,
-    Busy = 0x8007
-};
 
 const char* wordsOf(uint16_t code)
 {
