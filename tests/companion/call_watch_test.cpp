@@ -20,10 +20,12 @@ protected:
         std::vector<KX_DeviceEntry> entries;
         ASSERT_EQ(companion::enumerateCameras(entries), KX_OK);
         m_cameras = companion::camerasFrom(entries);
-        const CallWatch::Blocks blocks{{kGain, "Gain"}, {kGain + 4, "Gain"}};
+        m_expected.blocks = {{kGain, "Gain"}, {kGain + 4, "Gain"}};
+        for (const char* feature : {"Height", "Gain", "Width"})
+            m_expected.name(feature, {});
         m_watch = std::make_unique<CallWatch>(
-            m_cameras, [this] { return isInterrupted; }, refusal, blocks,
-            QStringList{"Height", "Gain", "Width"});
+            m_cameras, [this] { return isInterrupted; }, refusal,
+            [this](const companion::ListedCamera&) { return &m_expected; });
         m_line =
             std::make_unique<CameraConnection>(m_cameras.front().device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
         ASSERT_EQ(m_line->status(), KX_OK);
@@ -50,6 +52,7 @@ protected:
 
 private:
     std::vector<companion::ListedCamera> m_cameras;
+    companion::NamedFeatures m_expected;
     std::unique_ptr<CallWatch> m_watch;
     std::unique_ptr<CameraConnection> m_line;
 };

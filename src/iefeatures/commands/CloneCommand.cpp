@@ -127,12 +127,11 @@ int CloneCommand::clone(World& world, const Roles& roles) const
 
     ImportTask task;
     task.command = name();
-    task.features = file;
     task.source = roles.source();
     task.isJson = m_json;
     m_options.fill(task);
     task.isVerified = true;
-    return ImportProcedure(world.console, task).run(roles.targets);
+    return ImportProcedure(world.console, task).run(importJobs(roles.targets, readImportFiles({}, file)));
 }
 
 // The file's path; empty when there is none.

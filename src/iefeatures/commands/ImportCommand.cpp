@@ -85,13 +85,14 @@ int ImportCommand::import(Console& console, const std::vector<ListedCamera>& cam
                         {{CheckMode::Plan, false, m_isForced}, m_options.detail(), wantsJson()});
     ImportTask task;
     task.command = name();
-    (holdsBag() ? task.bag : task.features) = file;
     task.only = onlyNames();
-    task.original = QString::fromStdString(m_file);
     task.isForced = m_isForced;
     task.isJson = wantsJson();
     m_options.fill(task);
-    return ImportProcedure(console, task).run(cameras);
+    const QString original = m_only.empty() ? QString() : QString::fromStdString(m_file);
+    const SharedImportFiles files =
+        holdsBag() ? readImportFiles(file, {}) : readImportFiles({}, file, original);
+    return ImportProcedure(console, task).run(importJobs(cameras, files));
 }
 
 } // namespace companion

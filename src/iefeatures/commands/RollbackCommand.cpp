@@ -57,7 +57,8 @@ int RollbackCommand::execute(World& world)
     return search.codeOf(runLogged(world.console, m_log, [&] {
         if (const int code = proveCameras(world.console, search.cameras(), file.content))
             return code;
-        return ImportProcedure(world.console, taskFor(world.console, *snapshot)).run(search.cameras());
+        return ImportProcedure(world.console, task())
+            .run(importJobs(search.cameras(), filesOf(world.console, *snapshot)));
     }));
 }
 
@@ -99,27 +100,30 @@ int RollbackCommand::proveCameras(Console& console, const std::vector<ListedCame
     return exitCodeOf(verdict);
 }
 
-ImportTask RollbackCommand::taskFor(Console& console, const Snapshot& snapshot) const
+ImportTask RollbackCommand::task() const
 {
     ImportTask task;
     m_options.fill(task);
     task.command = name();
-    task.features = snapshot.featuresFile;
-    task.isVerified = !snapshot.featuresFile.isEmpty();
+    task.isVerified = true;
     task.tellsChanges = true;
     task.isForced = m_isForced;
     task.isJson = m_json;
-    if (!task.isVerified)
-        console.err(std::string("The snapshot has no features file; its feature bag alone is taken.\n"));
-    const bool isEmpty = namedByBag(snapshot.bagFile).names.isEmpty();
-    if (!task.isVerified || !isEmpty)
-        task.bag = snapshot.bagFile;
-    else
-        console.err(
-            snapshot.bagFile.isEmpty()
-                ? std::string("The snapshot has no feature bag; its features file alone is taken.\n")
-                : std::string("The snapshot's feature bag is empty; its features file alone is taken.\n"));
     return task;
+}
+
+SharedImportFiles RollbackCommand::filesOf(Console& console, const Snapshot& snapshot)
+{
+    const QString& file = snapshot.featuresFile;
+    const QString& bag = snapshot.bagFile;
+    if (file.isEmpty())
+        console.err(std::string("The snapshot has no features file; its feature bag alone is taken.\n"));
+    else if (bag.isEmpty())
+        console.err(std::string("The snapshot has no feature bag; its features file alone is taken.\n"));
+    if (file.isEmpty() || bag.isEmpty() || !namedByBag(bag).names.isEmpty())
+        return readImportFiles(bag, file);
+    console.err(std::string("The snapshot's feature bag is empty; its features file alone is taken.\n"));
+    return readImportFiles({}, file);
 }
 
 // The feature bag is loaded without a look at whom it belongs to, so that has to come before. A bag alone

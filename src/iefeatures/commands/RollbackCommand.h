@@ -26,7 +26,8 @@ private:
     int objectTo(Console& console, const ListedCamera& camera, const Snapshot& snapshot,
                  const ie::FeaturesHeader& header) const;
 
-    ImportTask taskFor(Console& console, const Snapshot& snapshot) const;
+    ImportTask task() const;
+    static SharedImportFiles filesOf(Console& console, const Snapshot& snapshot);
 
     std::string m_snapshot;
     CameraSelection m_selection;

@@ -14,10 +14,11 @@ namespace companion
 
 struct NamedFeatures
 {
+    using Blocks = std::map<int64_t, QString>; // of register entries of a features file: their features
+
     QStringList names;             // in the file's order, each once
     QMap<QString, QString> values; // of each name: its last text; null for a register block
-    std::map<int64_t, QString>
-        blocks; // of the register entries of a features file: the feature they belong to
+    Blocks blocks;
 
     void name(const QString& feature, const QString& text);
     void add(const NamedFeatures& behind); // of a file that is imported behind this one

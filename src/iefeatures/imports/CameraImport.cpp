@@ -74,16 +74,17 @@ ImportOutcome summed(const CameraImport& result)
     return sum;
 }
 
-std::vector<Change> changesOf(const CameraImport& result, const NamedFeatures& named)
+std::vector<Change> changesOf(const CameraImport& result)
 {
+    const NamedFeatures::Blocks& blocks = result.files->named.blocks;
     std::vector<Change> changes;
     QByteArray description;
     for (const ImportOutcome& job : result.jobs) {
         if (!job.record.findings.changes.description().isEmpty())
             description = job.record.findings.changes.description();
         for (Change change : job.record.findings.changes.changes()) {
-            const auto block = change.isRegister ? named.blocks.find(change.address) : named.blocks.end();
-            if (block != named.blocks.end())
+            const auto block = change.isRegister ? blocks.find(change.address) : blocks.end();
+            if (block != blocks.end())
                 change.feature = block->second;
             changes.push_back(change);
         }
@@ -91,8 +92,9 @@ std::vector<Change> changesOf(const CameraImport& result, const NamedFeatures& n
     return netChanges(changes, changes.empty() ? Selectors() : selectorsIn(description));
 }
 
-QStringList notReached(const CameraImport& result, const NamedFeatures& named)
+QStringList notReached(const CameraImport& result)
 {
+    const NamedFeatures& named = result.files->named;
     QStringList names = named.names;
     const auto drop = [&names](const QString& name) { names.removeAll(name); };
     for (const ImportOutcome& job : result.jobs) {

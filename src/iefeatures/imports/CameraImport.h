@@ -2,7 +2,7 @@
 #pragma once
 
 #include "iefeatures/check/CameraCheck.h"
-#include "iefeatures/files/NamedFeatures.h"
+#include "iefeatures/imports/ImportFiles.h"
 #include "iefeatures/imports/ImportSummary.h"
 #include "iefeatures/imports/Snapshot.h"
 
@@ -15,6 +15,7 @@ namespace companion
 struct CameraImport
 {
     ListedCamera camera;
+    SharedImportFiles files;                // that it is set by
     bool isRefused = false;                 // before anything was done; `check` says why
     std::optional<SnapshotResult> snapshot; // when one was asked for
     std::vector<ImportOutcome> jobs;        // feature bag, features file; those that were begun
@@ -36,8 +37,8 @@ ImportOutcome summed(const CameraImport& result);
 
 // What all jobs have changed in the end, in the order of the first writes, registers with the names of their
 // features.
-std::vector<Change> changesOf(const CameraImport& result, const NamedFeatures& named);
+std::vector<Change> changesOf(const CameraImport& result);
 // Features of the files that no job has come to.
-QStringList notReached(const CameraImport& result, const NamedFeatures& named);
+QStringList notReached(const CameraImport& result);
 
 } // namespace companion

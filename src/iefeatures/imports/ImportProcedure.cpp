@@ -9,10 +9,11 @@
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/exports/ExportStage.h"
-#include "iefeatures/files/FeatureBagInput.h"
 #include "iefeatures/running/NetChanges.h"
 
 #include "jobs/worker/QOperateThread.h"
+
+#include <algorithm>
 
 namespace companion
 {
@@ -54,31 +55,15 @@ QString quoted(QString word)
     return '\'' + word.replace('\'', "'\\''") + '\'';
 }
 
-// Of two files the first that is none makes the verdict.
-FeaturesFileInput inputOf(const ImportTask& task)
-{
-    const FeaturesFileInput bag = task.bag.isEmpty() ? FeaturesFileInput() : lookAtFeatureBag(task.bag);
-    if (!bag.isGood() || task.features.isEmpty())
-        return bag;
-    return readFeaturesFile(task.features);
-}
-
-NamedFeatures namedByBoth(const ImportTask& task, const FeaturesFileInput& input)
-{
-    NamedFeatures named = namedByBag(task.bag);
-    named.add(namedBy(input.content));
-    return named;
-}
-
 void markRefused(CameraImport& result, CameraVerdict verdict, const QString& error)
 {
     result.isRefused = true;
     result.check = CameraCheck{result.camera, verdict, error, {}, {}};
 }
 
-ImportTraces tracesOf(const CameraImport& result, const NamedFeatures& named)
+ImportTraces tracesOf(const CameraImport& result)
 {
-    ImportTraces traces{changesOf(result, named), {}};
+    ImportTraces traces{changesOf(result), {}};
     for (const ImportOutcome& job : result.jobs) {
         const std::vector<EntryCheck> failed = failedEntries(job);
         traces.failures.insert(traces.failures.end(), failed.begin(), failed.end());
@@ -89,22 +74,26 @@ ImportTraces tracesOf(const CameraImport& result, const NamedFeatures& named)
 } // namespace
 
 ImportProcedure::ImportProcedure(Console& console, const ImportTask& task)
-    : m_console(console), m_task(task), m_input(inputOf(task)), m_named(namedByBoth(task, m_input)),
-      m_audit(console, task.audit)
+    : m_console(console), m_task(task), m_audit(console, task.audit)
 {}
 
-int ImportProcedure::run(const std::vector<ListedCamera>& cameras)
+int ImportProcedure::run(const std::vector<ImportJob>& jobs)
 {
     m_results.clear();
-    for (const ListedCamera& camera : cameras)
-        m_results.emplace_back().camera = camera;
-    if (!m_input.isGood())
+    for (const ImportJob& job : jobs) {
+        CameraImport& result = m_results.emplace_back();
+        result.camera = job.camera;
+        result.files = job.files;
+    }
+    const bool isGood =
+        std::all_of(jobs.begin(), jobs.end(), [](const ImportJob& job) { return job.files->input.isGood(); });
+    if (!isGood)
         refuse();
     else if (!m_task.isForced)
         refuseDangers();
     if (!beginAudit())
         return ExitInputOutput;
-    if (m_input.isGood())
+    if (isGood)
         doAllSteps();
     if (Interrupt::isRequested())
         m_console.err(std::string("Interrupted.\n"));
@@ -118,21 +107,31 @@ int ImportProcedure::run(const std::vector<ListedCamera>& cameras)
     return exitCode();
 }
 
-// No camera is asked about a file that is none.
+// No camera is asked when one of the files is none.
 void ImportProcedure::refuse()
 {
-    m_console.err(m_input.error + '\n');
-    for (CameraImport& result : m_results)
-        markRefused(result, m_input.verdict, m_input.error);
+    QStringList errors;
+    for (CameraImport& result : m_results) {
+        const FeaturesFileInput& input = result.files->input;
+        markRefused(result, input.isGood() ? CameraVerdict::NotStarted : input.verdict,
+                    input.isGood() ? "nothing was written, since another camera's file is none."
+                                   : input.error);
+        errors += input.error;
+    }
+    errors.removeAll({});
+    errors.removeDuplicates();
+    for (const QString& error : errors)
+        m_console.err(error + '\n');
 }
 
 // Over connections that only read. A camera that cannot be asked is told by its job.
 void ImportProcedure::refuseDangers()
 {
-    if (m_task.features.isEmpty() || !mayHoldDangers(m_input.content))
-        return;
     inParallel(m_results.size(), [&](size_t i) {
-        const std::vector<EntryCheck> dangers = dangersOn(m_results[i].camera, m_input.content);
+        const ie::FeaturesContent& content = m_results[i].files->input.content;
+        if (!mayHoldDangers(content))
+            return;
+        const std::vector<EntryCheck> dangers = dangersOn(m_results[i].camera, content);
         if (dangers.empty())
             return;
         markRefused(m_results[i], CameraVerdict::BadFile, dangerText(dangers));
@@ -140,15 +139,23 @@ void ImportProcedure::refuseDangers()
     });
 }
 
+std::vector<AuditFile> ImportProcedure::auditFilesOf(const ImportFiles& files)
+{
+    if (m_task.source && !files.features.isEmpty())
+        return {m_audit.keep(files.features)};
+    std::vector<AuditFile> found;
+    for (const QString& file : {files.bag, files.original.isEmpty() ? files.features : files.original})
+        if (!file.isEmpty())
+            found.push_back(auditFile(file));
+    return found;
+}
+
 // Snapshots write as well: they move selectors.
 bool ImportProcedure::beginAudit()
 {
-    if (m_task.source && !m_task.features.isEmpty())
-        m_files.push_back(m_audit.keep(m_task.features));
-    else
-        for (const QString& file : {m_task.bag, m_task.only.isEmpty() ? m_task.features : m_task.original})
-            if (!file.isEmpty())
-                m_files.push_back(auditFile(file));
+    for (const CameraImport& result : m_results)
+        if (m_auditFiles.find(result.files) == m_auditFiles.end())
+            m_auditFiles[result.files] = auditFilesOf(*result.files);
     std::vector<AuditEntry> entries;
     for (const CameraImport* result : going())
         entries.push_back(auditEntryOf(*result));
@@ -159,10 +166,8 @@ void ImportProcedure::doAllSteps()
 {
     if (!m_task.snapshots.isEmpty())
         takeSnapshots();
-    if (!m_task.bag.isEmpty())
-        import(JOB_FEATURE_BAG_IMPORT, m_task.bag);
-    if (!m_task.features.isEmpty())
-        import(JOB_FEATURE_XML_IMPORT, m_task.features);
+    import(JOB_FEATURE_BAG_IMPORT, &ImportFiles::bag);
+    import(JOB_FEATURE_XML_IMPORT, &ImportFiles::features);
     if (m_task.isVerified && Interrupt::isRequested())
         return cutShort();
     if (m_task.isVerified)
@@ -178,7 +183,7 @@ void ImportProcedure::doAllSteps()
 void ImportProcedure::cutShort()
 {
     for (CameraImport* result : going())
-        result->isCutShort = true;
+        result->isCutShort = !result->files->features.isEmpty();
 }
 
 ImportProcedure::Cameras ImportProcedure::going()
@@ -211,53 +216,69 @@ void ImportProcedure::takeSnapshots()
     }
 }
 
-void ImportProcedure::import(unsigned type, const QString& file)
+// Those that have such a file.
+void ImportProcedure::import(unsigned type, QString ImportFiles::*file)
 {
-    const Cameras results = going();
+    std::map<int, CameraImport*> results; // by device
     std::vector<ListedCamera> cameras;
-    for (const CameraImport* result : results)
+    for (CameraImport* result : going()) {
+        if ((*result->files.*file).isEmpty())
+            continue;
+        results[result->camera.device.nDeviceID] = result;
         cameras.push_back(result->camera);
-    const auto setUp = [&](QOperateThread& worker, const StructDeviceInfo& device) {
-        if (type == JOB_FEATURE_BAG_IMPORT)
-            worker.SetFeatureBagImportJob(device, file);
-        else
-            worker.SetXmlImportJob(device, file);
-    };
-    const JobRun run{setUp, m_task.isJson, CallWatch::Refusal::BehindFeature, m_named.blocks, m_named.names};
-    std::vector<ImportOutcome> outcomes;
-    for (const JobRecord& record : runJobs(m_console, cameras, run))
-        outcomes.push_back(examineImport(record));
-    nameRegisters(m_named.blocks, outcomes);
-    tellFailuresApart(outcomes);
-    for (size_t i = 0; i < results.size(); ++i) {
-        // A second job that an interrupt has kept from its start leaves the camera half done.
-        if (outcomes[i].verdict == CameraVerdict::NotStarted && !results[i]->jobs.empty())
-            outcomes[i].verdict = CameraVerdict::Interrupted;
-        results[i]->jobs.push_back(outcomes[i]);
-        for (const QString& remark : importRemarks(outcomes[i]))
-            tell(cameras[i], remark);
     }
+    const auto setUp = [&](QOperateThread& worker, const StructDeviceInfo& device) {
+        const QString& path = *results.at(device.nDeviceID)->files.*file;
+        if (type == JOB_FEATURE_BAG_IMPORT)
+            worker.SetFeatureBagImportJob(device, path);
+        else
+            worker.SetXmlImportJob(device, path);
+    };
+    const auto expected = [&](const ListedCamera& camera) {
+        return &results.at(camera.device.nDeviceID)->files->named;
+    };
+    std::vector<ImportOutcome> outcomes;
+    for (const JobRecord& record :
+         runJobs(m_console, cameras, {setUp, m_task.isJson, CallWatch::Refusal::BehindFeature, expected}))
+        outcomes.push_back(examineImport(record));
+    inParallel(cameras.size(),
+               [&](size_t i) { tellFailuresApart(*results.at(cameras[i].device.nDeviceID), outcomes[i]); });
+    for (size_t i = 0; i < cameras.size(); ++i)
+        settleOutcome(*results.at(cameras[i].device.nDeviceID), outcomes[i]);
 }
 
 // Before anything is said of them. Only cameras that have refused something are asked.
-void ImportProcedure::tellFailuresApart(std::vector<ImportOutcome>& outcomes)
+void ImportProcedure::tellFailuresApart(const CameraImport& result, ImportOutcome& outcome)
 {
-    inParallel(outcomes.size(), [&](size_t i) {
-        std::vector<EntryCheck> failures = failedEntries(outcomes[i]);
-        if (outcomes[i].verdict != CameraVerdict::Incomplete || failures.empty())
-            return;
-        tellApart(outcomes[i].record.job.camera, m_named.values, failures);
-        settle(outcomes[i], failures);
-    });
+    nameRegisters(result.files->named.blocks, outcome);
+    std::vector<EntryCheck> failures = failedEntries(outcome);
+    if (outcome.verdict != CameraVerdict::Incomplete || failures.empty())
+        return;
+    tellApart(result.camera, result.files->named.values, failures);
+    settle(outcome, failures);
+}
+
+// A second job that an interrupt has kept from its start leaves the camera half done.
+void ImportProcedure::settleOutcome(CameraImport& result, ImportOutcome outcome)
+{
+    if (outcome.verdict == CameraVerdict::NotStarted && !result.jobs.empty())
+        outcome.verdict = CameraVerdict::Interrupted;
+    result.jobs.push_back(outcome);
+    for (const QString& remark : importRemarks(outcome))
+        tell(result.camera, remark);
 }
 
 void ImportProcedure::verify()
 {
-    const Cameras results = going();
+    Cameras results = going();
+    results.erase(
+        std::remove_if(results.begin(), results.end(),
+                       [](const CameraImport* result) { return result->files->features.isEmpty(); }),
+        results.end());
     inParallel(results.size(), [&](size_t i) {
-        CameraCheck check = checkCamera(results[i]->camera, m_input.content, CheckMode::Verify,
-                                        [] { return !Interrupt::isRequested(); });
-        layOver(check, tracesOf(*results[i], m_named));
+        CameraCheck check = checkCamera(results[i]->camera, results[i]->files->input.content,
+                                        CheckMode::Verify, [] { return !Interrupt::isRequested(); });
+        layOver(check, tracesOf(*results[i]));
         results[i]->check = check;
     });
 }
@@ -286,14 +307,14 @@ void ImportProcedure::tellInterrupted(const CameraImport& result)
 {
     if (goesOn(result) && !result.jobs.empty())
         return;
-    tell(result.camera, "written: " + listed(namesOf(changesOf(result, m_named))));
-    tell(result.camera, "not reached: " + listed(notReached(result, m_named)));
+    tell(result.camera, "written: " + listed(namesOf(changesOf(result))));
+    tell(result.camera, "not reached: " + listed(notReached(result)));
 }
 
 // Empty where there is nothing to undo.
 QString ImportProcedure::undoCommand(const CameraImport& result) const
 {
-    if (!result.snapshot || !result.snapshot->snapshot || changesOf(result, m_named).empty())
+    if (!result.snapshot || !result.snapshot->snapshot || changesOf(result).empty())
         return {};
     return "iefeatures rollback " + quoted(result.snapshot->folder) + " --serial " +
            quoted(result.camera.serial);
@@ -313,7 +334,7 @@ void ImportProcedure::tellResults()
     for (const CameraImport& result : m_results) {
         rows.push_back(summed(result));
         if (m_task.tellsChanges && !result.jobs.empty() && !m_task.isJson)
-            tell(result.camera, "changed: " + listed(titlesOf(changesOf(result, m_named))));
+            tell(result.camera, "changed: " + listed(titlesOf(changesOf(result))));
         if (result.check)
             reports.push_back(reportOf(result));
         m_console.object("result", resultJson(result));
@@ -326,7 +347,7 @@ Json ImportProcedure::resultJson(const CameraImport& result) const
 {
     const ImportOutcome sum = summed(result);
     CameraCheck report = reportOf(result);
-    report.changed = titlesOf(changesOf(result, m_named));
+    report.changed = titlesOf(changesOf(result));
     Json object = checkJson(report);
     object["requests"] = sum.record.tally.requests;
     object["seconds"] = sum.record.job.seconds;
@@ -347,7 +368,8 @@ AuditEntry ImportProcedure::auditEntryOf(const CameraImport& result) const
     AuditEntry entry;
     entry.command = m_task.command;
     entry.source = m_task.source;
-    entry.files = m_files;
+    if (const auto files = m_auditFiles.find(result.files); files != m_auditFiles.end())
+        entry.files = files->second;
     entry.only = m_task.only;
     entry.camera = result.camera;
     for (const ImportOutcome& job : result.jobs) {
@@ -356,7 +378,7 @@ AuditEntry ImportProcedure::auditEntryOf(const CameraImport& result) const
         if (!observed.firmware().isEmpty())
             entry.firmware = observed.firmware();
     }
-    entry.changes = changesOf(result, m_named);
+    entry.changes = changesOf(result);
     entry.notApplied = report.notApplied();
     if (result.snapshot && result.snapshot->snapshot)
         entry.snapshot = result.snapshot->folder;

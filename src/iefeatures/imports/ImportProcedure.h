@@ -1,4 +1,4 @@
-// An import with what stands around it: a snapshot before, the check and the camera's own user set behind,
+// Imports with what stands around them: a snapshot before, the check and the camera's own user set behind,
 // and the record of it all. Each step is done on all cameras at the same time before the next one begins; a
 // camera that fails one has no further.
 #pragma once
@@ -6,11 +6,11 @@
 #include "iefeatures/check/CheckReport.h"
 #include "iefeatures/console/Console.h"
 #include "iefeatures/exports/ExportVerdict.h"
-#include "iefeatures/files/FeaturesFileInput.h"
 #include "iefeatures/imports/AuditLog.h"
 #include "iefeatures/imports/CameraImport.h"
 #include "iefeatures/imports/UserSet.h"
 
+#include <map>
 #include <vector>
 
 namespace companion
@@ -19,16 +19,13 @@ namespace companion
 struct ImportTask
 {
     QString command;                             // for the audit log
-    QString bag;                                 // a feature bag to load first; empty: none
-    QString features;                            // a features file to import; empty: none
     QString snapshots;                           // folder to take snapshots into; empty: none
     Unreadable unreadable = Unreadable::Refused; // of snapshots
-    bool isVerified = false;                     // against the features file
+    bool isVerified = false;                     // against the features file, where there is one
     UserSet userSet;                             // saved where the verification is clean
     std::optional<ListedCamera> source;          // that the files are of, and were made for this task alone
-    QStringList only;                            // that the features file was cut down to; empty: it is whole
-    QString original;                            // then what it was cut from
-    bool tellsChanges = false;                   // what was changed in the end
+    QStringList only;          // that features files were cut down to; empty: they are whole
+    bool tellsChanges = false; // what was changed in the end
     AuditRule audit;
     bool isForced = false; // also what no import should write (WriteSafety.h)
     Detail detail = Detail::Attention;
@@ -40,9 +37,9 @@ class ImportProcedure
 public:
     ImportProcedure(Console& console, const ImportTask& task);
 
-    // Does it all, or nothing where the features file is none; tells messages as they come up and results at
+    // Does it all, or nothing where one of the files is none; tells messages as they come up and results at
     // the end, and gives an ExitCode.
-    int run(const std::vector<ListedCamera>& cameras);
+    int run(const std::vector<ImportJob>& jobs);
 
 private:
     using Cameras = std::vector<CameraImport*>;
@@ -50,11 +47,13 @@ private:
 
     void refuse();
     void refuseDangers();
+    std::vector<AuditFile> auditFilesOf(const ImportFiles& files);
     bool beginAudit();
     void doAllSteps();
     void takeSnapshots();
-    void import(unsigned type, const QString& file);
-    void tellFailuresApart(std::vector<ImportOutcome>& outcomes);
+    void import(unsigned type, QString ImportFiles::*file);
+    void settleOutcome(CameraImport& result, ImportOutcome outcome);
+    void tellFailuresApart(const CameraImport& result, ImportOutcome& outcome);
     void verify();
     void saveUserSets();
     void cutShort();
@@ -70,11 +69,8 @@ private:
 
     Console& m_console;
     const ImportTask m_task;
-    // the features file, as it was before anything was done, or a fault of either
-    const FeaturesFileInput m_input;
-    const NamedFeatures m_named; // by either file
     AuditTrail m_audit;
-    std::vector<AuditFile> m_files;
+    std::map<SharedImportFiles, std::vector<AuditFile>> m_auditFiles;
     std::vector<CameraImport> m_results;
 };
 

@@ -140,16 +140,14 @@ void settle(ImportOutcome& result, const std::vector<EntryCheck>& judged)
         result.verdict = verdictOn(judged, CameraVerdict::Applied);
 }
 
-void nameRegisters(const CallWatch::Blocks& names, std::vector<ImportOutcome>& results)
+void nameRegisters(const NamedFeatures::Blocks& names, ImportOutcome& result)
 {
-    for (ImportOutcome& result : results) {
-        for (FailedCall& failure : result.record.findings.failures) {
-            if (!failure.isRegister)
-                continue;
-            const auto name = names.find(failure.address);
-            if (name != names.end())
-                failure.feature = name->second;
-        }
+    for (FailedCall& failure : result.record.findings.failures) {
+        if (!failure.isRegister)
+            continue;
+        const auto name = names.find(failure.address);
+        if (name != names.end())
+            failure.feature = name->second;
     }
 }
 

@@ -24,7 +24,7 @@ struct ImportOutcome
 ImportOutcome examineImport(const JobRecord& record);
 
 // Gives the failed registers the names of the features that the features file has them under.
-void nameRegisters(const CallWatch::Blocks& names, std::vector<ImportOutcome>& results);
+void nameRegisters(const NamedFeatures::Blocks& names, ImportOutcome& result);
 
 // Takes what failedEntries() has given back with its natures. Where nothing but states and the like has
 // failed the job has applied the file.

@@ -23,11 +23,10 @@ bool isBag(uint32_t operation)
 } // namespace
 
 CallWatch::CallWatch(const std::vector<ListedCamera>& cameras, std::function<bool()> refuse, Refusal refusal,
-                     Blocks blocks, const QStringList& features)
-    : m_refuse(std::move(refuse)), m_refusal(refusal), m_blocks(std::move(blocks)),
-      m_features(features.begin(), features.end())
+                     const Expected& expected)
+    : m_refuse(std::move(refuse)), m_refusal(refusal)
 {
-    for (const ListedCamera& camera : cameras)
+    for (const ListedCamera& camera : cameras) {
         m_entries.push_back({camera.device.nDeviceID,
                              camera.device.stDeviceInfo,
                              {},
@@ -36,9 +35,13 @@ CallWatch::CallWatch(const std::vector<ListedCamera>& cameras, std::function<boo
                              {},
                              {},
                              KX_OK,
+                             expected ? expected(camera) : nullptr,
                              {},
                              {},
                              nullptr});
+        Entry& entry = m_entries.back();
+        entry.tally.expected = entry.expected ? entry.expected->names.size() : 0;
+    }
     KX_CC_SetCallObserver(nullptr, &CallWatch::observe, this);
 }
 
@@ -111,7 +114,7 @@ int CallWatch::take(const KX_CallEvent& event)
 
 bool CallWatch::refuses(const KX_CallEvent& event, Entry& entry) const
 {
-    const QString feature = featureOf(event);
+    const QString feature = featureOf(event, entry);
     const bool mayEnd = m_refusal == Refusal::BehindFeature && !entry.tally.wasRefused &&
                         !feature.isEmpty() && feature == entry.inHand;
     if (event.operation != KX_OP_CLOSE && !mayEnd && m_refuse())
@@ -120,21 +123,24 @@ bool CallWatch::refuses(const KX_CallEvent& event, Entry& entry) const
     return false;
 }
 
-QString CallWatch::featureOf(const KX_CallEvent& event) const
+QString CallWatch::featureOf(const KX_CallEvent& event, const Entry& entry)
 {
     if (event.nodeName)
         return QString::fromUtf8(event.nodeName);
     if (event.operation != KX_OP_READ_MEMORY && event.operation != KX_OP_WRITE_MEMORY)
         return {};
-    const auto block = m_blocks.find(event.address);
-    return block == m_blocks.end() ? QString::number(event.address) : block->second;
+    if (!entry.expected)
+        return QString::number(event.address);
+    const auto block = entry.expected->blocks.find(event.address);
+    return block == entry.expected->blocks.end() ? QString::number(event.address) : block->second;
 }
 
 void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
 {
     Tally& tally = entry.tally;
     tally.reads += isRead(event.operation);
-    if (const QString feature = featureOf(event); m_features.contains(feature))
+    if (const QString feature = featureOf(event, entry);
+        entry.expected && entry.expected->values.contains(feature))
         entry.metFeatures.insert(feature);
     tally.features = entry.metFeatures.size();
     tally.hasLineFailed = tally.hasLineFailed || tellsLineFailure(event);

@@ -2,14 +2,12 @@
 #pragma once
 
 #include "iefeatures/cameras/ListedCamera.h"
+#include "iefeatures/files/NamedFeatures.h"
 #include "iefeatures/running/FailedCalls.h"
 #include "iefeatures/running/ObservedChanges.h"
 
 #include <QSet>
-#include <QStringList>
-
 #include <functional>
-#include <map>
 #include <mutex>
 #include <vector>
 
@@ -25,15 +23,14 @@ public:
         AtOnce,
         BehindFeature // a feature that was read may be written, a register block may be ended
     };
-    // Of register blocks by their addresses: the features that they make up. Registers that are not in it
-    // are each taken for a block of their own.
-    using Blocks = std::map<int64_t, QString>;
+    // What the job on a camera is expected to come to; null: nobody knows. It must outlive the watch.
+    // Registers that its blocks do not name are each taken for a block of their own.
+    using Expected = std::function<const NamedFeatures*(const ListedCamera& camera)>;
 
     // Watches every handle that is made for one of `cameras` while this lives; one watch at a time, and it
     // must outlive those handles. `refuse` is asked before each call, on the calling thread.
-    // `features`: those that a job is expected to come to, for counting.
     CallWatch(const std::vector<ListedCamera>& cameras, std::function<bool()> refuse,
-              Refusal refusal = Refusal::AtOnce, Blocks blocks = {}, const QStringList& features = {});
+              Refusal refusal = Refusal::AtOnce, const Expected& expected = {});
     ~CallWatch();
     CallWatch(const CallWatch&) = delete;
     CallWatch& operator=(const CallWatch&) = delete;
@@ -43,6 +40,7 @@ public:
         quint64 requests = 0; // sent over the connection, retries included
         quint64 reads = 0;    // of features and memory, that are over
         int features = 0;     // of the expected ones, that the job has come to
+        int expected = 0;     // all of them
         bool hasLineFailed = false;
         bool wasRefused = false;
         bool wasOpened = false;
@@ -79,19 +77,18 @@ private:
         QString bagText;
         ObservedChanges changes;
         KX_Status openStatus = KX_OK;
+        const NamedFeatures* expected;
         QString inHand; // the feature of the last call that was not refused
         QSet<QString> metFeatures;
         KX_HANDLE open = nullptr; // null: closed
     };
     bool refuses(const KX_CallEvent& event, Entry& entry) const;
-    QString featureOf(const KX_CallEvent& event) const;
+    static QString featureOf(const KX_CallEvent& event, const Entry& entry);
     void takeFinished(const KX_CallEvent& event, Entry& entry);
     const Entry* entryOf(int deviceId) const;
 
     const std::function<bool()> m_refuse;
     const Refusal m_refusal;
-    const Blocks m_blocks;
-    const QSet<QString> m_features;
     mutable std::mutex m_mutex;
     std::vector<Entry> m_entries;
 };

@@ -56,12 +56,12 @@ private:
 
 std::vector<JobRecord> runJobs(Console& console, const std::vector<ListedCamera>& cameras, const JobRun& run)
 {
-    CallWatch watch(cameras, &Interrupt::isRequested, run.refusal, run.blocks, run.features);
+    CallWatch watch(cameras, &Interrupt::isRequested, run.refusal, run.expected);
     std::unique_ptr<JobListener> listener;
     if (run.isJson)
         listener = std::make_unique<SignalPrinter>(console);
     else
-        listener = std::make_unique<Progress>(console, cameras, watch, run.features.size());
+        listener = std::make_unique<Progress>(console, cameras, watch);
 
     Conclusion conclusion(*listener, watch, run);
     JobBatch batch(cameras, run.setUp, conclusion,

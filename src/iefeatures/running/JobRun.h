@@ -33,8 +33,7 @@ struct JobRun
     JobBatch::SetUp setUp;
     bool isJson = false; // the jobs' signals as JSON lines instead of progress for people
     CallWatch::Refusal refusal = CallWatch::Refusal::AtOnce; // when interrupted
-    CallWatch::Blocks blocks = {};
-    QStringList features = {}; // that the jobs are expected to come to, where that is known beforehand
+    CallWatch::Expected expected = {}; // of each camera's job, where that is known beforehand
     // Asked when a job is over, on the thread that runs them; its time and result code are not known yet.
     std::function<JobEnd(const JobRecord& record)> conclude = {};
 };

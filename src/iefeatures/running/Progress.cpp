@@ -26,9 +26,8 @@ QString timeLeft(qint64 elapsed, int done, int all)
 
 } // namespace
 
-Progress::Progress(Console& console, const std::vector<ListedCamera>& cameras, const CallWatch& watch,
-                   int features)
-    : m_console(console), m_watch(watch), m_features(features)
+Progress::Progress(Console& console, const std::vector<ListedCamera>& cameras, const CallWatch& watch)
+    : m_console(console), m_watch(watch)
 {
     for (const ListedCamera& camera : cameras)
         m_lines.push_back({camera});
@@ -113,12 +112,12 @@ QString Progress::stateText(const Line& line) const
 QString Progress::runningText(const Line& line) const
 {
     const CallWatch::Tally tally = m_watch.tally(line.camera.device.nDeviceID);
-    if (m_features == 0)
+    if (tally.expected == 0)
         return QString("%1, %2 reads, %3 requests").arg(m_verb).arg(tally.reads).arg(tally.requests);
-    const QString text = QString("%1, %2 of %3 features").arg(m_verb).arg(tally.features).arg(m_features);
-    if (tally.features == 0 || tally.features >= m_features)
+    const QString text = QString("%1, %2 of %3 features").arg(m_verb).arg(tally.features).arg(tally.expected);
+    if (tally.features == 0 || tally.features >= tally.expected)
         return text;
-    return text + ", " + timeLeft(line.clock.elapsed(), tally.features, m_features);
+    return text + ", " + timeLeft(line.clock.elapsed(), tally.features, tally.expected);
 }
 
 // Never as high as the screen: what has scrolled away cannot be drawn over. Where not all have room, those

@@ -14,9 +14,7 @@ namespace companion
 class Progress : public JobListener
 {
 public:
-    // `features`: how many a job is expected to come to; 0 where nobody knows.
-    Progress(Console& console, const std::vector<ListedCamera>& cameras, const CallWatch& watch,
-             int features = 0);
+    Progress(Console& console, const std::vector<ListedCamera>& cameras, const CallWatch& watch);
     ~Progress() override; // takes the drawn lines away
 
     void begin(const ListedCamera& camera, unsigned type) override;
@@ -50,7 +48,6 @@ private:
 
     Console& m_console;
     const CallWatch& m_watch;
-    const int m_features;
     std::vector<Line> m_lines;
     QString m_verb = "working";
 };
