@@ -63,6 +63,7 @@ KX_DeviceInfo deviceInfo(const emu::CameraConfig& camera)
     KX_DeviceInfo info;
     std::memset(&info, 0, sizeof info);
     info.transportType = KX_TRANSPORT_GIGE;
+    info.layout = KX_DEVICE_INFO_LAYOUT;
     KX_GigEDeviceInfo& gige = info.special.gige;
     std::snprintf(reinterpret_cast<char*>(gige.modelName), sizeof gige.modelName, "%s", camera.model.c_str());
     std::snprintf(reinterpret_cast<char*>(gige.serialNumber), sizeof gige.serialNumber, "%s",

@@ -54,6 +54,7 @@ RealCamera::RealCamera(const QString& description, std::chrono::milliseconds lat
         std::fprintf(stderr, "%s\n", started.message.c_str());
     m_device.nDeviceID = 1;
     m_device.stDeviceInfo.transportType = KX_TRANSPORT_GIGE;
+    m_device.stDeviceInfo.layout = KX_DEVICE_INFO_LAYOUT;
     KX_GigEDeviceInfo& gige = m_device.stDeviceInfo.special.gige;
     std::strcpy(reinterpret_cast<char*>(gige.modelName), "Bench");
     gige.ipAddress = ntohl(::inet_addr(m_camera.config().address.c_str()));

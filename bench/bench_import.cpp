@@ -85,6 +85,7 @@ public:
             std::fprintf(stderr, "%s\n", started.message.c_str());
         m_device.nDeviceID = number;
         m_device.stDeviceInfo.transportType = KX_TRANSPORT_GIGE;
+        m_device.stDeviceInfo.layout = KX_DEVICE_INFO_LAYOUT;
         KX_GigEDeviceInfo& gige = m_device.stDeviceInfo.special.gige;
         std::strcpy(reinterpret_cast<char*>(gige.modelName), "Bench");
         gige.ipAddress = 0x7F004A00u + unsigned(number);

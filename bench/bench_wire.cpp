@@ -57,6 +57,7 @@ KX_DeviceInfo deviceInfo()
     KX_DeviceInfo info;
     std::memset(&info, 0, sizeof info);
     info.transportType = KX_TRANSPORT_GIGE;
+    info.layout = KX_DEVICE_INFO_LAYOUT;
     std::strcpy(reinterpret_cast<char*>(info.special.gige.modelName), "Bench");
     std::strcpy(reinterpret_cast<char*>(info.special.gige.serialNumber), "1");
     info.special.gige.ipAddress = 0x7F004901;

@@ -29,6 +29,8 @@ constexpr ErrorText kErrorTexts[] = {
     {KX_E_MEMORY, " There is not enough memory.", "内存不足。"},
     {KX_E_INTERNAL, " An unexpected fault occurred in the camera library.", "相机库发生意外故障。"},
     {KX_E_ABORTED, " The operation was cancelled.", "操作已取消。"},
+    {KX_E_RECORD, " The camera's record was made by another version of the software.",
+     "相机记录来自其他软件版本。"},
     {KX_E_GC_GENERIC, " The camera's feature reported a general fault.", "相机属性发生一般性错误。"},
     {KX_E_GC_ARGUMENT, " The feature does not take this value.", "该属性不接受此值。"},
     {KX_E_GC_RANGE, " The value is outside the range of the feature.", "数值超出属性的取值范围。"},

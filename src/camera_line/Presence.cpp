@@ -15,7 +15,7 @@ QByteArray identityOf(const KX_DeviceInfo& device)
         KX_TRANSPORT_GIGE) // the model may change with the firmware, the address does not
         identity += '\0' + QByteArray::number(gige.macHigh) + ' ' + QByteArray::number(gige.macLow);
     else
-        for (const Field& field : {modelField(device), portIdField(device)})
+        for (const Field& field : identifyingFields(device))
             identity += '\0' + field.content(); // no content holds a zero byte
     return identity;
 }

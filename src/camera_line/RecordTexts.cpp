@@ -88,6 +88,21 @@ Field portIdField(const KX_DeviceInfo& device)
                                                             : Field();
 }
 
+std::vector<Field> identifyingFields(const KX_DeviceInfo& device)
+{
+    const KX_Usb3DeviceInfo& usb3 = device.special.usb3;
+    const KX_CameraLinkDeviceInfo& link = device.special.cameraLink;
+    switch (device.transportType) {
+    case KX_TRANSPORT_USB3: // one with a GUID may be plugged in elsewhere
+        return {fieldOf(usb3.modelName), usb3.guid[0] ? fieldOf(usb3.guid) : fieldOf(usb3.location)};
+    case KX_TRANSPORT_CAMERA_LINK:
+        return {fieldOf(link.modelName), fieldOf(link.portId), fieldOf(link.producerId),
+                fieldOf(link.interfaceId), fieldOf(link.deviceId)};
+    default:
+        return {};
+    }
+}
+
 QString macText(const KX_DeviceInfo& device)
 {
     if (device.transportType != KX_TRANSPORT_GIGE)

@@ -6,6 +6,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <vector>
+
 namespace camera_line
 {
 
@@ -29,6 +31,10 @@ Field modelField(const KX_DeviceInfo& device);
 Field serialField(const KX_DeviceInfo& device);
 Field userNameField(const KX_DeviceInfo& device); // GigE and USB3
 Field portIdField(const KX_DeviceInfo& device);   // Camera Link
+
+// What tells a USB3 or Camera Link camera from others of its serial number, the model among it. Empty for the
+// others.
+std::vector<Field> identifyingFields(const KX_DeviceInfo& device);
 
 // "AA:BB:CC:DD:EE:FF" for GigE, else empty.
 QString macText(const KX_DeviceInfo& device);

@@ -39,6 +39,7 @@ struct FakeDevice
     kx::PortTimeouts timeouts;
     size_t registersPerRequest = 1;
     bool registersAreMemory = true;
+    std::chrono::milliseconds keepTime{300};
     std::function<KX_Status(const std::vector<uint32_t>& addresses)>
         batchFailure; // of those that nothing else fails
     std::function<void(KX_Status)> lostHandler;
@@ -183,6 +184,7 @@ public:
     }
     size_t registersPerRequest() const override { return m_device.registersPerRequest; }
     bool registersAreMemory() const override { return m_device.registersAreMemory; }
+    std::chrono::milliseconds keepTime() const override { return m_device.keepTime; }
     KX_Status descriptionUrls(std::vector<std::string>& urls) override
     {
         urls = m_device.urls;
@@ -237,6 +239,7 @@ public:
             device.offer(description);
         KX_DeviceInfo info{};
         info.transportType = KX_TRANSPORT_GIGE;
+        info.layout = KX_DEVICE_INFO_LAYOUT;
         KX_CC_CreateHandle(&handle, &info);
         openStatus = KX_CC_OpenDevice(handle, mode, 0);
     }

@@ -13,6 +13,7 @@ KX_DeviceInfo anyDevice()
 {
     KX_DeviceInfo info{};
     info.transportType = KX_TRANSPORT_GIGE;
+    info.layout = KX_DEVICE_INFO_LAYOUT;
     return info;
 }
 
@@ -97,6 +98,24 @@ TEST_F(Handles, areNeverUsedTwice)
         ASSERT_EQ(KX_CC_CreateHandle(&handle, &info), KX_OK);
         EXPECT_TRUE(seen.insert(handle).second);
         ASSERT_EQ(KX_CC_DestroyHandle(handle), KX_OK);
+    }
+}
+
+// The record's second number was the MAC address' upper half, or the first letters of a name.
+TEST_F(Handles, recordsOfOtherLayoutsAreRefused)
+{
+    for (const uint32_t second : {0u, 0x0000ABCDu, 0x2D554D45u, KX_DEVICE_INFO_LAYOUT - 1}) {
+        KX_DeviceInfo old = anyDevice();
+        old.layout = second;
+        KX_HANDLE handle = nullptr;
+        uint32_t availability = 7;
+        KX_Controller controller{};
+        EXPECT_EQ(KX_CC_CreateHandle(&handle, &old), KX_E_RECORD);
+        EXPECT_EQ(threadError(), KX_CC_StatusText(KX_E_RECORD));
+        EXPECT_EQ(handle, nullptr);
+        EXPECT_EQ(KX_CC_IsDeviceAccessible(&old, &availability), KX_E_RECORD);
+        EXPECT_EQ(availability, 7u);
+        EXPECT_EQ(KX_CC_GetController(&old, &controller), KX_E_RECORD);
     }
 }
 
@@ -455,34 +474,13 @@ TEST(HandleThreads, aHandleMayBeDestroyedWhileOthersUseIt)
 TEST(StatusText, everyStatusHasASentenceOfItsOwn)
 {
     std::set<std::string> seen;
-    const KX_Status all[] = {KX_OK,
-                             KX_E_HANDLE,
-                             KX_E_NOT_SUPPORTED,
-                             KX_E_BUFFER_TOO_SMALL,
-                             KX_E_CALL_ORDER,
-                             KX_E_PARAMETER,
-                             KX_E_MEMORY,
-                             KX_E_INTERNAL,
-                             KX_E_ABORTED,
-                             KX_E_GC_GENERIC,
-                             KX_E_GC_ARGUMENT,
-                             KX_E_GC_RANGE,
-                             KX_E_GC_PROPERTY,
-                             KX_E_GC_RUNTIME,
-                             KX_E_GC_LOGICAL,
-                             KX_E_GC_ACCESS,
-                             KX_E_NO_ANSWER,
-                             KX_E_CONNECTION_LOST,
-                             KX_E_CONTROL_REFUSED,
-                             KX_E_BUSY,
-                             KX_E_NETWORK,
-                             KX_E_MALFORMED_ANSWER,
-                             KX_E_DEVICE,
-                             KX_E_NO_DEVICE,
-                             KX_E_FILE,
-                             KX_E_FILE_FORMAT,
-                             KX_E_DESCRIPTION,
-                             KX_E_INCOMPLETE};
+    const KX_Status all[] = {
+        KX_OK,           KX_E_HANDLE,      KX_E_NOT_SUPPORTED,    KX_E_BUFFER_TOO_SMALL, KX_E_CALL_ORDER,
+        KX_E_PARAMETER,  KX_E_MEMORY,      KX_E_INTERNAL,         KX_E_ABORTED,          KX_E_RECORD,
+        KX_E_GC_GENERIC, KX_E_GC_ARGUMENT, KX_E_GC_RANGE,         KX_E_GC_PROPERTY,      KX_E_GC_RUNTIME,
+        KX_E_GC_LOGICAL, KX_E_GC_ACCESS,   KX_E_NO_ANSWER,        KX_E_CONNECTION_LOST,  KX_E_CONTROL_REFUSED,
+        KX_E_BUSY,       KX_E_NETWORK,     KX_E_MALFORMED_ANSWER, KX_E_DEVICE,           KX_E_NO_DEVICE,
+        KX_E_FILE,       KX_E_FILE_FORMAT, KX_E_DESCRIPTION,      KX_E_INCOMPLETE};
     for (const KX_Status status : all) {
         const std::string text = KX_CC_StatusText(status);
         EXPECT_TRUE(seen.insert(text).second) << text;

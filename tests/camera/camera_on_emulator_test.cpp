@@ -32,6 +32,7 @@ protected:
         EXPECT_TRUE(started) << started.message;
         KX_DeviceInfo info{};
         info.transportType = KX_TRANSPORT_GIGE;
+        info.layout = KX_DEVICE_INFO_LAYOUT;
         info.special.gige.ipAddress = *gvcp::parseAddress(config.address);
         EXPECT_EQ(KX_CC_CreateHandle(&handle, &info), KX_OK);
     }
@@ -270,6 +271,7 @@ TEST_F(CameraOnEmulator, manyHandlesTalkToTheirCamerasAtOnce)
         threads.emplace_back([&good, address = each->config().address] {
             KX_DeviceInfo info{};
             info.transportType = KX_TRANSPORT_GIGE;
+            info.layout = KX_DEVICE_INFO_LAYOUT;
             info.special.gige.ipAddress = *gvcp::parseAddress(address);
             KX_HANDLE mine = nullptr;
             KX_IntegerValue value{};

@@ -423,6 +423,7 @@ TEST_F(DescriptionCache, givesTheSameBytesAsTheCamera)
             forgetMemory();
         KX_DeviceInfo info{};
         info.transportType = KX_TRANSPORT_GIGE;
+        info.layout = KX_DEVICE_INFO_LAYOUT;
         KX_HANDLE handle = nullptr;
         KX_CC_CreateHandle(&handle, &info);
         device.descriptionReads.clear();

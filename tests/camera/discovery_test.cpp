@@ -183,6 +183,7 @@ TEST(Discovery, availabilityOfACameraThatIsGone)
     KX_DeviceInfo device{};
     uint32_t availability = 0;
     device.transportType = KX_TRANSPORT_GIGE;
+    device.layout = KX_DEVICE_INFO_LAYOUT;
     EXPECT_EQ(kx::deviceAvailability(device, availability), KX_OK) << "no address";
     EXPECT_EQ(availability, uint32_t(KX_AVAILABILITY_UNREACHABLE));
     device.special.gige.ipAddress = *parseAddress(tests::freshLoopbackAddress());

@@ -32,6 +32,7 @@ protected:
         EXPECT_TRUE(started) << started.message;
         KX_DeviceInfo info{};
         info.transportType = KX_TRANSPORT_GIGE;
+        info.layout = KX_DEVICE_INFO_LAYOUT;
         info.special.gige.ipAddress = *gvcp::parseAddress(camera.config().address);
         EXPECT_EQ(KX_CC_CreateHandle(&handle, &info), KX_OK);
         EXPECT_EQ(KX_CC_OpenDevice(handle, KX_ACCESS_EXCLUSIVE, 0), KX_OK);

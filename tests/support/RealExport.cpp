@@ -51,6 +51,7 @@ StructDeviceInfo deviceRecord(const emu::CameraConfig& config)
     record.nDeviceID = 1;
     record.nStatus = 1;
     record.stDeviceInfo.transportType = KX_TRANSPORT_GIGE;
+    record.stDeviceInfo.layout = KX_DEVICE_INFO_LAYOUT;
     KX_GigEDeviceInfo& gige = record.stDeviceInfo.special.gige;
     fill(gige.modelName, config.model);
     fill(gige.serialNumber, config.serial);

@@ -124,6 +124,31 @@ TEST(CameraLine, TellsWhatMakesTwoAnswersTheSameCamera)
     EXPECT_NE(identityOf(unknown), identityOf(KX_DeviceInfo{}));
 }
 
+TEST(CameraLine, TellsUsbCamerasByTheirGuidAndElseByWhereTheyHang)
+{
+    KX_DeviceInfo one = usb3("1");
+    KX_DeviceInfo other = usb3("1");
+    put(one.special.usb3.location, "2-1");
+    put(other.special.usb3.location, "2-2");
+    EXPECT_NE(identityOf(one), identityOf(other));
+    put(one.special.usb3.guid, "ABCD00000001");
+    put(other.special.usb3.guid, "ABCD00000001");
+    EXPECT_EQ(identityOf(one), identityOf(other)) << "plugged in elsewhere";
+    put(other.special.usb3.guid, "ABCD00000002");
+    EXPECT_NE(identityOf(one), identityOf(other));
+}
+
+TEST(CameraLine, TellsCamerasBehindProducersByProducerInterfaceAndDevice)
+{
+    const KX_DeviceInfo one = cameraLink("1");
+    for (auto field : {&KX_CameraLinkDeviceInfo::producerId, &KX_CameraLinkDeviceInfo::interfaceId,
+                       &KX_CameraLinkDeviceInfo::deviceId}) {
+        KX_DeviceInfo other = one;
+        put(other.special.cameraLink.*field, "X");
+        EXPECT_NE(identityOf(one), identityOf(other));
+    }
+}
+
 TEST(CameraLine, DoesNotReadBehindAFieldWithoutAZeroByte)
 {
     KX_DeviceInfo one = gige("1234567890123456");

@@ -33,6 +33,7 @@ const Row kRows[] = {
     {0x80000004, Group::NotApplicable},
     {0x80000005, Group::LineFailure},
     {KX_E_ABORTED, Group::LineFailure},
+    {KX_E_RECORD, Group::LineFailure},
     {0x800000FF, Group::LineFailure},
     {0x80000100, Group::NotApplicable},
     {KX_E_GC_PROPERTY, Group::NotApplicable},

@@ -69,8 +69,10 @@ KX_Status KX_CC_GetSearchAddresses(uint32_t* addresses, uint32_t capacity, uint3
 KX_Status KX_CC_GetController(const KX_DeviceInfo* device, KX_Controller* controller)
 {
     return withoutExceptions([&] {
-        if (!device || !controller)
+        if (!controller)
             return failed(nullptr, KX_E_PARAMETER, {});
+        if (const KX_Status status = checkRecord(device))
+            return failed(nullptr, status, {});
         const KX_Status status = controllerOf(*device, *controller);
         return status == KX_OK ? KX_OK : failed(nullptr, status, {});
     });
@@ -79,8 +81,10 @@ KX_Status KX_CC_GetController(const KX_DeviceInfo* device, KX_Controller* contro
 KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availability)
 {
     return withoutExceptions([&] {
-        if (!device || !availability)
+        if (!availability)
             return failed(nullptr, KX_E_PARAMETER, {});
+        if (const KX_Status status = checkRecord(device))
+            return failed(nullptr, status, {});
         const auto start = OwnControl::Clock::now();
         const KX_Status status = deviceAvailability(*device, *availability);
         *availability = availabilityToUs(*device, *availability, start);

@@ -26,6 +26,14 @@ inline KX_Status failed(Camera* camera, KX_Status status, std::string text)
     return status;
 }
 
+// What is asked of a record from outside before anything else of it is looked at.
+inline KX_Status checkRecord(const KX_DeviceInfo* device)
+{
+    if (!device)
+        return KX_E_PARAMETER;
+    return device->layout == KX_DEVICE_INFO_LAYOUT ? KX_OK : KX_E_RECORD;
+}
+
 template <class Body>
 KX_Status withoutExceptions(Body body) noexcept
 {

@@ -21,8 +21,10 @@ const char* KX_CC_StatusText(KX_Status status)
 KX_Status KX_CC_CreateHandle(KX_HANDLE* handle, const KX_DeviceInfo* device)
 {
     return withoutExceptions([&] {
-        if (!handle || !device)
+        if (!handle)
             return failed(nullptr, KX_E_PARAMETER, {});
+        if (const KX_Status status = checkRecord(device))
+            return failed(nullptr, status, {});
         auto port = newPort(*device);
         if (!port)
             return failed(nullptr, KX_E_NOT_SUPPORTED, {});

@@ -23,6 +23,7 @@ constexpr Entry entries[] = {
     {KX_E_MEMORY, "Out of memory."},
     {KX_E_INTERNAL, "An unexpected fault inside the camera library."},
     {KX_E_ABORTED, "The call was refused by its observer."},
+    {KX_E_RECORD, "The device record is of another layout than this library's: look for the camera again."},
     {KX_E_GC_GENERIC, "The feature failed."},
     {KX_E_GC_ARGUMENT, "The feature cannot take this value."},
     {KX_E_GC_RANGE, "The value is out of the feature's range."},

@@ -46,6 +46,7 @@ typedef uint32_t KX_Status;
 #define KX_E_MEMORY            ((KX_Status)0x80000005u) /* out of memory */
 #define KX_E_INTERNAL          ((KX_Status)0x80000006u) /* an unexpected fault inside the library */
 #define KX_E_ABORTED           ((KX_Status)0x80000007u) /* a call observer refused the call */
+#define KX_E_RECORD            ((KX_Status)0x80000008u) /* a KX_DeviceInfo that was not made by this version's layout */
 
 #define KX_E_GC_GENERIC        ((KX_Status)0x80000100u) /* the node failed in a way that no other class names */
 #define KX_E_GC_ARGUMENT       ((KX_Status)0x80000101u) /* a value that the node cannot take (not a multiple of the increment,
@@ -120,20 +121,31 @@ typedef struct KX_Usb3DeviceInfo
     uint8_t manufacturerName[64];
     uint32_t vendorId;
     uint32_t productId;
+    uint8_t guid[64];     /* what tells the camera from all others (USB3 Vision, "Device GUID"); empty: not readable */
+    uint8_t location[32]; /* where it hangs, as "2-1.4": bus, and the ports on the way; counts where there is no GUID */
 } KX_Usb3DeviceInfo;
 
+/* Identifiers that do not fit their field end in ~ and a number made of the whole text. */
 typedef struct KX_CameraLinkDeviceInfo
 {
-    uint8_t portId[64]; /* the serial line's path; a longer one ends in ~ and a number made of all of it */
+    uint8_t portId[64]; /* the serial line's path; behind a GenTL producer its interface as people know it */
     uint8_t modelName[64];
     uint8_t serialNumber[64];
+    uint8_t layerName[16];   /* "CL", "CXP", "CLHS", ... as the producer says; empty: a serial line */
+    uint8_t producerId[64];  /* path of the GenTL producer's file; empty: no producer, but a serial line */
+    uint8_t interfaceId[64]; /* GenTL: the producer's own id of the interface */
+    uint8_t deviceId[64];    /* GenTL: the producer's own id of the device */
 } KX_CameraLinkDeviceInfo;
 
-/* Plain data: may be copied, kept and handed back in any later process. The member that counts is the one that
+#define KX_DEVICE_INFO_LAYOUT 0x4B580002u /* changes whenever KX_DeviceInfo does; no older record has it there */
+
+/* Plain data: may be copied, kept and handed back in any later process that has the same layout; a record of another
+ * one is refused with KX_E_RECORD by every function that takes one. The member that counts is the one that
  * `transportType` names. */
 typedef struct KX_DeviceInfo
 {
     uint32_t transportType; /* one KX_TRANSPORT_ value */
+    uint32_t layout;        /* KX_DEVICE_INFO_LAYOUT */
     union
     {
         KX_GigEDeviceInfo gige;
@@ -181,7 +193,8 @@ KX_API KX_Status KX_CC_CheckSearchPlaces(void);
 KX_API KX_Status KX_CC_GetSearchAddresses(uint32_t* addresses, uint32_t capacity, uint32_t* count);
 
 /* Asks one camera again. `*availability` gets a KX_AVAILABILITY_ value; a camera that does not answer is
- * KX_AVAILABILITY_UNREACHABLE with KX_OK. KX_E_PARAMETER: a null pointer. KX_E_NOT_SUPPORTED: the transport. */
+ * KX_AVAILABILITY_UNREACHABLE with KX_OK. KX_E_PARAMETER: a null pointer. KX_E_RECORD. KX_E_NOT_SUPPORTED: the
+ * transport. */
 KX_API KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availability);
 
 typedef struct KX_Controller
@@ -193,7 +206,8 @@ typedef struct KX_Controller
 
 /* Asks one camera who controls it (GigE Vision bootstrap registers 0x0A14 and 0x0A04). A camera that does not answer,
  * does not show it, or is under exclusive control, gives zeroes with KX_OK. Takes control of nothing.
- * KX_E_PARAMETER: a null pointer. KX_E_NOT_SUPPORTED: the transport. KX_E_NETWORK: no socket could be opened. */
+ * KX_E_PARAMETER: a null pointer. KX_E_RECORD. KX_E_NOT_SUPPORTED: the transport. KX_E_NETWORK: no socket could be
+ * opened. */
 KX_API KX_Status KX_CC_GetController(const KX_DeviceInfo* device, KX_Controller* controller);
 
 /* A number that changes whenever a network interface of this machine comes, goes, or changes its address, and when a
@@ -218,7 +232,7 @@ enum
     KX_ACCESS_MONITOR = 7    /* reads only; takes nothing, works beside another host's control */
 };
 
-/* Sends nothing. `*handle` is written on success only. KX_E_PARAMETER: a null pointer.
+/* Sends nothing. `*handle` is written on success only. KX_E_PARAMETER: a null pointer. KX_E_RECORD.
  * KX_E_NOT_SUPPORTED: a transport that this build has no port for. */
 KX_API KX_Status KX_CC_CreateHandle(KX_HANDLE* handle, const KX_DeviceInfo* device);
 
@@ -394,7 +408,8 @@ KX_API KX_Status KX_CC_SetStringValue(KX_HANDLE handle, const char* name, const 
 /* Executes a command node; does not wait for it to be done. Statuses as the setters. */
 KX_API KX_Status KX_CC_ExecuteCommand(KX_HANDLE handle, const char* name);
 
-/* Registers that are read serve the calls of the next 300 ms, up to the next write; those that the description says
+/* Registers that are read serve the calls of the next 300 ms (on slow serial lines longer: the time of forty reads
+ * is added), up to the next write; those that the description says
  * to change by themselves (NoCache, PollingTime) serve one call. While features are asked for in the order of their
  * names, registers of those that follow are read along in batches, and serve in the same way: of NoCache registers one
  * call for each feature, of device memory that is read by its address in such a row one call for each feature that
@@ -481,14 +496,16 @@ typedef struct KX_RegisterCoverage
     uint32_t reserved[4];
 } KX_RegisterCoverage;
 
-/* What the description knows of `length` bytes (1..0x1000000) of device memory from `address` on. No register of the
- * description lies there for certain when `registers` and `unplaced` are 0, and nobody ever writes there through the
+/* What the description knows of `length` bytes (1..0x1000000) of device memory from `address` on. Registers of chunk and
+ * event data lie elsewhere, at addresses that count within that data; `registers` and `unplaced` count them by these
+ * addresses all the same, as exports name them so. They are never writable. No register of the description lies there
+ * for certain when `registers` and `unplaced` are 0, and nobody ever writes there through the
  * description when `writable` and `unplacedWritable` are 0. */
 KX_API KX_Status KX_CC_GetRegisterCoverage(KX_HANDLE handle, int64_t address, int64_t length,
                                            KX_RegisterCoverage* coverage);
 
-/* The names of the `registers` of that range, in the description's order, as a text like that of
- * KX_CC_GetRelatedNames. */
+/* The names of the `registers` of that range, those of chunk and event data left out, in the description's order, as a
+ * text like that of KX_CC_GetRelatedNames. */
 KX_API KX_Status KX_CC_GetRegisterNames(KX_HANDLE handle, int64_t address, int64_t length, char* text,
                                         uint32_t capacity, uint32_t* textLength);
 

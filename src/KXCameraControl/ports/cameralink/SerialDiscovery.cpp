@@ -49,17 +49,11 @@ std::vector<std::string> namedLines()
     return paths;
 }
 
-// The record's field is short: a path that does not fit is told apart by a number made of all of it.
 std::string portIdOf(const std::string& path)
 {
-    constexpr size_t kRoom = sizeof KX_CameraLinkDeviceInfo::portId - 1;
-    if (path.size() <= kRoom)
-        return path;
-    Stamp stamp;
-    stamp.add(path.data(), path.size());
-    char number[16];
-    std::snprintf(number, sizeof number, "~%08X", static_cast<unsigned>(stamp.value()));
-    return path.substr(0, kRoom - 9) + number;
+    KX_CameraLinkDeviceInfo info{};
+    putIdentifier(info.portId, path);
+    return textField(info.portId);
 }
 
 // Empty: no line that is named has this id.
@@ -104,11 +98,9 @@ std::optional<KX_DeviceEntry> entryBehind(const std::string& path)
     const KX_Status status = look(path, identity);
     if (status != KX_OK && status != KX_E_CONTROL_REFUSED)
         return std::nullopt;
-    KX_DeviceEntry entry{};
-    entry.info.transportType = KX_TRANSPORT_CAMERA_LINK;
+    KX_DeviceEntry entry = newEntry(KX_TRANSPORT_CAMERA_LINK);
     KX_CameraLinkDeviceInfo& info = entry.info.special.cameraLink;
-    info = {};
-    putText(info.portId, portIdOf(path));
+    putIdentifier(info.portId, path);
     putText(info.modelName, identity.model);
     putText(info.serialNumber, identity.serialNumber);
     entry.availability = status == KX_OK ? KX_AVAILABILITY_FREE : KX_AVAILABILITY_IN_USE;

@@ -64,10 +64,8 @@ void addRoute(Search& search, Route route, const std::vector<uint32_t>& addresse
 
 KX_DeviceEntry entryFrom(const Discovery& answer, uint32_t address, const Route& route)
 {
-    KX_DeviceEntry entry{};
-    entry.info.transportType = KX_TRANSPORT_GIGE;
+    KX_DeviceEntry entry = newEntry(KX_TRANSPORT_GIGE);
     KX_GigEDeviceInfo& gige = entry.info.special.gige;
-    gige = {};
     gige.macHigh = answer.macHigh;
     gige.macLow = answer.macLow;
     putText(gige.modelName, answer.model);
