@@ -12,9 +12,9 @@ using Life = kx::ReadMemo::Life;
 using Reader = kx::ReadMemo::Reader;
 const kx::ReadMemo::Clock::time_point start{};
 
-TEST(ReadMemo, keepsFor300MillisecondsWhatMayBeKept)
+TEST(ReadMemo, keepsForItsSpanWhatMayBeKept)
 {
-    kx::ReadMemo memo;
+    kx::ReadMemo memo(300ms);
     memo.beginCall();
     memo.store({0x100, 2}, {{1, 2}, start, Life::Keep});
     memo.store({0x200, 2}, {{3, 4}, start, Life::Call});
@@ -32,7 +32,7 @@ TEST(ReadMemo, keepsFor300MillisecondsWhatMayBeKept)
 
 TEST(ReadMemo, servesNobodyAfterAWriteButStillKnows)
 {
-    kx::ReadMemo memo;
+    kx::ReadMemo memo(300ms);
     memo.beginCall();
     memo.store({0x100, 4}, {{1, 2, 3, 4}, start, Life::Keep});
     memo.store({0x104, 4}, {{5, 6, 7, 8}, start, Life::Keep});
@@ -46,7 +46,7 @@ TEST(ReadMemo, servesNobodyAfterAWriteButStillKnows)
 
 TEST(ReadMemo, whatWasReadAheadServesEachOnceWhoWantsToSeeWhatIsThereNow)
 {
-    kx::ReadMemo memo;
+    kx::ReadMemo memo(300ms);
     memo.beginCall();
     memo.store({0x100, 1}, {{1}, start, Life::Keep, true});
     memo.store({0x200, 1}, {{1}, start, Life::Keep, false});
@@ -119,6 +119,17 @@ TEST_F(Remembering, aFailureIsNotRemembered)
     EXPECT_EQ(statusOf("Kept"), KX_E_GC_ACCESS);
     device().failures.clear();
     EXPECT_EQ(statusOf("Kept"), KX_OK);
+}
+
+TEST_F(Remembering, theLineSaysForHowLong)
+{
+    device().keepTime = 0ms;
+    KX_CC_CloseDevice(camera.handle);
+    KX_CC_OpenDevice(camera.handle, KX_ACCESS_EXCLUSIVE, 0);
+    takeRequests();
+    statusOf("Kept");
+    statusOf("Kept");
+    EXPECT_EQ(takeRequests(), (Requests{"read 800 4", "read 800 4"}));
 }
 
 TEST_F(Remembering, aReopenedCameraStartsAnew)

@@ -124,6 +124,21 @@ TEST_F(Serial, aRateThatTheLineDoesNotCarryIsGivenUp)
     expectWritesComeBack(*open, 2);
 }
 
+// One read takes about 50 ms at 9,600 baud: a feature of ten registers must not be asked for in circles.
+TEST_F(Serial, slowLinesRememberLonger)
+{
+    start();
+    auto slow = port("EMU0001", CameraLinkPort::Rate::Keep);
+    ASSERT_EQ(slow->open(KX_ACCESS_MONITOR, 0), KX_OK);
+    EXPECT_GE(slow->keepTime(), milliseconds(2000));
+    EXPECT_LE(slow->keepTime(), milliseconds(4000));
+    slow->close();
+    auto fast = port();
+    ASSERT_EQ(fast->open(KX_ACCESS_EXCLUSIVE, 0), KX_OK);
+    EXPECT_GE(fast->keepTime(), milliseconds(300));
+    EXPECT_LE(fast->keepTime(), milliseconds(400));
+}
+
 TEST_F(Serial, aLookLeavesTheRateAlone)
 {
     start();

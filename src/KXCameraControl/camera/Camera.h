@@ -73,6 +73,7 @@ private:
     std::string lineError() const override { return m_port->lastError(); }
     size_t registersPerRequest() const override { return m_port->registersPerRequest(); }
     KX_Status readRegisters(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values) override;
+    std::chrono::milliseconds keepTime() const override { return m_port->keepTime(); }
     bool registersAreMemory() const override { return m_port->registersAreMemory(); }
 
     void connectionLost(KX_Status status);

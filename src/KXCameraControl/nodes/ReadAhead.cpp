@@ -16,7 +16,8 @@ bool ReadAhead::isWanted()
 }
 
 ReadAhead::ReadAhead(const NodeTable& table, RegisterLine& line, bool isOn)
-    : m_table(table), m_line(line), m_isOn(isOn), m_batches(line)
+    : m_table(table), m_line(line), m_isOn(isOn), m_keepTime(line.keepTime()), m_memo(m_keepTime),
+      m_batches(line)
 {}
 
 // ---- what was read ----
@@ -161,7 +162,7 @@ void ReadAhead::follow(size_t feature)
         std::copy_backward(m_calls.begin(), m_calls.end() - 1, m_calls.end());
     m_calls[0] = call;
     m_isFeature = true;
-    if (!call.isInRow && now - m_calls[1].at >= keepTime)
+    if (!call.isInRow && now - m_calls[1].at >= m_keepTime)
         m_readsRaw = m_readsMissing = m_readsForeign = false;
 }
 
@@ -169,7 +170,7 @@ bool ReadAhead::isNext(size_t feature, Clock::time_point now) const
 {
     return std::any_of(m_calls.begin(), m_calls.end(), [&](const Call& call) {
         const bool isStep = feature > call.feature && feature - call.feature <= longestStep;
-        return (isStep || (feature == call.feature && call.isInRow)) && now - call.at < keepTime;
+        return (isStep || (feature == call.feature && call.isInRow)) && now - call.at < m_keepTime;
     });
 }
 
@@ -178,7 +179,7 @@ bool ReadAhead::isNext(size_t feature, Clock::time_point now) const
 std::optional<size_t> ReadAhead::readerOf(const RegisterPlace& place)
 {
     const auto now = Clock::now();
-    if (!m_isOn || !m_planner || now - m_calls[0].at >= keepTime)
+    if (!m_isOn || !m_planner || now - m_calls[0].at >= m_keepTime)
         return std::nullopt;
     m_planner->beginRound(now);
     std::set<size_t> seen;
@@ -230,8 +231,8 @@ void ReadAhead::readWindow()
     m_planner->beginRound(start);
     m_windowEnd = planWindow(places);
     for (unsigned round = 1; !places.empty() && readRound(places) && round < maximumRounds; ++round) {
-        if (Clock::now() - start > longestReading)
-            return;
+        if (Clock::now() - start > m_keepTime / 3)
+            return; // what was read first must not grow old before the last is there
         places.clear();
         m_planner->beginRound(start);
         for (size_t feature = m_calls[0].feature; feature < m_windowEnd; ++feature)

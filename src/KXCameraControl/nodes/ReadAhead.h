@@ -16,8 +16,9 @@ namespace kx
 // requests that the call needs anyway, then, as long as they are asked for, four times as many at a time. A
 // call by itself asks for its own registers alone.
 //
-// Nothing that is read ahead is older than keepTime when it is used, and no write lies in between. An answer
-// is never invented: what could not be read is left for its own reader, who meets what the camera has to say.
+// Nothing that is read ahead is older than the line's keepTime() when it is used, and no write lies in
+// between. An answer is never invented: what could not be read is left for its own reader, who meets what the
+// camera has to say.
 class ReadAhead : public RegisterLine
 {
 public:
@@ -40,6 +41,7 @@ public:
     KX_Status writeRegister(uint64_t address, uint32_t value) override;
     void setFreshness(Freshness freshness) override { m_freshness = freshness; }
     std::string lineError() const override { return m_line.lineError(); }
+    std::chrono::milliseconds keepTime() const override { return m_keepTime; }
 
 private:
     using Clock = ReadMemo::Clock;
@@ -70,12 +72,11 @@ private:
     static constexpr unsigned maximumReadings = 4;
     // Features that a caller may pass over, for being of other kinds or left out, and still be in a row.
     static constexpr size_t longestStep = 32;
-    // What was read first must not grow old before the last is there.
-    static constexpr std::chrono::milliseconds longestReading = keepTime / 3;
 
     const NodeTable& m_table;
     RegisterLine& m_line;
     const bool m_isOn;
+    const std::chrono::milliseconds m_keepTime;
     ReadMemo m_memo;
     BatchReader m_batches;
     std::unique_ptr<ReadPlanner> m_planner; // made when the first feature is asked for

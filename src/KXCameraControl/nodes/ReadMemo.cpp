@@ -34,8 +34,7 @@ bool ReadMemo::serves(const Entry& entry, Clock::time_point now) const
 {
     if (entry.writes != m_writes)
         return false;
-    const bool isKept =
-        entry.reading.life == Life::Keep && now - entry.reading.readAt < RegisterLine::keepTime;
+    const bool isKept = entry.reading.life == Life::Keep && now - entry.reading.readAt < m_keepTime;
     return isKept || entry.call == m_call;
 }
 
@@ -82,7 +81,7 @@ bool ReadMemo::isRecent(const RegisterPlace& place, Clock::time_point now) const
 {
     const auto it = m_entries.find(place);
     return it != m_entries.end() && it->second.writes == m_writes &&
-           now - it->second.reading.readAt < RegisterLine::keepTime;
+           now - it->second.reading.readAt < m_keepTime;
 }
 
 const ReadMemo::Bytes* ReadMemo::lastKnown(const RegisterPlace& place) const

@@ -33,6 +33,8 @@ public:
         bool isAhead = false; // nobody has asked for it yet
     };
 
+    explicit ReadMemo(std::chrono::milliseconds keepTime) : m_keepTime(keepTime) {}
+
     void beginCall() { ++m_call; }
     // From now on nothing serves; it stays known what it was (lastKnown).
     void outdate();
@@ -53,7 +55,7 @@ public:
     const Bytes* findFor(Reader reader, size_t number, const RegisterPlace& place, Clock::time_point now);
     // Whether the reading may still serve anybody.
     bool isFresh(const RegisterPlace& place, Clock::time_point now) const;
-    // Whether it was read within keepTime and after the last write, served or not.
+    // Whether it was read within the span and after the last write, served or not.
     bool isRecent(const RegisterPlace& place, Clock::time_point now) const;
     // Whatever was read there last, however long ago; null when nothing was.
     const Bytes* lastKnown(const RegisterPlace& place) const;
@@ -79,6 +81,7 @@ private:
     void use(Entry& entry);
     bool serves(const Entry& entry, Clock::time_point now) const;
 
+    const std::chrono::milliseconds m_keepTime;
     std::map<RegisterPlace, Entry> m_entries;
     uint64_t m_call = 0;
     uint64_t m_writes = 0;

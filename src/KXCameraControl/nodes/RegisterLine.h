@@ -31,9 +31,6 @@ struct RegisterPlace
 class RegisterLine
 {
 public:
-    // How long Freshness::Keep may answer from memory.
-    static constexpr std::chrono::milliseconds keepTime{300};
-
     virtual ~RegisterLine() = default;
     // Statuses of the public header. `size` is at least 1.
     virtual KX_Status readBlock(uint64_t address, void* data, size_t size) = 0;
@@ -48,6 +45,8 @@ public:
         Wire  // always from the camera
     };
     virtual void setFreshness(Freshness) {}
+    // How long Freshness::Keep may answer from memory.
+    virtual std::chrono::milliseconds keepTime() const { return std::chrono::milliseconds(300); }
     virtual std::string lineError() const = 0;
 
     // How many registers one request can hold; 1: this line has no batches.

@@ -300,13 +300,13 @@ bool Registers::usesRegisterCommands(size_t size) const
 }
 
 // What the camera changes by itself, or says to ask again soon, serves no later call.
-RegisterLine::Freshness Registers::freshness(const Node& node)
+RegisterLine::Freshness Registers::freshness(const Node& node) const
 {
     const Property* cachable = node.find(Tag::Cachable);
     const Property* polling = node.find(Tag::PollingTime);
     int64_t milliseconds = 0;
     const bool isPolled =
-        polling && parseInteger(polling->text, milliseconds) && milliseconds < RegisterLine::keepTime.count();
+        polling && parseInteger(polling->text, milliseconds) && milliseconds < m_line.keepTime().count();
     const bool isVolatile = isPolled || (cachable && cachable->text == "NoCache");
     return isVolatile ? RegisterLine::Freshness::Call : RegisterLine::Freshness::Keep;
 }

@@ -48,7 +48,7 @@ public:
     // Chunk data and events stand in a stream's buffers, which this library does not receive.
     static bool isInMemory(const Node& node);
     static bool isEvent(const Node& node);
-    static RegisterLine::Freshness freshness(const Node& node);
+    RegisterLine::Freshness freshness(const Node& node) const;
 
 private:
     struct Bits

@@ -14,7 +14,7 @@ namespace kx
 
 struct PortTimeouts
 {
-    std::chrono::milliseconds perTry{200};
+    std::chrono::milliseconds perTry{200}; // longer where the camera or the line says that it is slower
     unsigned tries = 3;
     std::chrono::milliseconds longestPending{20000}; // what a camera may ask for by PENDING_ACK, per request
 };
@@ -28,8 +28,9 @@ struct CameraNames
 };
 
 // One caller at a time; the owner holds its lock around every call. Only the connection-lost handler comes
-// from a thread of the port itself. A failure is a status of the public header, `lastError()` says more in
-// English.
+// from a thread of the port itself. How a loss is noticed is the transport's business (a heartbeat, the
+// system's word that the device left, nothing but requests), and its header says how soon. A failure is a
+// status of the public header, `lastError()` says more in English.
 class Port
 {
 public:
@@ -59,6 +60,10 @@ public:
     // Whether readRegister() gives what readMemory() would, highest byte first: cameras with little-endian
     // registers turn the one and not the other.
     virtual bool registersAreMemory() const { return true; }
+
+    // How long a register that was read may stand for the camera, up to the next write, while the port is
+    // open.
+    virtual std::chrono::milliseconds keepTime() const { return std::chrono::milliseconds(300); }
 
     // The URL texts that say where the description lies (first and, where there is one, second).
     virtual KX_Status descriptionUrls(std::vector<std::string>& urls) = 0;

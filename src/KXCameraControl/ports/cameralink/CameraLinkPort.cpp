@@ -36,6 +36,13 @@ void CameraLinkPort::close()
     GenCpPort::close();
 }
 
+std::chrono::milliseconds CameraLinkPort::keepTime() const
+{
+    constexpr size_t kReadOnWire =
+        kHeaderSize + kReadCommandSize + kHeaderSize + sizeof(uint32_t) + 2 * kSerialPrefixSize;
+    return Port::keepTime() + 40 * serial().wireTime(kReadOnWire);
+}
+
 KX_Status CameraLinkPort::settle()
 {
     setLimits(kPacketLimit, kPacketLimit);

@@ -25,7 +25,11 @@ public:
     // Brings the camera back to 9,600 baud, where the next program looks for it first.
     void close() override;
 
-    uint32_t baudRate() { return serial().baudRate(); }
+    // Longer than on other lines by the time of forty reads: what belongs to one feature has to come
+    // together.
+    std::chrono::milliseconds keepTime() const override;
+
+    uint32_t baudRate() const { return serial().baudRate(); }
 
 private:
     KX_Status settle() override;
@@ -33,6 +37,7 @@ private:
     KX_Status raiseRate();
     KX_Status changeRate(const gencp::BaudRate& rate);
     KX_Status confirmRate(uint64_t address, uint32_t bit);
+    const SerialLink& serial() const { return static_cast<const SerialLink&>(link()); }
     SerialLink& serial() { return static_cast<SerialLink&>(link()); }
 
     const Rate m_rate;

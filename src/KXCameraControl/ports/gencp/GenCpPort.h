@@ -55,6 +55,7 @@ protected:
     virtual KX_Status settle() { return KX_OK; }
 
     GenCpLink& link() { return *m_link; }
+    const GenCpLink& link() const { return *m_link; }
     const PortTimeouts& timeouts() const { return m_timeouts; }
     // Whole packets with their prefix, as the camera's limits count them.
     void setLimits(size_t command, size_t ack);
