@@ -43,7 +43,7 @@ constexpr ErrorText kErrorTexts[] = {
     {KX_E_CONNECTION_LOST, " The connection to the camera is lost.", "与相机的连接已断开。"},
     {KX_E_CONTROL_REFUSED, " The camera is controlled by another program.", "相机正被其他程序控制。"},
     {KX_E_BUSY, " The camera is busy.", "相机忙。"},
-    {KX_E_NETWORK, " The network cannot be used.", "网络不可用。"},
+    {KX_E_NETWORK, " The network or the device cannot be used.", "网络或设备不可用。"},
     {KX_E_MALFORMED_ANSWER, " The camera's answer does not follow the protocol.", "相机的应答不符合协议。"},
     {KX_E_DEVICE, " The camera reported a fault of its own.", "相机报告自身故障。"},
     {KX_E_NO_DEVICE, " The camera was not found.", "未找到相机。"},

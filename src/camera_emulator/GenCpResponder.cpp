@@ -3,6 +3,7 @@
 #include "camera_emulator/Zip.h"
 
 #include <algorithm>
+#include <openssl/evp.h>
 
 namespace emu
 {
@@ -118,6 +119,14 @@ void writeTexts(const CameraConfig& config, Memory& memory)
     memory.writeText(RegUserName, config.userName, kTextSize);
 }
 
+// Of the first `size` bytes.
+Bytes sha1Of(const Bytes& bytes, size_t size)
+{
+    Bytes digest(kSha1Size);
+    EVP_Digest(bytes.data(), size, digest.data(), nullptr, EVP_sha1(), nullptr);
+    return digest;
+}
+
 // The form that the configuration asks for comes first.
 void writeFiles(const CameraConfig& config, const std::string& description, GenCpResponder& responder)
 {
@@ -126,10 +135,12 @@ void writeFiles(const CameraConfig& config, const std::string& description, GenC
     ManifestEntry plainEntry;
     plainEntry.address = kGenCpDescription;
     plainEntry.size = std::min(plain.size(), config.descriptionLimit);
+    plainEntry.sha1 = sha1Of(plain, plainEntry.size);
     ManifestEntry zipEntry = plainEntry;
     zipEntry.format = static_cast<uint8_t>(FileFormat::Zip);
     zipEntry.address = kGenCpZippedDescription;
     zipEntry.size = std::min(zip.size(), config.descriptionLimit);
+    zipEntry.sha1 = sha1Of(zip, zipEntry.size);
 
     responder.memory.write(kGenCpDescription, plain.data(), plainEntry.size);
     responder.memory.write(kGenCpZippedDescription, zip.data(), zipEntry.size);

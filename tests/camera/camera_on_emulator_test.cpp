@@ -205,7 +205,7 @@ TEST_F(CameraOnEmulator, isFoundAndAskedWithoutTakingControl)
     ASSERT_EQ(KX_CC_IsDeviceAccessible(&entries[0].info, &availability), KX_OK);
     EXPECT_EQ(availability, static_cast<uint32_t>(KX_AVAILABILITY_FREE));
     KX_DeviceInfo other = entries[0].info;
-    other.transportType = KX_TRANSPORT_USB3;
+    other.transportType = 2;
     EXPECT_EQ(KX_CC_IsDeviceAccessible(&other, &availability), KX_E_NOT_SUPPORTED);
     KX_Controller controller{};
     EXPECT_EQ(KX_CC_GetController(&other, &controller), KX_E_NOT_SUPPORTED);

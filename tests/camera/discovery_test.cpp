@@ -190,7 +190,7 @@ TEST(Discovery, availabilityOfACameraThatIsGone)
     availability = 0;
     EXPECT_EQ(kx::deviceAvailability(device, availability), KX_OK);
     EXPECT_EQ(availability, uint32_t(KX_AVAILABILITY_UNREACHABLE));
-    device.transportType = KX_TRANSPORT_USB3;
+    device.transportType = 2;
     EXPECT_EQ(kx::deviceAvailability(device, availability), KX_E_NOT_SUPPORTED);
 }
 

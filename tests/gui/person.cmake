@@ -14,7 +14,7 @@ add_dependencies(person_test program_resources program_translations)
 add_test(NAME person_on_a_display
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "$<TARGET_FILE:person_test>")
 set_tests_properties(person_on_a_display PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 120
-    ENVIRONMENT "KX_CAMERA_INTERFACES=none;LC_ALL=C.UTF-8;KX_DESCRIPTION_CACHE=off;IE_SCREENSHOTS=${CMAKE_BINARY_DIR}/screenshots;${IE_GUI_SANITIZERS}")
+    ENVIRONMENT "KX_CAMERA_INTERFACES=none;KX_CAMERA_USB=none;LC_ALL=C.UTF-8;KX_DESCRIPTION_CACHE=off;IE_SCREENSHOTS=${CMAKE_BINARY_DIR}/screenshots;${IE_GUI_SANITIZERS}")
 
 add_test(NAME processes_test
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "${CMAKE_CURRENT_SOURCE_DIR}/processes_test.sh"
@@ -24,7 +24,7 @@ set_tests_properties(processes_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 
 
 add_test(NAME package_test COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/package_test.sh" "${CMAKE_BINARY_DIR}")
 set_tests_properties(package_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 180
-    ENVIRONMENT "LC_ALL=C.UTF-8;KX_DESCRIPTION_CACHE=off;KX_CAMERA_INTERFACES=none;${IE_GUI_SANITIZERS}")
+    ENVIRONMENT "LC_ALL=C.UTF-8;KX_DESCRIPTION_CACHE=off;KX_CAMERA_INTERFACES=none;KX_CAMERA_USB=none;${IE_GUI_SANITIZERS}")
 
 pkg_check_modules(X11 REQUIRED IMPORTED_TARGET x11)
 add_library(start_trace MODULE start/StartTrace.cpp)

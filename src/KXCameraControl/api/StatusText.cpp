@@ -35,7 +35,7 @@ constexpr Entry entries[] = {
     {KX_E_CONNECTION_LOST, "The connection to the camera is lost."},
     {KX_E_CONTROL_REFUSED, "Another application controls the camera."},
     {KX_E_BUSY, "The camera stays busy."},
-    {KX_E_NETWORK, "The operating system refused the network operation."},
+    {KX_E_NETWORK, "The operating system refused the network operation, or the device."},
     {KX_E_MALFORMED_ANSWER, "The camera's answer does not follow the protocol."},
     {KX_E_DEVICE, "The camera reported a fault of its own."},
     {KX_E_NO_DEVICE, "No camera answers under this device information."},

@@ -7,6 +7,23 @@
 namespace kx
 {
 
+namespace
+{
+
+template <size_t Size>
+std::string hexOf(const std::array<uint8_t, Size>& bytes)
+{
+    constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    for (const uint8_t byte : bytes) {
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+} // namespace
+
 Digest digestOf(std::string_view bytes)
 {
     Digest digest;
@@ -17,13 +34,15 @@ Digest digestOf(std::string_view bytes)
 
 std::string hexText(const Digest& digest)
 {
-    constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    for (const uint8_t byte : digest) {
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
+    return hexOf(digest);
+}
+
+std::string sha1Text(std::string_view bytes)
+{
+    std::array<uint8_t, 20> digest{};
+    if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha1(), nullptr) != 1)
+        throw std::bad_alloc();
+    return hexOf(digest);
 }
 
 } // namespace kx

@@ -16,4 +16,7 @@ Digest digestOf(std::string_view bytes);
 // 64 lower-case hexadecimal digits.
 std::string hexText(const Digest& digest);
 
+// SHA-1 as 40 lower-case hexadecimal digits: what cameras give of their files, and good against faults alone.
+std::string sha1Text(std::string_view bytes);
+
 } // namespace kx

@@ -2,6 +2,7 @@
 #include "KXCameraControl/description/Fetch.h"
 
 #include "KXCameraControl/description/DescriptionCache.h"
+#include "KXCameraControl/description/Digest.h"
 #include "KXCameraControl/description/Evidence.h"
 #include "KXCameraControl/description/Unzip.h"
 
@@ -53,6 +54,14 @@ bool parseHex(const std::string& text, uint64_t& number)
     return true;
 }
 
+// Of the text behind the question mark, which is in lower case.
+std::string sha1In(const std::string& url)
+{
+    constexpr char key[] = "?sha1=";
+    const auto at = url.find(key);
+    return at == std::string::npos ? std::string() : url.substr(at + sizeof key - 1);
+}
+
 unsigned anyNumber()
 {
     static thread_local std::random_device device;
@@ -83,6 +92,10 @@ KX_Status readWhole(Port& port, const LocalUrl& local, SharedDescription& descri
     if (const KX_Status status = port.readMemory(local.address, bytes.data(), bytes.size())) {
         problem = port.lastError();
         return status;
+    }
+    if (!local.sha1.empty() && sha1Text(bytes) != local.sha1) {
+        problem = "its bytes do not have the SHA-1 digest that the camera gives of them";
+        return KX_E_DESCRIPTION;
     }
     description = descriptionIn(std::move(bytes), local.isZip(), problem);
     return description ? KX_OK : KX_E_DESCRIPTION;
@@ -132,6 +145,7 @@ bool parseLocalUrl(const std::string& url, LocalUrl& parsed, std::string& proble
         return false;
     }
     rest.erase(0, 6);
+    parsed.sha1 = sha1In(toLower(rest));
     rest.resize(std::min(rest.find('?'), rest.size()));
     rest.erase(0, std::min(rest.find_first_not_of('/'), rest.size()));
     const auto first = rest.find(';');

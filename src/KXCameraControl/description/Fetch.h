@@ -10,12 +10,14 @@
 namespace kx
 {
 
-// A description in device memory: "Local:name.xml;HEXADDR;HEXLEN[?SchemaVersion=...]".
+// A description in device memory: "Local:name.xml;HEXADDR;HEXLEN[?SchemaVersion=...]", or
+// "...?SHA1=..." with the digest of what lies there.
 struct LocalUrl
 {
     std::string fileName;
     uint64_t address = 0;
     uint64_t length = 0;
+    std::string sha1; // lower-case hexadecimal; empty: not given
 
     bool isZip() const; // by the name's ending
 };

@@ -2,6 +2,7 @@
 
 #include "KXCameraControl/ports/cameralink/SerialDiscovery.h"
 #include "KXCameraControl/ports/gige/GigeDiscovery.h"
+#include "KXCameraControl/ports/usb3/Usb3Discovery.h"
 
 #include <algorithm>
 
@@ -10,7 +11,7 @@ namespace kx
 
 const std::vector<Transport>& transports()
 {
-    static const std::vector<Transport> table{gigeTransport(), serialTransport()};
+    static const std::vector<Transport> table{gigeTransport(), usb3Transport(), serialTransport()};
     return table;
 }
 

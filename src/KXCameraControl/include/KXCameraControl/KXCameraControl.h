@@ -59,9 +59,10 @@ typedef uint32_t KX_Status;
 
 #define KX_E_NO_ANSWER         ((KX_Status)0x80000200u) /* every try timed out */
 #define KX_E_CONNECTION_LOST   ((KX_Status)0x80000201u) /* the camera went away, or dropped our control */
-#define KX_E_CONTROL_REFUSED   ((KX_Status)0x80000202u) /* another host controls the camera */
+#define KX_E_CONTROL_REFUSED   ((KX_Status)0x80000202u) /* another host or program has the camera */
 #define KX_E_BUSY              ((KX_Status)0x80000203u) /* the camera stayed busy through every try */
-#define KX_E_NETWORK           ((KX_Status)0x80000204u) /* the operating system refused the socket operation */
+#define KX_E_NETWORK           ((KX_Status)0x80000204u) /* the operating system refused the line: a socket, a serial line,
+                                                       a USB device that this user may not open */
 #define KX_E_MALFORMED_ANSWER  ((KX_Status)0x80000205u) /* the camera answered something that the protocol does not allow */
 #define KX_E_DEVICE            ((KX_Status)0x80000206u) /* the camera reported a fault of its own */
 #define KX_E_NO_DEVICE         ((KX_Status)0x80000207u) /* nobody answers under that device information */
@@ -165,7 +166,7 @@ typedef struct KX_DeviceEntry
 {
     KX_DeviceInfo info;
     uint32_t availability;  /* one KX_AVAILABILITY_ value, taken without taking control */
-    char interfaceName[64]; /* "eth0", "USB", ...; "unicast" when the camera was asked by address */
+    char interfaceName[64]; /* "eth0", "USB 2-1.4", "serial", ...; "unicast" when the camera was asked by address */
 } KX_DeviceEntry;
 
 /* Finds the cameras of the transports in `transportMask` and writes up to `capacity` entries; `*count` is the
@@ -175,6 +176,8 @@ typedef struct KX_DeviceEntry
  * Environment: KX_CAMERA_INTERFACES names the interfaces (names or addresses, comma-separated) that broadcast
  * discovery uses; unset: all; "none": no broadcast. KX_CAMERA_ADDRESSES names addresses to ask directly too. What
  * is no interface and no address there is passed over (KX_CC_CheckSearchPlaces tells of it).
+ * KX_CAMERA_USB=none: no USB device is looked at or opened; otherwise all USB3 Vision cameras are found, and for an
+ * instant claimed to see whether they are free.
  * KX_CAMERA_SERIAL_PORTS names serial lines (paths, comma-separated) that Camera Link cameras may be behind; no other
  * line is touched, by this function or by opening a record that names one.
  * KX_E_PARAMETER: `count` null, or `entries` null with capacity > 0. KX_E_NETWORK: no socket could be opened, and no
@@ -211,7 +214,7 @@ typedef struct KX_Controller
 KX_API KX_Status KX_CC_GetController(const KX_DeviceInfo* device, KX_Controller* controller);
 
 /* A number that changes whenever a network interface of this machine comes, goes, or changes its address, and when a
- * named serial line comes or goes: a reason to look for cameras again. 0: nothing of that could be read. Sends
+ * USB device or a named serial line comes or goes: a reason to look for cameras again. 0: nothing of that could be read. Sends
  * nothing, does not block. */
 KX_API uint32_t KX_CC_GetInterfaceStamp(void);
 

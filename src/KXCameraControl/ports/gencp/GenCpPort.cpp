@@ -38,6 +38,22 @@ std::string describe(const CommandPacket& command, const GenCpLink& link)
     return what + " memory at " + hex(get(command.scd.data(), 8, link.byteOrder())) + " of " + link.name();
 }
 
+// As GigE Vision cameras name their descriptions, and the digest of the file where the camera gives one.
+std::string urlOf(const ManifestEntry& entry)
+{
+    char text[96];
+    std::snprintf(text, sizeof text, "Local:camera.%s;%llX;%llX",
+                  entry.format == static_cast<uint8_t>(FileFormat::Zip) ? "zip" : "xml",
+                  static_cast<unsigned long long>(entry.address),
+                  static_cast<unsigned long long>(entry.size));
+    std::string url = text;
+    for (const uint8_t byte : entry.sha1) {
+        std::snprintf(text, sizeof text, "%02x", byte);
+        url += (url.find('?') == std::string::npos ? "?SHA1=" : "") + std::string(text);
+    }
+    return url;
+}
+
 } // namespace
 
 GenCpPort::GenCpPort(std::unique_ptr<GenCpLink> link, std::string serialNumber)
@@ -79,8 +95,10 @@ KX_Status GenCpPort::openAs(uint32_t accessMode)
         std::chrono::hours(1), [] {}, [this](KX_Status reason) { tellLoss(reason); });
     KX_Status status = settle();
     if (status == KX_OK)
-        status = checkCamera();
-    return status == KX_OK ? readLongestResponse() : status;
+        status = readLongestResponse();
+    if (status == KX_OK)
+        status = readLimits();
+    return status == KX_OK ? checkCamera() : status;
 }
 
 void GenCpPort::close()
@@ -264,9 +282,15 @@ KX_Status GenCpPort::writePiece(uint64_t address, const uint8_t* data, size_t si
     return KX_OK;
 }
 
+// Whole words: many cameras want what follows aligned.
+size_t GenCpPort::largestPiece(size_t limit, size_t head) const
+{
+    return (std::min(limit - m_link->prefixSize() - kHeaderSize, kMaxScd) - head) / 4 * 4;
+}
+
 KX_Status GenCpPort::readMemory(uint64_t address, void* data, size_t size)
 {
-    const size_t most = std::min(m_maxAck - m_link->prefixSize() - kHeaderSize, kMaxScd);
+    const size_t most = largestPiece(m_maxAck, 0);
     KX_Status status = checkUsable();
     for (size_t done = 0; status == KX_OK && done < size; done += most)
         status = readPiece(address + done, static_cast<uint8_t*>(data) + done, std::min(size - done, most));
@@ -275,7 +299,7 @@ KX_Status GenCpPort::readMemory(uint64_t address, void* data, size_t size)
 
 KX_Status GenCpPort::writeMemory(uint64_t address, const void* data, size_t size)
 {
-    const size_t most = std::min(m_maxCommand - m_link->prefixSize() - kHeaderSize, kMaxScd) - kWriteHeadSize;
+    const size_t most = largestPiece(m_maxCommand, kWriteHeadSize);
     KX_Status status = checkUsable();
     if (status == KX_OK && m_readOnly)
         return fail(KX_E_GC_ACCESS, "the camera is open for reading only");
@@ -374,12 +398,7 @@ KX_Status GenCpPort::readManifest(std::vector<std::string>& urls)
         const ManifestEntry entry = parseManifestEntry(bytes, m_link->byteOrder());
         if (entry.fileType != 0)
             continue;
-        char text[96];
-        std::snprintf(text, sizeof text, "Local:camera.%s;%llX;%llX",
-                      entry.format == static_cast<uint8_t>(FileFormat::Zip) ? "zip" : "xml",
-                      static_cast<unsigned long long>(entry.address),
-                      static_cast<unsigned long long>(entry.size));
-        urls.emplace_back(text);
+        urls.push_back(urlOf(entry));
     }
     return status;
 }

@@ -34,7 +34,7 @@ public:
     KX_Status writeRegister(uint64_t address, uint32_t value) override;
     KX_Status readRegisters(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values) override;
     size_t registersPerRequest() const override { return 1; }
-    // From the manifest table, as "Local:" texts.
+    // From the manifest table, as "Local:" texts, with "?SHA1=" where the camera gives the file's digest.
     KX_Status descriptionUrls(std::vector<std::string>& urls) override;
     // Known from descriptionUrls() on.
     CameraNames names() const override { return m_names; }
@@ -53,12 +53,15 @@ public:
 protected:
     // What a transport has to find out or to set before anything else, its link open.
     virtual KX_Status settle() { return KX_OK; }
+    // How long the camera's packets may be (setLimits()), where it says that itself.
+    virtual KX_Status readLimits() { return KX_OK; }
 
     GenCpLink& link() { return *m_link; }
     const GenCpLink& link() const { return *m_link; }
     const PortTimeouts& timeouts() const { return m_timeouts; }
     // Whole packets with their prefix, as the camera's limits count them.
     void setLimits(size_t command, size_t ack);
+    size_t maxAck() const { return m_maxAck; }
     // From any thread.
     void reportLoss(std::string reason);
     KX_Status fail(KX_Status status, std::string text);
@@ -81,6 +84,7 @@ private:
     KX_Status openAs(uint32_t accessMode);
     KX_Status checkCamera();
     KX_Status readLongestResponse();
+    size_t largestPiece(size_t limit, size_t head) const;
     KX_Status readNames();
     KX_Status readManifest(std::vector<std::string>& urls);
     KX_Status checkUsable();

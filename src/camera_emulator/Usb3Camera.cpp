@@ -1,0 +1,344 @@
+#include "camera_emulator/Usb3Camera.h"
+
+#include "camera_emulator/CameraCore.h"
+#include "camera_emulator/GenCpResponder.h"
+#include "gencp/Usb3Vision.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <deque>
+#include <mutex>
+
+namespace emu
+{
+
+using namespace gencp;
+using std::chrono::milliseconds;
+
+namespace
+{
+
+constexpr uint8_t kOut = 0x01;
+constexpr uint8_t kIn = 0x81;
+constexpr uint8_t kGetDescriptor = 6;
+constexpr uint8_t kStringDescriptor = 3;
+
+// Twelve digits as real ones have them; the same for the same serial number.
+std::string guidOf(const std::string& serialNumber)
+{
+    uint32_t sum = 2166136261u;
+    for (const char sign : serialNumber)
+        sum = (sum ^ static_cast<uint8_t>(sign)) * 16777619u;
+    char text[16];
+    std::snprintf(text, sizeof text, "1209%08X", static_cast<unsigned>(sum));
+    return text;
+}
+
+Bytes stringDescriptor(const std::string& text)
+{
+    Bytes bytes{0, kStringDescriptor};
+    for (const char sign : text.substr(0, 126)) {
+        bytes.push_back(static_cast<uint8_t>(sign));
+        bytes.push_back(0);
+    }
+    bytes[0] = static_cast<uint8_t>(bytes.size());
+    return bytes;
+}
+
+uint8_t lowOf(uint16_t number)
+{
+    return static_cast<uint8_t>(number);
+}
+
+uint8_t highOf(uint16_t number)
+{
+    return static_cast<uint8_t>(number >> 8);
+}
+
+void addInterface(Bytes& bytes, uint8_t number, uint8_t protocol, uint8_t endpoints)
+{
+    bytes.insert(bytes.end(), {9, 4, number, 0, endpoints, kUsbClass, kUsbSubclass, protocol, 0});
+}
+
+void addEndpoint(Bytes& bytes, uint8_t address, uint16_t packetSize)
+{
+    bytes.insert(bytes.end(), {7, 5, address, 2, lowOf(packetSize), highOf(packetSize), 0});
+    bytes.insert(bytes.end(), {6, 0x30, 0, 0, 0, 0}); // SuperSpeed companion
+}
+
+// Texts are numbered as they stand in the information descriptor: GUID 1, vendor 2, and so on.
+void addInfo(Bytes& bytes)
+{
+    bytes.insert(bytes.end(), {kUsbInfoSize, kUsbInfoType, kUsbInfoSubtype, 3, 0, 1, 0, 1, 0, 1, 0});
+    for (uint8_t text = 1; text <= 8; ++text)
+        bytes.push_back(text);
+    bytes.push_back(0x08); // SuperSpeed
+}
+
+Bytes configuration(uint16_t packetSize)
+{
+    Bytes body{8, 11, 0, 3, kUsbClass, kUsbSubclass, 0, 0}; // the three interfaces are one function
+    addInterface(body, 0, kUsbControlProtocol, 2);
+    addInfo(body);
+    addEndpoint(body, kOut, packetSize);
+    addEndpoint(body, kIn, packetSize);
+    addInterface(body, 1, 1, 1);
+    addEndpoint(body, 0x82, packetSize);
+    addInterface(body, 2, 2, 1);
+    addEndpoint(body, 0x83, packetSize);
+    const auto total = static_cast<uint16_t>(9 + body.size());
+    Bytes bytes{9, 2, lowOf(total), highOf(total), 3, 1, 0, 0x80, 50};
+    bytes.insert(bytes.end(), body.begin(), body.end());
+    return bytes;
+}
+
+} // namespace
+
+struct Usb3Camera::State
+{
+    State(const CameraConfig& config, const Usb3Config& wanted, UsbBus& itsBus);
+
+    std::string text(uint8_t number) const;
+
+    CameraCore core;
+    const Usb3Config usb;
+    UsbBus& bus;
+
+    mutable std::mutex mutex; // guards what follows; not held while the bus is called
+    GenCpResponder responder{ByteOrder::Little};
+    std::deque<Reply> outgoing;
+    std::string location; // empty: not plugged in
+    size_t longestCommand = 0;
+    size_t longestAnswer = 0;
+};
+
+Usb3Camera::State::State(const CameraConfig& config, const Usb3Config& wanted, UsbBus& itsBus)
+    : core(config), usb(wanted), bus(itsBus)
+{
+    responder.latency = config.latency;
+    responder.mostBytes = usb.maxAck - sizeof kUsbPrefix - kHeaderSize;
+    responder.readOnly = core.nodes->readOnlyRegisters();
+    writeGenCpBootstrap(config, core.description, responder);
+    responder.writeNumber(kTechnologyRegisters + kUsbVersion, 0x00010001, 4);
+    responder.writeNumber(kTechnologyRegisters + kUsbMaxCommandLength, usb.maxCommand, 4);
+    responder.writeNumber(kTechnologyRegisters + kUsbMaxAckLength, usb.maxAck, 4);
+    responder.writeNumber(kTechnologyRegisters + kUsbCurrentSpeed, 0x8, 4);
+    responder.readOnly.add(kTechnologyRegisters, kUsbCurrentSpeed + 4);
+    core.seed(responder.memory);
+}
+
+std::string Usb3Camera::State::text(uint8_t number) const
+{
+    const CameraConfig& config = core.config;
+    const std::string texts[] = {usb.guid.empty() ? guidOf(config.serial) : usb.guid,
+                                 config.manufacturer,
+                                 config.model,
+                                 config.model,
+                                 config.firmware,
+                                 "Software camera",
+                                 config.serial,
+                                 config.userName};
+    return texts[number - 1];
+}
+
+Usb3Camera::Usb3Camera(const CameraConfig& config, const Usb3Config& usb, UsbBus& bus)
+    : m_state(std::make_unique<State>(config, usb, bus))
+{}
+
+Usb3Camera::~Usb3Camera()
+{
+    Usb3Camera::stop();
+}
+
+StartResult Usb3Camera::start()
+{
+    if (!m_state->core.problem.empty())
+        return {StartCode::BadConfiguration, m_state->core.problem};
+    if (!place().empty())
+        return {};
+    const std::string location = m_state->bus.plug(*this);
+    const std::lock_guard lock(m_state->mutex);
+    m_state->location = location;
+    if (location.empty())
+        return {StartCode::CannotBind, "The bus does not take the camera."};
+    return {};
+}
+
+void Usb3Camera::stop()
+{
+    if (place().empty())
+        return;
+    m_state->bus.unplug(*this);
+    const std::lock_guard lock(m_state->mutex);
+    m_state->location.clear();
+    m_state->outgoing.clear();
+}
+
+std::string Usb3Camera::place() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->location;
+}
+
+Bytes Usb3Camera::descriptors() const
+{
+    const uint16_t vendor = m_state->usb.vendorId;
+    const uint16_t product = m_state->usb.productId;
+    // USB 3.0, one configuration, its texts those of the information descriptor.
+    Bytes bytes{18,
+                1,
+                0x00,
+                0x03,
+                0xEF,
+                0x02,
+                0x01,
+                9,
+                lowOf(vendor),
+                highOf(vendor),
+                lowOf(product),
+                highOf(product),
+                0x00,
+                0x01,
+                2,
+                3,
+                7,
+                1};
+    const Bytes config = configuration(m_state->usb.packetSize);
+    bytes.insert(bytes.end(), config.begin(), config.end());
+    if (m_state->usb.breakDescriptors)
+        m_state->usb.breakDescriptors(bytes);
+    return bytes;
+}
+
+std::optional<Bytes> Usb3Camera::control(const std::array<uint8_t, 8>& setup)
+{
+    const bool isText = setup[0] == 0x80 && setup[1] == kGetDescriptor && setup[3] == kStringDescriptor;
+    if (!isText || setup[2] > 8)
+        return std::nullopt;
+    if (setup[2] == 0)
+        return Bytes{4, kStringDescriptor, 0x09, 0x04}; // English
+    return stringDescriptor(m_state->text(setup[2]));
+}
+
+bool Usb3Camera::bulkOut(uint8_t endpoint, const Bytes& data)
+{
+    State& state = *m_state;
+    const std::lock_guard lock(state.mutex);
+    const bool isCommand = endpoint == kOut && data.size() >= sizeof kUsbPrefix &&
+                           std::equal(std::begin(kUsbPrefix), std::end(kUsbPrefix), data.begin());
+    state.longestCommand = std::max(state.longestCommand, data.size());
+    if (!isCommand || data.size() > state.usb.maxCommand) {
+        ++state.responder.counters.malformed;
+        return false;
+    }
+    const auto replies =
+        state.responder.handle(Bytes(data.begin() + sizeof kUsbPrefix, data.end()), Clock::now());
+    for (const Reply& reply : replies) {
+        Bytes packet(std::begin(kUsbPrefix), std::end(kUsbPrefix));
+        packet.insert(packet.end(), reply.bytes.begin(), reply.bytes.end());
+        state.longestAnswer = std::max(state.longestAnswer, packet.size());
+        if (state.usb.breakAnswer)
+            state.usb.breakAnswer(packet);
+        state.outgoing.push_back({packet, reply.due});
+    }
+    return true;
+}
+
+std::optional<Bytes> Usb3Camera::bulkIn(uint8_t endpoint)
+{
+    State& state = *m_state;
+    milliseconds later{0};
+    {
+        const std::lock_guard lock(state.mutex);
+        if (endpoint != kIn || state.outgoing.empty())
+            return std::nullopt;
+        const auto left = std::chrono::ceil<milliseconds>(state.outgoing.front().due - Clock::now());
+        if (left.count() <= 0) {
+            Bytes packet = std::move(state.outgoing.front().bytes);
+            state.outgoing.pop_front();
+            return packet;
+        }
+        later = left;
+    }
+    state.bus.askAgain(*this, later);
+    return std::nullopt;
+}
+
+const CameraConfig& Usb3Camera::config() const
+{
+    return m_state->core.config;
+}
+
+std::string Usb3Camera::guid() const
+{
+    return m_state->text(1);
+}
+
+const std::vector<std::string>& Usb3Camera::seedProblems() const
+{
+    return m_state->core.seeded.problems;
+}
+
+const std::vector<std::string>& Usb3Camera::seedRemarks() const
+{
+    return m_state->core.seeded.remarks;
+}
+
+Bytes Usb3Camera::peek(uint64_t address, size_t size) const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->responder.memory.read(address, size);
+}
+
+void Usb3Camera::poke(uint64_t address, const Bytes& data)
+{
+    const std::lock_guard lock(m_state->mutex);
+    m_state->responder.memory.write(address, data);
+}
+
+std::optional<NodeValue> Usb3Camera::node(const std::string& name) const
+{
+    const auto field = m_state->core.nodes->field(name);
+    if (!std::holds_alternative<RegisterField>(field))
+        return std::nullopt;
+    const std::lock_guard lock(m_state->mutex);
+    return decode(std::get<RegisterField>(field), m_state->responder.memory);
+}
+
+std::vector<std::string> Usb3Camera::change(const std::string& json)
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->core.change(json, m_state->responder.memory);
+}
+
+void Usb3Camera::setFaults(const Faults& faults)
+{
+    const std::lock_guard lock(m_state->mutex);
+    m_state->responder.gate.set(faults);
+}
+
+Counters Usb3Camera::counters() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->responder.counters;
+}
+
+void Usb3Camera::resetCounters()
+{
+    const std::lock_guard lock(m_state->mutex);
+    m_state->responder.counters = {};
+}
+
+size_t Usb3Camera::longestCommand() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->longestCommand;
+}
+
+size_t Usb3Camera::longestAnswer() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->longestAnswer;
+}
+
+} // namespace emu
