@@ -26,6 +26,8 @@ public:
     virtual bool bulkOut(uint8_t endpoint, const Bytes& data) = 0;
     // Nothing: there is nothing to send now.
     virtual std::optional<Bytes> bulkIn(uint8_t endpoint) = 0;
+    // The host has cleared the endpoint's halt.
+    virtual void haltCleared(uint8_t /*endpoint*/) {}
 };
 
 class UsbBus

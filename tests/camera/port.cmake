@@ -16,6 +16,9 @@ pkg_check_modules(LIBUSB REQUIRED IMPORTED_TARGET libusb-1.0)
 ie_add_test(usb3_port_test LABEL camera
     SOURCES usb3_port_test.cpp UsbFixture.h
     LIBRARIES kx_api kx_core usb_stage PkgConfig::LIBUSB GTest::gtest_main)
+ie_add_test(usb3_wire_test LABEL camera
+    SOURCES usb3_wire_test.cpp
+    LIBRARIES kx_ports usb_stage PkgConfig::LIBUSB GTest::gtest_main)
 ie_add_test(usb3_discovery_test LABEL camera
     SOURCES usb3_discovery_test.cpp UsbFixture.h
     LIBRARIES KXCameraControl usb_stage GTest::gtest_main)

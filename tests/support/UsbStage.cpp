@@ -308,8 +308,12 @@ void UsbStage::State::serve(Device& device, Client client, gulong request)
     case USBDEVFS_REAPURB:
     case USBDEVFS_REAPURBNDELAY:
         return reap(device, client);
+    case USBDEVFS_CLEAR_HALT: {
+        g_autoptr(UMockdevIoctlData) argument = argumentOf(client, sizeof(unsigned));
+        device.function->haltCleared(static_cast<uint8_t>(*reinterpret_cast<unsigned*>(argument->data)));
+        return answer(client, 0, 0);
+    }
     case USBDEVFS_SETINTERFACE:
-    case USBDEVFS_CLEAR_HALT:
     case USBDEVFS_RESETEP:
     case USBDEVFS_RESET:
         return answer(client, 0, 0);
