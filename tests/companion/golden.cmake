@@ -16,6 +16,12 @@ ie_add_test(emulator_export_test LABEL companion
     LIBRARIES real_export)
 target_compile_definitions(emulator_export_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>")
 add_dependencies(emulator_export_test iefeatures)
+# The same over an emulated USB, and another host's word on the camera where arv-tool is installed.
+ie_add_test(usb3_jobs_test LABEL companion
+    SOURCES usb3_jobs_test.cpp ../camera/UsbFixture.h
+    LIBRARIES real_export usb_stage)
+target_compile_definitions(usb3_jobs_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>")
+add_dependencies(usb3_jobs_test iefeatures)
 ie_add_test(real_descriptions_export_test LABEL camera
     SOURCES real_descriptions_export_test.cpp RealSeed.cpp RealSeed.h RegisterRule.cpp RegisterRule.h
         WhyLeftOut.cpp WhyLeftOut.h

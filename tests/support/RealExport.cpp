@@ -78,7 +78,7 @@ QStringList runWorker(QOperateThread& worker, QStringList& messages)
 
 } // namespace
 
-ExportOutcome exportCamera(const emu::CameraConfig& config, const QString& folder)
+ExportOutcome exportCamera(const StructDeviceInfo& record, const QString& folder)
 {
     qputenv("VELA_PROGRAM_DATA", folder.toLocal8Bit());
     ExportOutcome outcome;
@@ -86,7 +86,7 @@ ExportOutcome exportCamera(const emu::CameraConfig& config, const QString& folde
     QObject::connect(
         &worker, &QOperateThread::SigEndThread, &worker,
         [&outcome](long, unsigned int, const QString& path) { outcome.path = path; }, Qt::DirectConnection);
-    worker.SetXmlExportJob(deviceRecord(config), folder);
+    worker.SetXmlExportJob(record, folder);
     outcome.log = runWorker(worker, outcome.messages);
 
     QFile file(outcome.path);
@@ -95,11 +95,11 @@ ExportOutcome exportCamera(const emu::CameraConfig& config, const QString& folde
     return outcome;
 }
 
-ImportOutcome importFile(const emu::CameraConfig& config, const QString& file)
+ImportOutcome importFile(const StructDeviceInfo& record, const QString& file)
 {
     ImportOutcome outcome;
     QOperateThread worker;
-    worker.SetXmlImportJob(deviceRecord(config), file);
+    worker.SetXmlImportJob(record, file);
     outcome.log = runWorker(worker, outcome.messages);
     outcome.errorCode = worker.ErrorCode();
     return outcome;

@@ -13,7 +13,7 @@
 namespace tests
 {
 
-// The record under which discovery would announce the camera; its device id is 1.
+// The record under which discovery would announce the GigE Vision camera; its device id is 1.
 StructDeviceInfo deviceRecord(const emu::CameraConfig& config);
 
 struct ExportOutcome
@@ -26,7 +26,11 @@ struct ExportOutcome
 
 // Runs a worker of its own to its end. `folder` exists; the filter folder is looked for below it, so that no
 // filter file of this machine counts.
-ExportOutcome exportCamera(const emu::CameraConfig& config, const QString& folder);
+ExportOutcome exportCamera(const StructDeviceInfo& record, const QString& folder);
+inline ExportOutcome exportCamera(const emu::CameraConfig& config, const QString& folder)
+{
+    return exportCamera(deviceRecord(config), folder);
+}
 
 struct ImportOutcome
 {
@@ -36,6 +40,10 @@ struct ImportOutcome
 };
 
 // The same for an import of a features file.
-ImportOutcome importFile(const emu::CameraConfig& config, const QString& file);
+ImportOutcome importFile(const StructDeviceInfo& record, const QString& file);
+inline ImportOutcome importFile(const emu::CameraConfig& config, const QString& file)
+{
+    return importFile(deviceRecord(config), file);
+}
 
 } // namespace tests

@@ -142,20 +142,6 @@ std::string utf8(const uint8_t* bytes, size_t size)
     return text;
 }
 
-// The descriptor's content without its head; nothing when there is none.
-std::vector<uint8_t> stringDescriptor(libusb_device_handle* handle, uint8_t number, uint16_t language,
-                                      milliseconds limit)
-{
-    uint8_t bytes[255];
-    const int got = libusb_control_transfer(handle, LIBUSB_ENDPOINT_IN, LIBUSB_REQUEST_GET_DESCRIPTOR,
-                                            static_cast<uint16_t>(LIBUSB_DT_STRING << 8 | number), language,
-                                            bytes, sizeof bytes, static_cast<unsigned>(limit.count()));
-    if (got < 2 || bytes[1] != LIBUSB_DT_STRING)
-        return {};
-    const int size = std::min<int>(got, bytes[0]);
-    return size < 2 ? std::vector<uint8_t>() : std::vector<uint8_t>(bytes + 2, bytes + size);
-}
-
 } // namespace
 
 UsbContext newUsbContext()
@@ -190,16 +176,34 @@ std::string usbLocation(libusb_device* device)
     return text;
 }
 
-std::string usbText(libusb_device_handle* handle, uint8_t number, milliseconds limit)
+UsbTexts::UsbTexts(libusb_device_handle* handle) : m_handle(handle)
 {
-    if (number == 0)
+    const auto languages = descriptor(0);
+    m_answers = languages.size() >= 2;
+    if (m_answers)
+        m_language = static_cast<uint16_t>(languages[0] | languages[1] << 8);
+}
+
+std::string UsbTexts::of(uint8_t number)
+{
+    if (number == 0 || !m_answers)
         return {};
-    const auto languages = stringDescriptor(handle, 0, 0, limit);
-    if (languages.size() < 2)
-        return {};
-    const auto language = static_cast<uint16_t>(languages[0] | languages[1] << 8);
-    const auto bytes = stringDescriptor(handle, number, language, limit);
+    const auto bytes = descriptor(number);
     return utf8(bytes.data(), bytes.size());
+}
+
+std::vector<uint8_t> UsbTexts::descriptor(uint8_t number)
+{
+    constexpr unsigned kPatience = 200; // ms
+    uint8_t bytes[255];
+    const int got = libusb_control_transfer(m_handle, LIBUSB_ENDPOINT_IN, LIBUSB_REQUEST_GET_DESCRIPTOR,
+                                            static_cast<uint16_t>(LIBUSB_DT_STRING << 8 | number), m_language,
+                                            bytes, sizeof bytes, kPatience);
+    m_answers = m_answers && got != LIBUSB_ERROR_TIMEOUT;
+    if (got < 2 || bytes[1] != LIBUSB_DT_STRING)
+        return {};
+    const int size = std::min<int>(got, bytes[0]);
+    return size < 2 ? std::vector<uint8_t>() : std::vector<uint8_t>(bytes + 2, bytes + size);
 }
 
 int claimInterface(libusb_device_handle* handle, int number, milliseconds patience)

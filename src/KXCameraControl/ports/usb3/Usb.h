@@ -65,8 +65,24 @@ std::vector<UsbCamera> usbCameras(libusb_context* context);
 // "2-1.4": the bus, and the ports on the way from it.
 std::string usbLocation(libusb_device* device);
 
-// The text of that number as UTF-8; empty for 0 and for what cannot be read. Asks the device.
-std::string usbText(libusb_device_handle* handle, uint8_t number, std::chrono::milliseconds limit);
+// The texts of an open device, in its first language.
+class UsbTexts
+{
+public:
+    explicit UsbTexts(libusb_device_handle* handle);
+
+    // As UTF-8; empty for number 0 and for what cannot be read. Asks the device, which has 0.2 s; one that
+    // let them pass is asked no more.
+    std::string of(uint8_t number);
+
+private:
+    // Without its head; empty when there is none.
+    std::vector<uint8_t> descriptor(uint8_t number);
+
+    libusb_device_handle* m_handle;
+    uint16_t m_language = 0;
+    bool m_answers = true;
+};
 
 // Takes the interface, waiting for a moment where somebody else only looks. 0 or LIBUSB_ERROR_...
 int claimInterface(libusb_device_handle* handle, int number, std::chrono::milliseconds patience);

@@ -13,16 +13,16 @@ using std::chrono::milliseconds;
 namespace
 {
 
-constexpr milliseconds kTextPatience{200};
 constexpr milliseconds kClaimPatience{30};
 
 void takeTexts(const UsbCamera& camera, libusb_device_handle* handle, KX_Usb3DeviceInfo& info)
 {
-    putIdentifier(info.guid, usbText(handle, camera.guidText, kTextPatience));
-    putText(info.manufacturerName, usbText(handle, camera.vendorText, kTextPatience));
-    putText(info.modelName, usbText(handle, camera.modelText, kTextPatience));
-    putText(info.serialNumber, usbText(handle, camera.serialText, kTextPatience));
-    putText(info.userDefinedName, usbText(handle, camera.userNameText, kTextPatience));
+    UsbTexts texts(handle);
+    putIdentifier(info.guid, texts.of(camera.guidText));
+    putText(info.manufacturerName, texts.of(camera.vendorText));
+    putText(info.modelName, texts.of(camera.modelText));
+    putText(info.serialNumber, texts.of(camera.serialText));
+    putText(info.userDefinedName, texts.of(camera.userNameText));
 }
 
 // For a camera that may not be opened, so that it is known which one that is.
@@ -78,7 +78,7 @@ KX_Status findUsb3Cameras(std::vector<KX_DeviceEntry>& entries)
 
 KX_Status usb3Availability(const KX_DeviceInfo& device, uint32_t& availability)
 {
-    UsbLink link(device.special.usb3);
+    UsbLink link(device.special.usb3, kClaimPatience);
     const KX_Status status = link.open();
     availability = status == KX_OK                  ? KX_AVAILABILITY_FREE
                    : status == KX_E_CONTROL_REFUSED ? KX_AVAILABILITY_IN_USE

@@ -15,9 +15,6 @@ using std::chrono::milliseconds;
 namespace
 {
 
-// Another look at the same camera, to see whether it is free, takes it for moments only.
-constexpr milliseconds kClaimPatience{500};
-constexpr milliseconds kTextPatience{200};
 // Long enough for the system to find out that what looks like noise is a pulled cable.
 constexpr milliseconds kFaultPause{60};
 
@@ -37,7 +34,7 @@ bool isIt(const KX_Usb3DeviceInfo& wanted, const UsbCamera& camera, libusb_devic
     if (guid.empty())
         return usbLocation(camera.device.get()) == textField(wanted.location);
     KX_Usb3DeviceInfo found{};
-    putIdentifier(found.guid, usbText(handle, camera.guidText, kTextPatience));
+    putIdentifier(found.guid, UsbTexts(handle).of(camera.guidText));
     return textField(found.guid) == guid;
 }
 
@@ -73,7 +70,7 @@ KX_Status UsbLink::open()
 KX_Status UsbLink::take(UsbCamera camera, UsbHandle handle)
 {
     m_camera = std::move(camera);
-    const int code = claimInterface(handle.get(), m_camera.interfaceNumber, kClaimPatience);
+    const int code = claimInterface(handle.get(), m_camera.interfaceNumber, m_patience);
     if (code == LIBUSB_ERROR_BUSY)
         return fail(KX_E_CONTROL_REFUSED, name() + ": another program uses the camera");
     if (code != 0)

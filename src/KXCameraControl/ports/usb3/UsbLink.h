@@ -15,7 +15,11 @@ namespace kx
 class UsbLink final : public GenCpLink
 {
 public:
-    explicit UsbLink(const KX_Usb3DeviceInfo& wanted) : m_wanted(wanted) {}
+    // Whoever only looks takes the camera for moments: `patience` is how long a taken one is tried again.
+    explicit UsbLink(const KX_Usb3DeviceInfo& wanted,
+                     std::chrono::milliseconds patience = std::chrono::milliseconds(500))
+        : m_wanted(wanted), m_patience(patience)
+    {}
     ~UsbLink() override { UsbLink::close(); }
 
     // Beside what GenCpLink says: KX_E_NETWORK also where this user may not open the device.
@@ -42,6 +46,7 @@ private:
     Outcome judge(int code);
 
     const KX_Usb3DeviceInfo m_wanted;
+    const std::chrono::milliseconds m_patience;
     UsbContext m_context; // of its own: waiting for one camera holds up no other
     UsbCamera m_camera;
     UsbHandle m_handle;
