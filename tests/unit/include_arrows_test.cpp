@@ -38,8 +38,13 @@ const std::vector<Component> kComponents = {
          {{"StyledCtl"}, {"DevListMgr"}, {"SuiteTools/widgets"}},
          {{kProgram + "/jobs"}},
          {{"camera_line"}},
-         {{"SuiteTools"}, {"KXCameraControl"}, {"camera_emulator"}},
-         {{"formula"}, {"gvcp"}, {"gencp"}, {"xml_entities"}, {"KXCameraControl/include/KXCameraControl"}},
+         {{"SuiteTools"}, {"KXCameraControl"}, {"camera_emulator"}, {"gentl_host"}},
+         {{"formula"},
+          {"gvcp"},
+          {"gencp"},
+          {"gentl"},
+          {"xml_entities"},
+          {"KXCameraControl/include/KXCameraControl"}},
      }},
     {kProgram + "/jobs",
      "",
@@ -68,7 +73,7 @@ const std::vector<Component> kComponents = {
      {{{"dialogs"}}, {{"window"}}, {{"controls"}, {"table"}}, {{"style"}}, {{"include/StyledCtl"}}}},
     {"SuiteTools", "include/SuiteTools", {{{"", "include/SuiteTools"}}}},
     {"DevListMgr", "include/DevListMgr", {{{"", "include/DevListMgr"}}}},
-    {"camera_emulator", "", {{{""}}, {{"core"}}}},
+    {"camera_emulator", "", {{{"producer"}}, {{""}}, {{"core"}}}},
 };
 
 // Arrows that point up today. Each shall go; one that is gone has to leave this table.

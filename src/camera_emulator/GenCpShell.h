@@ -1,0 +1,37 @@
+// What emulated GenCP cameras have in common, whatever carries their packets: memory, faults and counters.
+#pragma once
+
+#include "camera_emulator/CameraCore.h"
+#include "camera_emulator/GenCpResponder.h"
+#include "camera_emulator/Shell.h"
+
+#include <mutex>
+#include <optional>
+
+namespace emu
+{
+
+class GenCpShell : public Shell
+{
+public:
+    GenCpShell(const CameraConfig& config, gencp::ByteOrder order);
+
+    const CameraConfig& config() const { return m_core.config; }
+    const std::vector<std::string>& seedProblems() const override { return m_core.seeded.problems; }
+    const std::vector<std::string>& seedRemarks() const override { return m_core.seeded.remarks; }
+
+    Bytes peek(uint64_t address, size_t size) const;
+    void poke(uint64_t address, const Bytes& data);
+    std::optional<NodeValue> node(const std::string& name) const;
+    std::vector<std::string> change(const std::string& json) override;
+    void setFaults(const Faults& faults) override;
+    Counters counters() const override;
+    void resetCounters();
+
+protected:
+    CameraCore m_core;
+    mutable std::mutex m_mutex; // guards the responder
+    GenCpResponder m_responder;
+};
+
+} // namespace emu

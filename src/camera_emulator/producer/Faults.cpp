@@ -1,0 +1,122 @@
+#include "camera_emulator/producer/Faults.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <sstream>
+
+namespace producer
+{
+
+namespace
+{
+
+constexpr size_t kLeak = 64 << 20;
+constexpr unsigned kSlow = 50000; // microseconds
+
+// Of the file that this code was loaded from, without its ending.
+std::string ownName()
+{
+    Dl_info info{};
+    if (::dladdr(reinterpret_cast<void*>(&ownName), &info) == 0 || !info.dli_fname)
+        return {};
+    const std::string path = info.dli_fname;
+    const std::string file = path.substr(path.find_last_of('/') + 1);
+    return file.substr(0, file.rfind('.'));
+}
+
+struct Rule
+{
+    std::string kind;
+    unsigned long from = 1; // which call
+};
+
+using Rules = std::map<std::string, Rule>; // by function
+
+const Rules& rules()
+{
+    static const Rules* const all = [] {
+        auto* const parsed = new Rules;
+        for (const std::string& text : settings("CAMERA_EMULATOR_GENTL_FAULTS")) {
+            const size_t equals = text.find('=');
+            if (equals == std::string::npos)
+                continue;
+            const size_t at = text.find('@', equals);
+            Rule rule{text.substr(equals + 1, at == std::string::npos ? at : at - equals - 1), 1};
+            if (at != std::string::npos)
+                rule.from = std::strtoul(text.c_str() + at + 1, nullptr, 10);
+            (*parsed)[text.substr(0, equals)] = rule;
+        }
+        return parsed;
+    }();
+    return *all;
+}
+
+unsigned long countCall(const std::string& function)
+{
+    static auto* const mutex = new std::mutex;
+    static auto* const calls = new std::map<std::string, unsigned long>;
+    const std::lock_guard lock(*mutex);
+    return ++(*calls)[function];
+}
+
+[[noreturn]] void hang()
+{
+    for (;;)
+        ::pause();
+}
+
+void leak()
+{
+    static auto* const lost = new std::vector<void*>;
+    void* const memory = std::malloc(kLeak);
+    if (memory)
+        std::memset(memory, 1, kLeak);
+    lost->push_back(memory);
+}
+
+} // namespace
+
+std::vector<std::string> settings(const char* variable)
+{
+    const char* setting = std::getenv(variable);
+    std::istringstream parts(setting ? setting : "");
+    const std::string prefix = ownName() + ":";
+    std::vector<std::string> mine;
+    for (std::string part; std::getline(parts, part, ',');) {
+        const size_t colon = part.find(':');
+        if (part.compare(0, prefix.size(), prefix) == 0)
+            mine.push_back(part.substr(prefix.size()));
+        else if (colon == std::string::npos && !part.empty())
+            mine.push_back(part);
+    }
+    return mine;
+}
+
+Fault enter(const char* function)
+{
+    const auto rule = rules().find(function);
+    if (rule == rules().end() || countCall(function) < rule->second.from)
+        return {};
+    const std::string& kind = rule->second.kind;
+    if (kind == "crash")
+        ::kill(::getpid(), SIGSEGV);
+    else if (kind == "hang")
+        hang();
+    else if (kind == "slow")
+        ::usleep(kSlow);
+    else if (kind == "leak")
+        leak();
+    else if (kind == "long")
+        return {gentl::Success, true};
+    else
+        return {static_cast<gentl::Error>(std::strtol(kind.c_str(), nullptr, 10)), false};
+    return {};
+}
+
+} // namespace producer

@@ -1,0 +1,12 @@
+add_library(poor_producer MODULE gentl_producers/poor.cpp)
+target_link_libraries(poor_producer PRIVATE gentl)
+set_target_properties(poor_producer PROPERTIES PREFIX "" SUFFIX ".cti")
+
+ie_add_test(gentl_host_test LABEL camera
+    SOURCES gentl_host_test.cpp GentlStage.h
+    LIBRARIES kx_ports camera_emulator_core GTest::gmock GTest::gtest_main)
+foreach(test gentl_host_test)
+    target_compile_definitions(${test} PRIVATE CAMERA_EMULATOR_GENTL="$<TARGET_FILE:camera_emulator_gentl>"
+        POOR_PRODUCER="$<TARGET_FILE:poor_producer>")
+    add_dependencies(${test} camera_emulator_gentl poor_producer ie_gentl_host)
+endforeach()
