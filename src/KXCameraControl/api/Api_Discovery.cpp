@@ -66,6 +66,20 @@ KX_Status KX_CC_GetSearchAddresses(uint32_t* addresses, uint32_t capacity, uint3
     });
 }
 
+KX_Status KX_CC_GetSearchProblems(char* text, uint32_t capacity, uint32_t* length)
+{
+    return withoutExceptions([&] {
+        if (!length || (!text && capacity > 0))
+            return failed(nullptr, KX_E_PARAMETER, {});
+        std::string all;
+        for (const Transport& transport : transports())
+            for (const std::string& problem :
+                 transport.problems ? transport.problems() : std::vector<std::string>())
+                all += (all.empty() ? "" : "\n") + problem;
+        return copyText(all, text, capacity, length);
+    });
+}
+
 KX_Status KX_CC_GetController(const KX_DeviceInfo* device, KX_Controller* controller)
 {
     return withoutExceptions([&] {

@@ -24,6 +24,11 @@ struct Transport
     std::string (*place)(const KX_DeviceInfo& device);
     // A number that changes with the places where cameras may turn up; 0: that cannot be told. Sends nothing.
     uint32_t (*stamp)();
+
+    // Where several transports share a type: which of its records are this one's. Null: all.
+    bool (*owns)(const KX_DeviceInfo& device) = nullptr;
+    // A sentence for each thing that stands in the way of its searches. Null: there are none. Sends nothing.
+    std::vector<std::string> (*problems)() = nullptr;
 };
 
 const std::vector<Transport>& transports();

@@ -179,7 +179,10 @@ typedef struct KX_DeviceEntry
  * KX_CAMERA_USB=none: no USB device is looked at or opened; otherwise all USB3 Vision cameras are found, and for an
  * instant claimed to see whether they are free.
  * KX_CAMERA_SERIAL_PORTS names serial lines (paths, comma-separated) that Camera Link cameras may be behind; no other
- * line is touched, by this function or by opening a record that names one.
+ * line is touched, by this function or by opening a record that names one. GENICAM_GENTL64_PATH names folders (separated
+ * by colons) with the GenTL producers of frame grabbers (files that end in .cti). Each works in a process of its own and
+ * is ended when a call into it takes longer than KX_GENTL_TIMEOUT (ms, default 10,000): a search with one that hangs
+ * blocks for so long once, and leaves it alone for half a minute. Their GigE Vision and USB3 Vision cameras are left out.
  * KX_E_PARAMETER: `count` null, or `entries` null with capacity > 0. KX_E_NETWORK: no socket could be opened, and no
  * camera of another transport was found. */
 KX_API KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entries, uint32_t capacity,
@@ -189,6 +192,12 @@ KX_API KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entri
  * nothing, does not block. KX_E_PARAMETER: something is no interface of this machine, or no address;
  * KX_CC_GetLastErrorText(NULL, ...) has a sentence for each, separated by line feeds. */
 KX_API KX_Status KX_CC_CheckSearchPlaces(void);
+
+/* What hides cameras beyond that: GenTL producers that cannot be used, or that failed in the last search of this process
+ * (each hides no other's cameras). A sentence for each, separated by line feeds, zero-terminated; `*length` is the length
+ * without the zero, also when `capacity` was too small (KX_E_BUFFER_TOO_SMALL). Sends nothing, does not block.
+ * KX_E_PARAMETER: `length` null, or `text` null with capacity > 0. */
+KX_API KX_Status KX_CC_GetSearchProblems(char* text, uint32_t capacity, uint32_t* length);
 
 /* The addresses that KX_CAMERA_ADDRESSES names, in host byte order, ascending, each once: up to `capacity` of them;
  * `*count` is how many there are. One that no KX_CC_EnumDevices record has as its address did not answer. Sends

@@ -132,6 +132,12 @@ KX_Status serialAvailability(const KX_DeviceInfo& device, uint32_t& availability
     return KX_OK;
 }
 
+// Cameras behind a producer have its name in their record.
+bool isSerial(const KX_DeviceInfo& device)
+{
+    return device.special.cameraLink.producerId[0] == 0;
+}
+
 // Whoever has the line; the system does not tell who that is.
 KX_Status serialController(const KX_DeviceInfo&, KX_Controller&)
 {
@@ -173,7 +179,7 @@ uint32_t serialStamp()
 Transport serialTransport()
 {
     return {KX_TRANSPORT_CAMERA_LINK, findSerialCameras, serialAvailability, serialController, newSerialPort,
-            serialNumberOf,           serialPlace,       serialStamp};
+            serialNumberOf,           serialPlace,       serialStamp,        isSerial};
 }
 
 } // namespace kx

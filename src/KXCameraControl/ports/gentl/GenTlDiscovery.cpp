@@ -123,6 +123,11 @@ std::unique_ptr<Port> newGenTlPort(const KX_DeviceInfo& record)
     return std::make_unique<GenTlPort>(record);
 }
 
+bool isGenTl(const KX_DeviceInfo& record)
+{
+    return record.special.cameraLink.producerId[0] != 0;
+}
+
 std::string serialNumberOf(const KX_DeviceInfo& record)
 {
     return textField(record.special.cameraLink.serialNumber);
@@ -164,15 +169,10 @@ std::vector<std::string> gentlProblems()
     return problems;
 }
 
-bool isGenTl(const KX_DeviceInfo& record)
-{
-    return record.special.cameraLink.producerId[0] != 0;
-}
-
 Transport gentlTransport()
 {
     return {KX_TRANSPORT_CAMERA_LINK, findGenTlCameras, gentlAvailability, gentlController, newGenTlPort,
-            serialNumberOf,           gentlPlace,       gentlStamp};
+            serialNumberOf,           gentlPlace,       gentlStamp,        isGenTl,         gentlProblems};
 }
 
 } // namespace kx
