@@ -3,6 +3,7 @@
 #pragma once
 
 #include "camera_emulator/GenCpShell.h"
+#include "camera_emulator/GrabberConfig.h"
 
 #include <deque>
 #include <map>
@@ -11,13 +12,6 @@
 
 namespace emu
 {
-
-struct GrabberConfig
-{
-    std::string socket;                    // a path; what lies there is replaced
-    std::string interface = "EMU-Grabber"; // cameras with the same one share it
-    std::string layer = "CXP";             // the transport layer's name, as GenTL has them
-};
 
 class GrabberCamera final : public GenCpShell
 {

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <tuple>
 
 namespace emu
 {
@@ -48,8 +49,15 @@ void addCameraOptions(CLI::App& app, Group& group)
     app.add_option("--address", config.address, "Local IPv4 address; begins a GigE Vision camera");
     app.add_option("--link", group.camera.serial.link,
                    "Symbolic link that leads to a terminal; begins a camera behind a serial line");
+    app.add_option(
+        "--socket", group.camera.grabber.socket,
+        "Local socket; begins a camera behind a frame grabber, which camera_emulator_gentl.cti shows");
+    app.add_option("--layer", group.camera.grabber.layer, "GenTL: name of the transport layer")
+        ->capture_default_str();
+    app.add_option("--interface", group.camera.grabber.interface, "GenTL: the grabber's interface")
+        ->capture_default_str();
     app.add_option("--transport", group.transport, "What the camera speaks; follows from its place")
-        ->check(CLI::IsMember({"gige", "serial"}));
+        ->check(CLI::IsMember({"gige", "serial", "gentl"}));
     app.add_option("--baud", group.camera.serial.baud, "Serial: the rate that the camera listens at first")
         ->capture_default_str();
     app.add_flag("--paced", group.camera.serial.isPaced, "Serial: answers take as long as the rate says");
@@ -77,18 +85,30 @@ void addCameraOptions(CLI::App& app, Group& group)
 bool beginsCamera(const std::string& argument)
 {
     const std::string option = argument.substr(0, argument.find('='));
-    return option == "--address" || option == "--link";
+    return option == "--address" || option == "--link" || option == "--socket";
 }
 
 void checkPlace(const Group& group)
 {
-    const bool isSerial = !group.camera.serial.link.empty();
-    if (isSerial == !group.camera.config.address.empty())
-        throw CLI::ValidationError("--link", "A camera has one place: an --address or a --link.");
-    if (!group.transport.empty() && (group.transport == "serial") != isSerial)
-        throw CLI::ValidationError("--transport", std::string("A camera with ") +
-                                                      (isSerial ? "a --link" : "an --address") +
-                                                      " does not speak " + group.transport + ".");
+    // Option, what was given, and what a camera there speaks.
+    const std::tuple<const char*, const std::string&, const char*> places[] = {
+        {"--address", group.camera.config.address, "gige"},
+        {"--link", group.camera.serial.link, "serial"},
+        {"--socket", group.camera.grabber.socket, "gentl"}};
+    std::string given;
+    for (const auto& [option, place, transport] : places) {
+        if (place.empty())
+            continue;
+        if (!given.empty())
+            throw CLI::ValidationError(option, "A camera has one place: " + given + " or " + option + ".");
+        given = option;
+        if (!group.transport.empty() && group.transport != transport)
+            throw CLI::ValidationError("--transport",
+                                       "A camera with " + given + " does not speak " + group.transport + ".");
+    }
+    if (given.empty())
+        throw CLI::ValidationError("--address",
+                                   "A camera has a place: an --address, a --link or a --socket.");
 }
 
 // CLI11 takes arguments from the back of the list.
@@ -129,9 +149,10 @@ std::string helpText()
     Group group;
     CLI::App app("Emulates cameras for tests and demonstrations: GigE Vision on UDP port 3956 of local "
                  "addresses, GenCP\n"
-                 "behind pseudo terminals. Several cameras: repeat the camera's options, each group "
+                 "behind pseudo terminals, GenTL behind camera_emulator_gentl.cti. Several cameras: repeat "
+                 "the camera's options, each group "
                  "beginning with the\n"
-                 "camera's place, --address or --link.",
+                 "camera's place, --address, --link or --socket.",
                  "camera_emulator");
     addCameraOptions(app, group);
     addCommonOptions(app, options);
@@ -159,7 +180,7 @@ ParsedOptions parseOptions(const std::vector<std::string>& arguments)
         return {std::nullopt, std::string(error.what()) + "\n", false};
     }
     if (options.cameras.empty())
-        return {std::nullopt, "No camera: give at least one --address or --link.\n", false};
+        return {std::nullopt, "No camera: give at least one --address, --link or --socket.\n", false};
     return {options, {}, false};
 }
 

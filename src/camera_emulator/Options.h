@@ -1,9 +1,11 @@
 // The command line of camera_emulator: one group of options per camera, each beginning with the place that
-// the camera takes: --address (GigE Vision) or --link (behind a serial line).
+// the camera takes: --address (GigE Vision), --link (behind a serial line) or --socket (behind a frame
+// grabber).
 #pragma once
 
 #include "camera_emulator/CameraConfig.h"
 #include "camera_emulator/Faults.h"
+#include "camera_emulator/GrabberConfig.h"
 #include "camera_emulator/SerialConfig.h"
 
 #include <optional>
@@ -16,7 +18,9 @@ namespace emu
 struct CameraOptions
 {
     CameraConfig config;
-    SerialConfig serial; // its link is empty for a GigE Vision camera
+    // Those of the transports that the camera is not for have an empty place.
+    SerialConfig serial;
+    GrabberConfig grabber;
     Faults faults;
     std::string changesFile; // empty: none; read each time that the changes are asked for
 };

@@ -1,5 +1,6 @@
 #include "camera_emulator/EmulatedCamera.h"
 #include "camera_emulator/Files.h"
+#include "camera_emulator/GrabberCamera.h"
 #include "camera_emulator/Options.h"
 #include "camera_emulator/SerialCamera.h"
 
@@ -50,6 +51,8 @@ std::unique_ptr<emu::Shell> newCamera(const emu::CameraOptions& wanted)
 {
     if (!wanted.serial.link.empty())
         return std::make_unique<emu::SerialCamera>(wanted.config, wanted.serial);
+    if (!wanted.grabber.socket.empty())
+        return std::make_unique<emu::GrabberCamera>(wanted.config, wanted.grabber);
     return std::make_unique<emu::EmulatedCamera>(wanted.config);
 }
 

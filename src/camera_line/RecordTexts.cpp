@@ -60,6 +60,14 @@ QString transportWord(uint32_t transport)
     }
 }
 
+QString layerWord(const KX_DeviceInfo& device)
+{
+    const bool mayHaveOne = device.transportType == KX_TRANSPORT_CAMERA_LINK;
+    const QByteArray name =
+        mayHaveOne ? fieldOf(device.special.cameraLink.layerName).content() : QByteArray();
+    return name.isEmpty() ? transportWord(device.transportType) : QString::fromLatin1(name);
+}
+
 Field modelField(const KX_DeviceInfo& device)
 {
     return ofAnyTransport(device, [](const auto& part) { return fieldOf(part.modelName); });

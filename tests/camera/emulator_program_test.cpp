@@ -147,7 +147,7 @@ TEST(EmulatorProgram, tellsTheSameOptionsInHelpManualAndParser)
 {
     const std::string help = parseOptions({"--help"}).message;
     const Names options = found(help, R"((?:^|\s|,)(--[a-z]+(?:-[a-z]+)*)(?=\s))");
-    EXPECT_EQ(options.size(), 24u) << help;
+    EXPECT_EQ(options.size(), 27u) << help;
     EXPECT_EQ(found(manPage(), R"(\.TP\n\.B[IR]? (?:-h ", " )?"?(--[a-z]+(?:-[a-z]+)*))"), options);
     for (const std::string& option : options)
         EXPECT_THAT(parseOptions({"--address", "127.0.0.1", option}).message,
@@ -251,14 +251,10 @@ TEST(EmulatorProgram, exitCodesSayWhatWentWrong)
     };
     const Case cases[] = {
         {{"--help"}, 0, "--transport-latency"},
-        {{}, 2, "No camera: give at least one --address or --link."},
+        {{}, 2, "No camera: give at least one --address, --link or --socket."},
         {{"--model", "M"}, 2, "--model"},
-        {{"--address", free, "--transport", "serial"},
-         2,
-         "A camera with an --address does not speak serial."},
-        {{"--link", "/nowhere/line", "--transport", "gige"},
-         2,
-         "A camera with a --link does not speak gige."},
+        {{"--address", free, "--transport", "serial"}, 2, "A camera with --address does not speak serial."},
+        {{"--link", "/nowhere/line", "--transport", "gige"}, 2, "A camera with --link does not speak gige."},
         {{"--link", "/nowhere/line"}, 6, "/nowhere/line cannot be made: No such file or directory."},
         {{"--link", "/nowhere/line", "--baud", "1234"}, 2, "1234 is no baud rate of a camera."},
         {{"--address", "here"}, 2, "\"here\" is no IPv4 address."},

@@ -203,6 +203,17 @@ TEST(CameraLine, HasAWordForEachTransport)
         EXPECT_EQ(camera_line::transportWord(other), QString(""));
 }
 
+TEST(CameraLine, CallsALayerByTheNameThatItsProducerHas)
+{
+    KX_DeviceInfo info{};
+    info.transportType = KX_TRANSPORT_CAMERA_LINK;
+    EXPECT_EQ(camera_line::layerWord(info), QString("CL"));
+    std::memcpy(info.special.cameraLink.layerName, "CLHS", 5);
+    EXPECT_EQ(camera_line::layerWord(info), QString("CLHS"));
+    info.transportType = KX_TRANSPORT_GIGE;
+    EXPECT_EQ(camera_line::layerWord(info), QString("GigE")) << "that field is another one's";
+}
+
 TEST(CameraLine, ReadsTheTextsOfEachTransport)
 {
     struct Row

@@ -54,7 +54,7 @@ std::vector<ListedCamera> camerasFrom(const std::vector<KX_DeviceEntry>& entries
         camera.device.nDeviceID = static_cast<qint32>(cameras.size());
         camera.device.nStatus = static_cast<qint32>(entry.availability);
         camera.device.stDeviceInfo = entry.info;
-        camera.transport = camera_line::transportWord(entry.info.transportType);
+        camera.transport = camera_line::layerWord(entry.info);
         camera.model = camera_line::modelField(entry.info).text();
         camera.serial = camera_line::serialField(entry.info).text();
         camera.userName = camera_line::userNameField(entry.info).text();

@@ -14,11 +14,11 @@ namespace companion
 struct ListedCamera
 {
     StructDeviceInfo device; // its nDeviceID counts from 1 in the order of the list
-    QString transport;       // "GigE", "U3V", "CL"
+    QString transport;       // "GigE", "U3V", "CL", or the layer's own name
     QString model;
     QString serial;
     QString userName;     // empty where the transport has none
-    QString address;      // GigE: dotted quad; CL: the port; U3V: empty
+    QString address;      // GigE: dotted quad; CL: the port or the producer's interface; U3V: empty
     QString mac;          // GigE: "02:00:00:00:00:01"; else empty
     QString status;       // "free", "in use", "unreachable"
     QString controller;   // once it was asked for, and where the camera tells: "10.0.0.5:49152"

@@ -62,6 +62,12 @@ int CameraSearch::findAll(World& world, std::vector<ListedCamera>& cameras)
     return ExitWell;
 }
 
+void CameraSearch::tellProblems(Console& console)
+{
+    for (const QString& problem : searchProblems())
+        console.err(printable(problem) + '\n');
+}
+
 int CameraSearch::run(const Choose& choose)
 {
     const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
@@ -117,8 +123,10 @@ void CameraSearch::tellWaiting() const
 
 void CameraSearch::tellMisses() const
 {
-    if (m_rule.isOpen || !m_choice.misses.isEmpty())
+    if (m_rule.isOpen || !m_choice.misses.isEmpty()) {
         tellSilence();
+        tellProblems(m_world.console);
+    }
     for (const QString& miss : m_choice.misses)
         m_world.console.err(miss + '\n');
 }

@@ -41,6 +41,8 @@ public:
     int run(const Choose& choose);
     // Without any option, for a command that chooses in another way.
     static int findAll(World& world, std::vector<ListedCamera>& cameras);
+    // What hid cameras from the last search, a line each.
+    static void tellProblems(Console& console);
 
     const std::vector<ListedCamera>& cameras() const { return m_choice.cameras; }
     // The exit code of a command that ended with `code`: cameras that were missing are no good end.

@@ -52,7 +52,7 @@ QString tableText(const std::vector<ListedCamera>& cameras)
     QList<QStringList> rows = {{"ID", "TRANSPORT", "MODEL", "SERIAL", "NAME", "ADDRESS", "STATUS"}};
     for (const ListedCamera& camera : cameras)
         rows += {QString::number(camera.device.nDeviceID),
-                 camera.transport,
+                 printable(camera.transport),
                  printable(camera.model),
                  printable(camera.serial),
                  printable(camera.userName),
@@ -95,7 +95,7 @@ Json eventJson(const CameraEvent& event)
 QString eventText(const CameraEvent& event)
 {
     const ListedCamera& camera = event.camera;
-    QStringList cells = {now(), fitted(kindWord(event.kind), 8), camera.transport, camera.title()};
+    QStringList cells = {now(), fitted(kindWord(event.kind), 8), printable(camera.transport), camera.title()};
     if (!camera.userName.isEmpty())
         cells += '"' + printable(camera.userName) + '"';
     if (!camera.address.isEmpty())
@@ -132,6 +132,7 @@ int ListCommand::execute(World& world)
         return code;
     for (const QString& address : silentAddresses(cameras))
         world.console.err(noAnswerAt(address) + '\n');
+    CameraSearch::tellProblems(world.console);
     nameControllers(world, cameras);
     if (cameras.empty())
         world.console.err(std::string("No camera was found.\n"));
@@ -149,6 +150,7 @@ int ListCommand::watch(World& world) const
     std::vector<ListedCamera> cameras;
     if (const int code = CameraSearch::findAll(world, cameras))
         return code;
+    CameraSearch::tellProblems(world.console);
     KX_Status status = KX_OK;
     while (world.console.isOutGood() && !Interrupt::isRequested()) {
         nameControllers(world, cameras);
