@@ -119,6 +119,13 @@ gentl::Error CameraLine::open(bool control)
     return (*answer)[0] == '1' ? gentl::Success : gentl::ErrAccessDenied;
 }
 
+void CameraLine::close()
+{
+    if (send(emu::GrabberClose, {}))
+        receive(emu::GrabberClose, kPatience);
+    disconnect();
+}
+
 gentl::Error CameraLine::request(uint16_t command, const Bytes& scd, Bytes& answer)
 {
     for (unsigned i = 0; i < kTries; ++i) {

@@ -31,6 +31,8 @@ public:
     // GrabberFieldCount texts, or nothing.
     std::vector<std::string> who();
     gentl::Error open(bool control);
+    // Control is given back when it comes back.
+    void close();
     gentl::Error read(uint64_t address, void* data, size_t size);
     gentl::Error write(uint64_t address, const void* data, size_t size);
 

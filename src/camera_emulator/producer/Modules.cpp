@@ -264,7 +264,7 @@ PRODUCER_EXPORT DevClose(Handle handle)
     if (!device)
         return fail(ErrInvalidHandle, "no open device");
     const std::lock_guard line(device->lineMutex);
-    device->line.disconnect();
+    device->line.close();
     device->isOpen = device->mayWrite = false;
     return Success;
 }
