@@ -1,13 +1,9 @@
 #include "camera_emulator/Usb3Camera.h"
 
-#include "camera_emulator/CameraCore.h"
-#include "camera_emulator/GenCpResponder.h"
 #include "gencp/Usb3Vision.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <deque>
-#include <mutex>
 
 namespace emu
 {
@@ -94,56 +90,24 @@ Bytes configuration(uint16_t packetSize)
 
 } // namespace
 
-struct Usb3Camera::State
+Usb3Camera::Usb3Camera(const CameraConfig& config, const Usb3Config& usb, UsbBus& bus)
+    : GenCpShell(config, ByteOrder::Little), m_usb(usb), m_bus(bus)
 {
-    State(const CameraConfig& config, const Usb3Config& wanted, UsbBus& itsBus);
-
-    std::string text(uint8_t number) const;
-
-    CameraCore core;
-    const Usb3Config usb;
-    UsbBus& bus;
-
-    mutable std::mutex mutex; // guards what follows; not held while the bus is called
-    GenCpResponder responder{ByteOrder::Little};
-    std::deque<Reply> outgoing;
-    std::string location; // empty: not plugged in
-    size_t longestCommand = 0;
-    size_t longestAnswer = 0;
-};
-
-Usb3Camera::State::State(const CameraConfig& config, const Usb3Config& wanted, UsbBus& itsBus)
-    : core(config), usb(wanted), bus(itsBus)
-{
-    responder.latency = config.latency;
-    responder.mostBytes = usb.maxAck - sizeof kUsbPrefix - kHeaderSize;
-    responder.readOnly = core.nodes->readOnlyRegisters();
-    writeGenCpBootstrap(config, core.description, responder);
-    responder.writeNumber(kTechnologyRegisters + kUsbVersion, 0x00010001, 4);
-    responder.writeNumber(kTechnologyRegisters + kUsbMaxCommandLength, usb.maxCommand, 4);
-    responder.writeNumber(kTechnologyRegisters + kUsbMaxAckLength, usb.maxAck, 4);
-    responder.writeNumber(kTechnologyRegisters + kUsbCurrentSpeed, 0x8, 4);
-    responder.readOnly.add(kTechnologyRegisters, kUsbCurrentSpeed + 4);
-    core.seed(responder.memory);
+    m_responder.mostBytes = m_usb.maxAck - sizeof kUsbPrefix - kHeaderSize;
+    m_responder.writeNumber(kTechnologyRegisters + kUsbVersion, 0x00010001, 4);
+    m_responder.writeNumber(kTechnologyRegisters + kUsbMaxCommandLength, m_usb.maxCommand, 4);
+    m_responder.writeNumber(kTechnologyRegisters + kUsbMaxAckLength, m_usb.maxAck, 4);
+    m_responder.writeNumber(kTechnologyRegisters + kUsbCurrentSpeed, 0x8, 4);
+    m_responder.readOnly.add(kTechnologyRegisters, kUsbCurrentSpeed + 4);
 }
 
-std::string Usb3Camera::State::text(uint8_t number) const
+std::string Usb3Camera::text(uint8_t number) const
 {
-    const CameraConfig& config = core.config;
-    const std::string texts[] = {usb.guid.empty() ? guidOf(config.serial) : usb.guid,
-                                 config.manufacturer,
-                                 config.model,
-                                 config.model,
-                                 config.firmware,
-                                 "Software camera",
-                                 config.serial,
-                                 config.userName};
+    const std::string texts[] = {guid(),          config().manufacturer, config().model,
+                                 config().model,  config().firmware,     "Software camera",
+                                 config().serial, config().userName};
     return texts[number - 1];
 }
-
-Usb3Camera::Usb3Camera(const CameraConfig& config, const Usb3Config& usb, UsbBus& bus)
-    : m_state(std::make_unique<State>(config, usb, bus))
-{}
 
 Usb3Camera::~Usb3Camera()
 {
@@ -152,13 +116,13 @@ Usb3Camera::~Usb3Camera()
 
 StartResult Usb3Camera::start()
 {
-    if (!m_state->core.problem.empty())
-        return {StartCode::BadConfiguration, m_state->core.problem};
+    if (!m_core.problem.empty())
+        return {StartCode::BadConfiguration, m_core.problem};
     if (!place().empty())
         return {};
-    const std::string location = m_state->bus.plug(*this);
-    const std::lock_guard lock(m_state->mutex);
-    m_state->location = location;
+    const std::string location = m_bus.plug(*this);
+    const std::lock_guard lock(m_mutex);
+    m_location = location;
     if (location.empty())
         return {StartCode::CannotBind, "The bus does not take the camera."};
     return {};
@@ -168,22 +132,22 @@ void Usb3Camera::stop()
 {
     if (place().empty())
         return;
-    m_state->bus.unplug(*this);
-    const std::lock_guard lock(m_state->mutex);
-    m_state->location.clear();
-    m_state->outgoing.clear();
+    m_bus.unplug(*this);
+    const std::lock_guard lock(m_mutex);
+    m_location.clear();
+    m_outgoing.clear();
 }
 
 std::string Usb3Camera::place() const
 {
-    const std::lock_guard lock(m_state->mutex);
-    return m_state->location;
+    const std::lock_guard lock(m_mutex);
+    return m_location;
 }
 
 Bytes Usb3Camera::descriptors() const
 {
-    const uint16_t vendor = m_state->usb.vendorId;
-    const uint16_t product = m_state->usb.productId;
+    const uint16_t vendor = m_usb.vendorId;
+    const uint16_t product = m_usb.productId;
     // USB 3.0, one configuration, its texts those of the information descriptor.
     Bytes bytes{18,
                 1,
@@ -203,10 +167,10 @@ Bytes Usb3Camera::descriptors() const
                 3,
                 7,
                 1};
-    const Bytes config = configuration(m_state->usb.packetSize);
+    const Bytes config = configuration(m_usb.packetSize);
     bytes.insert(bytes.end(), config.begin(), config.end());
-    if (m_state->usb.breakDescriptors)
-        m_state->usb.breakDescriptors(bytes);
+    if (m_usb.breakDescriptors)
+        m_usb.breakDescriptors(bytes);
     return bytes;
 }
 
@@ -217,128 +181,66 @@ std::optional<Bytes> Usb3Camera::control(const std::array<uint8_t, 8>& setup)
         return std::nullopt;
     if (setup[2] == 0)
         return Bytes{4, kStringDescriptor, 0x09, 0x04}; // English
-    return stringDescriptor(m_state->text(setup[2]));
+    return stringDescriptor(text(setup[2]));
 }
 
 bool Usb3Camera::bulkOut(uint8_t endpoint, const Bytes& data)
 {
-    State& state = *m_state;
-    const std::lock_guard lock(state.mutex);
+    const std::lock_guard lock(m_mutex);
     const bool isCommand = endpoint == kOut && data.size() >= sizeof kUsbPrefix &&
                            std::equal(std::begin(kUsbPrefix), std::end(kUsbPrefix), data.begin());
-    state.longestCommand = std::max(state.longestCommand, data.size());
-    if (!isCommand || data.size() > state.usb.maxCommand) {
-        ++state.responder.counters.malformed;
+    m_longestCommand = std::max(m_longestCommand, data.size());
+    if (!isCommand || data.size() > m_usb.maxCommand) {
+        ++m_responder.counters.malformed;
         return false;
     }
     const auto replies =
-        state.responder.handle(Bytes(data.begin() + sizeof kUsbPrefix, data.end()), Clock::now());
+        m_responder.handle(Bytes(data.begin() + sizeof kUsbPrefix, data.end()), Clock::now());
     for (const Reply& reply : replies) {
         Bytes packet(std::begin(kUsbPrefix), std::end(kUsbPrefix));
         packet.insert(packet.end(), reply.bytes.begin(), reply.bytes.end());
-        state.longestAnswer = std::max(state.longestAnswer, packet.size());
-        if (state.usb.breakAnswer)
-            state.usb.breakAnswer(packet);
-        state.outgoing.push_back({packet, reply.due});
+        m_longestAnswer = std::max(m_longestAnswer, packet.size());
+        if (m_usb.breakAnswer)
+            m_usb.breakAnswer(packet);
+        m_outgoing.push_back({packet, reply.due});
     }
     return true;
 }
 
 std::optional<Bytes> Usb3Camera::bulkIn(uint8_t endpoint)
 {
-    State& state = *m_state;
     milliseconds later{0};
     {
-        const std::lock_guard lock(state.mutex);
-        if (endpoint != kIn || state.outgoing.empty())
+        const std::lock_guard lock(m_mutex);
+        if (endpoint != kIn || m_outgoing.empty())
             return std::nullopt;
-        const auto left = std::chrono::ceil<milliseconds>(state.outgoing.front().due - Clock::now());
+        const auto left = std::chrono::ceil<milliseconds>(m_outgoing.front().due - Clock::now());
         if (left.count() <= 0) {
-            Bytes packet = std::move(state.outgoing.front().bytes);
-            state.outgoing.pop_front();
+            Bytes packet = std::move(m_outgoing.front().bytes);
+            m_outgoing.pop_front();
             return packet;
         }
         later = left;
     }
-    state.bus.askAgain(*this, later);
+    m_bus.askAgain(*this, later);
     return std::nullopt;
-}
-
-const CameraConfig& Usb3Camera::config() const
-{
-    return m_state->core.config;
 }
 
 std::string Usb3Camera::guid() const
 {
-    return m_state->text(1);
-}
-
-const std::vector<std::string>& Usb3Camera::seedProblems() const
-{
-    return m_state->core.seeded.problems;
-}
-
-const std::vector<std::string>& Usb3Camera::seedRemarks() const
-{
-    return m_state->core.seeded.remarks;
-}
-
-Bytes Usb3Camera::peek(uint64_t address, size_t size) const
-{
-    const std::lock_guard lock(m_state->mutex);
-    return m_state->responder.memory.read(address, size);
-}
-
-void Usb3Camera::poke(uint64_t address, const Bytes& data)
-{
-    const std::lock_guard lock(m_state->mutex);
-    m_state->responder.memory.write(address, data);
-}
-
-std::optional<NodeValue> Usb3Camera::node(const std::string& name) const
-{
-    const auto field = m_state->core.nodes->field(name);
-    if (!std::holds_alternative<RegisterField>(field))
-        return std::nullopt;
-    const std::lock_guard lock(m_state->mutex);
-    return decode(std::get<RegisterField>(field), m_state->responder.memory);
-}
-
-std::vector<std::string> Usb3Camera::change(const std::string& json)
-{
-    const std::lock_guard lock(m_state->mutex);
-    return m_state->core.change(json, m_state->responder.memory);
-}
-
-void Usb3Camera::setFaults(const Faults& faults)
-{
-    const std::lock_guard lock(m_state->mutex);
-    m_state->responder.gate.set(faults);
-}
-
-Counters Usb3Camera::counters() const
-{
-    const std::lock_guard lock(m_state->mutex);
-    return m_state->responder.counters;
-}
-
-void Usb3Camera::resetCounters()
-{
-    const std::lock_guard lock(m_state->mutex);
-    m_state->responder.counters = {};
+    return m_usb.guid.empty() ? guidOf(config().serial) : m_usb.guid;
 }
 
 size_t Usb3Camera::longestCommand() const
 {
-    const std::lock_guard lock(m_state->mutex);
-    return m_state->longestCommand;
+    const std::lock_guard lock(m_mutex);
+    return m_longestCommand;
 }
 
 size_t Usb3Camera::longestAnswer() const
 {
-    const std::lock_guard lock(m_state->mutex);
-    return m_state->longestAnswer;
+    const std::lock_guard lock(m_mutex);
+    return m_longestAnswer;
 }
 
 } // namespace emu

@@ -2,18 +2,16 @@
 // and streaming that never say anything. Everything may be called from any thread.
 #pragma once
 
-#include "camera_emulator/CameraConfig.h"
-#include "camera_emulator/Description.h"
-#include "camera_emulator/Shell.h"
+#include "camera_emulator/GenCpShell.h"
 #include "camera_emulator/Usb3Config.h"
 #include "camera_emulator/UsbBus.h"
 
-#include <memory>
+#include <deque>
 
 namespace emu
 {
 
-class Usb3Camera final : public Shell, private UsbFunction
+class Usb3Camera final : public GenCpShell, private UsbFunction
 {
 public:
     // `bus` must outlive the camera.
@@ -26,18 +24,7 @@ public:
     void stop() override;         // pulls the cable
     std::string place() const override;
 
-    const CameraConfig& config() const;
     std::string guid() const;
-    const std::vector<std::string>& seedProblems() const override;
-    const std::vector<std::string>& seedRemarks() const override;
-
-    Bytes peek(uint64_t address, size_t size) const;
-    void poke(uint64_t address, const Bytes& data);
-    std::optional<NodeValue> node(const std::string& name) const;
-    std::vector<std::string> change(const std::string& json) override;
-    void setFaults(const Faults& faults) override;
-    Counters counters() const override;
-    void resetCounters();
     // Of a packet that came, and of one that went, prefix included.
     size_t longestCommand() const;
     size_t longestAnswer() const;
@@ -48,8 +35,15 @@ private:
     bool bulkOut(uint8_t endpoint, const Bytes& data) override;
     std::optional<Bytes> bulkIn(uint8_t endpoint) override;
 
-    struct State;
-    std::unique_ptr<State> m_state;
+    std::string text(uint8_t number) const;
+
+    const Usb3Config m_usb;
+    UsbBus& m_bus; // never called while the lock is held
+    // Guarded as the responder is.
+    std::deque<Reply> m_outgoing;
+    std::string m_location; // empty: not plugged in
+    size_t m_longestCommand = 0;
+    size_t m_longestAnswer = 0;
 };
 
 } // namespace emu

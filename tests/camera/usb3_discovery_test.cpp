@@ -22,6 +22,13 @@ protected:
         EXPECT_EQ(KX_CC_CreateHandle(&handle, &info), KX_OK);
         return KX_CC_OpenDevice(handle, KX_ACCESS_EXCLUSIVE, 0);
     }
+    static std::string searchProblems()
+    {
+        char problems[1000] = {};
+        uint32_t length = 0;
+        EXPECT_EQ(KX_CC_GetSearchProblems(problems, sizeof problems, &length), KX_OK);
+        return problems;
+    }
     static std::string lastError(KX_HANDLE handle)
     {
         char error[500] = {};
@@ -140,10 +147,13 @@ TEST_F(Usb3Discovery, aCameraThatThisUserMayNotOpenIsUnreachableAndSaysWhatHelps
 {
     emu::Usb3Camera& camera = add("A");
     const KX_DeviceInfo known = list().at(0).info;
+    EXPECT_EQ(searchProblems(), "");
     stage().setOpenable(camera.place(), false);
     KX_DeviceInfo seen;
     {
         const OrdinaryUser user;
+        EXPECT_EQ(searchProblems().find("USB " + camera.place() + ": this user may not open the camera."),
+                  0u);
         const auto found = list();
         ASSERT_EQ(found.size(), 1u);
         EXPECT_EQ(found[0].availability, uint32_t(KX_AVAILABILITY_UNREACHABLE));

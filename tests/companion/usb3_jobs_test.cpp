@@ -142,6 +142,15 @@ TEST_F(Usb3Jobs, theCompanionListsCamerasWithWhatBecomesOfThem)
     EXPECT_TRUE(lines[0].contains("free")) << lines[0].toStdString();
     EXPECT_TRUE(lines[1].contains(" B ")) << lines[1].toStdString();
     EXPECT_TRUE(lines[1].contains("in use")) << lines[1].toStdString();
+    QList<QJsonObject> listed;
+    for (const QString& line : run(IEFEATURES, {"list", "--json"}).output.split('\n', Qt::SkipEmptyParts)) {
+        const QJsonObject object = QJsonDocument::fromJson(line.toUtf8()).object();
+        if (object["kind"] == "camera")
+            listed += object["camera"].toObject();
+    }
+    ASSERT_EQ(listed.size(), 2);
+    EXPECT_EQ(listed[0]["transport"].toString(), QString("U3V"));
+    EXPECT_EQ(listed[0]["serial"].toString(), QString("A"));
     EXPECT_EQ(KX_CC_DestroyHandle(handle), KX_OK);
     EXPECT_EQ(free.counters().requests(), 0u);
 }

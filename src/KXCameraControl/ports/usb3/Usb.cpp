@@ -176,6 +176,13 @@ std::string usbLocation(libusb_device* device)
     return text;
 }
 
+std::string mayNotOpenText(const UsbCamera& camera)
+{
+    return "USB " + usbLocation(camera.device.get()) +
+           ": this user may not open the camera. Where 60-usb3-vision.rules lies in a folder of udev rules, "
+           "plugging the camera in anew lets whoever sits here and the group plugdev open it.";
+}
+
 UsbTexts::UsbTexts(libusb_device_handle* handle) : m_handle(handle)
 {
     const auto languages = descriptor(0);

@@ -65,6 +65,9 @@ std::vector<UsbCamera> usbCameras(libusb_context* context);
 // "2-1.4": the bus, and the ports on the way from it.
 std::string usbLocation(libusb_device* device);
 
+// What to say of a camera that this user may not open.
+std::string mayNotOpenText(const UsbCamera& camera);
+
 // The texts of an open device, in its first language.
 class UsbTexts
 {

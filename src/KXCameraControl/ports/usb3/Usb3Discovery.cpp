@@ -97,6 +97,23 @@ std::unique_ptr<Port> newUsb3Port(const KX_DeviceInfo& device)
     return std::make_unique<Usb3Port>(device.special.usb3);
 }
 
+// Opening a device sends it nothing.
+std::vector<std::string> usb3Problems()
+{
+    std::vector<std::string> problems;
+    const UsbContext context = newUsbContext();
+    if (!context)
+        return problems;
+    for (const UsbCamera& camera : usbCameras(context.get())) {
+        libusb_device_handle* raw = nullptr;
+        const int code = libusb_open(camera.device.get(), &raw);
+        const UsbHandle handle(raw);
+        if (code == LIBUSB_ERROR_ACCESS)
+            problems.push_back(mayNotOpenText(camera));
+    }
+    return problems;
+}
+
 std::string usb3SerialNumber(const KX_DeviceInfo& device)
 {
     return textField(device.special.usb3.serialNumber);
@@ -112,8 +129,8 @@ std::string usb3Place(const KX_DeviceInfo& device)
 
 Transport usb3Transport()
 {
-    return {KX_TRANSPORT_USB3, findUsb3Cameras,  usb3Availability, usb3Controller,
-            newUsb3Port,       usb3SerialNumber, usb3Place,        usbNodesStamp};
+    return {KX_TRANSPORT_USB3, findUsb3Cameras, usb3Availability, usb3Controller, newUsb3Port,
+            usb3SerialNumber,  usb3Place,       usbNodesStamp,    nullptr,        usb3Problems};
 }
 
 } // namespace kx

@@ -18,10 +18,6 @@ namespace
 // Long enough for the system to find out that what looks like noise is a pulled cable.
 constexpr milliseconds kFaultPause{60};
 
-constexpr char kMayNot[] =
-    ": this user may not open the device; 60-usb3-vision.rules grants it where it lies in "
-    "a folder of udev rules and the camera has been plugged in anew";
-
 bool mayBe(const KX_Usb3DeviceInfo& wanted, const UsbCamera& camera)
 {
     return camera.vendorId == wanted.vendorId && camera.productId == wanted.productId;
@@ -62,7 +58,7 @@ KX_Status UsbLink::open()
         if (code == 0 && isIt(m_wanted, camera, raw))
             return take(std::move(camera), std::move(handle));
         if (code == LIBUSB_ERROR_ACCESS)
-            status = fail(KX_E_NETWORK, "USB " + usbLocation(camera.device.get()) + kMayNot);
+            status = fail(KX_E_NETWORK, mayNotOpenText(camera));
     }
     return status;
 }
