@@ -393,6 +393,50 @@ TEST_F(GentlCamera, aProducerThatFailedRestsFromSearchesButNotFromOpening)
     EXPECT_THAT(searchProblems(), HasSubstr("hung in IFUpdateDeviceList"));
 }
 
+TEST_F(GentlCamera, aGrabberThatWantsSettingsShowsItsCamerasOnceItHasThem)
+{
+    setenv("CAMERA_EMULATOR_GENTL_HIDDEN", "1", 1);
+    stage.addCamera("A");
+    stage.addProducer("shy");
+    EXPECT_TRUE(serials().empty());
+
+    const std::string settings =
+        stage.addFile("settings", "[other.cti / *]\nNoFeature = 1\n[told.cti / EMU-Grabber]\n"
+                                  "DeviceControlProtocol = GenCP\nLinkSpeed = 6250\nLinkGain = 2.5\n"
+                                  "LinkPower = 1\nLinkName = left\nLinkReset\n[told.cti]\nLinkSpeed = 7\n");
+    setenv("KX_GENTL_SETTINGS", settings.c_str(), 1);
+    stage.addProducer("told");
+    EXPECT_EQ(serials(), std::vector<std::string>{"A"});
+    EXPECT_EQ(searchProblems(), "");
+    Handle handle(list().at(0).info);
+    EXPECT_EQ(handle.open(), KX_OK) << handle.error();
+}
+
+TEST_F(GentlCamera, settingsThatCannotBeMadeAreToldWithTheirLine)
+{
+    stage.addCamera("A");
+    const std::string settings = stage.addFile(
+        "settings", "nonsense\n[emulated.cti / *]\nNoFeature = 1\nLinkSpeed = fast\nLinkSpeed = 99999\n"
+                    "[emulated.cti / Nowhere]\nLinkSpeed = 1\n");
+    setenv("KX_GENTL_SETTINGS", settings.c_str(), 1);
+    const std::string path = stage.addProducer();
+    EXPECT_EQ(serials(), std::vector<std::string>{"A"}) << "nothing is hidden by it";
+    const std::string problems = searchProblems();
+    EXPECT_THAT(problems, HasSubstr("KX_GENTL_SETTINGS, line 1: there is no [producer] before it."));
+    for (const char* words : {", line 3, NoFeature: ", ", line 4, LinkSpeed: ", ", line 5, LinkSpeed: "})
+        EXPECT_THAT(problems, HasSubstr("KX_GENTL_SETTINGS, interface \"EMU-Grabber\" of " + path + words));
+    EXPECT_THAT(problems, HasSubstr("line 7: " + path + " has no interface \"Nowhere\"."));
+}
+
+TEST_F(GentlCamera, aSettingsFileThatIsNotThereIsTold)
+{
+    setenv("KX_GENTL_SETTINGS", "/no/such/file", 1);
+    stage.addCamera("A");
+    stage.addProducer();
+    EXPECT_EQ(serials(), std::vector<std::string>{"A"});
+    EXPECT_EQ(searchProblems(), "KX_GENTL_SETTINGS: /no/such/file cannot be read.");
+}
+
 // ---- every function -------------------------------------------------------------------------------------
 
 namespace

@@ -2,6 +2,7 @@
 // started, hangs, crashes or is no producer.
 #include "GentlStage.h"
 
+#include "KXCameraControl/ports/gentl/GenTlSettings.h"
 #include "KXCameraControl/ports/gentl/HostLink.h"
 #include "KXCameraControl/ports/gentl/Producers.h"
 
@@ -313,4 +314,39 @@ TEST_F(GentlHost, aRequestThatIsNoneIsRefused)
           message(Request::Open).u32(5000)})
         EXPECT_EQ(link->request(nonsense).status, KX_E_MALFORMED_ANSWER);
     EXPECT_EQ(link->request(message(Request::Look)).status, KX_OK);
+}
+
+TEST(GentlSettings, areReadLineByLine)
+{
+    std::vector<std::string> problems;
+    const auto all = parseSettings("# a comment\n\n[a.cti]\nSystemFeature = 1\r\n[a.cti / *]\n"
+                                   "  Protocol=GenCP\nReset\n[b.cti/Port A]\nName = with = blanks \nEmpty=\n",
+                                   problems);
+    EXPECT_TRUE(problems.empty()) << problems.front();
+    ASSERT_EQ(all.size(), 3u);
+    EXPECT_EQ(all[0].producer, "a.cti");
+    EXPECT_FALSE(all[0].interface);
+    EXPECT_EQ(all[0].features.at(0).name, "SystemFeature");
+    EXPECT_EQ(all[0].features.at(0).value, "1");
+    EXPECT_EQ(all[0].features.at(0).line, 4u);
+    EXPECT_EQ(all[1].interface, "*");
+    EXPECT_EQ(all[1].features.at(0).value, "GenCP");
+    EXPECT_EQ(all[1].features.at(1).name, "Reset");
+    EXPECT_FALSE(all[1].features.at(1).value) << "a command";
+    EXPECT_EQ(all[2].interface, "Port A");
+    EXPECT_EQ(all[2].features.at(0).value, "with = blanks");
+    EXPECT_EQ(all[2].features.at(1).value, "");
+}
+
+TEST(GentlSettings, linesThatAreNoneAreToldAndPassedOver)
+{
+    std::vector<std::string> problems;
+    const auto all = parseSettings("Early = 1\n[a.cti]\n= 2\ntwo words\nGood = 3\n[b.cti\n", problems);
+    EXPECT_EQ(problems,
+              (std::vector<std::string>{"KX_GENTL_SETTINGS, line 1: there is no [producer] before it.",
+                                        "KX_GENTL_SETTINGS, line 3: this is no feature and no [producer].",
+                                        "KX_GENTL_SETTINGS, line 4: this is no feature and no [producer].",
+                                        "KX_GENTL_SETTINGS, line 6: this is no feature and no [producer]."}));
+    ASSERT_EQ(all.size(), 1u);
+    EXPECT_EQ(all[0].features.size(), 1u);
 }

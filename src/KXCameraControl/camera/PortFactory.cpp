@@ -1,6 +1,7 @@
 // Which port a camera gets.
 #include "KXCameraControl/camera/PortFactory.h"
 
+#include "KXCameraControl/camera/ModuleFeatures.h"
 #include "KXCameraControl/ports/Transport.h"
 
 #include <mutex>
@@ -13,6 +14,9 @@ namespace
 
 std::mutex factoryMutex;
 PortFactory factoryInUse;
+
+// Ports know no nodes: what stands here, in the library from its load on, sets features for them.
+[[maybe_unused]] const bool setterIsKnown = (setModuleSetter(setModuleFeatures), true);
 
 } // namespace
 

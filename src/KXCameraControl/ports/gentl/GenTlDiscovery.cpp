@@ -4,6 +4,7 @@
 #include "KXCameraControl/ports/Stamp.h"
 #include "KXCameraControl/ports/gentl/GenTlDevices.h"
 #include "KXCameraControl/ports/gentl/GenTlPort.h"
+#include "KXCameraControl/ports/gentl/GenTlSettings.h"
 #include "KXCameraControl/ports/gentl/Producers.h"
 
 #include <cstdio>
@@ -62,7 +63,7 @@ HostReply look(const std::string& producer, std::vector<GenTlDevice>& devices)
 {
     HostReply reply;
     uint32_t memory = 0;
-    if (const auto link = HostLink::open(producer, nullptr, reply)) {
+    if (const auto link = openConfigured(producer, nullptr, reply)) {
         reply = lookBehind(*link, devices);
         memory = link->memory();
     }
@@ -159,6 +160,8 @@ std::vector<std::string> gentlProblems()
     Searches& all = searches();
     for (const std::string& producer : gentlProducers()) {
         const std::string unfit = producerFileProblem(producer);
+        for (const std::string& problem : settingsProblems(producer))
+            problems.push_back(problem);
         const std::lock_guard lock(all.mutex);
         const auto last = all.byProducer.find(producer);
         if (!unfit.empty())

@@ -1,5 +1,7 @@
 #include "KXCameraControl/ports/gentl/GenTlPort.h"
 
+#include "KXCameraControl/ports/gentl/GenTlSettings.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -68,7 +70,7 @@ KX_Status GenTlPort::open(uint32_t accessMode, uint16_t)
 KX_Status GenTlPort::connect(const std::string& producer, Channel& loss)
 {
     HostReply reply;
-    m_link = HostLink::open(producer, &loss, reply);
+    m_link = openConfigured(producer, &loss, reply);
     return m_link ? KX_OK : fail(reply.status, reply.text);
 }
 
@@ -100,6 +102,18 @@ KX_Status GenTlPort::openDevice(uint32_t accessMode)
     m_isLost = false;
     m_isClosing = false;
     m_watcher = std::thread([this] { watch(); });
+    return KX_OK;
+}
+
+KX_Status GenTlPort::openModule(std::unique_ptr<HostLink> link, const std::string& interface)
+{
+    m_link = std::move(link);
+    const HostReply opened =
+        m_link->request(message(Request::Open).text(interface).text({}).i32(AccessExclusive));
+    if (opened.status != KX_OK)
+        return failOpening(opened);
+    m_readOnly = false;
+    m_isOpen = true;
     return KX_OK;
 }
 

@@ -22,6 +22,8 @@ public:
     ~GenTlPort() override { GenTlPort::close(); }
 
     KX_Status open(uint32_t accessMode, uint16_t switchOverKey) override;
+    // The features of an interface, or of the system where it is empty. Nobody tells of a loss.
+    KX_Status openModule(std::unique_ptr<HostLink> link, const std::string& interface);
     // Takes up to gentlCallTime() when the producer hangs, and ends it then.
     void close() override;
     bool isOpen() const override { return m_isOpen; }

@@ -8,6 +8,7 @@
 
 #include <KXCameraControl/KXCameraControl.h>
 
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -40,7 +41,9 @@ public:
     const std::string& producer() const { return m_producer; }
     // That the helper is over is known already.
     bool isOver() const { return m_process->isOver(); }
-    // What the helper had in memory when this link was opened, in KiB, and whether nobody else uses it.
+    // Once for each helper; other links of it wait until that is over.
+    void configureOnce(const std::function<void()>& configure) { m_process->configureOnce(configure); }
+    // What the helper had in memory when this link was opened, in KiB.
     uint32_t memory() const { return m_memory; }
 
 private:

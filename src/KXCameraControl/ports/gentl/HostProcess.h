@@ -9,6 +9,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -36,6 +37,7 @@ public:
     // Its connection is gone: finds out what it ended by.
     std::string endGone(const std::string& function);
     bool isOver() const;
+    void configureOnce(const std::function<void()>& configure) { std::call_once(m_configured, configure); }
 
 private:
     HostProcess(pid_t process, gentl::Channel control) : m_process(process), m_control(std::move(control)) {}
@@ -46,6 +48,7 @@ private:
     pid_t m_process; // 0: over
     gentl::Channel m_control;
     std::string m_reason; // for its end
+    std::once_flag m_configured;
 };
 
 } // namespace kx
