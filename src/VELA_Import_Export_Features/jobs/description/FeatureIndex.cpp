@@ -29,9 +29,7 @@ FeatureIndex::Fetched FeatureIndex::fetch(KX_HANDLE handle)
     m_buffer.reset(allocateZeroed(kOrdinaryDescriptionSize));
     if (!m_buffer)
         return Fetched::NoMemory;
-    const QString text = fetchText(handle);
-    m_buffer.reset(); // what follows takes memory of its own
-    return index(text) ? Fetched::Indexed : Fetched::NotLoaded;
+    return index(fetchText(handle)) ? Fetched::Indexed : Fetched::NotLoaded;
 }
 
 QString FeatureIndex::fetchText(KX_HANDLE handle)
