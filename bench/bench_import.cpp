@@ -1,6 +1,7 @@
 // Imports over UDP: camera-library calls and time per feature when nothing and when everything differs, eight
 // cameras against one when each answer takes a millisecond, and, over all descriptions of KX_DESCRIPTIONS,
 // requests when nothing and when twenty numbers differ.
+// usage: bench_import [DESCRIPTION]...   (with descriptions: the requests over these alone)
 #include "Measure.h"
 #include "RealCamera.h"
 
@@ -208,6 +209,10 @@ int main(int argc, char** argv)
     qputenv("KX_DESCRIPTION_CACHE", "off"); // what is counted is a camera that nobody knows
     const QCoreApplication application(argc, argv);
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    if (argc > 1) {
+        printTable(application.arguments().mid(1));
+        return 0;
+    }
     KX_CC_SetCallObserver(nullptr, count, nullptr);
     measureCalls(1000);
     const double one = secondsOfImport(1);

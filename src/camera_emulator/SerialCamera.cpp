@@ -29,28 +29,6 @@ namespace
 
 constexpr uint64_t kBaudRegister = kTechnologyRegisters + kCurrentBaudRate;
 
-speed_t speedOf(uint32_t baud)
-{
-    switch (baud) {
-    case 9600:
-        return B9600;
-    case 19200:
-        return B19200;
-    case 38400:
-        return B38400;
-    case 57600:
-        return B57600;
-    case 115200:
-        return B115200;
-    case 230400:
-        return B230400;
-    case 460800:
-        return B460800;
-    default:
-        return B921600;
-    }
-}
-
 const BaudRate* rateOfBit(uint64_t bit)
 {
     const auto* rate = std::find_if(std::begin(kBaudRates), std::end(kBaudRates),
@@ -76,7 +54,7 @@ void makeRaw(int descriptor)
     termios settings{};
     tcgetattr(descriptor, &settings);
     cfmakeraw(&settings);
-    cfsetspeed(&settings, B9600);
+    cfsetspeed(&settings, kBaudRates[0].baud);
     tcsetattr(descriptor, TCSANOW, &settings);
 }
 
@@ -179,8 +157,9 @@ void SerialCamera::State::setRate(const BaudRate* rate)
 bool SerialCamera::State::isHeard() const
 {
     termios settings{};
+    termios own{};
     return current->baud <= serial.fastest && tcgetattr(host, &settings) == 0 &&
-           cfgetospeed(&settings) == speedOf(current->baud);
+           cfsetspeed(&own, current->baud) == 0 && cfgetospeed(&settings) == cfgetospeed(&own);
 }
 
 void SerialCamera::State::dropUnconfirmedRate()

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <optional>
 #include <thread>
 
 namespace kx
@@ -25,30 +24,6 @@ namespace
 // Another look at the same line, to see who is there, takes it for moments only.
 constexpr milliseconds kLockPatience{500};
 constexpr milliseconds kLockPause{10};
-
-std::optional<speed_t> speedOf(uint32_t baud)
-{
-    switch (baud) {
-    case 9600:
-        return B9600;
-    case 19200:
-        return B19200;
-    case 38400:
-        return B38400;
-    case 57600:
-        return B57600;
-    case 115200:
-        return B115200;
-    case 230400:
-        return B230400;
-    case 460800:
-        return B460800;
-    case 921600:
-        return B921600;
-    default:
-        return std::nullopt;
-    }
-}
 
 KX_Status statusOfOpening(int code)
 {
@@ -115,16 +90,14 @@ void Terminal::close()
 
 bool Terminal::setBaudRate(uint32_t baud)
 {
-    const auto speed = speedOf(baud);
     termios settings{};
-    if (!speed || tcgetattr(m_descriptor, &settings) != 0) {
+    if (tcgetattr(m_descriptor, &settings) != 0 || cfsetspeed(&settings, baud) != 0) {
         fail(KX_E_NETWORK, "cannot be set to " + std::to_string(baud) + " baud");
         return false;
     }
     cfmakeraw(&settings);
     settings.c_cflag |= CLOCAL | CREAD;
     settings.c_cflag &= ~static_cast<tcflag_t>(CSTOPB | PARENB | CRTSCTS);
-    cfsetspeed(&settings, *speed);
     if (tcsetattr(m_descriptor, TCSADRAIN, &settings) != 0 || tcflush(m_descriptor, TCIFLUSH) != 0) {
         fail(KX_E_NETWORK, std::strerror(errno));
         return false;
