@@ -158,6 +158,7 @@ void ReadAhead::follow(size_t feature)
 {
     const auto now = Clock::now();
     const Call call{feature, isNext(feature, now), now};
+    m_isInCompany = m_calls[0].feature != feature ? now - m_calls[0].at < m_keepTime : m_isInCompany;
     if (m_calls[0].feature != feature)
         std::copy_backward(m_calls.begin(), m_calls.end() - 1, m_calls.end());
     m_calls[0] = call;
@@ -213,32 +214,30 @@ std::optional<size_t> ReadAhead::readerOf(const RegisterPlace& place)
 
 void ReadAhead::readAhead()
 {
-    if (!m_isOn || !m_isFeature || !m_calls[0].isInRow || m_readings == maximumReadings)
+    const bool isAlong = !m_calls[0].isInRow && m_isInCompany && m_readings == 0;
+    if (!m_isOn || !m_isFeature || m_readings == maximumReadings || (!m_calls[0].isInRow && !isAlong))
         return;
     ++m_readings;
     m_planner->beginRound(Clock::now());
     // What is read anew in each call is no reason to read on.
     if (wanted(m_calls[0].feature).empty())
         return;
-    adjustWindow();
-    readWindow();
+    if (!isAlong)
+        adjustWindow();
+    readWindow(isAlong);
 }
 
-void ReadAhead::readWindow()
+// One round: what lies behind addresses that this one brings is for the next call that needs the line, which
+// then has more of it in one request. Who jumps may walk next, from there or from the first feature on.
+void ReadAhead::readWindow(bool isAlong)
 {
-    const auto start = Clock::now();
+    m_planner->beginRound(Clock::now());
+    const size_t count = m_planner->featureCount();
+    const size_t features = std::min(isAlong ? count : count - m_calls[0].feature, mostFeatures);
     std::set<RegisterPlace> places;
-    m_planner->beginRound(start);
-    m_windowEnd = planWindow(places);
-    for (unsigned round = 1; !places.empty() && readRound(places) && round < maximumRounds; ++round) {
-        if (Clock::now() - start > m_keepTime / 3)
-            return; // what was read first must not grow old before the last is there
-        places.clear();
-        m_planner->beginRound(start);
-        for (size_t feature = m_calls[0].feature; feature < m_windowEnd; ++feature)
-            for (const RegisterPlace& place : wanted(feature))
-                places.insert(place);
-    }
+    const size_t end = m_calls[0].feature + planWindow(places, features, isAlong ? 0 : m_window);
+    m_windowEnd = isAlong ? m_windowEnd : end;
+    readRound(places);
 }
 
 // Once the features of a window lie behind: it grows when most of what was read was asked for, and shrinks
@@ -278,36 +277,38 @@ bool ReadAhead::isWantedRaw(size_t feature) const
            (m_planner->isSelected(feature) || (m_readsMissing && m_planner->isMissing(feature)));
 }
 
-// Gives the first feature behind those whose registers fit the window.
-size_t ReadAhead::planWindow(std::set<RegisterPlace>& places)
+// Of so many features from the running call's on, the first behind the last one: those whose registers fit
+// the requests, or those that the call's own need when they are more. Gives how many were looked at.
+size_t ReadAhead::planWindow(std::set<RegisterPlace>& places, size_t features, size_t requests)
 {
-    size_t feature = m_calls[0].feature;
-    const size_t first = feature;
-    const size_t end = std::min(first + mostFeatures, m_planner->featureCount());
-    for (; feature < end; ++feature) {
+    size_t leftOut = 0;
+    size_t count = 0;
+    for (; count < features && leftOut < mostLeftOut; ++count) {
         std::vector<std::set<RegisterPlace>::iterator> added;
-        for (const RegisterPlace& place : wanted(feature)) {
+        for (const RegisterPlace& place : wanted((m_calls[0].feature + count) % m_planner->featureCount())) {
             const auto [known, isNew] = places.insert(place);
             if (isNew)
                 added.push_back(known);
         }
-        if (feature == first || added.empty() || m_batches.requests(places) <= m_window)
+        if (added.empty())
             continue;
-        for (const auto& one : added)
-            places.erase(one);
-        break;
+        const size_t needed = m_batches.requests(places);
+        if (count == 0)
+            requests = std::max(requests, needed);
+        leftOut = needed > requests ? leftOut + 1 : 0;
+        for (size_t i = 0; i < added.size() && leftOut > 0; ++i)
+            places.erase(added[i]);
     }
-    return feature;
+    return count - leftOut;
 }
 
-// False: what is left is not worth another round.
-bool ReadAhead::readRound(const std::set<RegisterPlace>& places)
+void ReadAhead::readRound(const std::set<RegisterPlace>& places)
 {
     std::set<RegisterPlace> batch;
     std::copy_if(places.begin(), places.end(), std::inserter(batch, batch.end()),
                  [this](const RegisterPlace& place) { return m_batches.isBatchable(place); });
     const auto start = Clock::now();
-    return !batch.empty() && m_batches.read(batch, [&](const RegisterPlace& place, const uint8_t* bytes) {
+    m_batches.read(batch, [&](const RegisterPlace& place, const uint8_t* bytes) {
         m_memo.store(place, {ReadMemo::Bytes(bytes, bytes + place.size), start, ReadMemo::Life::Keep, true});
     });
 }

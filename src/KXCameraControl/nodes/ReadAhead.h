@@ -14,7 +14,8 @@ namespace kx
 // Callers ask feature by feature, in the order of names. When a call asks for the feature behind the last
 // call's and needs the line, the features that follow are read along in batches: at first as many as fit the
 // requests that the call needs anyway, then, as long as they are asked for, four times as many at a time. A
-// call by itself asks for its own registers alone.
+// call that follows others in no order takes along what fits its own requests. A call by itself asks for its
+// own registers alone.
 //
 // Nothing that is read ahead is older than the line's keepTime() when it is used, and no write lies in
 // between. An answer is never invented: what could not be read is left for its own reader, who meets what the
@@ -57,17 +58,17 @@ private:
     const ReadMemo::Bytes* remembered(const RegisterPlace& place);
     void readAhead();
     void adjustWindow();
-    void readWindow();
+    void readWindow(bool isAlong);
     std::vector<RegisterPlace> wanted(size_t feature);
     bool isWantedRaw(size_t feature) const;
-    size_t planWindow(std::set<RegisterPlace>& places);
-    bool readRound(const std::set<RegisterPlace>& places);
+    size_t planWindow(std::set<RegisterPlace>& places, size_t features, size_t requests);
+    void readRound(const std::set<RegisterPlace>& places);
 
-    // Requests of one round, which is followed by others where addresses hang on what was read.
-    static constexpr size_t firstWindow = 2;
+    // Requests of one reading.
+    static constexpr size_t firstWindow = 1;
     static constexpr size_t widestWindow = 16;
     static constexpr size_t mostFeatures = 1024; // of a window, however few registers they have
-    static constexpr unsigned maximumRounds = 8;
+    static constexpr size_t mostLeftOut = 64;    // features in a row that would take a request more
     // Of one call: what it reads singly may lead to other registers.
     static constexpr unsigned maximumReadings = 4;
     // Features that a caller may pass over, for being of other kinds or left out, and still be in a row.
@@ -91,6 +92,7 @@ private:
     };
     std::array<Call, 4> m_calls; // the latest first
     bool m_isFeature = false;    // the running call is m_calls[0]
+    bool m_isInCompany = false;  // it follows a call for another feature, in whatever order
     unsigned m_readings = 0;     // ahead, in this call
     // This run asks by address: for what is selected, for what it cannot have as a feature, and for what has
     // its place on another port.

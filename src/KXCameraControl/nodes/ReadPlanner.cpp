@@ -58,6 +58,13 @@ bool isWindow(const std::string& name)
     return names.count(name) > 0 || isQueue(name);
 }
 
+// May begin anew when it is read. Other values that change by themselves are handed out to nobody twice, and
+// not when they are old (ReadMemo), so that nothing is lost by having asked for them.
+bool isCounter(const std::string& name)
+{
+    return name.find("Count") != std::string::npos || name.find("count") != std::string::npos;
+}
+
 } // namespace
 
 KX_Status RememberedLine::read(const RegisterPlace& place, uint8_t* data) const
@@ -138,17 +145,19 @@ void ReadPlanner::findActing(const NodeTable& table)
 {
     for (const Node& node : table.nodes())
         if (node.kind == NodeKind::Command || isWindow(node.name))
-            markBehind(node);
+            markBehind(node, m_acting);
+        else if (isCounter(node.name))
+            markBehind(node, m_counters);
 }
 
 // The node and those that its value comes from.
-void ReadPlanner::markBehind(const Node& node)
+void ReadPlanner::markBehind(const Node& node, std::unordered_set<const Node*>& marked)
 {
     std::vector<const Node*> open = {&node};
     while (!open.empty()) {
         const Node& current = *open.back();
         open.pop_back();
-        if (!m_acting.insert(&current).second)
+        if (!marked.insert(&current).second)
             continue;
         for (const Property& property : current.properties)
             if (property.target && isValueReference(property.tag))
@@ -158,7 +167,8 @@ void ReadPlanner::markBehind(const Node& node)
 
 bool ReadPlanner::mayBeReadAhead(const Node& node, Use use) const
 {
-    return m_acting.count(&node) == 0 && (use == Use::Aside || !node.find(Tag::PollingTime));
+    const bool isPolledCounter = node.find(Tag::PollingTime) && m_counters.count(&node) > 0;
+    return m_acting.count(&node) == 0 && (use == Use::Aside || !isPolledCounter);
 }
 
 std::optional<size_t> ReadPlanner::positionOf(const Node& node) const

@@ -41,9 +41,8 @@ private:
 // Plans what may be read though nobody has asked for it yet. Not planned is
 // - what stands in a stream's chunks or in events (its port, EventID), or cannot be read (AccessMode);
 // - what is not implemented or not available now, and what would only be asked over it;
-// - what a description asks to look at time and again, counters and measurements (PollingTime), unless
-// others'
-//   availability or lock hangs on it: that is asked for with each of them anyway;
+// - what a description asks to look at time and again (PollingTime) and calls a count of something, unless
+//   the availability or lock of others hangs on it: that is asked for with each of them anyway;
 // - what may act when it is read: registers that a command stands behind, those of kind Register and those
 //   that hand out a table, a file or a queue piece by piece, which only their names tell (isWindow()).
 class ReadPlanner
@@ -83,7 +82,7 @@ private:
     };
     bool mayBeReadAhead(const Node& node, Use use) const;
     void findActing(const NodeTable& table);
-    void markBehind(const Node& node);
+    static void markBehind(const Node& node, std::unordered_set<const Node*>& marked);
 
     // What is known of a node and all that it hangs on; of several the lowest holds.
     enum class State
@@ -120,6 +119,7 @@ private:
     std::vector<const Node*> m_features;
     std::unordered_map<const Node*, size_t> m_positions;
     std::unordered_set<const Node*> m_acting;
+    std::unordered_set<const Node*> m_counters;
     std::unordered_map<const Node*, std::vector<const Node*>> m_selectors; // of a feature
     std::unordered_map<size_t, std::vector<RawPlace>> m_rawPlaces;         // as long as nothing new is known
     uint64_t m_rawVersion = 0;
