@@ -31,6 +31,7 @@ public:
 
 private:
     Bytes descriptors() const override;
+    size_t packetSize() const override { return m_usb.packetSize; }
     std::optional<Bytes> control(const std::array<uint8_t, 8>& setup) override;
     bool bulkOut(uint8_t endpoint, const Bytes& data) override;
     std::optional<Bytes> bulkIn(uint8_t endpoint) override;

@@ -20,6 +20,8 @@ public:
 
     // Device and configuration descriptors one behind the other, as a system reads them first.
     virtual Bytes descriptors() const = 0;
+    // Of the bulk endpoints; a transfer ends with a packet that is shorter.
+    virtual size_t packetSize() const = 0;
     // Endpoint 0, what a host asks to be sent; nothing: stall.
     virtual std::optional<Bytes> control(const std::array<uint8_t, 8>& setup) = 0;
     // False: stall.

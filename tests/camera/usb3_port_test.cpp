@@ -86,14 +86,14 @@ TEST_F(Usb3, refusalsAndDelaysAreToldAsTheyAre)
               "writing memory at 0x00000044 of USB " + camera.place() + ": write-protected (0x8004)");
     emu::Faults faults;
     faults.pending = 1;
-    faults.pendingTime = milliseconds(700);
+    faults.pendingTime = milliseconds(1200);
     camera.setFaults(faults);
-    port->setTimeouts({milliseconds(100), 1, milliseconds(5000)});
+    port->setTimeouts({milliseconds(500), 1, milliseconds(10000)});
     EXPECT_EQ(port->readRegister(kSomewhere, value), KX_OK) << port->lastError();
     faults = {};
     faults.busy = 1;
     camera.setFaults(faults);
-    port->setTimeouts({milliseconds(100), 2, milliseconds(5000)});
+    port->setTimeouts({milliseconds(3000), 2, milliseconds(10000)});
     EXPECT_EQ(port->readRegister(kSomewhere, value), KX_OK) << port->lastError();
 }
 
@@ -101,14 +101,15 @@ TEST_F(Usb3, anAnswerThatComesTooLateIsTakenForNoOther)
 {
     emu::Usb3Camera& camera = add();
     auto port = openPort(camera);
-    port->setTimeouts({milliseconds(120), 1, milliseconds(1000)});
+    port->setTimeouts({milliseconds(300), 1, milliseconds(1000)});
     camera.poke(kSomewhere, {0, 0, 0, 1, 0, 0, 0, 2});
     emu::Faults faults;
-    faults.delay = milliseconds(200);
+    faults.delay = milliseconds(600);
     camera.setFaults(faults);
     uint32_t value = 0;
     EXPECT_EQ(port->readRegister(kSomewhere, value), KX_E_NO_ANSWER);
     camera.setFaults({});
+    port->setTimeouts({milliseconds(5000), 1, milliseconds(1000)});
     ASSERT_EQ(port->readRegister(kSomewhere + 4, value), KX_OK) << port->lastError();
     EXPECT_EQ(value, 2u);
 }
@@ -116,7 +117,7 @@ TEST_F(Usb3, anAnswerThatComesTooLateIsTakenForNoOther)
 TEST_F(Usb3, timeOutsAreNeverShorterThanTheCamerasOwnLongestTime)
 {
     emu::Usb3Camera& camera = add();
-    camera.poke(gencp::RegLongestResponseTime, {0xDC, 0x05, 0, 0}); // 1,500 ms
+    camera.poke(gencp::RegLongestResponseTime, {0x88, 0x13, 0, 0}); // 5,000 ms
     auto port = openPort(camera);
     port->setTimeouts({milliseconds(20), 1, milliseconds(1000)});
     emu::Faults faults;
@@ -130,15 +131,16 @@ TEST_F(Usb3, aSilentCameraIsNoLossAndNoHang)
 {
     emu::Usb3Camera& camera = add();
     auto port = openPort(camera);
-    port->setTimeouts({milliseconds(120), 3, milliseconds(1000)});
+    port->setTimeouts({milliseconds(300), 3, milliseconds(1000)});
     emu::Faults faults;
     faults.silence = emu::Silence{};
     camera.setFaults(faults);
     uint32_t value = 0;
     const auto began = Clock::now();
     EXPECT_EQ(port->readRegister(kSomewhere, value), KX_E_NO_ANSWER);
-    EXPECT_LT(Clock::now() - began, milliseconds(3000));
+    EXPECT_LT(Clock::now() - began, milliseconds(5000));
     camera.setFaults({});
+    port->setTimeouts({milliseconds(5000), 1, milliseconds(1000)});
     EXPECT_EQ(port->readRegister(kSomewhere, value), KX_OK);
 }
 
@@ -165,11 +167,12 @@ TEST_F(Usb3, packetsThatAreNoneAreNoAnswer)
         };
         emu::Usb3Camera& camera = add("A", usb);
         auto port = openPort(camera);
-        port->setTimeouts({milliseconds(100), 2, milliseconds(1000)});
+        port->setTimeouts({milliseconds(700), 1, milliseconds(1000)});
         uint32_t value = 0;
         *isBroken = true;
         EXPECT_EQ(port->readRegister(kSomewhere, value), KX_E_MALFORMED_ANSWER) << port->lastError();
         *isBroken = false;
+        port->setTimeouts({milliseconds(5000), 1, milliseconds(1000)});
         EXPECT_EQ(port->readRegister(kSomewhere, value), KX_OK) << port->lastError();
         port.reset();
         camera.stop();

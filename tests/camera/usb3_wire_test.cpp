@@ -65,6 +65,7 @@ private:
                 1,  9, 2,    32,   0,    1, 1,    0,    0x80, 50,   9, 4,    0, 0,    2,    0xEF, 0x05,
                 0,  0, 7,    5,    0x02, 2, 0x00, 0x02, 0,    7,    5, 0x84, 2, 0x00, 0x02, 0};
     }
+    size_t packetSize() const override { return 512; }
     std::optional<Bytes> control(const std::array<uint8_t, 8>&) override { return std::nullopt; }
     bool bulkOut(uint8_t endpoint, const Bytes& data) override
     {
@@ -107,7 +108,7 @@ protected:
         record.productId = 0x0001;
         location.copy(reinterpret_cast<char*>(record.location), sizeof record.location - 1);
         port = std::make_unique<Usb3Port>(record);
-        port->setTimeouts({milliseconds(100), 3, milliseconds(3000)});
+        port->setTimeouts({milliseconds(5000), 3, milliseconds(10000)});
         peer.script = [this](const Bytes& command) { return opening(command); };
     }
     ~Usb3Wire() override
@@ -191,6 +192,7 @@ TEST_F(Usb3Wire, writesAreSplitAtWholeWordsOfTheCommandsLimit)
 TEST_F(Usb3Wire, aCommandWithoutAnAnswerIsRepeatedUnderItsId)
 {
     open();
+    port->setTimeouts({milliseconds(500), 3, milliseconds(10000)});
     unsigned asked = 0;
     peer.script = [&](const Bytes& command) -> Peer::Answers {
         return ++asked < 3 ? Peer::Answers() : Peer::Answers{packet(0, 0x0801, idOf(command), {1, 2, 3, 4})};
@@ -233,7 +235,7 @@ TEST_F(Usb3Wire, answersOfOtherIdsAreDropped)
 TEST_F(Usb3Wire, pendingAcksAreWaitedFor)
 {
     open();
-    port->setTimeouts({milliseconds(100), 1, milliseconds(3000)});
+    port->setTimeouts({milliseconds(5000), 1, milliseconds(10000)});
     peer.script = [](const Bytes& command) -> Peer::Answers {
         const Bytes pending = packet(0, 0x0805, idOf(command), {0, 0, 0x2C, 0x01}); // 300 ms
         return {pending, pending, packet(0, 0x0801, idOf(command), {1, 2, 3, 4})};
@@ -259,6 +261,29 @@ TEST_F(Usb3Wire, anAnswerAsLongAsManyPacketsIsTakenWhole)
     ASSERT_EQ(port->readMemory(0x5000, read.data(), read.size()), KX_OK) << port->lastError();
     EXPECT_EQ(peer.takeCommands().size(), 1u);
     EXPECT_EQ(read, Bytes(read.size(), 7));
+}
+
+// 500 bytes and their head are one packet of 512: nothing says that no more will come.
+TEST_F(Usb3Wire, anAnswerOfWholePacketsNeedsNoEmptyOneBehindIt)
+{
+    peer.script = [](const Bytes& command) -> Peer::Answers {
+        if (command[12] == 0x18 && command[14] == 1)
+            return {packet(0, 0x0801, idOf(command), {0x00, 0x06, 0, 0})}; // answers of up to 1,536 bytes
+        return opening(command);
+    };
+    open();
+    port->setTimeouts({milliseconds(5000), 1, milliseconds(10000)});
+    for (const bool sendsEmptyOne : {false, true}) {
+        peer.script = [=](const Bytes& command) -> Peer::Answers {
+            Peer::Answers answers{packet(0, 0x0801, idOf(command), Bytes(500, 7))};
+            if (sendsEmptyOne)
+                answers.push_back({});
+            return answers;
+        };
+        Bytes read(500);
+        EXPECT_EQ(port->readMemory(0x5000, read.data(), read.size()), KX_OK) << port->lastError();
+        EXPECT_EQ(port->readMemory(0x5000, read.data(), read.size()), KX_OK) << "the next one too";
+    }
 }
 
 TEST_F(Usb3Wire, aCameraThatHidesItsLimitsKeepsThoseOfEveryCamera)

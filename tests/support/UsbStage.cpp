@@ -81,6 +81,7 @@ struct Transfer
     UMockdevIoctlData* urb;
     UMockdevIoctlData* buffer; // null: none
     bool isOver = false;
+    size_t filled = 0;
 
     usbdevfs_urb& raw() const { return *reinterpret_cast<usbdevfs_urb*>(urb->data); }
     void end(int status, size_t length)
@@ -382,10 +383,14 @@ void UsbStage::State::pump(Device& device)
         const auto content = device.function->bulkIn(transfer.raw().endpoint);
         if (!content)
             continue;
-        const size_t room = transfer.buffer ? static_cast<size_t>(transfer.raw().buffer_length) : 0;
+        const size_t room = static_cast<size_t>(transfer.raw().buffer_length) - transfer.filled;
         const size_t size = std::min(content->size(), room);
-        std::copy_n(content->begin(), size, transfer.buffer ? transfer.buffer->data : nullptr);
-        transfer.end(content->size() > room ? -EOVERFLOW : 0, size);
+        if (size > 0)
+            std::copy_n(content->begin(), size, transfer.buffer->data + transfer.filled);
+        transfer.filled += size;
+        const bool isShort = content->empty() || content->size() % device.function->packetSize() != 0;
+        if (isShort || content->size() >= room)
+            transfer.end(content->size() > room ? -EOVERFLOW : 0, transfer.filled);
     }
     serveReapers(device);
 }

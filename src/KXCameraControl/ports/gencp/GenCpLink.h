@@ -36,6 +36,8 @@ public:
     virtual gencp::ByteOrder byteOrder() const = 0; // of packets and bootstrap registers
     virtual size_t prefixSize() const = 0;          // counts in the limits of a camera's packets
 
+    // The answer that is waited for from now on is a packet of that size; others may come instead.
+    virtual void expect(size_t /*packetSize*/) {}
     virtual Outcome send(const gencp::Bytes& packet, Clock::time_point deadline) = 0;
     virtual Outcome receive(gencp::Bytes& packet, Clock::time_point deadline) = 0;
     // How long so many bytes are under way; what a time-out has to be longer by.

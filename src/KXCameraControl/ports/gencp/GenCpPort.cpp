@@ -210,6 +210,7 @@ GenCpPort::Answer GenCpPort::tryOnce(Exchange& exchange)
     Clock::time_point deadline =
         Clock::now() + std::max(m_timeouts.perTry, m_longestResponse) + m_link->wireTime(onWire);
     ++m_requestCount;
+    m_link->expect(kHeaderSize + exchange.ackSize);
     Outcome outcome = m_link->send(packet, deadline);
     Answer answer;
     Bytes received;

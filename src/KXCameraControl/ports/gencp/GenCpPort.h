@@ -61,7 +61,6 @@ protected:
     const PortTimeouts& timeouts() const { return m_timeouts; }
     // Whole packets with their prefix, as the camera's limits count them.
     void setLimits(size_t command, size_t ack);
-    size_t maxAck() const { return m_maxAck; }
     // From any thread.
     void reportLoss(std::string reason);
     KX_Status fail(KX_Status status, std::string text);

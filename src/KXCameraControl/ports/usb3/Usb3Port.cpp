@@ -33,7 +33,6 @@ KX_Status Usb3Port::readLimits()
         status = readNumber(registers + kUsbMaxAckLength, 4, ack);
     if (status == KX_OK)
         setLimits(command, ack);
-    usb().setAnswerLimit(maxAck());
     return status == KX_E_GC_ACCESS ? KX_OK : status;
 }
 

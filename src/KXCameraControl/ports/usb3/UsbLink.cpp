@@ -106,12 +106,12 @@ GenCpLink::Outcome UsbLink::send(const Bytes& packet, Clock::time_point deadline
     return transfer(m_camera.out, bytes.data(), bytes.size(), done, deadline);
 }
 
-// A transfer that asks for less than a whole number of packets is an overflow as soon as the device sends
-// more.
+// A transfer of less than whole packets overflows as soon as the device sends more; one that is longer than
+// an answer of whole packets does not end with it, unless the camera sends an empty packet behind.
 GenCpLink::Outcome UsbLink::receive(Bytes& packet, Clock::time_point deadline)
 {
     const size_t unit = m_camera.in.packetSize;
-    Bytes bytes((std::max(m_answerLimit, unit) + unit - 1) / unit * unit);
+    Bytes bytes((std::max(m_expected, unit) + unit - 1) / unit * unit);
     size_t done = 0;
     const Outcome outcome = transfer(m_camera.in, bytes.data(), bytes.size(), done, deadline);
     if (outcome != Outcome::Done)

@@ -28,13 +28,12 @@ public:
     bool isOpen() const override { return m_handle != nullptr; }
     gencp::ByteOrder byteOrder() const override { return gencp::ByteOrder::Little; }
     size_t prefixSize() const override { return sizeof gencp::kUsbPrefix; }
+    void expect(size_t packetSize) override { m_expected = prefixSize() + packetSize; }
     Outcome send(const gencp::Bytes& packet, Clock::time_point deadline) override;
     Outcome receive(gencp::Bytes& packet, Clock::time_point deadline) override;
     std::string name() const override;
     std::string errorText() const override { return m_errorText; }
 
-    // The longest packet that is expected from now on, its prefix included.
-    void setAnswerLimit(size_t size) { m_answerLimit = size; }
     // Which device it is as long as it stays plugged in. Only while open.
     UsbPlace place() const;
 
@@ -50,7 +49,7 @@ private:
     UsbContext m_context; // of its own: waiting for one camera holds up no other
     UsbCamera m_camera;
     UsbHandle m_handle;
-    size_t m_answerLimit = 0;
+    size_t m_expected = 0; // prefix included
     std::string m_errorText;
 };
 
