@@ -38,3 +38,10 @@ target_compile_definitions(round_trip_test PRIVATE
 ie_add_test(import_cost_test LABEL companion
     SOURCES import_cost_test.cpp
     LIBRARIES real_export)
+# And behind producers of frame grabbers, bad ones among them.
+ie_add_test(gentl_jobs_test LABEL companion
+    SOURCES gentl_jobs_test.cpp ../camera/GentlStage.h
+    LIBRARIES real_export)
+target_compile_definitions(gentl_jobs_test PRIVATE
+    CAMERA_EMULATOR_GENTL="$<TARGET_FILE:camera_emulator_gentl>")
+add_dependencies(gentl_jobs_test camera_emulator_gentl ie_gentl_host)

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Holds both sides of GenTL against other programs' reading of the standard, installed into a folder of its own:
-the emulated producer is used by another consumer, another producer's cameras are used by the camera library, and the numbers
-of our declarations are those of the other ones.
+the emulated producer is used by another consumer, another producer's cameras are used by the camera library, and the
+numbers of our declarations are those of the other ones.
     gentl_reference_test.py CAMERA_EMULATOR PRODUCER GENTL_ANSWERS DECLARATIONS FOLDER"""
 import os
 import pathlib
@@ -12,7 +12,8 @@ import tempfile
 import time
 
 sys.dont_write_bytecode = True  # the sources' folder stays as it is
-sys.path[1:1] = [str(pathlib.Path(__file__).parent.parent), str(pathlib.Path(__file__).parent.parent / "nodes_reference")]
+here = pathlib.Path(__file__).parent.parent
+sys.path[1:1] = [str(here), str(here / "nodes_reference")]
 # pylint: disable=wrong-import-position
 from nodes_reference_test import OWN_REPAIRS
 from yardstick import RELEASE, install
@@ -178,7 +179,8 @@ def check_other_producer(answers, place):
         expect("three cameras of the other producer", done.returncode == 0 and len(cameras) == 3, done)
         for layer, model, serial, interface, availability, status, width, error in cameras:
             print("the other producer's camera:", layer, model, serial, interface, "width", width)
-            expect("a free camera of a maker's own layer", (layer, availability) == ("Custom", "1"), layer, availability)
+            expect("a free camera of a maker's own layer", (layer, availability) == ("Custom", "1"), layer,
+                   availability)
             expect("its features are read, written, saved and loaded", status == "0", status, error)
             bag = (pathlib.Path(folder) / f"{serial}.bag").read_text(encoding="latin-1")
             expect("its features are in the bag", f"Width\t{width}" in bag, bag)

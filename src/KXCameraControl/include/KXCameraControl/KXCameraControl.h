@@ -5,7 +5,7 @@
  * never aborts. Calls on different handles may run at the same time on different threads; calls on one handle
  * are serialised by the library. A call blocks at most for the time-outs set with KX_CC_SetTimeout for each
  * request that it has to send (default: 3 tries of 200 ms each, plus what the camera asks for by
- * PENDING_ACK).
+ * PENDING_ACK); behind a GenTL producer for KX_GENTL_TIMEOUT for each call into that.
  *
  * Texts that come from a camera (model, serial number, string values) are handed out as the camera's bytes.
  * Node names and string values that go in are the camera's bytes as well; a description is UTF-8.
