@@ -111,12 +111,21 @@ TEST_F(BagCommand, WritesNothingOutsideOfTheFolder)
 {
     const emu::EmulatedCamera& camera =
         addCamera("S1", [](emu::CameraConfig& config) { config.model = "../elsewhere"; });
+    const emu::EmulatedCamera& chinese =
+        addCamera("S2", [](emu::CameraConfig& config) { config.model = "门"; });
+    addCamera("S3");
     QDir().mkdir(QString::fromStdString(path("to")));
     const Result save = tests::runInProcess({"export", "--all", "--to", path("to"), "--format", "bag"});
-    EXPECT_EQ(save.code, 2);
-    EXPECT_EQ(save.err, "The camera 1 would write outside of the folder: ../elsewhere_S1.fpk.\n");
+    EXPECT_EQ(save.code, 1);
+    EXPECT_THAT(save.err, HasSubstr("../elsewhere S1: its file would lie outside of the folder: "
+                                    "../elsewhere_S1.fpk.\n"));
+    EXPECT_THAT(save.err, HasSubstr("门 S2: A feature bag cannot have the path " + path("to") +
+                                    "/门_S2.fpk: only Latin-1 characters are possible.\n"));
+    EXPECT_THAT(save.out, EndsWith("\n1 exported, 2 failed\n"));
+    EXPECT_EQ(QDir(QString::fromStdString(path("to"))).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+              QStringList{"EMU-1_S3.fpk"});
     EXPECT_FALSE(QFile::exists(QString::fromStdString(path("elsewhere_S1.fpk"))));
-    EXPECT_EQ(camera.counters().writeReg, 0u);
+    EXPECT_EQ(camera.counters().writeReg + chinese.counters().writeReg, 0u);
 }
 
 // The camera library takes paths as Latin-1; the bag would get another name than the one that was asked for.
@@ -127,7 +136,7 @@ TEST_F(BagCommand, RefusesPathsThatTheCameraLibraryCannotBeTold)
     const Result save = tests::runInProcess({"export", "--all", "--to", folderOnly, "--format", "bag"});
     EXPECT_EQ(save.code, 2);
     EXPECT_EQ(save.err, "A feature bag cannot have the path " + folderOnly +
-                            "/EMU-1_S1.fpk: only Latin-1 characters are possible.\n");
+                            ": only Latin-1 characters are possible.\n");
     EXPECT_EQ(importBag("门.fpk").code, 2);
     EXPECT_EQ(camera.counters().writeReg, 0u);
 

@@ -32,10 +32,14 @@ public:
     {
         std::vector<ListedCamera> cameras; // in list order, each once
         QStringList misses;                // a sentence for each selector that no camera fits
+        // Of a command that wants more of its cameras:
+        QStringList lacks = {};    // a sentence for each that cannot do, however long one waits
+        QStringList refusals = {}; // a sentence for each reason why nothing may be done
     };
     Choice choose(const std::vector<ListedCamera>& cameras) const;
     // Whether it means whoever is there, so that one that is not there goes unnoticed.
     bool isOpen() const { return m_all || !m_models.empty(); }
+    bool takesAll() const { return m_all; }
 
 private:
     void addSelectors(CLI::App& group);

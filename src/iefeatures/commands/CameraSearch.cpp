@@ -88,7 +88,9 @@ int CameraSearch::run(const Choose& choose)
     if (code != ExitWell)
         return code;
     tellMisses();
-    const bool mayGoOn = m_choice.misses.isEmpty() || (m_options.isKeptGoing && !m_choice.cameras.empty());
+    if (!m_choice.refusals.isEmpty())
+        return ExitUsage;
+    const bool mayGoOn = isComplete() || (m_options.isKeptGoing && !m_choice.cameras.empty());
     return mayGoOn ? ExitWell : ExitNoSuchCamera;
 }
 
@@ -127,8 +129,8 @@ void CameraSearch::tellMisses() const
         tellSilence();
         tellProblems(m_world.console);
     }
-    for (const QString& miss : m_choice.misses)
-        m_world.console.err(miss + '\n');
+    for (const QString& sentence : m_choice.misses + m_choice.lacks + m_choice.refusals)
+        m_world.console.err(sentence + '\n');
 }
 
 void CameraSearch::tellSilence() const
@@ -139,7 +141,12 @@ void CameraSearch::tellSilence() const
 
 int CameraSearch::codeOf(int code) const
 {
-    return code == ExitWell && !m_choice.misses.isEmpty() ? ExitNoSuchCamera : code;
+    return code == ExitWell && !isComplete() ? ExitNoSuchCamera : code;
+}
+
+bool CameraSearch::isComplete() const
+{
+    return m_choice.misses.isEmpty() && m_choice.lacks.isEmpty();
 }
 
 } // namespace companion

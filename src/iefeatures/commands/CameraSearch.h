@@ -51,6 +51,7 @@ public:
 private:
     int look(const Choose& choose);
     bool isWorthWaiting() const;
+    bool isComplete() const;
     void tellWaiting() const;
     void tellMisses() const;
     void tellSilence() const;

@@ -1,43 +1,66 @@
 #include "iefeatures/commands/CheckCommand.h"
 
+#include "iefeatures/cameras/InParallel.h"
 #include "iefeatures/commands/ImportOptions.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
-#include "iefeatures/files/FeaturesFileInput.h"
 
 #include <CLI/CLI.hpp>
 
 namespace companion
 {
 
-int runCheck(Console& console, const std::vector<ListedCamera>& cameras, const QString& file,
-             const CheckTask& task)
+namespace
 {
-    const FeaturesFileInput input = readFeaturesFile(file);
-    std::vector<CameraCheck> checks;
-    if (input.isGood()) {
-        checks = checkCameras(cameras, input.content, task.rule, [] { return !Interrupt::isRequested(); });
-    } else {
-        console.err(input.error + '\n');
-        for (const ListedCamera& camera : cameras)
-            checks.push_back({camera, input.verdict, input.error, {}, {}});
-    }
+
+CameraCheck check(const ImportJob& job, const CheckRule& rule)
+{
+    const FeaturesFileInput& input = job.files->input;
+    if (!input.isGood())
+        return {job.camera, input.verdict, input.error, {}, {}};
+    return checkCamera(job.camera, input.content, rule, [] { return !Interrupt::isRequested(); });
+}
+
+void tellBadFiles(Console& console, const std::vector<ImportJob>& jobs)
+{
+    QStringList errors;
+    for (const ImportJob& job : jobs)
+        errors += job.files->input.error;
+    errors.removeAll({});
+    errors.removeDuplicates();
+    for (const QString& error : errors)
+        console.err(error + '\n');
+}
+
+} // namespace
+
+int runCheck(Console& console, const std::vector<ImportJob>& jobs, const CheckTask& task,
+             const FolderOption& folder)
+{
+    tellBadFiles(console, jobs);
+    std::vector<CameraCheck> checks(jobs.size());
+    inParallel(jobs.size(), [&](size_t i) { checks[i] = check(jobs[i], task.rule); });
     if (Interrupt::isRequested())
         console.err(std::string("Interrupted.\n"));
-    for (const CameraCheck& check : checks)
+    QStringList results;
+    for (const CameraCheck& check : checks) {
         console.object("result", checkJson(check));
+        results += verdictWord(check.verdict);
+    }
     if (!task.isJson)
         console.out(checkText(checks, task.detail));
+    folder.tellSummary(console, results);
     return Interrupt::isRequested() ? ExitInterrupted : exitCodeOf(gravestOf(checks));
 }
 
 void CheckCommand::addOptions(CLI::App& app)
 {
-    app.add_option("FILE", m_file, "Features file, as an export has written it")
+    app.add_option("FILE", m_file, "Features file, as an export has written it, or a folder of one a camera")
         ->required()
         ->type_name("")
         ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
+    m_folder.addOptions(app);
     m_selection.addOptions(app);
     m_search.addWait(app);
     m_search.addKeepGoing(app);
@@ -48,12 +71,30 @@ void CheckCommand::addOptions(CLI::App& app)
 
 int CheckCommand::execute(World& world)
 {
-    CameraSearch search(world, m_search, {false, m_selection.isOpen()});
-    if (const int code = search.run([&](const auto& cameras) { return m_selection.choose(cameras); }))
+    const QString path = QString::fromStdString(m_file);
+    if (const int code = m_folder.setPath(world.console, path))
         return code;
+    CameraSearch search(world, m_search, {false, m_selection.isOpen()});
+    const auto choose = [&](const std::vector<ListedCamera>& found) {
+        return m_folder.isUsed() ? m_folder.pair(m_selection, found) : m_selection.choose(found);
+    };
+    if (const int code = search.run(choose)) {
+        m_folder.tellSummary(world.console, {});
+        return code;
+    }
     const Interrupt interrupt;
     const CheckTask task{{mode(), m_isStrict}, m_isDetailed ? Detail::All : Detail::Attention, m_json};
-    return search.codeOf(runCheck(world.console, search.cameras(), QString::fromStdString(m_file), task));
+    return search.codeOf(runCheck(world.console, jobs(search.cameras()), task, m_folder));
+}
+
+std::vector<ImportJob> CheckCommand::jobs(const std::vector<ListedCamera>& cameras) const
+{
+    if (!m_folder.isUsed())
+        return importJobs(cameras, readImportFiles({}, QString::fromStdString(m_file)));
+    std::vector<ImportJob> jobs;
+    for (const FolderPairs::Pair& pair : m_folder.pairs())
+        jobs.push_back({pair.camera, readImportFiles({}, pair.path)});
+    return jobs;
 }
 
 } // namespace companion

@@ -1,8 +1,11 @@
-// iefeatures plan and iefeatures verify: a features file against each chosen camera, which is only read.
+// iefeatures plan and iefeatures verify: a features file, or one of a folder, against each chosen camera,
+// which is only read.
 #pragma once
 
 #include "iefeatures/check/CheckReport.h"
 #include "iefeatures/commands/CameraSearch.h"
+#include "iefeatures/commands/FolderOption.h"
+#include "iefeatures/imports/ImportFiles.h"
 
 #include <string>
 
@@ -16,10 +19,10 @@ struct CheckTask
     bool isJson = false;
 };
 
-// Checks the cameras, tells what it has come to and gives an ExitCode; none is asked when the file is none.
-// An interrupt ends it after the features in hand.
-int runCheck(Console& console, const std::vector<ListedCamera>& cameras, const QString& file,
-             const CheckTask& task);
+// Checks the cameras by their features files, tells what it has come to and gives an ExitCode; none is asked
+// whose file is none. An interrupt ends it after the features in hand.
+int runCheck(Console& console, const std::vector<ImportJob>& jobs, const CheckTask& task,
+             const FolderOption& folder);
 
 class CheckCommand : public Command
 {
@@ -31,8 +34,11 @@ protected:
     virtual CheckMode mode() const = 0;
 
 private:
+    std::vector<ImportJob> jobs(const std::vector<ListedCamera>& cameras) const;
+
     CameraSelection m_selection;
     SearchOptions m_search;
+    FolderOption m_folder;
     std::string m_file;
     bool m_isStrict = false;
     bool m_isDetailed = false;

@@ -6,8 +6,7 @@
 #include "iefeatures/console/Text.h"
 #include "iefeatures/exports/ExportStage.h"
 #include "iefeatures/exports/WholeExport.h"
-
-#include "jobs/rules/DeviceNames.h"
+#include "iefeatures/files/FeatureBagInput.h"
 
 #include <CLI/CLI.hpp>
 
@@ -23,6 +22,10 @@ void ExportCommand::addOptions(CLI::App& app)
         ->type_name("DIR")
         ->check(
             [](const std::string& folder) { return std::string(folder.empty() ? "Name a folder." : ""); });
+    app.add_option("--file-name", m_fileNaming,
+                   "What the files are called: name, address or serial of the camera; else MODEL_SERIAL")
+        ->check(CLI::IsMember(fileNamingWords()))
+        ->type_name("BY");
     app.add_flag("--shared", m_isShared, "Only read, beside a program that controls the camera");
     app.add_flag("--skip-unreadable", m_skipsUnreadable, kSkipUnreadableHelp);
     JobCommand::addOptions(app);
@@ -31,7 +34,7 @@ void ExportCommand::addOptions(CLI::App& app)
 QString ExportCommand::outputProblem() const
 {
     const QString folder = QString::fromStdString(m_folder);
-    if (isBag() && !objectionsToBagPath(folder).isEmpty())
+    if (isBag() && !bagPathProblem(folder).isEmpty())
         return {}; // whether it is there or not, it is objected to
     const QString filters = exportFilterProblem();
     return filters.isEmpty() ? exportFolderProblem(folder) : filters;
@@ -41,34 +44,38 @@ QString ExportCommand::outputProblem() const
 QStringList ExportCommand::objections(const std::vector<ListedCamera>& cameras) const
 {
     QStringList sentences;
+    if (isBag())
+        sentences += bagPathProblem(QString::fromStdString(m_folder));
     if (isBag() && m_isShared)
         sentences += "--shared needs a features file: a feature bag moves selectors.";
     QMap<QString, QStringList> writers;
-    for (const ListedCamera& camera : cameras) {
-        const auto names = ie::deviceNames(camera.device.stDeviceInfo, ie::FieldEnd::AtSize);
-        const QString file = ie::featuresFileName(names);
-        writers[file] += QString::number(camera.device.nDeviceID);
-        if (isBag())
-            sentences += objectionsToBagPath(QString::fromStdString(m_folder) + '/' + file);
-        // The job for features files refuses such a name by itself; for a bag the camera library writes.
-        if (isBag() && file.contains('/'))
-            sentences += QString("The camera %1 would write outside of the folder: %2.")
-                             .arg(QString::number(camera.device.nDeviceID), printable(file));
-    }
+    for (const ListedCamera& camera : cameras)
+        if (fileNameProblem(camera, naming()).isEmpty())
+            writers[fileNameOf(camera, naming())] += QString::number(camera.device.nDeviceID);
     for (auto it = writers.cbegin(); it != writers.cend(); ++it)
         if (it->size() > 1)
             sentences += QString("The cameras %1 would write one file, %2.")
                              .arg(it->join(" and "), printable(it.key()));
+    sentences.removeAll({});
     return sentences;
+}
+
+QString ExportCommand::objectionTo(const ListedCamera& camera) const
+{
+    return isBag() ? bagPathProblem(QString::fromStdString(m_folder) + '/' + fileNameOf(camera, naming()))
+                   : QString();
 }
 
 bool ExportCommand::areNamesFree(Console& console, const std::vector<ListedCamera>& cameras) const
 {
     QString problems;
-    for (const ListedCamera& camera : cameras)
-        if (const QString problem = exportNameProblem(QString::fromStdString(m_folder), camera);
-            !problem.isEmpty())
-            problems += problem + '\n';
+    for (const ListedCamera& camera : cameras) {
+        if (!fileNameProblem(camera, naming()).isEmpty())
+            continue; // none is written
+        const QString problem =
+            exportNameProblem(QString::fromStdString(m_folder), fileNameOf(camera, naming()));
+        problems += problem.isEmpty() ? problem : problem + '\n';
+    }
     console.err(problems);
     return problems.isEmpty();
 }
@@ -85,6 +92,8 @@ int ExportCommand::carryOut(Console& console, const std::vector<ListedCamera>& c
                     [&](const StructDeviceInfo&) { return folder; }, wantsJson(),
                     m_skipsUnreadable ? Unreadable::LeftOut : Unreadable::Refused};
     task.isShared = m_isShared;
+    task.naming = naming();
+    task.objection = [this](const ListedCamera& camera) { return objectionTo(camera); };
     std::vector<ExportResult> results;
     for (const CameraExport& done : runExports(console, cameras, task)) {
         tellRemarks(console, done);

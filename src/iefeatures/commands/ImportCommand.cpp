@@ -3,6 +3,7 @@
 #include "iefeatures/commands/CheckCommand.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/OptionChecks.h"
+#include "iefeatures/files/FeatureBagInput.h"
 #include "iefeatures/files/NamedFeatures.h"
 #include "iefeatures/imports/ImportProcedure.h"
 #include "iefeatures/imports/PartialFile.h"
@@ -17,10 +18,11 @@ namespace companion
 
 void ImportCommand::addOptions(CLI::App& app)
 {
-    app.add_option("FILE", m_file, "File to import, as an export has written it")
+    app.add_option("FILE", m_file, "File to import, as an export has written it, or a folder of one a camera")
         ->required()
         ->type_name("")
         ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
+    m_folder.addOptions(app);
     app.add_flag("--dry-run", m_isDryRun, "Show what would change and change nothing, as plan does");
     app.add_option("--only", m_only, "Take only these features of the file; * stands for any characters")
         ->type_name("NAME")
@@ -35,38 +37,91 @@ void ImportCommand::addOptions(CLI::App& app)
     JobCommand::addOptions(app);
 }
 
-bool ImportCommand::holdsBag() const
+bool ImportCommand::holdsBag(const QString& file) const
 {
-    return isFormatGiven() ? isBag() : isFeatureBag(QString::fromStdString(m_file));
+    return isFormatGiven() ? isBag() : isFeatureBag(file);
+}
+
+int ImportCommand::prepare(Console& console)
+{
+    return m_folder.setPath(console, QString::fromStdString(m_file));
+}
+
+CameraSelection::Choice ImportCommand::choose(const CameraSelection& selection,
+                                              const std::vector<ListedCamera>& found)
+{
+    return m_folder.isUsed() ? m_folder.pair(selection, found) : JobCommand::choose(selection, found);
+}
+
+void ImportCommand::tellRefusal(Console& console) const
+{
+    m_folder.tellSummary(console, {});
+}
+
+QStringList ImportCommand::filesMeant() const
+{
+    if (!m_folder.isUsed())
+        return {QString::fromStdString(m_file)};
+    QStringList files;
+    for (const FolderPairs::Pair& pair : m_folder.pairs())
+        files += pair.path;
+    return files;
 }
 
 QStringList ImportCommand::objections(const std::vector<ListedCamera>&) const
 {
-    if (!holdsBag())
-        return {};
-    QStringList sentences = objectionsToBagPath(QString::fromStdString(m_file));
-    if (m_options.isVerified())
-        sentences += "Only the import of a features file can be verified.";
-    if (!m_only.empty())
-        sentences += "--only needs a features file.";
-    if (m_isDryRun)
-        sentences += "--dry-run needs a features file: nobody can tell what a feature bag would do.";
+    QStringList sentences;
+    for (const QString& file : filesMeant()) {
+        if (!holdsBag(file))
+            continue;
+        sentences += bagPathProblem(file);
+        if (m_options.isVerified())
+            sentences += "Only the import of a features file can be verified.";
+        if (!m_only.empty())
+            sentences += "--only needs a features file.";
+        if (m_isDryRun)
+            sentences += "--dry-run needs a features file: nobody can tell what a feature bag would do.";
+    }
+    sentences.removeAll({});
+    sentences.removeDuplicates();
     return sentences;
 }
 
 int ImportCommand::carryOut(Console& console, const std::vector<ListedCamera>& cameras) const
 {
-    const QString file = QString::fromStdString(m_file);
-    // What is no features file is told by who reads it.
-    if (m_only.empty() || !readFeaturesFile(file).isGood())
-        return import(console, cameras, file);
-    const QTemporaryDir folder;
-    const QString part = folder.filePath(QFileInfo(file).fileName());
-    const QString problem = writePartialFile(file, onlyNames(), part);
+    const QTemporaryDir parts;
+    QString problem;
+    const std::vector<ImportJob> all = jobs(cameras, parts.path(), problem);
     if (problem.isEmpty())
-        return import(console, cameras, part);
+        return import(console, all);
     console.err(problem + '\n');
     return ExitUsage;
+}
+
+// All are read before anything is done with one.
+std::vector<ImportJob> ImportCommand::jobs(const std::vector<ListedCamera>& cameras, const QString& parts,
+                                           QString& problem) const
+{
+    if (!m_folder.isUsed())
+        return importJobs(cameras, read(QString::fromStdString(m_file), parts, problem));
+    std::vector<ImportJob> jobs;
+    for (const FolderPairs::Pair& pair : m_folder.pairs())
+        if (problem.isEmpty())
+            jobs.push_back({pair.camera, read(pair.path, parts, problem)});
+    return jobs;
+}
+
+// What is no features file is told by who reads it.
+SharedImportFiles ImportCommand::read(const QString& file, const QString& parts, QString& problem) const
+{
+    if (holdsBag(file))
+        return readImportFiles(file, {});
+    SharedImportFiles whole = readImportFiles({}, file);
+    if (m_only.empty() || !whole->input.isGood())
+        return whole;
+    const QString part = parts + '/' + QFileInfo(file).fileName();
+    problem = writePartialFile(file, onlyNames(), part);
+    return readImportFiles({}, part, file);
 }
 
 QStringList ImportCommand::onlyNames() const
@@ -77,22 +132,25 @@ QStringList ImportCommand::onlyNames() const
     return names;
 }
 
-int ImportCommand::import(Console& console, const std::vector<ListedCamera>& cameras,
-                          const QString& file) const
+int ImportCommand::import(Console& console, const std::vector<ImportJob>& jobs) const
 {
     if (m_isDryRun)
-        return runCheck(console, cameras, file,
-                        {{CheckMode::Plan, false, m_isForced}, m_options.detail(), wantsJson()});
+        return runCheck(console, jobs,
+                        {{CheckMode::Plan, false, m_isForced}, m_options.detail(), wantsJson()}, m_folder);
     ImportTask task;
     task.command = name();
     task.only = onlyNames();
     task.isForced = m_isForced;
     task.isJson = wantsJson();
+    task.isSummedUp = m_folder.isUsed();
     m_options.fill(task);
-    const QString original = m_only.empty() ? QString() : QString::fromStdString(m_file);
-    const SharedImportFiles files =
-        holdsBag() ? readImportFiles(file, {}) : readImportFiles({}, file, original);
-    return ImportProcedure(console, task).run(importJobs(cameras, files));
+    ImportProcedure procedure(console, task);
+    const int code = procedure.run(jobs);
+    QStringList results;
+    for (const CameraVerdict verdict : procedure.verdicts())
+        results += verdictWord(verdict);
+    m_folder.tellSummary(console, results);
+    return code;
 }
 
 } // namespace companion

@@ -1,8 +1,5 @@
 #include "iefeatures/commands/JobCommand.h"
 
-#include "iefeatures/console/ExitCode.h"
-#include "iefeatures/console/Text.h"
-
 #include <CLI/CLI.hpp>
 
 namespace companion
@@ -37,9 +34,13 @@ int JobCommand::execute(World& world)
         tellAll(world.console, {problem});
         return ExitInputOutput;
     }
-    CameraSearch search(world, m_search, {takesControl(), m_selection.isOpen()});
-    if (const int code = search.run([&](const auto& cameras) { return m_selection.choose(cameras); }))
+    if (const int code = prepare(world.console))
         return code;
+    CameraSearch search(world, m_search, {takesControl(), m_selection.isOpen()});
+    if (const int code = search.run([&](const auto& found) { return choose(m_selection, found); })) {
+        tellRefusal(world.console);
+        return code;
+    }
     const QStringList reasons = objections(search.cameras());
     if (!reasons.isEmpty()) {
         tellAll(world.console, reasons);
@@ -47,14 +48,6 @@ int JobCommand::execute(World& world)
     }
     return search.codeOf(
         runLogged(world.console, m_log, [&] { return carryOut(world.console, search.cameras()); }));
-}
-
-QStringList JobCommand::objectionsToBagPath(const QString& path)
-{
-    if (QString::fromLatin1(path.toLatin1()) == path)
-        return {};
-    return {QString("A feature bag cannot have the path %1: only Latin-1 characters are possible.")
-                .arg(printable(path))};
 }
 
 } // namespace companion

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "iefeatures/commands/CameraSearch.h"
+#include "iefeatures/console/ExitCode.h"
 #include "iefeatures/running/JobRun.h"
 
 #include <vector>
@@ -18,6 +19,15 @@ public:
 protected:
     // A sentence when a folder that is to be written to takes nothing; asked before any camera is.
     virtual QString outputProblem() const { return {}; }
+    // ExitWell, or why nothing is done, which is told. As above.
+    virtual int prepare(Console&) { return ExitWell; }
+    virtual CameraSelection::Choice choose(const CameraSelection& selection,
+                                           const std::vector<ListedCamera>& found)
+    {
+        return selection.choose(found);
+    }
+    // When the choice was no good, beside what was told of it.
+    virtual void tellRefusal(Console&) const {}
     // A sentence for each reason not to begin at all.
     virtual QStringList objections(const std::vector<ListedCamera>&) const { return {}; }
     // Does the work, tells people (or scripts) what it has come to and gives an ExitCode.
@@ -29,8 +39,6 @@ protected:
     bool isBag() const { return m_format == "bag"; }
     bool isFormatGiven() const { return !m_format.empty(); }
     virtual const char* formatHelp() const = 0;
-    // A sentence when this path cannot be handed to the camera library, which takes it as Latin-1.
-    static QStringList objectionsToBagPath(const QString& path);
     bool wantsJson() const { return m_json; }
 
 private:

@@ -38,8 +38,8 @@ std::string exitCodeTable()
          "compared differs"},
         {ExitUsage, "wrong usage, or two chosen cameras that would write one file; nothing was done"},
         {ExitNoSuchCamera,
-         "no such camera, or another number of them than expected; nothing was done, unless "
-         "--keep-going let the others go on"},
+         "no such camera, another number of them than expected, or one of a folder's files or cameras has no "
+         "other; nothing was done, unless --keep-going let the others go on"},
         {ExitNotAllApplied, "a camera did not take all of the file"},
         {ExitIncompatible, "the file belongs to another model, firmware, board type or version, or the "
                            "snapshot to another camera; or it is no features file"},

@@ -4,7 +4,6 @@
 #include "iefeatures/console/Text.h"
 
 #include "jobs/file/RegularFile.h"
-#include "jobs/rules/DeviceNames.h"
 #include "jobs/rules/StreamableFilters.h"
 
 #include <QDir>
@@ -31,10 +30,9 @@ QString exportFolderProblem(const QString& folder)
     return cause.isEmpty() ? QString() : sentence(folder, cause);
 }
 
-QString exportNameProblem(const QString& folder, const ListedCamera& camera)
+QString exportNameProblem(const QString& folder, const QString& fileName)
 {
-    const auto names = ie::deviceNames(camera.device.stDeviceInfo, ie::FieldEnd::AtSize);
-    const QString path = folder + '/' + ie::featuresFileName(names);
+    const QString path = folder + '/' + fileName;
     return isReplaceable(path) ? QString()
                                : "The file " + printable(path) + " cannot be written: it is no regular file.";
 }
@@ -110,11 +108,10 @@ QString ExportStage::target(int deviceId, const QString& fileName) const
     return m_places.at(deviceId).target + '/' + fileName;
 }
 
-QString ExportStage::release(int deviceId)
+QString ExportStage::release(int deviceId, const QString& fileName)
 {
-    const QString from = file(deviceId);
-    const QString to = target(deviceId, QFileInfo(from).fileName());
-    const QString cause = putInPlace(from, to);
+    const QString to = target(deviceId, fileName);
+    const QString cause = putInPlace(file(deviceId), to);
     return cause.isEmpty() ? QString() : "The file " + printable(to) + " cannot be written: " + cause + '.';
 }
 

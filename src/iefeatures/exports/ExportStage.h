@@ -16,8 +16,8 @@ namespace companion
 // Whether exports could go into the folder, by trying; a printable sentence when not, else an empty text.
 QString exportFolderProblem(const QString& folder);
 
-// Why a camera's file cannot have its name in the folder: something else has it. As above.
-QString exportNameProblem(const QString& folder, const ListedCamera& camera);
+// Why a file cannot have its name in the folder: something else has it. As above.
+QString exportNameProblem(const QString& folder, const QString& fileName);
 // Why the lists of what is left out (jobs/rules/StreamableFilters.h) cannot be read. As above.
 QString exportFilterProblem();
 // What is to be told of a folder into which other people may write, or an empty text.
@@ -41,7 +41,7 @@ public:
     // Where the file of that name is in the end.
     QString target(int deviceId, const QString& fileName) const;
     // Puts the exported file there; a printable sentence, or an empty text.
-    QString release(int deviceId);
+    QString release(int deviceId, const QString& fileName);
 
 private:
     // For all cameras of one target folder.

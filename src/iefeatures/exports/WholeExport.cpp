@@ -26,6 +26,8 @@ public:
             result.job.camera = camera;
             result.problem = m_stage.problem(camera.device.nDeviceID);
             if (result.problem.isEmpty())
+                result.problem = objectionTo(camera);
+            if (result.problem.isEmpty())
                 m_ready.push_back(camera);
             else
                 result.state = ExportResult::State::Failed;
@@ -54,6 +56,22 @@ public:
     const CameraExport& of(const ListedCamera& camera) const { return m_exports.at(camera.device.nDeviceID); }
 
 private:
+    // The camera library writes a bag where its name leads; the job for features files looks at that itself.
+    QString objectionTo(const ListedCamera& camera) const
+    {
+        const bool isLookedAt =
+            m_task.format == ExportTask::Format::FeaturesFile && m_task.naming == FileNaming::ModelAndSerial;
+        const QString problem = isLookedAt ? QString() : fileNameProblem(camera, m_task.naming);
+        return problem.isEmpty() && m_task.objection ? m_task.objection(camera) : problem;
+    }
+
+    // As the job has called it, unless another name is asked for.
+    QString nameFor(const JobOutcome& job) const
+    {
+        return m_task.naming == FileNaming::ModelAndSerial ? QFileInfo(job.path).fileName()
+                                                           : fileNameOf(job.camera, m_task.naming);
+    }
+
     // What is good is in its place before anybody is told.
     JobEnd conclude(const JobRecord& record)
     {
@@ -62,12 +80,13 @@ private:
         JobOutcome job = record.job;
         if (const QString file = m_stage.file(id); !file.isEmpty())
             job.path = file;
-        const QString target = m_stage.target(id, QFileInfo(job.path).fileName());
+        const QString name = nameFor(job);
+        const QString target = m_stage.target(id, name);
         ExportResult& result = done.result =
             examineExport(job, record.tally, record.findings.bagStatus, m_task.unreadable);
         result.job.path = target;
         if (result.state == ExportResult::State::Written)
-            result.problem = m_stage.release(id);
+            result.problem = m_stage.release(id, name);
         if (!result.problem.isEmpty())
             result.state = ExportResult::State::Failed;
         done.remarks = exportRemarks(result, record.findings);

@@ -2,6 +2,7 @@
 // whole.
 #pragma once
 
+#include "iefeatures/cameras/FileNaming.h"
 #include "iefeatures/console/Console.h"
 #include "iefeatures/exports/ExportVerdict.h"
 
@@ -26,6 +27,9 @@ struct ExportTask
     bool isJson = false;                                           // the jobs' signals are told as JSON lines
     Unreadable unreadable = Unreadable::Refused;
     bool isShared = false; // read beside whoever controls the camera; features files only
+    FileNaming naming = FileNaming::ModelAndSerial; // of the files in their folders
+    // Why a camera's file is not to be written, which fails that camera alone: a sentence, or an empty text.
+    std::function<QString(const ListedCamera& camera)> objection = {};
 };
 
 struct CameraExport

@@ -32,4 +32,12 @@ FeaturesFileInput lookAtFeatureBag(const QString& path)
     return {};
 }
 
+QString bagPathProblem(const QString& path)
+{
+    if (QString::fromLatin1(path.toLatin1()) == path)
+        return {};
+    return QString("A feature bag cannot have the path %1: only Latin-1 characters are possible.")
+        .arg(printable(path));
+}
+
 } // namespace companion

@@ -56,7 +56,8 @@ CameraCheck reportOf(const CameraImport& result)
         report.error = result.snapshot->problems.join(' ');
     if (!result.userSetProblem.isEmpty())
         add(report, CameraVerdict::Failed, result.userSetProblem);
-    const bool isUnchecked = result.check && result.check->verdict == CameraVerdict::NotStarted;
+    const bool isUnchecked =
+        result.check && !result.isRefused && result.check->verdict == CameraVerdict::NotStarted;
     if (result.isCutShort || isUnchecked)
         add(report, CameraVerdict::Interrupted, "interrupted before the last step.");
     return report;

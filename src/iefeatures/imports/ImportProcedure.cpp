@@ -55,6 +55,13 @@ QString quoted(QString word)
     return '\'' + word.replace('\'', "'\\''") + '\'';
 }
 
+// Nothing is wrong with it but another camera's file.
+bool isHeldBack(const CameraImport& result)
+{
+    return result.isRefused && result.files->input.isGood() &&
+           result.check->verdict == CameraVerdict::NotStarted;
+}
+
 void markRefused(CameraImport& result, CameraVerdict verdict, const QString& error)
 {
     result.isRefused = true;
@@ -340,7 +347,8 @@ void ImportProcedure::tellResults()
         m_console.object("result", resultJson(result));
     }
     if (!m_task.isJson)
-        m_console.out(importTable(rows) + checkText(reports, m_task.detail));
+        m_console.out((m_task.isSummedUp ? QString() : importTable(rows)) +
+                      checkText(reports, m_task.detail));
 }
 
 Json ImportProcedure::resultJson(const CameraImport& result) const
@@ -402,8 +410,17 @@ int ImportProcedure::exitCode() const
         return ExitInterrupted;
     std::vector<CameraVerdict> verdicts;
     for (const CameraImport& result : m_results)
-        verdicts.push_back(reportOf(result).verdict);
+        if (!isHeldBack(result))
+            verdicts.push_back(reportOf(result).verdict);
     return exitCodeOf(gravest(verdicts));
+}
+
+std::vector<CameraVerdict> ImportProcedure::verdicts() const
+{
+    std::vector<CameraVerdict> verdicts;
+    for (const CameraImport& result : m_results)
+        verdicts.push_back(reportOf(result).verdict);
+    return verdicts;
 }
 
 void ImportProcedure::tell(const ListedCamera& camera, const QString& text)

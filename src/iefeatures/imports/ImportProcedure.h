@@ -26,6 +26,7 @@ struct ImportTask
     std::optional<ListedCamera> source;          // that the files are of, and were made for this task alone
     QStringList only;          // that features files were cut down to; empty: they are whole
     bool tellsChanges = false; // what was changed in the end
+    bool isSummedUp = false;   // somebody else tells a line for each camera
     AuditRule audit;
     bool isForced = false; // also what no import should write (WriteSafety.h)
     Detail detail = Detail::Attention;
@@ -40,6 +41,8 @@ public:
     // Does it all, or nothing where one of the files is none; tells messages as they come up and results at
     // the end, and gives an ExitCode.
     int run(const std::vector<ImportJob>& jobs);
+    // What has come of each camera of that.
+    std::vector<CameraVerdict> verdicts() const;
 
 private:
     using Cameras = std::vector<CameraImport*>;
