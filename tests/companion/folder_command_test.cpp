@@ -31,6 +31,7 @@ protected:
 
     Result exportAll(const Arguments& more = {}) { return run({"export", "--all", "--to", files()}, more); }
     Result verify(const Arguments& more = {"--all"}) { return run({"verify", files()}, more); }
+    Result diff(const Arguments& more = {}) { return run({"diff", files()}, more); }
     Result importAll(const Arguments& more = {"--all"}) { return run({"import", files()}, more); }
 
     std::string files() const
@@ -343,4 +344,61 @@ TEST_F(Folder, LeavesTheCameraAloneThatAFileDoesNotFit)
     EXPECT_EQ(run.code, 5);
     EXPECT_EQ(results(lastObject(run, "summary")), (Words{"S1 applied", "S2 incompatible"}));
     EXPECT_EQ(other.node("Height"), emu::NodeValue(int64_t(16)));
+}
+
+TEST_F(Folder, IsComparedWithTheCamerasOfItsFiles)
+{
+    addNamed("S1", "Gate 1");
+    emu::EmulatedCamera& other = addNamed("S2", "Gate 2");
+    ASSERT_EQ(exportAll({"--file-name", "name"}).code, 0);
+    const Result same = diff({"--by", "name"});
+    EXPECT_EQ(same.code, 0) << same.err;
+    EXPECT_THAT(same.out, EndsWith("Gate 1.fpk  EMU-1  S1      equal\n"
+                                   "Gate 2.fpk  EMU-1  S2      equal\n"
+                                   "2 equal\n"));
+    ASSERT_EQ(other.setNode("Height", int64_t(16)), "");
+    const Result run = diff({"--by", "name", "--json"});
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(results(lastObject(run, "summary")), (Words{"S1 equal", "S2 different"}));
+    const Json difference = lastObject(run, "diff");
+    EXPECT_EQ(difference["a"]["path"], files() + "/Gate 2.fpk");
+    EXPECT_EQ(difference["b"]["camera"]["serial"], "S2");
+    EXPECT_EQ(difference["features"][0]["name"], "Height");
+    EXPECT_EQ(diff({"--by", "name", "--serial", "S1"}).code, 0);
+    EXPECT_EQ(diff({"--by", "name", "--ignore", "Height"}).code, 0);
+    EXPECT_EQ(diff({"--by", "name", "--expect", "3"}).code, 3);
+}
+
+// One that cannot be compared does not stop the others.
+TEST_F(Folder, IsComparedWhereAFileOrACameraFails)
+{
+    emu::EmulatedCamera& silent = addCamera("S1");
+    addCamera("S2");
+    addCamera("S3");
+    addCamera("S4");
+    ASSERT_EQ(exportAll().code, 0);
+    rename("EMU-1_S4.fpk", "EMU-1_S5.fpk");
+    write("files/EMU-1_S2.fpk", "<FeaturesFile");
+    emu::Faults faults;
+    faults.refusals = {{0x10000, 32}}; // the firmware version
+    silent.setFaults(faults);
+    EXPECT_EQ(diff({"--json"}).code, 3);
+    const Result run = diff({"--json", "--keep-going"});
+    EXPECT_EQ(run.code, 6);
+    const Json summary = lastObject(run, "summary");
+    EXPECT_EQ(results(summary), (Words{"S1 failed", "S2 bad file", "S3 equal"}));
+    EXPECT_EQ(summary["files_without_camera"], Json{"EMU-1_S5.fpk"});
+    EXPECT_EQ(summary["cameras_without_file"][0]["serial"], "S4");
+}
+
+TEST_F(Folder, HasNoOtherSideAndOnlyItChoosesCameras)
+{
+    addCamera("S1");
+    ASSERT_EQ(exportAll().code, 0);
+    const std::string file = files() + "/EMU-1_S1.fpk";
+    EXPECT_EQ(diff({"serial:S1"}).code, 2);
+    EXPECT_EQ(runInProcess({"diff", file, "serial:S1", "--serial", "S1"}).code, 2);
+    EXPECT_EQ(runInProcess({"diff", file, "serial:S1", "--keep-going"}).code, 2);
+    EXPECT_EQ(runInProcess({"diff", file, "serial:S1", "--by", "name"}).code, 2);
+    EXPECT_EQ(runInProcess({"diff", file, "serial:S1"}).code, 0);
 }

@@ -276,3 +276,145 @@ TEST_F(Rollback, DoesWithoutAnEmptyFeatureBag)
                 HasSubstr("The snapshot's feature bag is empty; its features file alone is taken.\n"));
     EXPECT_EQ(run.out.find("\"type\":0}"), std::string::npos); // no bag is loaded
 }
+
+namespace
+{
+
+// Two cameras that were set by one import, and one that was not.
+class RollbackOfAll : public Rollback
+{
+protected:
+    RollbackOfAll()
+    {
+        addCamera("S1");
+        addCamera("S2");
+        const std::string file = exported("S1");
+        for (emu::EmulatedCamera& camera : cameras())
+            EXPECT_EQ(camera.setNode("Height", int64_t(16)), "");
+        EXPECT_EQ(import(file, {"--all", "--snapshot", path("snapshots")}).code, 0);
+        EXPECT_THAT(heights(), ::testing::ElementsAre(480, 480));
+        addCamera("S3");
+    }
+
+    std::vector<int64_t> heights()
+    {
+        std::vector<int64_t> all;
+        for (emu::EmulatedCamera& camera : cameras())
+            if (camera.config().serial != "S3")
+                all.push_back(std::get<int64_t>(camera.node("Height").value()));
+        return all;
+    }
+    Result rollbackAll(const tests::Arguments& more = {"--all"}) const
+    {
+        return rollback(path("snapshots"), more);
+    }
+    QDir snapshots() const { return QDir(QString::fromStdString(path("snapshots"))); }
+    QString snapshotOf(const char* serial) const
+    {
+        const QStringList found = snapshots().entryList({QString("*_") + serial});
+        EXPECT_EQ(found.size(), 1);
+        return snapshots().filePath(found.value(0));
+    }
+};
+
+} // namespace
+
+TEST_F(RollbackOfAll, BringsEveryCameraOfTheImportBack)
+{
+    const Result run = rollbackAll({"--all", "--json"});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_THAT(heights(), ::testing::ElementsAre(16, 16));
+    std::vector<std::string> set;
+    for (const tests::Json& object : tests::objects(run))
+        if (object["kind"] == "result")
+            set.push_back(object["camera"]["serial"]);
+    EXPECT_THAT(set, ::testing::ElementsAre("S1", "S2")); // S3 was not imported into
+}
+
+TEST_F(RollbackOfAll, TakesThoseThatAreChosen)
+{
+    EXPECT_EQ(rollbackAll({"--serial", "S2"}).code, 0);
+    EXPECT_THAT(heights(), ::testing::ElementsAre(480, 16));
+    const Result none = rollbackAll({"--serial", "S1", "S3"});
+    EXPECT_EQ(none.code, 3);
+    EXPECT_EQ(none.err, "EMU-1 S3: there is no snapshot of it.\n");
+    EXPECT_THAT(heights(), ::testing::ElementsAre(480, 16));
+    EXPECT_EQ(rollbackAll({"--serial", "S1", "S3", "--keep-going"}).code, 3);
+    EXPECT_THAT(heights(), ::testing::ElementsAre(16, 16));
+}
+
+TEST_F(RollbackOfAll, WritesNothingWhenOneOfTheFilesIsNone)
+{
+    for (const char* kind : {"/features", "/bag"}) {
+        QFile file(snapshotOf("S2") + kind + "/EMU-1_S2.fpk");
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        const QByteArray whole = file.readAll();
+        ASSERT_TRUE(file.resize(10));
+        EXPECT_EQ(rollbackAll().code, 5);
+        ASSERT_TRUE(file.seek(0));
+        file.write(whole);
+    }
+    ASSERT_TRUE(QDir(snapshotOf("S1")).removeRecursively() && snapshots().mkdir(snapshotOf("S2") + "-2"));
+    const Result none = rollbackAll();
+    EXPECT_EQ(none.code, 6);
+    EXPECT_THAT(none.err,
+                EndsWith("_S2-2 is no snapshot: it needs one file in features/, one in bag/, or both.\n"));
+    EXPECT_THAT(heights(), ::testing::ElementsAre(480, 480));
+}
+
+// The other one would take its own.
+TEST_F(RollbackOfAll, WritesNothingWhenOneOfTheCamerasHasAnotherFirmware)
+{
+    std::next(cameras().begin())->pokeWord(0x10000, 0);
+    for (emu::EmulatedCamera& camera : cameras())
+        camera.resetCounters();
+    const Result run = rollbackAll();
+    EXPECT_EQ(run.code, 5);
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S2: incompatible: "));
+    EXPECT_THAT(run.err, EndsWith("Nothing was written.\n"));
+    for (emu::EmulatedCamera& camera : cameras())
+        EXPECT_EQ(camera.counters().settingWrites, 0u);
+}
+
+TEST_F(RollbackOfAll, WritesNothingWhenACameraOfTheImportIsMissing)
+{
+    std::next(cameras().begin())->stop();
+    const Result run = rollbackAll();
+    EXPECT_EQ(run.code, 3);
+    EXPECT_THAT(run.err, HasSubstr("No camera is there for the snapshot " + snapshotOf("S2").toStdString()));
+    EXPECT_EQ(std::get<int64_t>(cameras().front().node("Height").value()), 480);
+    EXPECT_EQ(rollbackAll({"--all", "--keep-going"}).code, 3);
+    EXPECT_EQ(std::get<int64_t>(cameras().front().node("Height").value()), 16);
+}
+
+TEST_F(RollbackOfAll, TakesTheNewestImportUnlessAnotherIsNamed)
+{
+    // An older one, by its name, that knew another height.
+    const QString newest = snapshotOf("S1");
+    const QString older = snapshots().filePath("20200102T030405Z_S1");
+    ASSERT_EQ(cameras().front().setNode("Height", int64_t(32)), "");
+    for (const char* kind : {"features", "bag"}) {
+        ASSERT_TRUE(QDir().mkpath(older + '/' + kind));
+        const bool isBag = std::string(kind) == "bag";
+        ASSERT_EQ(runInProcess({"export", "--serial", "S1", "--to", (older + '/' + kind).toStdString(),
+                                "--format", isBag ? "bag" : "xml"})
+                      .code,
+                  0);
+    }
+    ASSERT_EQ(rollbackAll().code, 0);
+    EXPECT_THAT(heights(), ::testing::ElementsAre(16, 16));
+    ASSERT_EQ(rollbackAll({"--all", "--at", "20200102T030405Z"}).code, 0);
+    EXPECT_THAT(heights(), ::testing::ElementsAre(32, 16));
+    const Result none = rollbackAll({"--all", "--at", "2020"});
+    EXPECT_EQ(none.code, 6);
+    EXPECT_EQ(none.err, path("snapshots") + " has no snapshot of 2020.\n");
+}
+
+TEST_F(RollbackOfAll, RefusesTwoCamerasOfOneModelAndSerialNumber)
+{
+    addCamera("S2");
+    const Result run = rollbackAll();
+    EXPECT_EQ(run.code, 2);
+    EXPECT_THAT(run.err, HasSubstr("name one snapshot and one camera.\n"));
+    EXPECT_EQ(std::get<int64_t>(cameras().front().node("Height").value()), 480);
+}

@@ -20,13 +20,13 @@ QString otherNumber(unsigned expected, size_t found)
 
 } // namespace
 
-void CameraSelection::addSelectors(CLI::App& group)
+void CameraSelection::addSelectors(CLI::App& group, CLI::Option* all)
 {
-    CLI::Option* all = group.add_flag("--all", m_all, "Every camera that is found");
     const auto add = [&](const char* name, Words& words, const char* help) {
-        group.add_option(name, words, help)
-            ->excludes(all)
-            ->check(isGiven("An empty value chooses no camera."));
+        CLI::Option* option = group.add_option(name, words, help);
+        option->check(companion::isGiven("An empty value chooses no camera."));
+        if (all)
+            option->excludes(all);
     };
     add("--serial", m_serials, "Cameras of these serial numbers");
     add("--name", m_names, "Cameras of these user names (a replaced camera keeps its name, not its number)");
@@ -44,9 +44,22 @@ void CameraSelection::addOptions(CLI::App& app, const char* more, const char* he
 {
     auto* group = app.add_option_group("Cameras", "Which cameras; several options choose more cameras");
     if (more)
-        group->add_option(more, m_more, help)->type_name("S")->check(isGiven("Name a camera."));
-    addSelectors(*group);
+        group->add_option(more, m_more, help)->type_name("S")->check(companion::isGiven("Name a camera."));
+    addSelectors(*group, group->add_flag("--all", m_all, "Every camera that is found"));
     group->require_option(1, 0);
+    addExpect(app);
+}
+
+void CameraSelection::addFilters(CLI::App& app)
+{
+    m_isFilter = true;
+    addSelectors(*app.add_option_group("Cameras", "Of a folder: which cameras; every one without these"),
+                 nullptr);
+    addExpect(app);
+}
+
+void CameraSelection::addExpect(CLI::App& app)
+{
     app.add_option("--expect", m_expected, "Do nothing unless exactly so many cameras are chosen")
         ->type_name("N");
 }
@@ -73,14 +86,14 @@ CameraSelection::Choice CameraSelection::choose(const std::vector<ListedCamera>&
     Choice choice;
     const std::vector<CameraWord> wanted = words();
     for (const ListedCamera& camera : cameras)
-        if (m_all || std::any_of(wanted.begin(), wanted.end(),
-                                 [&](const CameraWord& word) { return word.fits(camera); }))
+        if (takesAll() || std::any_of(wanted.begin(), wanted.end(),
+                                      [&](const CameraWord& word) { return word.fits(camera); }))
             choice.cameras.push_back(camera);
     for (const CameraWord& word : wanted)
         if (std::none_of(cameras.begin(), cameras.end(),
                          [&](const ListedCamera& camera) { return word.fits(camera); }))
             choice.misses += word.missing();
-    if (m_all && cameras.empty())
+    if (takesAll() && cameras.empty())
         choice.misses += "No camera was found.";
     if (m_expected && *m_expected != choice.cameras.size())
         choice.misses += otherNumber(*m_expected, choice.cameras.size());

@@ -12,7 +12,8 @@
 namespace CLI
 {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace companion
 {
@@ -27,6 +28,9 @@ public:
     void addOptions(CLI::App& app);
     // The same, and one option more that chooses cameras, by serial numbers or words such as "name:Gate 3".
     void addOptions(CLI::App& app, const char* more, const char* help);
+    // --serial, --name, --address, --mac and --model; without any of them every camera is meant. And
+    // --expect.
+    void addFilters(CLI::App& app);
 
     struct Choice
     {
@@ -38,14 +42,18 @@ public:
     };
     Choice choose(const std::vector<ListedCamera>& cameras) const;
     // Whether it means whoever is there, so that one that is not there goes unnoticed.
-    bool isOpen() const { return m_all || !m_models.empty(); }
-    bool takesAll() const { return m_all; }
+    bool isOpen() const { return takesAll() || !m_models.empty(); }
+    bool takesAll() const { return m_all || (m_isFilter && words().empty()); }
+    // Of filters.
+    bool isGiven() const { return !takesAll() || m_expected.has_value(); }
 
 private:
-    void addSelectors(CLI::App& group);
+    void addSelectors(CLI::App& group, CLI::Option* all);
+    void addExpect(CLI::App& app);
     std::vector<CameraWord> words() const;
 
     bool m_all = false;
+    bool m_isFilter = false;
     Words m_serials;
     Words m_names;
     Words m_addresses;

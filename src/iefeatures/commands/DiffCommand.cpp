@@ -1,5 +1,6 @@
 #include "iefeatures/commands/DiffCommand.h"
 
+#include "iefeatures/cameras/InParallel.h"
 #include "iefeatures/cameras/LiveDescription.h"
 #include "iefeatures/cameras/NamePatterns.h"
 #include "iefeatures/compare/DiffReport.h"
@@ -7,6 +8,7 @@
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
+#include "iefeatures/console/Text.h"
 #include "iefeatures/exports/ExportVerdict.h"
 #include "iefeatures/files/NamedFeatures.h"
 #include "iefeatures/running/JobRun.h"
@@ -15,6 +17,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -114,11 +117,14 @@ void DiffCommand::addOptions(CLI::App& app)
         const bool isEmpty = word.empty() || (camera && camera->value.isEmpty());
         return std::string(isEmpty ? "Name a file or a camera." : "");
     };
-    app.add_option("A", m_a, "Features file, or a camera: serial:S, name:NAME, address:ADDRESS, mac:MAC")
+    app.add_option(
+           "A", m_a,
+           "Features file, or a camera: serial:S, name:NAME, address:ADDRESS, mac:MAC; or a folder of "
+           "files, each against its camera")
         ->required()
         ->type_name("")
         ->check(isNamed);
-    app.add_option("B", m_b, "The same")->required()->type_name("")->check(isNamed);
+    app.add_option("B", m_b, "Against a file or a camera: another one")->type_name("")->check(isNamed);
     app.add_option("--ignore", m_ignored, "Leave these features out; * stands for any characters")
         ->type_name("NAME")
         ->check(isGiven("Name a feature."));
@@ -126,16 +132,62 @@ void DiffCommand::addOptions(CLI::App& app)
     app.add_flag("--strict", m_isStrict, "Compare also what streaming programs and automatic functions set");
     app.add_flag("--skip-unreadable", m_skipsUnreadable, kSkipUnreadableHelp);
     app.add_flag("--json", m_json, "JSON lines instead of text");
+    m_folder.addOptions(app);
+    m_selection.addFilters(app);
     m_search.addWait(app);
+    m_search.addKeepGoing(app);
     m_log.addOptions(app);
+    app.final_callback([this] {
+        const bool isFolder = !cameraWord(m_a) && QFileInfo(QString::fromStdString(m_a)).isDir();
+        if (isFolder && !m_b.empty())
+            throw CLI::ValidationError("B", "A folder is compared with its files' cameras alone.");
+        if (!isFolder && m_b.empty())
+            throw CLI::RequiredError("B");
+        if (!isFolder && (m_selection.isGiven() || m_search.isKeptGoing))
+            throw CLI::ValidationError("A", "Only of a folder can cameras be chosen by options.");
+    });
+}
+
+void DiffCommand::Pair::end(int exitCode, const QString& word)
+{
+    if (code != ExitWell)
+        return;
+    code = exitCode;
+    result = word;
 }
 
 int DiffCommand::execute(World& world)
 {
-    std::vector<FeatureSource> sources(2);
-    if (const int code = findSources(world, sources))
+    const QString path = cameraWord(m_a) ? QString() : QString::fromStdString(m_a);
+    if (const int code = m_folder.setPath(world.console, path))
         return code;
-    return runLogged(world.console, m_log, [&] { return compare(world.console, sources); });
+    return m_folder.isUsed() ? compareFolder(world) : compareTwo(world);
+}
+
+int DiffCommand::compareTwo(World& world) const
+{
+    Pairs pairs(1);
+    if (const int code = findSources(world, pairs.front().sources))
+        return code;
+    return runLogged(world.console, m_log, [&] { return compare(world.console, pairs); });
+}
+
+int DiffCommand::compareFolder(World& world)
+{
+    CameraSearch search(world, m_search, {false, m_selection.isOpen()});
+    if (const int code = search.run([&](const auto& found) { return m_folder.pair(m_selection, found); })) {
+        m_folder.tellSummary(world.console, {});
+        return code;
+    }
+    Pairs pairs;
+    for (const FolderPairs::Pair& found : m_folder.pairs()) {
+        std::vector<FeatureSource>& sources = pairs.emplace_back().sources;
+        sources[0].path = found.path;
+        sources[0].title = printable(found.path);
+        sources[1].camera = found.camera;
+        sources[1].title = "camera " + found.camera.title();
+    }
+    return search.codeOf(runLogged(world.console, m_log, [&] { return compare(world.console, pairs); }));
 }
 
 int DiffCommand::findSources(World& world, std::vector<FeatureSource>& sources) const
@@ -179,35 +231,77 @@ CameraSearch::Choice DiffCommand::meant(const std::vector<ListedCamera>& cameras
     return choice;
 }
 
-int DiffCommand::compare(Console& console, std::vector<FeatureSource>& sources) const
+int DiffCommand::compare(Console& console, Pairs& pairs) const
+{
+    if (const int code = readAll(console, pairs))
+        return code;
+    inParallel(pairs.size(), [&](size_t i) {
+        if (pairs[i].code == ExitWell)
+            pairs[i].comparison = comparisonOf(console, pairs[i].sources);
+    });
+    if (Interrupt::isRequested())
+        return ExitInterrupted;
+    int code = ExitWell;
+    QStringList results;
+    for (Pair& pair : pairs) {
+        if (pair.code == ExitWell)
+            tell(console, pair);
+        code = std::max(code, pair.code);
+        results += pair.result;
+    }
+    m_folder.tellSummary(console, results);
+    // "Different" is no answer when the differences were lost: a good end is checked for that.
+    return code == ExitJobFailed && !console.isOutGood() ? ExitWell : code;
+}
+
+// ExitWell also where some of them could not be read, which ends those alone.
+int DiffCommand::readAll(Console& console, Pairs& pairs) const
 {
     const QTemporaryDir folder;
     if (!folder.isValid()) {
         console.err("No temporary folder can be made: " + folder.errorString() + '\n');
         return ExitInputOutput;
     }
-    const Unreadable unreadable = m_skipsUnreadable ? Unreadable::LeftOut : Unreadable::Refused;
     // Files first: what is wrong with them shows without a camera being asked.
-    for (const bool isCamera : {false, true}) {
-        if (isCamera)
-            if (const int code = exportSources(console, sources, folder.path(), unreadable))
-                return code;
-        for (FeatureSource& source : sources)
-            if (source.camera.has_value() == isCamera)
-                if (const int code = readSource(console, source, m_json))
-                    return code;
+    std::vector<FeatureSource*> cameras;
+    for (Pair& pair : pairs) {
+        read(console, pair, false);
+        for (FeatureSource& source : pair.sources)
+            if (source.camera && pair.code == ExitWell)
+                cameras.push_back(&source);
     }
-    if (std::any_of(sources.begin(), sources.end(),
-                    [](const auto& source) { return source.camera.has_value(); }))
-        leaveControlOut(sources);
-    const FeatureComparison comparison = comparisonOf(console, sources);
-    if (Interrupt::isRequested())
-        return ExitInterrupted;
-    console.object("diff", diffJson(comparison, sources[0], sources[1]));
+    const Unreadable unreadable = m_skipsUnreadable ? Unreadable::LeftOut : Unreadable::Refused;
+    if (const int code = exportSources(console, cameras, folder.path(), unreadable))
+        return code;
+    for (Pair& pair : pairs)
+        read(console, pair, true);
+    return ExitWell;
+}
+
+void DiffCommand::read(Console& console, Pair& pair, bool areCameras) const
+{
+    for (FeatureSource& source : pair.sources) {
+        if (source.camera.has_value() != areCameras || pair.code != ExitWell)
+            continue;
+        if (source.path.isEmpty())
+            pair.end(ExitInputOutput, verdictWord(CameraVerdict::Failed));
+        else if (const int code = readSource(console, source, m_json))
+            pair.end(code, verdictWord(areCameras                 ? CameraVerdict::Failed
+                                       : code == ExitIncompatible ? CameraVerdict::BadFile
+                                                                  : CameraVerdict::UnreadableFile));
+    }
+    if (areCameras && (pair.sources[0].camera || pair.sources[1].camera))
+        leaveControlOut(pair.sources);
+}
+
+void DiffCommand::tell(Console& console, Pair& pair) const
+{
+    const std::vector<FeatureSource>& sources = pair.sources;
+    console.object("diff", diffJson(pair.comparison, sources[0], sources[1]));
     if (!m_json)
-        console.out(diffText(comparison, sources[0].title, sources[1].title));
-    // "Different" is no answer when the differences were lost: a good end is checked for that.
-    return comparison.isEqual() || !console.isOutGood() ? ExitWell : ExitJobFailed;
+        console.out(diffText(pair.comparison, sources[0].title, sources[1].title));
+    const bool isEqual = pair.comparison.isEqual();
+    pair.end(isEqual ? ExitWell : ExitJobFailed, isEqual ? "equal" : "different");
 }
 
 FeatureComparison DiffCommand::comparisonOf(Console& console, const std::vector<FeatureSource>& sources) const

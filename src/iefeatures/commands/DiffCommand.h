@@ -1,7 +1,9 @@
-// iefeatures diff: what two features files or cameras have set differently.
+// iefeatures diff: what two features files or cameras have set differently, or the files of a folder and
+// their cameras.
 #pragma once
 
 #include "iefeatures/commands/CameraSearch.h"
+#include "iefeatures/commands/FolderOption.h"
 #include "iefeatures/compare/FeatureComparison.h"
 #include "iefeatures/compare/FeatureSource.h"
 #include "iefeatures/console/LogSink.h"
@@ -24,9 +26,25 @@ public:
     int execute(World& world) override;
 
 private:
+    struct Pair
+    {
+        std::vector<FeatureSource> sources = std::vector<FeatureSource>(2);
+        FeatureComparison comparison = {};
+        int code = 0; // an ExitCode
+        QString result = {};
+
+        void end(int exitCode, const QString& word);
+    };
+    using Pairs = std::vector<Pair>;
+
+    int compareTwo(World& world) const;
+    int compareFolder(World& world);
     int findSources(World& world, std::vector<FeatureSource>& sources) const;
     CameraSearch::Choice meant(const std::vector<ListedCamera>& cameras) const;
-    int compare(Console& console, std::vector<FeatureSource>& sources) const;
+    int compare(Console& console, Pairs& pairs) const;
+    int readAll(Console& console, Pairs& pairs) const;
+    void read(Console& console, Pair& pair, bool areCameras) const;
+    void tell(Console& console, Pair& pair) const;
     FeatureComparison comparisonOf(Console& console, const std::vector<FeatureSource>& sources) const;
 
     std::string m_a;
@@ -37,6 +55,8 @@ private:
     bool m_skipsUnreadable = false;
     bool m_json = false;
     SearchOptions m_search;
+    FolderOption m_folder;
+    CameraSelection m_selection; // of a folder
     LogOptions m_log;
 };
 

@@ -30,15 +30,14 @@ int findCamera(Console& console, const CameraWord& word, const std::vector<Liste
     return ExitWell;
 }
 
-bool takeExport(Console& console, const CameraExport& done, FeatureSource& source)
+void takeExport(Console& console, const CameraExport& done, FeatureSource& source)
 {
     tellRemarks(console, done);
     if (!done.isWhole())
         console.err(source.camera->title() + ": could not be exported.\n");
     else if (source.camera->device.nStatus == KX_AVAILABILITY_IN_USE)
         console.err(source.camera->title() + ": " + sharedRemark() + '\n');
-    source.path = done.result.job.path;
-    return done.isWhole();
+    source.path = done.isWhole() ? done.result.job.path : QString();
 }
 
 } // namespace
@@ -53,18 +52,20 @@ int findSource(Console& console, const std::string& word, const std::vector<List
     return ExitWell;
 }
 
-int exportSources(Console& console, std::vector<FeatureSource>& sources, const QString& folder,
+int exportSources(Console& console, const std::vector<FeatureSource*>& sources, const QString& folder,
                   Unreadable unreadable)
 {
     const auto folderOf = [&](const StructDeviceInfo& device) {
         return folder + '/' + QString::number(device.nDeviceID);
     };
     std::vector<ListedCamera> cameras;
-    for (const FeatureSource& source : sources) {
-        if (!source.camera)
+    std::vector<FeatureSource*> meant;
+    for (FeatureSource* source : sources) {
+        if (!source->camera)
             continue;
-        cameras.push_back(*source.camera);
-        const QString own = folderOf(source.camera->device);
+        meant.push_back(source);
+        cameras.push_back(*source->camera);
+        const QString own = folderOf(source->camera->device);
         if (!QDir().mkpath(own)) {
             console.err("The temporary folder " + own + " cannot be made.\n");
             return ExitInputOutput;
@@ -75,16 +76,12 @@ int exportSources(Console& console, std::vector<FeatureSource>& sources, const Q
     ExportTask task{ExportTask::Format::FeaturesFile, folderOf, false, unreadable};
     task.isShared = true;
     const auto exports = runExports(console, cameras, task);
-    bool areWhole = true;
-    auto done = exports.begin();
-    for (FeatureSource& source : sources)
-        if (source.camera)
-            areWhole = takeExport(console, *done++, source) && areWhole;
-    if (Interrupt::isRequested()) {
-        console.err(std::string("Interrupted.\n"));
-        return ExitInterrupted;
-    }
-    return areWhole ? ExitWell : ExitInputOutput;
+    for (size_t i = 0; i < meant.size(); ++i)
+        takeExport(console, exports[i], *meant[i]);
+    if (!Interrupt::isRequested())
+        return ExitWell;
+    console.err(std::string("Interrupted.\n"));
+    return ExitInterrupted;
 }
 
 int readSource(Console& console, FeatureSource& source, bool isJson)

@@ -21,7 +21,7 @@ struct FeatureSource
 {
     QString title; // the path as it was given, or "camera MODEL SERIAL"
     std::optional<ListedCamera> camera;
-    QString path; // of the file; of a camera after its export
+    QString path; // of the file; of a camera that could be exported, after that
     ie::FeaturesContent content;
 };
 
@@ -30,8 +30,9 @@ struct FeatureSource
 int findSource(Console& console, const std::string& word, const std::vector<ListedCamera>& cameras,
                FeatureSource& source);
 // Exports those of the sources that are cameras, all at the same time and without control, into folders of
-// their own below `folder`. Gives an ExitCode and tells what went wrong.
-int exportSources(Console& console, std::vector<FeatureSource>& sources, const QString& folder,
+// their own below `folder`. Tells what went wrong; one that could not be exported has no path. Gives an
+// ExitCode, of them all.
+int exportSources(Console& console, const std::vector<FeatureSource*>& sources, const QString& folder,
                   Unreadable unreadable);
 // Gives an ExitCode and tells what went wrong, as readFeaturesFile() does; a file that names no version fits
 // no camera. 6 for an export that cannot be read again.

@@ -1,5 +1,6 @@
 #include "iefeatures/imports/Snapshot.h"
 
+#include "iefeatures/cameras/FileNaming.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/console/UnfinishedFolder.h"
@@ -8,6 +9,8 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <map>
@@ -172,6 +175,36 @@ std::optional<Snapshot> findSnapshot(const QString& folder, QString& problem)
         return found;
     problem = printable(folder) + " is no snapshot: it needs one file in features/, one in bag/, or both.";
     return {};
+}
+
+std::vector<Snapshot> findSnapshots(const QString& folder, const QString& time, QString& problem)
+{
+    QStringList names = QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    names = names.filter(QRegularExpression("^\\d{8}T\\d{6}Z_"));
+    const QString newest = names.isEmpty() ? QString() : names.last().section('_', 0, 0);
+    names = names.filter(
+        QRegularExpression('^' + QRegularExpression::escape(time.isEmpty() ? newest : time) + '_'));
+    if (names.isEmpty())
+        problem =
+            printable(folder) + " has no snapshot" + (time.isEmpty() ? "." : " of " + printable(time) + '.');
+    std::vector<Snapshot> snapshots;
+    for (const QString& name : names)
+        if (const auto found = findSnapshot(QDir(folder).filePath(name), problem))
+            snapshots.push_back(*found);
+    return problem.isEmpty() ? snapshots : std::vector<Snapshot>();
+}
+
+QString snapshotName(const Snapshot& snapshot)
+{
+    return QFileInfo(snapshot.featuresFile.isEmpty() ? snapshot.bagFile : snapshot.featuresFile).fileName();
+}
+
+// A bag's name lacks what Latin-1 lacks.
+bool isOf(const Snapshot& snapshot, const ListedCamera& camera)
+{
+    const QString own = fileNameOf(camera, FileNaming::ModelAndSerial);
+    const QString name = snapshotName(snapshot);
+    return name == own || name == QString::fromLatin1(own.toLatin1());
 }
 
 QString snapshotFolderProblem(const QString& folder)

@@ -30,6 +30,16 @@ struct Snapshot
 // `problem`, when there is none.
 std::optional<Snapshot> findSnapshot(const QString& folder, QString& problem);
 
+// Those of one import, in the folder that they were taken into: of the newest, or of the time that their
+// names begin with ("20260102T030405Z"). None, and a sentence in `problem`, where there are none or one of
+// them is none.
+std::vector<Snapshot> findSnapshots(const QString& folder, const QString& time, QString& problem);
+
+// The name that its files have, "EMU-1_0123.fpk".
+QString snapshotName(const Snapshot& snapshot);
+// Whether that is the camera's.
+bool isOf(const Snapshot& snapshot, const ListedCamera& camera);
+
 struct SnapshotResult
 {
     ListedCamera camera;
