@@ -45,3 +45,9 @@ ie_add_test(gentl_jobs_test LABEL companion
 target_compile_definitions(gentl_jobs_test PRIVATE
     CAMERA_EMULATOR_GENTL="$<TARGET_FILE:camera_emulator_gentl>")
 add_dependencies(gentl_jobs_test camera_emulator_gentl ie_gentl_host)
+ie_add_test(gentl_companion_test LABEL companion
+    SOURCES gentl_companion_test.cpp ../camera/GentlStage.h ../support/gtest_qt_main.cpp
+    LIBRARIES camera_emulator_core Qt5::Core GTest::gtest)
+target_compile_definitions(gentl_companion_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>"
+    CAMERA_EMULATOR_GENTL="$<TARGET_FILE:camera_emulator_gentl>")
+add_dependencies(gentl_companion_test iefeatures camera_emulator_gentl ie_gentl_host)
