@@ -116,3 +116,32 @@ TEST_F(ListOnTheWire, ShowsWhoIsThereInOneOrderAndTakesNothing)
         EXPECT_EQ(camera->counters().writeReg, 0u);
     EXPECT_EQ(runInProcess({"list", "--json"}).out, run.out);
 }
+
+TEST(ListCommand, HoldsTheirNumberAgainstTheExpectedOne)
+{
+    const auto one = entries({gigeEntry("A1", "100")});
+    EXPECT_EQ(runInProcess({"list", "--expect", "1"}, one).code, 0);
+    const Result run = runInProcess({"list", "--expect", "2"}, one);
+    EXPECT_EQ(run.code, 3);
+    EXPECT_EQ(run.err, "2 camera(s) were expected, 1 was found.\n");
+    EXPECT_NE(run.out.find(" 1  GigE       A1 "), std::string::npos); // all the same
+}
+
+TEST(ListCommand, WaitsForThemUntilTheTimeIsOver)
+{
+    int looks = 0;
+    const auto late = [&looks](std::vector<KX_DeviceEntry>& found) {
+        found = {gigeEntry("A1", "100")};
+        if (++looks > 2)
+            found.push_back(gigeEntry("A1", "101", {}, 0x7F010204));
+        return KX_OK;
+    };
+    const Result run = runInProcess({"list", "--expect", "2", "--wait", "20"}, late);
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(looks, 3);
+    EXPECT_EQ(run.err, "Waiting for 20 s at most: 2 camera(s) were expected, 1 was found.\n");
+    const Result none = runInProcess({"list", "--wait", "0.1"}, entries({}));
+    EXPECT_EQ(none.code, 0);
+    EXPECT_EQ(none.err, "Waiting for 0.1 s at most: No camera was found.\nNo camera was found.\n");
+    EXPECT_EQ(runInProcess({"list", "--watch", "--expect", "1"}, entries({})).code, 2);
+}

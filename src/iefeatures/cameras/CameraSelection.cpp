@@ -47,7 +47,7 @@ void CameraSelection::addOptions(CLI::App& app, const char* more, const char* he
         group->add_option(more, m_more, help)->type_name("S")->check(companion::isGiven("Name a camera."));
     addSelectors(*group, group->add_flag("--all", m_all, "Every camera that is found"));
     group->require_option(1, 0);
-    addExpect(app);
+    addCount(app);
 }
 
 void CameraSelection::addFilters(CLI::App& app)
@@ -55,10 +55,16 @@ void CameraSelection::addFilters(CLI::App& app)
     m_isFilter = true;
     addSelectors(*app.add_option_group("Cameras", "Of a folder: which cameras; every one without these"),
                  nullptr);
-    addExpect(app);
+    addCount(app);
 }
 
 void CameraSelection::addExpect(CLI::App& app)
+{
+    m_isFilter = true;
+    addCount(app);
+}
+
+void CameraSelection::addCount(CLI::App& app)
 {
     app.add_option("--expect", m_expected, "Do nothing unless exactly so many cameras are chosen")
         ->type_name("N");

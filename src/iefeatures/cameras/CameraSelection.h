@@ -31,6 +31,8 @@ public:
     // --serial, --name, --address, --mac and --model; without any of them every camera is meant. And
     // --expect.
     void addFilters(CLI::App& app);
+    // --expect alone; every camera is meant.
+    void addExpect(CLI::App& app);
 
     struct Choice
     {
@@ -45,11 +47,12 @@ public:
     bool isOpen() const { return takesAll() || !m_models.empty(); }
     bool takesAll() const { return m_all || (m_isFilter && words().empty()); }
     // Of filters.
-    bool isGiven() const { return !takesAll() || m_expected.has_value(); }
+    bool isGiven() const { return !takesAll() || isCounted(); }
+    bool isCounted() const { return m_expected.has_value(); } // by --expect
 
 private:
     void addSelectors(CLI::App& group, CLI::Option* all);
-    void addExpect(CLI::App& app);
+    void addCount(CLI::App& app);
     std::vector<CameraWord> words() const;
 
     bool m_all = false;

@@ -61,7 +61,7 @@ private:
             m_pairs.ambiguities += QString("The file %1 may be of more than one camera: %2.")
                                        .arg(printable(name), titlesOf(all).join(", "));
         else
-            m_pairs.pairs.push_back({camera, m_folder + '/' + name});
+            m_pairs.pairs.push_back({camera, QDir(m_folder).filePath(name)});
     }
 
     std::vector<ListedCamera> namesakes(const QString& name) const

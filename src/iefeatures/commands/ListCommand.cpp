@@ -121,26 +121,27 @@ void ListCommand::addOptions(CLI::App& app)
         ->type_name("SECONDS")
         ->check(CLI::Range(0.0, 3600.0))
         ->needs(watch);
+    m_search.addWait(app);
+    m_selection.addExpect(app);
+    app.get_option("--wait")->excludes(watch);
+    app.get_option("--expect")->excludes(watch);
 }
 
 int ListCommand::execute(World& world)
 {
     if (m_isWatch)
         return watch(world);
-    std::vector<ListedCamera> cameras;
-    if (const int code = CameraSearch::findAll(world, cameras))
+    CameraSearch search(world, m_search, {false, true});
+    const int code = search.run([&](const auto& found) { return m_selection.choose(found); });
+    if (code != ExitWell && code != ExitNoSuchCamera)
         return code;
-    for (const QString& address : silentAddresses(cameras))
-        world.console.err(noAnswerAt(address) + '\n');
-    CameraSearch::tellProblems(world.console);
+    std::vector<ListedCamera> cameras = search.cameras();
     nameControllers(world, cameras);
-    if (cameras.empty())
-        world.console.err(std::string("No camera was found.\n"));
     for (const ListedCamera& camera : cameras)
         world.console.object("camera", fieldsOf(camera));
     if (!m_json && !cameras.empty())
         world.console.out(tableText(cameras));
-    return ExitWell;
+    return m_selection.isCounted() ? code : ExitWell; // nobody there is an answer, too
 }
 
 int ListCommand::watch(World& world) const

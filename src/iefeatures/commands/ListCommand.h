@@ -2,7 +2,7 @@
 #pragma once
 
 #include "iefeatures/cameras/LineWatch.h"
-#include "iefeatures/commands/Command.h"
+#include "iefeatures/commands/CameraSearch.h"
 
 namespace companion
 {
@@ -22,6 +22,8 @@ private:
     void pause() const;
 
     bool m_json = false;
+    SearchOptions m_search;
+    CameraSelection m_selection; // of all
     bool m_isWatch = false;
     double m_interval = 1; // seconds between two looks
 };
