@@ -2,6 +2,8 @@
 #include "iefeatures/console/OperatingSystem.h"
 #include "iefeatures/imports/AuditLog.h"
 
+#include "jobs/rules/JobMemory.h"
+
 #include <nlohmann/json.hpp>
 
 #include <QCryptographicHash>
@@ -10,6 +12,7 @@
 #include <QSysInfo>
 
 #include <csignal>
+#include <new>
 #include <sstream>
 #include <thread>
 
@@ -79,17 +82,18 @@ TEST_F(Audit, TellsWhenWhoWhatWhichCameraAndWhatChanged)
     EXPECT_EQ(line["files"],
               (json{{{"path", path(file)}, {"sha256", sha256(fileText(file)).toStdString()}}}));
     const std::string description = sha256(QByteArray::fromStdString(camera.description())).toStdString();
-    EXPECT_EQ(line["camera"], (json{{"serial", "S1"},
+    EXPECT_EQ(line["camera"], (json{{"transport", "GigE"},
                                     {"model", "EMU-1"},
-                                    {"userName", "Gate 3"},
+                                    {"serial", "S1"},
+                                    {"name", "Gate 3"},
                                     {"address", camera.config().address},
                                     {"firmware", "1.2.3"},
-                                    {"descriptionSha256", description}}));
+                                    {"description_sha256", description}}));
     EXPECT_EQ(line["changes"],
               (json{{{"feature", "TestPattern"}, {"from", "1"}, {"to", "2"}},
                     {{"feature", "Height"}, {"from", "16"}, {"to", "480"}},
                     {{"feature", "Gain"}, {"register", 77824}, {"from", "00000007"}, {"to", "00000064"}}}));
-    EXPECT_EQ(line["notApplied"], json::array());
+    EXPECT_EQ(line["not_applied"], json::array());
     EXPECT_EQ(line["snapshot"], nullptr);
     EXPECT_EQ(line["outcome"], "applied");
     EXPECT_EQ(line["exit"], 0);
@@ -107,7 +111,7 @@ TEST_F(Audit, HasALineForEachCameraAndKeepsTheOldOnes)
     ASSERT_EQ(all.size(), 3u);
     EXPECT_EQ(all[0]["camera"]["serial"], "S1");
     EXPECT_EQ(all[0]["outcome"], "incomplete");
-    EXPECT_EQ(all[0]["notApplied"], json{"Width"});
+    EXPECT_EQ(all[0]["not_applied"], json{"Width"});
     EXPECT_EQ(all[0]["exit"], 4);
     EXPECT_EQ(all[1]["camera"]["serial"], "S2");
     EXPECT_EQ(all[1]["outcome"], "incompatible");
@@ -135,7 +139,7 @@ TEST_F(Audit, KnowsNoFirmwareOfACameraThatCannotBeOpened)
     EXPECT_EQ(import(file).code, 1);
     const json line = lines().front();
     EXPECT_EQ(line["camera"]["firmware"], nullptr);
-    EXPECT_EQ(line["camera"]["descriptionSha256"], nullptr);
+    EXPECT_EQ(line["camera"]["description_sha256"], nullptr);
     EXPECT_EQ(line["outcome"], "failed");
     EXPECT_EQ(line["exit"], 1);
 }
@@ -241,9 +245,11 @@ TEST_F(Audit, KeepsWhatAClonedCameraWasSetTo)
     const Result run = tests::runInProcess({"clone", "--from", "S1", "--to", "S2", "--yes"});
     ASSERT_EQ(run.code, 0) << run.err;
     const json line = lines().front();
-    EXPECT_EQ(
-        line["source"],
-        (json{{"serial", "S1"}, {"model", "EMU-1"}, {"userName", ""}, {"address", source.config().address}}));
+    EXPECT_EQ(line["source"], (json{{"transport", "GigE"},
+                                    {"model", "EMU-1"},
+                                    {"serial", "S1"},
+                                    {"name", ""},
+                                    {"address", source.config().address}}));
     const std::string sum = line["files"][0]["sha256"];
     const std::string kept = "user-data/Audit/files/" + sum + ".fpk";
     EXPECT_EQ(line["files"][0]["path"], path(kept));
@@ -265,15 +271,21 @@ TEST_F(Audit, ThatCannotBeWrittenFailsNoImport)
                                    "/Audit/iefeatures.jsonl\n"));
 }
 
+// A limit on the size of files ends the write, as a full disk does.
 TEST_F(Audit, OnAFullDiskFailsNoImport)
 {
-    addCamera("S1");
+    emu::EmulatedCamera& camera = addCamera("S1");
     const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
     ASSERT_TRUE(QDir().mkpath(logFolder()));
-    ASSERT_TRUE(QFile::link("/dev/full", logFile()));
-    const Result run = import(file);
-    EXPECT_EQ(run.code, 0);
-    EXPECT_THAT(run.err, HasSubstr("The audit log cannot be written: "));
+    write("user-data/Audit/iefeatures.jsonl", QByteArray(64 * 512 - 1, 'x') + '\n');
+    tests::Program program({"import", path(file), "--all"}, "trap '' XFSZ; ulimit -f 64;");
+    program.start();
+    const Result run = program.finish();
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(std::get<int64_t>(camera.node("Height").value()), 480);
+    EXPECT_EQ(QString::fromStdString(run.err).count("The audit log cannot be written: "), 1);
+    EXPECT_EQ(logText().size(), 64 * 512);
 }
 
 TEST_F(Audit, BeginsANewLineBehindOneThatWasCut)
@@ -320,5 +332,54 @@ TEST_F(Audit, CountsWhatItDoesNotTell)
     const json line = json::parse(companion::auditLine(entry, companion::AuditMoment::Ends).toStdString());
     EXPECT_EQ(line["changes"].size(), 5000u);
     EXPECT_EQ(line["changes"][0], (json{{"feature", "Feature"}, {"from", nullptr}, {"to", "1"}}));
-    EXPECT_EQ(line["moreChanges"], 1);
+    EXPECT_EQ(line["more_changes"], 1);
+}
+
+namespace
+{
+
+// While one lives, jobs find no memory for their large buffers.
+struct NoMemory
+{
+    NoMemory()
+    {
+        ie::setAllocateHook([](std::size_t) -> void* { throw std::bad_alloc(); });
+    }
+    ~NoMemory() { ie::setAllocateHook(nullptr); }
+};
+
+} // namespace
+
+TEST_F(Audit, EndsWhatAnExceptionHasEnded)
+{
+    addCamera("S1");
+    const std::string file = exported("S1");
+    {
+        const NoMemory none;
+        EXPECT_EQ(import(file, {"--all", "--snapshot", folder()}).code, 6);
+    }
+    EXPECT_EQ(lines(logText(), "begins").size(), 1u);
+    ASSERT_EQ(lines().size(), 1u);
+    EXPECT_EQ(lines().front()["camera"]["serial"], "S1");
+    EXPECT_EQ(lines().front()["outcome"], "failed");
+    EXPECT_EQ(lines().front()["exit"], 1);
+}
+
+TEST_F(Audit, HasItsLinesWhereAFileCannotBeKept)
+{
+    addCamera("S1");
+    emu::EmulatedCamera& target = addCamera("S2");
+    ASSERT_EQ(target.setNode("Height", int64_t(16)), "");
+    ASSERT_TRUE(QDir().mkpath(logFolder()));
+    write("user-data/Audit/files", "a file where the folder should be");
+    const Result run = tests::runInProcess({"clone", "--from", "S1", "--to", "S2", "--yes"});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_THAT(run.err, HasSubstr("The file cannot be kept for the audit log: "));
+    EXPECT_EQ(lines(logText(), "begins").size(), 1u);
+    EXPECT_EQ(lines().size(), 1u);
+    ASSERT_EQ(target.setNode("Height", int64_t(16)), "");
+    EXPECT_EQ(tests::runInProcess({"clone", "--from", "S1", "--to", "S2", "--yes", "--require-audit"}).code,
+              6);
+    EXPECT_EQ(std::get<int64_t>(target.node("Height").value()), 16);
+    EXPECT_EQ(lines().back()["outcome"], "not started");
 }

@@ -283,3 +283,16 @@ TEST_F(WholeFile, ANameWithoutRoomForASecondOneIsWrittenInPlace)
     EXPECT_EQ(bytes(longest), kText.toLatin1());
     EXPECT_EQ(names(), QStringList({longest}));
 }
+
+TEST_F(WholeFile, MayBeOfBytesAsTheyAre)
+{
+    const QByteArray odd("a\0\xFF\r\nb", 6);
+    EXPECT_TRUE(ie::writeWholeBytes(path(), odd));
+    EXPECT_EQ(bytes(), odd);
+    EXPECT_EQ(names(), QStringList({"Cam.fpk"}));
+    {
+        const FullDisk disk(1000);
+        EXPECT_FALSE(ie::writeWholeBytes(path(), kText.toLatin1()));
+    }
+    EXPECT_EQ(bytes(), odd);
+}

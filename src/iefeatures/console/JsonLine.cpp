@@ -9,6 +9,11 @@ std::string jsonLine(const std::string& command, const char* kind, const Json& f
 {
     Json object = {{"format_version", kJsonFormat}, {"command", command}, {"kind", kind}};
     object.update(fields);
+    return lineOf(object);
+}
+
+std::string lineOf(const Json& object)
+{
     return object.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 

@@ -21,6 +21,9 @@ constexpr int kJsonFormat = 1;
 // wrong bytes become U+FFFD.
 std::string jsonLine(const std::string& command, const char* kind, const Json& fields);
 
+// An object by itself as a line.
+std::string lineOf(const Json& object);
+
 Json json(const QString& text);
 Json json(const QStringList& texts);
 // Null for a null text, and for an empty one.

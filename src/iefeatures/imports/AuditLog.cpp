@@ -1,14 +1,15 @@
 #include "iefeatures/imports/AuditLog.h"
 
+#include "iefeatures/cameras/CameraJson.h"
 #include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OperatingSystem.h"
 #include "iefeatures/console/Text.h"
 
 #include "jobs/file/RegularFile.h"
+#include "jobs/file/WholeFile.h"
 
 #include <SuiteTools/SuiteTools.h>
-
-#include <nlohmann/json.hpp>
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -21,44 +22,43 @@ namespace companion
 namespace
 {
 
-using Json = nlohmann::ordered_json;
-
 constexpr size_t kMostChanges = 5000;
 
-Json textOrNull(const QString& text)
+// What the line tells of a camera in all moments; its number in a list says nothing tomorrow.
+Json lastingJson(const ListedCamera& camera)
 {
-    return text.isEmpty() ? Json() : Json(text.toStdString());
+    Json object = cameraJson(camera);
+    object.erase("number");
+    return object;
 }
 
-Json cameraJson(const AuditEntry& entry)
+Json examinedJson(const AuditEntry& entry)
 {
-    return {{"serial", entry.camera.serial.toStdString()},
-            {"model", entry.camera.model.toStdString()},
-            {"userName", entry.camera.userName.toStdString()},
-            {"address", entry.camera.address.toStdString()},
-            {"firmware", textOrNull(entry.firmware)},
-            {"descriptionSha256", textOrNull(entry.descriptionHash)}};
+    Json object = lastingJson(entry.camera);
+    object["firmware"] = jsonUnlessEmpty(entry.firmware);
+    object["description_sha256"] = jsonUnlessEmpty(entry.descriptionHash);
+    return object;
 }
 
 Json filesJson(const std::vector<AuditFile>& files)
 {
     Json list = Json::array();
     for (const AuditFile& file : files)
-        list.push_back({{"path", file.path.toStdString()}, {"sha256", textOrNull(file.sha256)}});
+        list.push_back({{"path", json(file.path)}, {"sha256", jsonUnlessEmpty(file.sha256)}});
     return list;
 }
 
 Json changeJson(const Change& change)
 {
-    Json json;
-    json["feature"] = textOrNull(change.feature);
+    Json object;
+    object["feature"] = jsonUnlessEmpty(change.feature);
     if (change.isRegister)
-        json["register"] = change.address;
+        object["register"] = change.address;
     if (!change.under.isEmpty())
-        json["under"] = change.under.toStdString();
-    json["from"] = change.from.isNull() ? Json() : Json(change.from.toStdString());
-    json["to"] = change.to.toStdString();
-    return json;
+        object["under"] = json(change.under);
+    object["from"] = jsonUnlessNull(change.from);
+    object["to"] = json(change.to);
+    return object;
 }
 
 Json changesJson(const std::vector<Change>& changes)
@@ -69,31 +69,15 @@ Json changesJson(const std::vector<Change>& changes)
     return list;
 }
 
-Json textsJson(const QStringList& texts)
-{
-    Json list = Json::array();
-    for (const QString& text : texts)
-        list.push_back(text.toStdString());
-    return list;
-}
-
-Json sourceJson(const ListedCamera& camera)
-{
-    return {{"serial", camera.serial.toStdString()},
-            {"model", camera.model.toStdString()},
-            {"userName", camera.userName.toStdString()},
-            {"address", camera.address.toStdString()}};
-}
-
 void addEnd(const AuditEntry& entry, Json& line)
 {
-    line["snapshot"] = textOrNull(entry.snapshot);
+    line["snapshot"] = jsonUnlessEmpty(entry.snapshot);
     line["changes"] = changesJson(entry.changes);
     if (entry.changes.size() > kMostChanges)
-        line["moreChanges"] = entry.changes.size() - kMostChanges;
-    line["notApplied"] = textsJson(entry.notApplied);
-    line["userSet"] = textOrNull(entry.userSet);
-    line["outcome"] = verdictWord(entry.outcome).toStdString();
+        line["more_changes"] = entry.changes.size() - kMostChanges;
+    line["not_applied"] = json(entry.notApplied);
+    line["user_set"] = jsonUnlessEmpty(entry.userSet);
+    line["outcome"] = json(verdictWord(entry.outcome));
     line["exit"] = int(exitCodeOf(entry.outcome));
 }
 
@@ -140,19 +124,19 @@ AuditFile auditFile(const QString& path)
 
 QByteArray auditLine(const AuditEntry& entry, AuditMoment moment)
 {
-    Json line = {{"time", QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toStdString()},
+    Json line = {{"time", json(QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs))},
                  {"event", moment == AuditMoment::Begins ? "begins" : "ends"},
-                 {"user", loginName().toStdString()},
-                 {"host", QSysInfo::machineHostName().toStdString()},
-                 {"command", entry.command.toStdString()},
-                 {"source", entry.source ? sourceJson(*entry.source) : Json()},
+                 {"user", json(loginName())},
+                 {"host", json(QSysInfo::machineHostName())},
+                 {"command", json(entry.command)},
+                 {"source", entry.source ? lastingJson(*entry.source) : Json()},
                  {"files", filesJson(entry.files)}};
     if (!entry.only.isEmpty())
-        line["only"] = textsJson(entry.only);
-    line["camera"] = cameraJson(entry);
+        line["only"] = json(entry.only);
+    line["camera"] = examinedJson(entry);
     if (moment == AuditMoment::Ends)
         addEnd(entry, line);
-    return QByteArray::fromStdString(line.dump()) + '\n';
+    return QByteArray::fromStdString(lineOf(line));
 }
 
 // Without a home folder the documents would be those of "/".
@@ -165,41 +149,56 @@ QString auditPath(const AuditRule& rule)
     return VELAInterface::userDataPath() + "/Audit/iefeatures.jsonl";
 }
 
+AuditTrail::~AuditTrail()
+{
+    for (AuditEntry& entry : m_begun)
+        entry.outcome = CameraVerdict::Failed;
+    try {
+        append(m_begun, AuditMoment::Ends);
+    } catch (...) {
+        return; // no memory: as after a crash, the first line stands alone
+    }
+}
+
 bool AuditTrail::begin(const std::vector<AuditEntry>& entries)
 {
+    m_begun = entries;
     append(entries, AuditMoment::Begins);
-    if (!m_hasFailed || !m_rule.isRequired)
+    if (m_told.isEmpty() || !m_rule.isRequired)
         return true;
     m_console.err(
         std::string("Nothing was written to a camera, since --require-audit wants a line of it.\n"));
+    end(entries);
     return false;
 }
 
 void AuditTrail::end(const std::vector<AuditEntry>& entries)
 {
+    m_begun.clear();
     append(entries, AuditMoment::Ends);
 }
 
 void AuditTrail::append(const std::vector<AuditEntry>& entries, AuditMoment moment)
 {
-    if (!m_rule.isOn || m_hasFailed)
+    if (!m_rule.isOn || entries.empty())
         return;
     const QString path = auditPath(m_rule);
-    if (path.isEmpty())
-        return fail(
-            "The audit log has no place, since neither HOME nor VELA_USER_DATA is set; --audit names one.");
     QByteArrayList lines;
     for (const AuditEntry& entry : entries)
         lines += auditLine(entry, moment);
-    if (const QString problem = appendLines(path, lines); !problem.isEmpty())
-        fail(problem);
+    const QString problem =
+        path.isEmpty()
+            ? "The audit log has no place, since neither HOME nor VELA_USER_DATA is set; --audit names one."
+            : appendLines(path, lines);
+    fail(problem);
 }
 
 void AuditTrail::fail(const QString& sentence)
 {
-    if (!m_hasFailed)
-        m_console.err(sentence + '\n');
-    m_hasFailed = true;
+    if (sentence.isEmpty() || m_told.contains(sentence))
+        return;
+    m_console.err(sentence + '\n');
+    m_told += sentence;
 }
 
 AuditFile AuditTrail::keep(const QString& path)
@@ -210,7 +209,10 @@ AuditFile AuditTrail::keep(const QString& path)
         return file;
     const QString folder = QFileInfo(log).absolutePath() + "/files";
     const QString kept = folder + '/' + file.sha256 + ".fpk";
-    if (QDir().mkpath(folder) && (QFileInfo::exists(kept) || QFile::copy(path, kept)))
+    QFile original(path);
+    if (QDir().mkpath(folder) &&
+        (QFileInfo::exists(kept) || (ie::openRegular(original, QIODevice::ReadOnly).isEmpty() &&
+                                     ie::writeWholeBytes(kept, original.readAll()))))
         return {kept, file.sha256};
     fail("The file cannot be kept for the audit log: " + printable(kept));
     return file;

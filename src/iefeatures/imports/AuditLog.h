@@ -62,14 +62,18 @@ struct AuditRule
 // Empty when there is no place for one: nothing is said of where the user's data is.
 QString auditPath(const AuditRule& rule);
 
-// The lines of one command.
+// The lines of one command. What has begun ends: where the command is left without an end, by an exception or
+// otherwise, its cameras have failed.
 class AuditTrail
 {
 public:
     AuditTrail(Console& console, const AuditRule& rule) : m_console(console), m_rule(rule) {}
+    ~AuditTrail();
+    AuditTrail(const AuditTrail&) = delete;
+    AuditTrail& operator=(const AuditTrail&) = delete;
 
     // Adds the lines, each in one write, so that several companions may write at once; the folder is made.
-    // What goes wrong is told once. False: nothing may be written to a camera.
+    // What goes wrong is told once. False: nothing may be written to a camera, and what has begun has ended.
     bool begin(const std::vector<AuditEntry>& entries);
     void end(const std::vector<AuditEntry>& entries);
     // Copies a file that will not last into the folder files/ beside the log, under the name of its SHA-256.
@@ -82,7 +86,8 @@ private:
 
     Console& m_console;
     const AuditRule m_rule;
-    bool m_hasFailed = false;
+    QStringList m_told;              // of what went wrong
+    std::vector<AuditEntry> m_begun; // and not ended
 };
 
 } // namespace companion

@@ -3,8 +3,7 @@
 #include "iefeatures/console/Text.h"
 
 #include "jobs/file/FeaturesFile.h"
-
-#include <QFile>
+#include "jobs/file/WholeFile.h"
 
 #include <algorithm>
 
@@ -50,11 +49,8 @@ QString writePartialFile(const QString& file, const QStringList& names, const QS
         if (std::none_of(left.begin(), left.end(), [&](const QString& one) { return pattern.match(one); }))
             return QString("The file has no feature %1: %2").arg(printable(name), printable(file));
     }
-    QFile out(target);
-    const QByteArray text = loaded.document.toString(-1).toUtf8();
-    if (!out.open(QIODevice::WriteOnly) || out.write(text) != text.size() || !out.flush())
-        return "The file cannot be written: " + printable(target);
-    return {};
+    const bool isWritten = ie::writeWholeBytes(target, loaded.document.toString(-1).toUtf8());
+    return isWritten ? QString() : "The file cannot be written: " + printable(target);
 }
 
 } // namespace companion

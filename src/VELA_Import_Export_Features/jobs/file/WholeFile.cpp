@@ -24,6 +24,11 @@ bool write(QFileDevice& file, const QString& text)
     return stream.status() == QTextStream::Ok && file.flush() && file.error() == QFileDevice::NoError;
 }
 
+bool write(QFileDevice& file, const QByteArray& bytes)
+{
+    return file.write(bytes) == bytes.size() && file.flush() && file.error() == QFileDevice::NoError;
+}
+
 // Some file systems tell only now that there is no room. One that cannot be asked counts as stored.
 bool isStored(const QFileDevice& file)
 {
@@ -35,12 +40,13 @@ bool isStored(const QFileDevice& file)
 }
 
 // A disk that fills up must not leave half a file that looks whole.
-bool writeInPlace(const QString& path, const QString& text)
+template <typename Content>
+bool writeInPlace(const QString& path, const Content& content)
 {
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    const bool isWritten = write(file, text);
+    const bool isWritten = write(file, content);
     file.close();
     if (isWritten && file.error() == QFileDevice::NoError)
         return true;
@@ -52,6 +58,17 @@ bool writeInPlace(const QString& path, const QString& text)
 bool isSpecial(const QFileInfo& target)
 {
     return target.exists() ? !target.isFile() : target.isSymLink();
+}
+
+template <typename Content>
+bool writeWhole(const QString& path, const Content& content)
+{
+    if (isSpecial(QFileInfo(path)))
+        return writeInPlace(path, content);
+    QSaveFile file(path); // follows links and keeps permissions
+    if (!file.open(QIODevice::WriteOnly))
+        return writeInPlace(path, content);
+    return write(file, content) && isStored(file) && file.commit();
 }
 
 } // namespace
@@ -67,12 +84,12 @@ bool liesInFolder(const QString& fileName)
 
 bool writeWholeFile(const QString& path, const QString& text)
 {
-    if (isSpecial(QFileInfo(path)))
-        return writeInPlace(path, text);
-    QSaveFile file(path); // follows links and keeps permissions
-    if (!file.open(QIODevice::WriteOnly))
-        return writeInPlace(path, text);
-    return write(file, text) && isStored(file) && file.commit();
+    return writeWhole(path, text);
+}
+
+bool writeWholeBytes(const QString& path, const QByteArray& bytes)
+{
+    return writeWhole(path, bytes);
 }
 
 } // namespace ie

@@ -1,6 +1,7 @@
 // Files that are written whole or not at all.
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 namespace ie
@@ -16,5 +17,7 @@ bool liesInFolder(const QString& fileName);
 // file, and into devices and pipes, it is written in place: then a failure leaves nothing of that name,
 // unless it could not be opened.
 bool writeWholeFile(const QString& path, const QString& text);
+// The same of bytes as they are.
+bool writeWholeBytes(const QString& path, const QByteArray& bytes);
 
 } // namespace ie
