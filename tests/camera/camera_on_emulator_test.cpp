@@ -168,6 +168,25 @@ TEST_F(CameraOnEmulator, controlOfAnotherHostIsRefused)
     EXPECT_EQ(KX_CC_SetIntValueEx(handle, "Width", 320), KX_E_GC_ACCESS);
 }
 
+// Found by the heartbeat, between calls.
+TEST_F(CameraOnEmulator, aLossOfControlSaysWhoHasIt)
+{
+    ASSERT_EQ(open(), KX_OK);
+    std::promise<KX_Status> told;
+    const auto handler = [](void* user, KX_Status status) {
+        static_cast<std::promise<KX_Status>*>(user)->set_value(status);
+    };
+    ASSERT_EQ(KX_CC_SetConnectionLostHandler(handle, handler, &told), KX_OK);
+    camera.stealControl();
+    ASSERT_EQ(told.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    EXPECT_EQ(integer("Width"), -static_cast<int64_t>(KX_E_CONNECTION_LOST));
+    char text[200] = {};
+    uint32_t length = 0;
+    EXPECT_EQ(KX_CC_GetLastErrorText(handle, text, sizeof text, &length), KX_OK);
+    EXPECT_EQ(text, "the connection is lost: another host has taken control of the camera at " +
+                        camera.config().address);
+}
+
 TEST_F(CameraOnEmulator, aCameraThatVanishesEndsTheCallWithinItsTimeouts)
 {
     ASSERT_EQ(KX_CC_SetTimeout(handle, 50, 2), KX_OK);

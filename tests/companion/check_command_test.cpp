@@ -271,7 +271,7 @@ TEST_F(CheckCommand, ChecksAllCamerasThoughSomeFail)
     EXPECT_THAT(
         all.out,
         HasSubstr("\nOther S2: incompatible: The file belongs to another model, firmware, board type or "
-                  "version.\n"));
+                  "version: model EMU-1, the camera has Other.\n"));
     EXPECT_THAT(all.out, HasSubstr("\n  model: bad, file \"EMU-1\", camera \"Other\"\n"
                                    "EMU-1 S3: failed: "));
     EXPECT_THAT(all.out, HasSubstr("\nEMU-1 S4: ready\n"));

@@ -1,10 +1,9 @@
 # What imports would do and have done: over a scripted camera library, and over the emulator.
-ie_add_test(camera_check_test LABEL companion
-    SOURCES camera_check_test.cpp ../support/gtest_qt_main.cpp
-    LIBRARIES iefeatures_core SuiteTools scripted_camera GTest::gmock GTest::gtest)
-ie_add_test(feature_nature_test LABEL companion
-    SOURCES feature_nature_test.cpp ../support/gtest_qt_main.cpp
-    LIBRARIES iefeatures_core SuiteTools scripted_camera GTest::gmock GTest::gtest)
+foreach(subject camera_check register_check identity_check feature_nature)
+    ie_add_test(${subject}_test LABEL companion
+        SOURCES ${subject}_test.cpp ../support/gtest_qt_main.cpp
+        LIBRARIES iefeatures_core SuiteTools scripted_camera GTest::gmock GTest::gtest)
+endforeach()
 ie_add_test(check_command_test LABEL companion
     SOURCES check_command_test.cpp
     LIBRARIES companion_fixture)

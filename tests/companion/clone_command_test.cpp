@@ -163,9 +163,10 @@ TEST_F(Clone, SetsNobodyWhenTheSourceCannotBeExported)
     const Result run = clone({"--from", "S1", "--to", "S2", "--yes"});
     EXPECT_EQ(run.code, 1);
     EXPECT_EQ(target.counters().writeReg, 0u);
-    EXPECT_THAT(run.err,
-                EndsWith("EMU-1 S1: the camera could not be opened: Another application controls the "
-                         "camera.\nEMU-1 S1: could not be exported, so no camera was set.\n"));
+    EXPECT_THAT(
+        run.err,
+        EndsWith("EMU-1 S1: the camera could not be opened: Another application controls the "
+                 "camera (127.255.255.254:1).\nEMU-1 S1: could not be exported, so no camera was set.\n"));
 }
 
 TEST_F(Clone, WantsTheCamerasNamed)

@@ -5,6 +5,8 @@
 
 #include <QFile>
 
+#include <thread>
+
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -20,6 +22,7 @@ namespace
 const std::string kNotOpened = "Failed to export features.Failed to open device.";
 const std::string kNoFile = "Failed to export features.Failed to open File.";
 const std::string kNotSaved = "Failed to save feature.";
+const std::string kLastRegister = "the line failed at register 0x00010100: The camera does not answer.";
 const std::string kLineFailed = "the line failed during the export; a file that lacks features is not kept.";
 
 class ExportFailures : public CompanionTest
@@ -59,7 +62,11 @@ TEST_F(ExportFailures, LeaveACameraAloneThatAnotherHostControls)
     addCamera("Sound");
     faulty.stealControl();
     const uint32_t control = controlOf(faulty);
-    expectOnlyTheSoundOne(exportBoth(), kNotOpened);
+    const Result run = exportBoth();
+    expectOnlyTheSoundOne(run, kNotOpened);
+    EXPECT_THAT(run.err,
+                HasSubstr("EMU-1 Faulty: the camera could not be opened: Another application controls "
+                          "the camera (127.255.255.254:1).\n"));
     EXPECT_EQ(controlOf(faulty), control);
 }
 
@@ -79,7 +86,46 @@ TEST_F(ExportFailures, ComeFromACameraThatVanishesInTheMiddle)
     faults.silence = emu::Silence{150, std::nullopt};
     addCamera("Faulty").setFaults(faults);
     addCamera("Sound");
-    expectOnlyTheSoundOne(exportBoth(), kNotSaved);
+    const Result run = exportBoth();
+    expectOnlyTheSoundOne(run, kNotSaved);
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 Faulty: the line failed at "));
+    EXPECT_THAT(run.err, HasSubstr(": The camera does not answer.\n"));
+}
+
+// The heartbeat finds out, or a read that is denied.
+TEST_F(ExportFailures, SayThatAnotherHostHasTakenControl)
+{
+    const tests::RegisterByRegister setting;
+    for (const bool isExclusive : {false, true}) {
+        const std::string serial = isExclusive ? "Exclusive" : "Open";
+        emu::EmulatedCamera& camera = addCamera(
+            serial, [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(15); });
+        std::thread other([&] {
+            awaitRequests(camera, 100);
+            camera.stealControl(isExclusive);
+        });
+        const Result run = runInProcess({"export", "--serial", serial, "--to", folder()});
+        other.join();
+        EXPECT_EQ(run.code, 1);
+        EXPECT_THAT(run.err, HasSubstr("EMU-1 " + serial + ": the line failed at "));
+        EXPECT_THAT(run.err, HasSubstr("nother host has taken control of the camera at " +
+                                       camera.config().address + ".\n"));
+        EXPECT_EQ(filesInFolder(), QStringList());
+    }
+}
+
+// Without it there is no file; the job says no more than of any other failure.
+TEST_F(ExportFailures, SayThatTheFirmwareCannotBeRead)
+{
+    emu::Faults faults;
+    faults.refusals = {{0x10000, 32}};
+    addCamera("Faulty", [](emu::CameraConfig& config) {
+        config.description = tests::descriptionWithOneRegister();
+    }).setFaults(faults);
+    addCamera("Sound");
+    const Result run = exportBoth();
+    expectOnlyTheSoundOne(run, kNotSaved);
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 Faulty: DeviceFirmwareVersion cannot be read: "));
 }
 
 TEST_F(ExportFailures, KeepTheFileOfAnEarlierExport)
@@ -154,7 +200,8 @@ TEST_F(ExportFailures, KeepTheOlderFileWhenTheLineFailedWhileRegistersWereRead)
     loseTheLineAtTheLastRegisters(cameras().front());
     const Result run = runInProcess({"export", "--serial", "S1", "--to", folder()});
     EXPECT_EQ(run.code, 1);
-    EXPECT_THAT(run.err, EndsWith("EMU-1 S1: " + kLineFailed + "\nEMU-1 S1: failed\n"));
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: " + kLineFailed + "\nEMU-1 S1: failed\n"));
+    EXPECT_THAT(run.err, EndsWith("EMU-1 S1: " + kLastRegister + '\n'));
     EXPECT_THAT(run.out, EndsWith("  not written\n0 exported, 1 failed\n"));
 
     cameras().back().resetCounters();
@@ -165,7 +212,7 @@ TEST_F(ExportFailures, KeepTheOlderFileWhenTheLineFailedWhileRegistersWereRead)
     const tests::Json told = tests::lastObject(json, "export");
     EXPECT_EQ(told["result"], "failed");
     EXPECT_TRUE(told["path"].is_null());
-    EXPECT_EQ(told["remarks"], tests::Json::array({kLineFailed}));
+    EXPECT_EQ(told["remarks"], tests::Json::array({kLineFailed, kLastRegister}));
     EXPECT_EQ(fileText("EMU-1_S1.fpk"), whole);
     EXPECT_EQ(fileText("EMU-1_S2.fpk"), whole);
     EXPECT_EQ(allInFolder(), (QStringList{"EMU-1_S1.fpk", "EMU-1_S2.fpk"}));

@@ -397,14 +397,14 @@ TEST_F(FeatureNature, TellsFailedRegistersApart)
         failures[i].address = 0x20000 + 4 * qint64(i);
         failures[i].judge(EntryVerdict::NotApplied, "refused");
     }
-    companion::tellApart(camera, {}, failures);
+    companion::tellApart(camera, {}, CheckMode::Verify, failures);
     EXPECT_EQ(failures[0].verdict, EntryVerdict::State);
     EXPECT_EQ(failures[1].verdict, EntryVerdict::NotApplied);
     EXPECT_EQ(failures[2].verdict, EntryVerdict::NotApplied);
 
     failures[0].judge(EntryVerdict::NotApplied, "refused");
     device().addUnplacedRegister(); // which may lie there as well
-    companion::tellApart(camera, {}, failures);
+    companion::tellApart(camera, {}, CheckMode::Verify, failures);
     EXPECT_EQ(failures[0].verdict, EntryVerdict::NotApplied);
 }
 
@@ -422,4 +422,44 @@ TEST_F(FeatureNature, KnowsFeaturesThatHangOnVeryMany)
     device().setRelatedNames("Data", KX_RELATED_SELECTORS, selectors + "Index");
     addPlain("Data", "Integer", "2");
     EXPECT_EQ(verdict(), EntryVerdict::State);
+}
+
+TEST_F(FeatureNature, WhatIsToBeIgnoredDoesNotCount)
+{
+    device().setInteger("LineDelay", 1);
+    addPlain("LineDelay", "Integer", "2");
+    EXPECT_EQ(verdict({CheckMode::Verify, false, {"Line", "Delay*"}}), EntryVerdict::NotApplied);
+    for (const bool isStrict : {false, true}) {
+        EXPECT_EQ(verdict({CheckMode::Verify, isStrict, {"Width", "Line*"}}), EntryVerdict::Ignored);
+        EXPECT_EQ(verdict({CheckMode::Plan, isStrict, {"LineDelay"}}), EntryVerdict::Ignored);
+    }
+    EXPECT_EQ(reason, "changes by itself, or is to be ignored");
+    device().setInteger("LineDelay", 2);
+    EXPECT_EQ(verdict({CheckMode::Verify, false, {"Line*"}}), EntryVerdict::Unchanged);
+}
+
+// The list is the one that comparisons go by.
+TEST_F(FeatureNature, WhatChangesByItselfDoesNotCount)
+{
+    device().setFloat("SensorTemperature", 1);
+    addPlain("SensorTemperature", "Float", "2.000000");
+    EXPECT_EQ(verdict(), EntryVerdict::Ignored);
+    EXPECT_EQ(verdict({CheckMode::Plan, true}), EntryVerdict::Ignored);
+    device().setEverWritable("SensorTemperature", false);
+    EXPECT_EQ(verdict(), EntryVerdict::State);
+}
+
+// Behind a job as well, whether it was verified or not.
+TEST_F(FeatureNature, IgnoresFailuresOfJobs)
+{
+    companion::ListedCamera camera;
+    camera.device.stDeviceInfo = tests::deviceInfo(KX_TRANSPORT_GIGE, "S1", "M");
+    device().setInteger("Width", 1);
+    std::vector<companion::EntryCheck> failures(1);
+    failures[0].feature = "Width";
+    failures[0].judge(EntryVerdict::NotApplied, "refused");
+    companion::tellApart(camera, {}, CheckMode::Verify, failures);
+    EXPECT_EQ(failures[0].verdict, EntryVerdict::NotApplied);
+    companion::tellApart(camera, {}, {CheckMode::Verify, false, {"Width"}}, failures);
+    EXPECT_EQ(failures[0].verdict, EntryVerdict::Ignored);
 }

@@ -83,14 +83,14 @@ TEST_F(BagCommand, TellsOfACameraThatCannotBeOpened)
     EXPECT_THAT(load.out, Not(HasSubstr("\"info\"")));
     const tests::Json told = tests::lastObject(load, "result");
     EXPECT_EQ(told["result"], "failed");
-    EXPECT_EQ(told["error"], "the camera could not be opened: Another application controls the camera.");
-    EXPECT_EQ(load.err, "EMU-1 S1: the camera could not be opened: Another application controls the "
-                        "camera.\n");
+    const std::string cause = "the camera could not be opened: Another application controls the camera "
+                              "(127.255.255.254:1).";
+    EXPECT_EQ(told["error"], cause);
+    EXPECT_EQ(load.err, "EMU-1 S1: " + cause + '\n');
 
     const Result save = tests::runInProcess({"export", "--all", "--to", folder(), "--format", "bag"});
     EXPECT_EQ(save.code, 1);
-    EXPECT_THAT(save.err, HasSubstr("EMU-1 S1: failed\nEMU-1 S1: the camera could not be opened: Another "
-                                    "application controls the camera.\n"));
+    EXPECT_THAT(save.err, HasSubstr("EMU-1 S1: failed\nEMU-1 S1: " + cause + '\n'));
     EXPECT_THAT(save.out, EndsWith("  not written\n0 exported, 1 failed\n"));
     EXPECT_EQ(fileText(file), before);
 }

@@ -89,7 +89,9 @@ TEST_F(ImportCommand, PrintsTheSignalsAndAResultForEachCameraAsJsonLines)
     const tests::Json refused = tests::lastObject(other, "result");
     EXPECT_EQ(refused["result"], "incompatible");
     EXPECT_EQ(refused["camera"]["number"], 2);
-    EXPECT_EQ(refused["error"], "The file belongs to another model, firmware, board type or version.");
+    EXPECT_EQ(refused["error"], "The file belongs to another model, firmware, board type or version: model "
+                                "EMU-1, the camera has Other.");
+    EXPECT_THAT(other.err, HasSubstr(": model EMU-1, the camera has Other.\n"));
 }
 
 TEST_F(ImportCommand, NamesTheFeaturesThatDidNotTakeTheirValue)
@@ -174,8 +176,30 @@ TEST_F(ImportCommand, TellsOfACameraThatVanishes)
     camera.setFaults(faults);
     const Result run = import(file);
     EXPECT_EQ(run.code, 1);
-    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: the line failed; a part of the file may have been applied.\n"));
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: the line failed at "));
+    EXPECT_THAT(run.err,
+                HasSubstr(": The camera does not answer. A part of the file may have been applied.\n"));
     EXPECT_THAT(run.out, EndsWith("\n1 applied, 0 incomplete, 0 incompatible, 1 failed\n"));
+}
+
+// The job calls it another model; a camera that cannot be asked is no other one.
+TEST_F(ImportCommand, AFirmwareThatCannotBeReadIsNoMismatch)
+{
+    emu::EmulatedCamera& camera = addCamera(
+        "S1", [](emu::CameraConfig& config) { config.description = tests::descriptionWithOneRegister(); });
+    const std::string file = exported("S1");
+    emu::Faults faults;
+    faults.refusals = {{0x10000, 32}};
+    camera.setFaults(faults);
+    const Result run = import(file, {"--all", "--json"});
+    EXPECT_EQ(run.code, 1);
+    const tests::Json told = tests::lastObject(run, "result");
+    EXPECT_EQ(told["result"], "failed");
+    EXPECT_THAT(told["error"].get<std::string>(),
+                ::testing::StartsWith("DeviceFirmwareVersion cannot be read: "));
+    EXPECT_THAT(told["error"].get<std::string>(), EndsWith(" Nothing was written."));
+    EXPECT_EQ(tests::runInProcess({"verify", path(file), "--all"}).code, 1);
+    EXPECT_EQ(tests::runInProcess({"plan", path(file), "--all"}).code, 1);
 }
 
 TEST_F(ImportCommand, DoesNothingWhenASelectorFitsNobody)

@@ -75,7 +75,8 @@ TEST_F(Interrupted, KeepsWhatWasDoneAndSaysSo)
     EXPECT_EQ(run.code, 130);
     EXPECT_EQ(filesInFolder(), QStringList{"EMU-1_Fast.fpk"});
     EXPECT_TRUE(fileText("EMU-1_Fast.fpk").endsWith("</FeaturesFile>"));
-    EXPECT_EQ(run.err, "Interrupted.\n"
+    EXPECT_EQ(run.err, "EMU-1 Slow: interrupted; no file was written.\n"
+                       "Interrupted.\n"
                        "EMU-1 Fast: " +
                            path("EMU-1_Fast.fpk") +
                            "\n"
@@ -85,6 +86,17 @@ TEST_F(Interrupted, KeepsWhatWasDoneAndSaysSo)
     EXPECT_EQ(slowest["camera"]["number"], 2);
     EXPECT_EQ(slowest["result"], "failed");
     EXPECT_TRUE(slowest["path"].is_null());
+}
+
+// The camera library says who has refused its call; nobody but the person at the keyboard has.
+TEST_F(Interrupted, SaysSoOfAFeatureBag)
+{
+    const emu::EmulatedCamera& slow = addSlowCamera("Slow");
+    const Result run = interruptAt(slow, kMiddle, SIGINT,
+                                   {"export", "--all", "--to", folder(), "--format", "bag", "--json"});
+    EXPECT_EQ(run.code, 130);
+    EXPECT_THAT(run.out, HasSubstr("Interrupted."));
+    EXPECT_THAT(run.out + run.err, Not(HasSubstr("observer")));
 }
 
 // The job goes on when the read of its last registers is refused, and writes a file that lacks them.
@@ -106,7 +118,7 @@ TEST_F(Interrupted, KeepsNoFileThatOnlyLooksWhole)
     EXPECT_THAT(run.out, Not(HasSubstr("\"info\"")));
     EXPECT_EQ(allInFolder(), QStringList{"EMU-1_S1.fpk"});
     EXPECT_EQ(fileText("EMU-1_S1.fpk"), whole);
-    EXPECT_EQ(run.err, "Interrupted.\nEMU-1 S1: not written\n");
+    EXPECT_EQ(run.err, "EMU-1 S1: interrupted; no file was written.\nInterrupted.\nEMU-1 S1: not written\n");
     EXPECT_EQ(controlOf(camera), 0u);
 }
 

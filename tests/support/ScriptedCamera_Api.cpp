@@ -185,6 +185,11 @@ KX_API KX_Status KX_CC_GetLastErrorText(KX_HANDLE, char* text, uint32_t capacity
     return KX_OK;
 }
 
+KX_API KX_Status KX_CC_GetController(const KX_DeviceInfo*, KX_Controller*)
+{
+    return KX_E_NOT_SUPPORTED;
+}
+
 KX_API KX_Status KX_CC_SetConnectionLostHandler(KX_HANDLE handle, KX_ConnectionLostHandler handler,
                                                 void* user)
 {

@@ -143,7 +143,10 @@ KX_Status onLine(KX_HANDLE handle, bool parametersAreGood, const Operation& oper
             return KX_E_PARAMETER;
         if (!camera.isOpen())
             return KX_E_HANDLE;
-        return observed(handle, camera, operation, [&]() -> Outcome { return body(camera); });
+        Outcome outcome = observed(handle, camera, operation, [&]() -> Outcome { return body(camera); });
+        if (outcome.status == KX_E_CONNECTION_LOST && outcome.text.empty())
+            outcome.text = camera.lossText();
+        return outcome;
     });
 }
 

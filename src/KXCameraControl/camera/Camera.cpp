@@ -114,6 +114,14 @@ void Camera::connectionLost(KX_Status status)
         handler(user, status);
 }
 
+// A lost port sends nothing; it says why instead.
+std::string Camera::lossText()
+{
+    uint32_t value = 0;
+    m_port->readRegister(0, value);
+    return m_port->lastError();
+}
+
 void Camera::setErrorText(std::string text)
 {
     const std::lock_guard<std::mutex> lock(m_sideMutex);

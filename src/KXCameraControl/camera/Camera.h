@@ -37,6 +37,8 @@ public:
     bool isOpen() const { return m_nodes != nullptr; }
     // Why further calls are vain: KX_OK, or KX_E_CONNECTION_LOST.
     KX_Status lineStatus() const { return m_lost ? KX_E_CONNECTION_LOST : KX_OK; }
+    // Of a connection that is lost.
+    std::string lossText();
 
     void setTimeouts(const PortTimeouts& timeouts) { m_port->setTimeouts(timeouts); }
     uint64_t requestCount() const { return m_port->requestCount(); }

@@ -10,4 +10,7 @@ namespace companion
 // answered, or for some tries.
 QString controllerOf(const ListedCamera& camera);
 
+// Why it could not be opened, a sentence. Asks it who else has control, when that is why.
+QString openingFailure(const KX_DeviceInfo& device, KX_Status status);
+
 } // namespace companion

@@ -1,5 +1,7 @@
 #include "iefeatures/cameras/FeatureReader.h"
 
+#include "iefeatures/cameras/LastError.h"
+
 #include "jobs/file/FeaturesFile.h"
 #include "jobs/rules/ImportRules.h"
 
@@ -76,8 +78,10 @@ QString rangeObjection(const FeatureReader::Reading& reading, const QString& val
 
 KX_Status FeatureReader::note(KX_Status status)
 {
-    if (m_lineStatus == KX_OK && KX_IS_LINE_FAILURE(status))
+    if (m_lineStatus == KX_OK && KX_IS_LINE_FAILURE(status)) {
         m_lineStatus = status;
+        m_lineText = failureText(status, lastErrorText());
+    }
     return status;
 }
 

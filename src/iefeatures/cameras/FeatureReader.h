@@ -50,6 +50,8 @@ public:
 
     // The status of the first call that the line failed; KX_OK: none. Answers since then mean nothing.
     KX_Status lineStatus() const { return m_lineStatus; }
+    // Its cause, a sentence.
+    const QString& lineText() const { return m_lineText; }
 
 private:
     KX_Status note(KX_Status status);
@@ -57,6 +59,7 @@ private:
     const KX_HANDLE m_handle;
     const ie::NodeAccess m_nodes{m_handle, ie::NodeAccess::FailureLog::Silent};
     KX_Status m_lineStatus = KX_OK;
+    QString m_lineText;
 };
 
 // Why the feature would not take a value (in the words of a features file); null: nothing speaks against it.

@@ -1,6 +1,7 @@
 #include "iefeatures/check/CameraCheck.h"
 
 #include "iefeatures/cameras/CameraConnection.h"
+#include "iefeatures/cameras/Controller.h"
 #include "iefeatures/cameras/InParallel.h"
 #include "iefeatures/check/EntryNature.h"
 #include "iefeatures/check/PlainCheck.h"
@@ -16,7 +17,7 @@ namespace
 {
 
 // False: the camera was not asked about all of them.
-bool checkEntries(FeatureReader& reader, const ie::FeaturesContent& file, CheckRule rule,
+bool checkEntries(FeatureReader& reader, const ie::FeaturesContent& file, const CheckRule& rule,
                   const std::function<bool()>& mayGoOn, CameraCheck& check)
 {
     const bool isGigE = check.camera.device.stDeviceInfo.transportType == KX_TRANSPORT_GIGE;
@@ -30,7 +31,7 @@ bool checkEntries(FeatureReader& reader, const ie::FeaturesContent& file, CheckR
         std::vector<EntryCheck> done =
             entry.isComplex ? registers.check(entry.complex) : std::vector<EntryCheck>{plain.check(entry)};
         for (EntryCheck& one : done)
-            tellApart(nature, rule.isStrict, entry.complex.length, one);
+            tellApart(nature, rule, entry.complex.length, one);
         if (reader.lineStatus() != KX_OK)
             return false;
         check.entries.insert(check.entries.end(), done.begin(), done.end());
@@ -51,21 +52,29 @@ std::vector<EntryCheck> dangersTo(const ListedCamera& camera, const ie::Features
     return dangersIn(file, reader, skips, camera.device.stDeviceInfo.transportType == KX_TRANSPORT_GIGE);
 }
 
-void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, CheckRule rule,
+void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, const CheckRule& rule,
                      const std::function<bool()>& mayGoOn, CameraCheck& check)
 {
-    const auto read = [&](ie::FeatureKind kind, const QString& name) { return reader.read(kind, name); };
+    QString unread; // who cannot be asked is no other camera
+    const auto read = [&](ie::FeatureKind kind, const QString& name) {
+        const FeatureReader::Reading reading = reader.read(kind, name);
+        if (reading.status != KX_OK && reading.status != KX_E_GC_PROPERTY)
+            unread = name + " cannot be read: " + KX_CC_StatusText(reading.status);
+        return reading;
+    };
     check.identity =
         ie::compareIdentity(file.header, check.camera.device.stDeviceInfo, read, ie::IdentityDepth::All);
     if (reader.lineStatus() == KX_OK && !ie::isGood(check.identity))
-        return conclude(check, CameraVerdict::Incompatible, incompatibleText());
+        return unread.isEmpty()
+                   ? conclude(check, CameraVerdict::Incompatible, incompatibleText(check.identity))
+                   : conclude(check, CameraVerdict::Failed, unread);
     if (rule.mode == CheckMode::Plan && !rule.isForced)
         check.entries = dangersTo(check.camera, file, reader);
     if (!check.entries.empty())
         return conclude(check, CameraVerdict::BadFile, dangerText(check.entries));
     const bool isDone = reader.lineStatus() == KX_OK && checkEntries(reader, file, rule, mayGoOn, check);
     if (reader.lineStatus() != KX_OK)
-        return conclude(check, CameraVerdict::Failed, KX_CC_StatusText(reader.lineStatus()));
+        return conclude(check, CameraVerdict::Failed, reader.lineText());
     if (!isDone)
         return conclude(check, CameraVerdict::Interrupted);
     const auto good = rule.mode == CheckMode::Plan ? CameraVerdict::Ready : CameraVerdict::Applied;
@@ -74,9 +83,38 @@ void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, Che
 
 } // namespace
 
-QString incompatibleText()
+QString identityWord(ie::IdentityComparison::What what)
 {
-    return "The file belongs to another model, firmware, board type or version.";
+    switch (what) {
+    case ie::IdentityComparison::What::VersionGiven:
+        return "version given";
+    case ie::IdentityComparison::What::Version:
+        return "version";
+    case ie::IdentityComparison::What::BoardType:
+        return "board type";
+    case ie::IdentityComparison::What::Firmware:
+        return "firmware";
+    case ie::IdentityComparison::What::Model:
+        break;
+    }
+    return "model";
+}
+
+QString incompatibleText(const ie::IdentityComparisons& identity)
+{
+    QStringList parts;
+    for (const ie::IdentityComparison& line : identity) {
+        if (line.outcome != ie::IdentityComparison::Outcome::Bad)
+            continue;
+        if (line.what == ie::IdentityComparison::What::VersionGiven)
+            parts += "it names no version";
+        else
+            parts += QString("%1 %2, the camera has %3")
+                         .arg(identityWord(line.what), line.fileValue.isNull() ? "not given" : line.fileValue,
+                              line.cameraValue.isNull() ? "none" : line.cameraValue);
+    }
+    const QString text = "The file belongs to another model, firmware, board type or version";
+    return text + (parts.isEmpty() ? QString() : ": " + parts.join("; ")) + '.';
 }
 
 void EntryCheck::judge(EntryVerdict of, const QString& why)
@@ -105,6 +143,7 @@ bool isAmiss(const EntryCheck& entry)
     case EntryVerdict::State:
     case EntryVerdict::Session:
     case EntryVerdict::Automatic:
+    case EntryVerdict::Ignored:
         return false;
     default:
         return true;
@@ -126,7 +165,7 @@ CameraVerdict verdictOn(const std::vector<EntryCheck>& entries, CameraVerdict go
     return std::any_of(entries.begin(), entries.end(), isAmiss) ? CameraVerdict::Incomplete : good;
 }
 
-CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, CheckRule rule,
+CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, const CheckRule& rule,
                         const std::function<bool()>& mayGoOn)
 {
     CameraCheck check;
@@ -135,7 +174,8 @@ CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& f
         return check;
     const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
     if (connection.status() != KX_OK) {
-        conclude(check, CameraVerdict::Failed, KX_CC_StatusText(connection.status()));
+        conclude(check, CameraVerdict::Failed,
+                 openingFailure(camera.device.stDeviceInfo, connection.status()));
         return check;
     }
     FeatureReader reader(connection.handle());
@@ -144,7 +184,7 @@ CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& f
 }
 
 std::vector<CameraCheck> checkCameras(const std::vector<ListedCamera>& cameras,
-                                      const ie::FeaturesContent& file, CheckRule rule,
+                                      const ie::FeaturesContent& file, const CheckRule& rule,
                                       const std::function<bool()>& mayGoOn)
 {
     std::vector<CameraCheck> checks(cameras.size());

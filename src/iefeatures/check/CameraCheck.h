@@ -4,6 +4,8 @@
 #pragma once
 
 #include "iefeatures/cameras/ListedCamera.h"
+#include "iefeatures/cameras/NamePatterns.h"
+#include "iefeatures/cameras/NamedNatures.h"
 #include "iefeatures/console/Verdict.h"
 
 #include "jobs/file/FeaturesFile.h"
@@ -28,13 +30,15 @@ enum class CheckMode
 struct CheckRule
 {
     // Strict: what streaming programs and automatic functions set counts like any setting.
+    // Ignored: features, "*" for any characters, that do not count, beside those that change by themselves.
     // Forced: of a plan, that no import should write what it would (WriteSafety.h) is passed over.
-    CheckRule(CheckMode of, bool strict = false, bool forced = false)
-        : mode(of), isStrict(strict), isForced(forced)
+    CheckRule(CheckMode of, bool strict = false, const QStringList& ignore = {}, bool forced = false)
+        : mode(of), isStrict(strict), ignored(changingByThemselves() + ignore), isForced(forced)
     {}
 
     CheckMode mode;
     bool isStrict;
+    NamePatterns ignored;
     bool isForced;
 };
 
@@ -73,20 +77,22 @@ struct CameraCheck
     QStringList notApplied() const; // the titles of what is amiss
 };
 
-// The error of an incompatible file.
-QString incompatibleText();
+// The error of an incompatible file: what it had to prove and has not, with both values.
+QString incompatibleText(const ie::IdentityComparisons& identity);
+// "board type", "firmware"
+QString identityWord(ie::IdentityComparison::What what);
 
 // What entries come to: `good`, or Incomplete when one is amiss.
 CameraVerdict verdictOn(const std::vector<EntryCheck>& entries, CameraVerdict good);
 
 // `mayGoOn` is asked before each entry, from the thread of the check.
-CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, CheckRule rule,
+CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, const CheckRule& rule,
                         const std::function<bool()>& mayGoOn);
 
 // All at the same time, in the order of `cameras`; one that fails does not stop the others. Blocks until all
 // are over.
 std::vector<CameraCheck> checkCameras(const std::vector<ListedCamera>& cameras,
-                                      const ie::FeaturesContent& file, CheckRule rule,
+                                      const ie::FeaturesContent& file, const CheckRule& rule,
                                       const std::function<bool()>& mayGoOn);
 
 } // namespace companion

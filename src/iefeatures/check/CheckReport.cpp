@@ -11,23 +11,6 @@ namespace companion
 namespace
 {
 
-QString whatWord(ie::IdentityComparison::What what)
-{
-    switch (what) {
-    case ie::IdentityComparison::What::VersionGiven:
-        return "version given";
-    case ie::IdentityComparison::What::Version:
-        return "version";
-    case ie::IdentityComparison::What::BoardType:
-        return "board type";
-    case ie::IdentityComparison::What::Firmware:
-        return "firmware";
-    case ie::IdentityComparison::What::Model:
-        break;
-    }
-    return "model";
-}
-
 QString outcomeWord(ie::IdentityComparison::Outcome outcome)
 {
     switch (outcome) {
@@ -52,7 +35,7 @@ QString identityLines(const CameraCheck& check, Detail detail)
     for (const ie::IdentityComparison& line : check.identity)
         if (detail == Detail::All || line.outcome != ie::IdentityComparison::Outcome::Good)
             text += QString("  %1: %2, file %3, camera %4\n")
-                        .arg(whatWord(line.what), outcomeWord(line.outcome),
+                        .arg(identityWord(line.what), outcomeWord(line.outcome),
                              printable(quoted(line.fileValue)), printable(quoted(line.cameraValue)));
     return text;
 }
@@ -75,6 +58,7 @@ QString valuesText(const EntryCheck& entry)
     case EntryVerdict::State:
     case EntryVerdict::Session:
     case EntryVerdict::Automatic:
+    case EntryVerdict::Ignored:
     case EntryVerdict::Coerced:
     case EntryVerdict::NotApplied:
     case EntryVerdict::NotWritable:
@@ -143,7 +127,7 @@ QString countsLine(const CameraCheck& check)
 
 Json identityJson(const ie::IdentityComparison& line)
 {
-    return {{"check", json(whatWord(line.what))},
+    return {{"check", json(identityWord(line.what))},
             {"verdict", json(outcomeWord(line.outcome))},
             {"file", jsonUnlessNull(line.fileValue)},
             {"camera", jsonUnlessNull(line.cameraValue)}};

@@ -7,6 +7,7 @@ namespace companion
 namespace
 {
 
+const char* const kIgnored = "changes by itself, or is to be ignored";
 constexpr qint64 kWord = 4; // bytes: registers that jobs were seen to fail at are told without a length
 
 EntryVerdict verdictOf(Nature::Kind kind)
@@ -31,19 +32,22 @@ Nature natureOf(FeatureNature& nature, qint64 length, const EntryCheck& entry)
 } // namespace
 
 // What is broken in the file is the file's fault, whatever the feature is.
-void tellApart(FeatureNature& nature, bool isStrict, qint64 length, EntryCheck& entry)
+void tellApart(FeatureNature& nature, const CheckRule& rule, qint64 length, EntryCheck& entry)
 {
     const bool differs = isAmiss(entry) || entry.verdict == EntryVerdict::WouldChange;
     if (!differs || entry.verdict == EntryVerdict::Broken)
         return;
     const Nature found = natureOf(nature, length, entry);
-    if (found.kind == Nature::Kind::Setting || (isStrict && found.kind != Nature::Kind::State))
+    if (found.kind == Nature::Kind::State || (found.kind != Nature::Kind::Setting && !rule.isStrict))
+        entry.judge(verdictOf(found.kind), found.reason);
+    else if (rule.ignored.match(entry.feature))
+        entry.judge(EntryVerdict::Ignored, kIgnored);
+    else
         return;
-    entry.judge(verdictOf(found.kind), found.reason);
     entry.warnings.clear();
 }
 
-void tellApart(const ListedCamera& camera, const FeatureNature::Settled& settled,
+void tellApart(const ListedCamera& camera, const FeatureNature::Settled& settled, const CheckRule& rule,
                std::vector<EntryCheck>& failures)
 {
     const KX_DeviceInfo& device = camera.device.stDeviceInfo;
@@ -53,7 +57,7 @@ void tellApart(const ListedCamera& camera, const FeatureNature::Settled& settled
     FeatureReader reader(connection.handle());
     FeatureNature nature(reader, device.transportType == KX_TRANSPORT_GIGE, settled);
     for (EntryCheck& failure : failures)
-        tellApart(nature, false, kWord, failure);
+        tellApart(nature, rule, kWord, failure);
 }
 
 } // namespace companion

@@ -66,6 +66,7 @@ void CheckCommand::addOptions(CLI::App& app)
     m_search.addKeepGoing(app);
     app.add_flag("--strict", m_isStrict, "Count also what streaming programs and automatic functions set");
     app.add_flag("--details", m_isDetailed, kDetailsHelp);
+    addIgnoreOption(app, m_ignored);
     app.add_flag("--json", m_json, "One JSON object a line for each camera");
 }
 
@@ -83,7 +84,8 @@ int CheckCommand::execute(World& world)
         return code;
     }
     const Interrupt interrupt;
-    const CheckTask task{{mode(), m_isStrict}, m_isDetailed ? Detail::All : Detail::Attention, m_json};
+    const CheckTask task{
+        {mode(), m_isStrict, patternsOf(m_ignored)}, m_isDetailed ? Detail::All : Detail::Attention, m_json};
     return search.codeOf(runCheck(world.console, jobs(search.cameras()), task, m_folder));
 }
 

@@ -8,6 +8,7 @@
 #include "iefeatures/imports/ImportFiles.h"
 
 #include <string>
+#include <vector>
 
 namespace companion
 {
@@ -42,6 +43,7 @@ private:
     std::string m_file;
     bool m_isStrict = false;
     bool m_isDetailed = false;
+    std::vector<std::string> m_ignored;
     bool m_json = false;
 };
 

@@ -2,6 +2,7 @@
 
 #include "iefeatures/cameras/CameraConnection.h"
 #include "iefeatures/cameras/CameraJson.h"
+#include "iefeatures/cameras/Controller.h"
 #include "iefeatures/cameras/InParallel.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
@@ -78,7 +79,7 @@ GetCommand::Reading GetCommand::read(const ListedCamera& camera) const
     reading.camera = camera;
     const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
     if (connection.status() != KX_OK) {
-        reading.problem = KX_CC_StatusText(connection.status());
+        reading.problem = openingFailure(camera.device.stDeviceInfo, connection.status());
         return reading;
     }
     FeatureReader reader(connection.handle());

@@ -34,6 +34,7 @@ void ImportCommand::addOptions(CLI::App& app)
     m_options.addUserSet(app);
     m_options.addAudit(app);
     m_options.addDetails(app);
+    m_options.addIgnored(app);
     JobCommand::addOptions(app);
 }
 
@@ -135,8 +136,10 @@ QStringList ImportCommand::onlyNames() const
 int ImportCommand::import(Console& console, const std::vector<ImportJob>& jobs) const
 {
     if (m_isDryRun)
-        return runCheck(console, jobs,
-                        {{CheckMode::Plan, false, m_isForced}, m_options.detail(), wantsJson()}, m_folder);
+        return runCheck(
+            console, jobs,
+            {{CheckMode::Plan, false, m_options.ignored(), m_isForced}, m_options.detail(), wantsJson()},
+            m_folder);
     ImportTask task;
     task.command = name();
     task.only = onlyNames();

@@ -1,9 +1,27 @@
 #include "iefeatures/commands/ImportOptions.h"
 
+#include "iefeatures/console/OptionChecks.h"
+
 #include <CLI/CLI.hpp>
 
 namespace companion
 {
+
+void addIgnoreOption(CLI::App& app, std::vector<std::string>& names)
+{
+    app.add_option("--ignore", names,
+                   "Do not count these features when they differ; * stands for any characters")
+        ->type_name("NAME")
+        ->check(isGiven("Name a feature."));
+}
+
+QStringList patternsOf(const std::vector<std::string>& names)
+{
+    QStringList patterns;
+    for (const std::string& name : names)
+        patterns += QString::fromStdString(name);
+    return patterns;
+}
 
 void ImportOptions::addSnapshot(CLI::App& app)
 {
@@ -48,6 +66,11 @@ QString ImportOptions::outputProblem() const
     return folder.isEmpty() ? QString() : snapshotFolderProblem(folder);
 }
 
+void ImportOptions::addIgnored(CLI::App& app)
+{
+    addIgnoreOption(app, m_ignored);
+}
+
 void ImportOptions::fill(ImportTask& task) const
 {
     task.snapshots = QString::fromStdString(m_snapshots);
@@ -56,6 +79,7 @@ void ImportOptions::fill(ImportTask& task) const
     task.userSet = {QString::fromStdString(m_userSet), m_isForStartUp};
     task.audit = m_audit.rule();
     task.detail = detail();
+    task.ignored = ignored();
 }
 
 } // namespace companion

@@ -5,6 +5,7 @@
 #include "iefeatures/imports/ImportProcedure.h"
 
 #include <string>
+#include <vector>
 
 namespace CLI
 {
@@ -16,6 +17,10 @@ namespace companion
 
 inline constexpr char kDetailsHelp[] = "Tell all that is not as the file says, not only what needs attention";
 
+// --ignore, for all that compare: adds what `names` take.
+void addIgnoreOption(CLI::App& app, std::vector<std::string>& names);
+QStringList patternsOf(const std::vector<std::string>& names);
+
 class ImportOptions
 {
 public:
@@ -24,8 +29,10 @@ public:
     void addUserSet(CLI::App& app);
     void addAudit(CLI::App& app);
     void addDetails(CLI::App& app);
+    void addIgnored(CLI::App& app);
 
     bool isVerified() const { return m_isVerified || !m_userSet.empty(); }
+    QStringList ignored() const { return patternsOf(m_ignored); }
     Detail detail() const { return m_isDetailed ? Detail::All : Detail::Attention; }
     // A sentence when snapshots cannot be taken for the folder, or an empty text. No camera is asked.
     QString outputProblem() const;
@@ -41,6 +48,7 @@ private:
     bool m_isForStartUp = false;
     AuditOptions m_audit;
     bool m_isDetailed = false;
+    std::vector<std::string> m_ignored;
 };
 
 } // namespace companion

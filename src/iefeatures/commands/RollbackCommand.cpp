@@ -68,6 +68,7 @@ void RollbackCommand::addOptions(CLI::App& app)
     app.add_flag("--json", m_json, "JSON lines instead of text");
     m_options.addAudit(app);
     m_options.addDetails(app);
+    m_options.addIgnored(app);
     m_log.addOptions(app);
 }
 

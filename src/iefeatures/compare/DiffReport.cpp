@@ -1,8 +1,8 @@
 #include "iefeatures/compare/DiffReport.h"
 
 #include "iefeatures/cameras/CameraJson.h"
-#include "iefeatures/compare/RegisterText.h"
 #include "iefeatures/console/JsonLine.h"
+#include "iefeatures/console/RegisterText.h"
 #include "iefeatures/console/Text.h"
 
 namespace companion

@@ -1,6 +1,6 @@
 #include "iefeatures/compare/FeatureComparison.h"
 
-#include "iefeatures/compare/RegisterText.h"
+#include "iefeatures/console/RegisterText.h"
 
 #include <QHash>
 #include <QMap>

@@ -1,7 +1,7 @@
 #include "iefeatures/compare/FeaturesReport.h"
 
-#include "iefeatures/compare/RegisterText.h"
 #include "iefeatures/console/JsonLine.h"
+#include "iefeatures/console/RegisterText.h"
 #include "iefeatures/console/Text.h"
 
 namespace companion

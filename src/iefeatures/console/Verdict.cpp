@@ -64,15 +64,17 @@ QString verdictWord(EntryVerdict verdict)
     case EntryVerdict::Session:
         return "session";
     case EntryVerdict::Automatic:
+        return "automatic";
+    case EntryVerdict::Ignored:
         break;
     }
-    return "automatic";
+    return "ignored";
 }
 
 bool isNoSetting(EntryVerdict verdict)
 {
     return verdict == EntryVerdict::State || verdict == EntryVerdict::Session ||
-           verdict == EntryVerdict::Automatic;
+           verdict == EntryVerdict::Automatic || verdict == EntryVerdict::Ignored;
 }
 
 } // namespace companion

@@ -43,19 +43,20 @@ enum class EntryVerdict
     Absent,      // the camera has no such feature
     Broken,      // nothing that an import could apply, or it would have ended before this
     // It differs, and is nobody's setting:
-    State,    // never written, tells one unit from another, or is a window of data
-    Session,  // otherwise while a program streams from the camera
-    Automatic // moved by an automatic function
+    State,     // never written, tells one unit from another, or is a window of data
+    Session,   // otherwise while a program streams from the camera
+    Automatic, // moved by an automatic function
+    Ignored    // changes by itself, or nobody wants to be told
 };
 constexpr EntryVerdict kEntryVerdicts[] = {
     EntryVerdict::Applied,    EntryVerdict::Unchanged, EntryVerdict::WouldChange, EntryVerdict::Coerced,
     EntryVerdict::NotApplied, EntryVerdict::Skipped,   EntryVerdict::NotWritable, EntryVerdict::OutOfRange,
     EntryVerdict::Absent,     EntryVerdict::Broken,    EntryVerdict::State,       EntryVerdict::Session,
-    EntryVerdict::Automatic};
+    EntryVerdict::Automatic,  EntryVerdict::Ignored};
 
 // "would change"
 QString verdictWord(EntryVerdict verdict);
-// Whether it is State, Session or Automatic.
+// Whether it is State, Session, Automatic or Ignored.
 bool isNoSetting(EntryVerdict verdict);
 
 } // namespace companion

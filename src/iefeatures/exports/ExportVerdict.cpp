@@ -109,6 +109,19 @@ State stateOf(const JobOutcome& job, const CallWatch::Tally& tally)
     return job.hasFailed || tally.wasRefused || !tally.wasOpened ? State::Failed : State::Written;
 }
 
+// "Failed to save feature." has many; the camera library's text about a feature bag has its own.
+QString causeOf(const ExportResult& result, const CallWatch::Findings& findings)
+{
+    if (result.tally.wasRefused)
+        return "interrupted; no file was written.";
+    if (!result.tally.wasOpened)
+        return openRemark(findings);
+    if (!findings.bagText.isEmpty())
+        return {};
+    const QString unread = unreadableRemark(findings, {"DeviceFirmwareVersion"});
+    return unread.isEmpty() || findings.lineFailure ? lineRemark(findings) : unread;
+}
+
 QString stateWord(const ExportResult& result)
 {
     switch (result.state) {
@@ -162,8 +175,9 @@ QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings&
     if (result.state == State::Written && result.job.type == JOB_FEATURE_BAG_EXPORT && result.features == 0)
         remarks += "the feature bag is empty: the camera's description calls no feature streamable. Export a "
                    "features file (--format xml) instead.";
-    if (result.state == State::Failed && !result.tally.wasOpened)
-        remarks += openRemark(findings);
+    if (result.state == State::Failed)
+        remarks += causeOf(result, findings);
+    remarks.removeAll({});
     return remarks + printableLines(findings.bagText);
 }
 

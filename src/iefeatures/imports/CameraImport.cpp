@@ -34,6 +34,7 @@ CameraCheck reportOfJobs(const CameraImport& result)
     report.verdict = result.jobs.empty() ? CameraVerdict::NotStarted : CameraVerdict::Applied;
     for (const ImportOutcome& job : result.jobs) {
         add(report, job.verdict, importError(job));
+        report.identity.insert(report.identity.end(), job.identity.begin(), job.identity.end());
         const std::vector<EntryCheck> failed = failedEntries(job);
         report.entries.insert(report.entries.end(), failed.begin(), failed.end());
     }

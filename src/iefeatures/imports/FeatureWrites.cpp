@@ -1,6 +1,7 @@
 #include "iefeatures/imports/FeatureWrites.h"
 
 #include "iefeatures/cameras/CameraConnection.h"
+#include "iefeatures/cameras/Controller.h"
 #include "iefeatures/cameras/LiveFeature.h"
 
 #include <cmath>
@@ -28,7 +29,7 @@ public:
             const EntryCheck entry = assignment.isCommand ? execute(assignment) : write(assignment);
             m_result.check.entries.push_back(entry);
             if (m_reader.lineStatus() != KX_OK)
-                return conclude(CameraVerdict::Failed, KX_CC_StatusText(m_reader.lineStatus()));
+                return conclude(CameraVerdict::Failed, m_reader.lineText());
             if (isAmiss(entry))
                 return conclude(CameraVerdict::Incomplete, {});
         }
@@ -149,8 +150,8 @@ FeatureWrites writeFeatures(const ListedCamera& camera, const std::vector<Assign
     const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
     if (connection.status() != KX_OK) {
         result.check.verdict = CameraVerdict::Failed;
-        result.check.error =
-            QString("the camera could not be opened: ") + KX_CC_StatusText(connection.status());
+        result.check.error = QString("the camera could not be opened: ") +
+                             openingFailure(camera.device.stDeviceInfo, connection.status());
         return result;
     }
     Writer(connection.handle(), result).run(assignments, mayGoOn);

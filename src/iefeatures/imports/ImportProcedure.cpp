@@ -81,7 +81,8 @@ ImportTraces tracesOf(const CameraImport& result)
 } // namespace
 
 ImportProcedure::ImportProcedure(Console& console, const ImportTask& task)
-    : m_console(console), m_task(task), m_audit(console, task.audit)
+    : m_console(console), m_task(task), m_rule(CheckMode::Verify, false, task.ignored),
+      m_audit(console, task.audit)
 {}
 
 int ImportProcedure::run(const std::vector<ImportJob>& jobs)
@@ -261,13 +262,14 @@ void ImportProcedure::tellFailuresApart(const CameraImport& result, ImportOutcom
     std::vector<EntryCheck> failures = failedEntries(outcome);
     if (outcome.verdict != CameraVerdict::Incomplete || failures.empty())
         return;
-    tellApart(result.camera, result.files->named.values, failures);
+    tellApart(result.camera, result.files->named.values, m_rule, failures);
     settle(outcome, failures);
 }
 
 // A second job that an interrupt has kept from its start leaves the camera half done.
 void ImportProcedure::settleOutcome(CameraImport& result, ImportOutcome outcome)
 {
+    identify(outcome, result.files->input.content.header);
     if (outcome.verdict == CameraVerdict::NotStarted && !result.jobs.empty())
         outcome.verdict = CameraVerdict::Interrupted;
     result.jobs.push_back(outcome);
@@ -283,8 +285,8 @@ void ImportProcedure::verify()
                        [](const CameraImport* result) { return result->files->features.isEmpty(); }),
         results.end());
     inParallel(results.size(), [&](size_t i) {
-        CameraCheck check = checkCamera(results[i]->camera, results[i]->files->input.content,
-                                        CheckMode::Verify, [] { return !Interrupt::isRequested(); });
+        CameraCheck check = checkCamera(results[i]->camera, results[i]->files->input.content, m_rule,
+                                        [] { return !Interrupt::isRequested(); });
         layOver(check, tracesOf(*results[i]));
         results[i]->check = check;
     });

@@ -22,6 +22,7 @@ struct ImportTask
     QString snapshots;                           // folder to take snapshots into; empty: none
     Unreadable unreadable = Unreadable::Refused; // of snapshots
     bool isVerified = false;                     // against the features file, where there is one
+    QStringList ignored;                         // features whose difference does not count
     UserSet userSet;                             // saved where the verification is clean
     std::optional<ListedCamera> source;          // that the files are of, and were made for this task alone
     QStringList only;          // that features files were cut down to; empty: they are whole
@@ -72,6 +73,7 @@ private:
 
     Console& m_console;
     const ImportTask m_task;
+    const CheckRule m_rule; // behind the import
     AuditTrail m_audit;
     std::map<SharedImportFiles, std::vector<AuditFile>> m_auditFiles;
     std::vector<CameraImport> m_results;

@@ -14,6 +14,8 @@ namespace
 
 constexpr int kMostNamed = 20; // in messages for people
 
+const QStringList kIdentity = {"BoardDeviceType", "DeviceFirmwareVersion"}; // read from the camera
+
 bool hasLineFailed(const std::vector<FailedCall>& failures)
 {
     return std::any_of(failures.begin(), failures.end(),
@@ -71,7 +73,10 @@ CameraVerdict verdictOn(const JobRecord& record)
     if (record.job.type == JOB_FEATURE_BAG_IMPORT)
         return verdictOnBag(record);
     // A firmware that could not be asked is no other firmware.
-    return hasLineFailed(record.findings.failures) ? CameraVerdict::Failed : verdictOnFeaturesFile(record);
+    const bool isUnknown =
+        record.job.errorCode == IMPORT_ERR_MODEL && !unreadableRemark(record.findings, kIdentity).isEmpty();
+    return hasLineFailed(record.findings.failures) || isUnknown ? CameraVerdict::Failed
+                                                                : verdictOnFeaturesFile(record);
 }
 
 std::vector<EntryCheck> failedCalls(const JobRecord& record)
@@ -112,6 +117,16 @@ auto countOf(const std::vector<ImportOutcome>& results, const std::vector<Camera
     });
 }
 
+QString causeOfFailure(const CallWatch::Findings& findings)
+{
+    const QString unread = unreadableRemark(findings, kIdentity);
+    if (!unread.isEmpty() && !findings.lineFailure)
+        return unread + " Nothing was written.";
+    const QString line = lineRemark(findings);
+    return (line.isEmpty() ? QString("the line failed.") : line) +
+           " A part of the file may have been applied.";
+}
+
 } // namespace
 
 std::vector<EntryCheck> failedEntries(const ImportOutcome& result)
@@ -127,7 +142,21 @@ std::vector<EntryCheck> failedEntries(const ImportOutcome& result)
 
 ImportOutcome examineImport(const JobRecord& record)
 {
-    return {record, verdictOn(record), {}};
+    return {record, verdictOn(record)};
+}
+
+void identify(ImportOutcome& result, const ie::FeaturesHeader& file)
+{
+    if (result.verdict != CameraVerdict::Incompatible)
+        return;
+    const ObservedChanges& observed = result.record.findings.changes;
+    const auto read = [&](ie::FeatureKind, const QString& name) {
+        ie::FeatureReading reading;
+        reading.text = observed.value(name);
+        return reading;
+    };
+    result.identity = ie::compareIdentity(file, result.record.job.camera.device.stDeviceInfo, read,
+                                          ie::IdentityDepth::UpToTheFirstBad);
 }
 
 // A broken block has kept the job from what comes behind it.
@@ -164,13 +193,13 @@ QString importError(const ImportOutcome& result)
         return "the file has a broken register block; what comes before it was applied.";
     switch (result.verdict) {
     case CameraVerdict::Incompatible:
-        return incompatibleText();
+        return incompatibleText(result.identity);
     case CameraVerdict::BadFile:
         return "the file is no such file; nothing was written.";
     case CameraVerdict::UnreadableFile:
         return "the file cannot be read; nothing was written.";
     case CameraVerdict::Failed:
-        return "the line failed; a part of the file may have been applied.";
+        return causeOfFailure(record.findings);
     default:
         return {};
     }
@@ -184,7 +213,9 @@ QStringList importRemarks(const ImportOutcome& result)
     const bool isPartial = record.tally.wasOpened && (result.verdict == CameraVerdict::Incomplete ||
                                                       result.verdict == CameraVerdict::Failed);
     QStringList remarks;
-    if (isSilent)
+    const bool hasCause =
+        result.verdict == CameraVerdict::Incompatible || result.verdict == CameraVerdict::Failed;
+    if (isSilent || hasCause)
         remarks += importError(result);
     if (isPartial)
         remarks += failureSentences(isBag ? failedCalls(record) : failedEntries(result));

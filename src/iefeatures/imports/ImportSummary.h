@@ -18,10 +18,15 @@ struct ImportOutcome
 {
     JobRecord record;
     CameraVerdict verdict = CameraVerdict::NotStarted;
-    std::vector<EntryCheck> judged; // what it was seen not to apply, once settle() was told; empty before
+    ie::IdentityComparisons identity = {}; // of an incompatible file, once identify() was told
+    std::vector<EntryCheck> judged =
+        {}; // what it was seen not to apply, once settle() was told; empty before
 };
 
 ImportOutcome examineImport(const JobRecord& record);
+
+// Of an incompatible file: what the job was seen to compare.
+void identify(ImportOutcome& result, const ie::FeaturesHeader& file);
 
 // Gives the failed registers the names of the features that the features file has them under.
 void nameRegisters(const NamedFeatures::Blocks& names, ImportOutcome& result);

@@ -1,6 +1,9 @@
 #include "iefeatures/running/CallWatch.h"
 
+#include "iefeatures/cameras/Controller.h"
 #include "iefeatures/cameras/LastError.h"
+#include "iefeatures/console/RegisterText.h"
+#include "iefeatures/console/Text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,6 +18,11 @@ bool isRead(uint32_t operation)
     return (operation >= KX_OP_GET_BOOL && operation <= KX_OP_GET_STRING) || operation == KX_OP_READ_MEMORY;
 }
 
+bool isOnMemory(const KX_CallEvent& event)
+{
+    return event.operation == KX_OP_READ_MEMORY || event.operation == KX_OP_WRITE_MEMORY;
+}
+
 bool isBag(uint32_t operation)
 {
     return operation == KX_OP_FEATURE_SAVE || operation == KX_OP_FEATURE_LOAD;
@@ -27,19 +35,10 @@ CallWatch::CallWatch(const std::vector<ListedCamera>& cameras, std::function<boo
     : m_refuse(std::move(refuse)), m_refusal(refusal)
 {
     for (const ListedCamera& camera : cameras) {
-        m_entries.push_back({camera.device.nDeviceID,
-                             camera.device.stDeviceInfo,
-                             {},
-                             {},
-                             KX_OK,
-                             {},
-                             {},
-                             KX_OK,
-                             expected ? expected(camera) : nullptr,
-                             {},
-                             {},
-                             nullptr});
-        Entry& entry = m_entries.back();
+        Entry& entry = m_entries.emplace_back();
+        entry.deviceId = camera.device.nDeviceID;
+        entry.info = camera.device.stDeviceInfo;
+        entry.expected = expected ? expected(camera) : nullptr;
         entry.tally.expected = entry.expected ? entry.expected->names.size() : 0;
     }
     KX_CC_SetCallObserver(nullptr, &CallWatch::observe, this);
@@ -66,12 +65,22 @@ CallWatch::Tally CallWatch::tally(int deviceId) const
 
 CallWatch::Findings CallWatch::findings(int deviceId) const
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    const Entry* entry = entryOf(deviceId);
-    if (!entry)
-        return {};
-    return {entry->failedCalls.failures(), entry->bagStatus, entry->bagText, entry->changes,
-            entry->openStatus};
+    Findings found;
+    KX_DeviceInfo device{};
+    KX_Status openStatus = KX_OK;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const Entry* entry = entryOf(deviceId);
+        if (!entry)
+            return found;
+        found = entry->findings;
+        found.failures = entry->failedCalls.failures();
+        device = entry->info;
+        openStatus = entry->openStatus;
+    }
+    if (openStatus != KX_OK)
+        found.openingFailure = openingFailure(device, openStatus);
+    return found;
 }
 
 void CallWatch::release(int deviceId)
@@ -107,6 +116,7 @@ int CallWatch::take(const KX_CallEvent& event)
         takeFinished(event, *entry);
         return false;
     }
+    takeLineText(event, entry->findings);
     const bool isRefused = refuses(event, *entry);
     tally.wasRefused = tally.wasRefused || isRefused;
     return isRefused;
@@ -127,7 +137,7 @@ QString CallWatch::featureOf(const KX_CallEvent& event, const Entry& entry)
 {
     if (event.nodeName)
         return QString::fromUtf8(event.nodeName);
-    if (event.operation != KX_OP_READ_MEMORY && event.operation != KX_OP_WRITE_MEMORY)
+    if (!isOnMemory(event))
         return {};
     if (!entry.expected)
         return QString::number(event.address);
@@ -151,20 +161,68 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
         entry.openStatus = event.status;
         (event.status == KX_OK ? tally.wasOpened : tally.hasOpenFailed) = true;
     }
+    takeFailure(event, entry.findings);
     entry.failedCalls.take(event);
-    entry.changes.take(event);
+    Findings& found = entry.findings;
+    found.changes.take(event);
     if (isBag(event.operation))
-        entry.bagStatus = event.status;
+        found.bagStatus = event.status;
     // The bag's text is there once its call has returned; closing is what comes next on this thread.
-    if (event.operation == KX_OP_CLOSE && entry.bagStatus != KX_OK)
-        entry.bagText = lastErrorText();
+    if (event.operation == KX_OP_CLOSE && found.bagStatus != KX_OK)
+        found.bagText = withInterruption(lastErrorText());
+}
+
+void CallWatch::takeFailure(const KX_CallEvent& event, Findings& found)
+{
+    if (tellsLineFailure(event) && event.operation != KX_OP_OPEN && !found.lineFailure)
+        found.lineFailure = {event.nodeName ? QString::fromUtf8(event.nodeName) : QString(),
+                             isOnMemory(event), event.address, event.status};
+    if (!event.nodeName || !isRead(event.operation))
+        return;
+    const QString feature = QString::fromUtf8(event.nodeName);
+    if (event.status == KX_OK || event.status == KX_E_GC_PROPERTY || event.status == KX_E_ABORTED)
+        found.unreadable.erase(feature);
+    else
+        found.unreadable[feature] = event.status;
+}
+
+// The text about a call is there once it has returned, so it is looked for at the next one of its thread. Of
+// a feature bag the calls are told while its own has not returned.
+void CallWatch::takeLineText(const KX_CallEvent& event, Findings& found)
+{
+    if (found.lineFailure && found.lineText.isEmpty() && !isBag(event.operation))
+        found.lineText = failureText(found.lineFailure->status, lastErrorText());
 }
 
 QString openRemark(const CallWatch::Findings& findings)
 {
-    if (findings.openStatus == KX_OK)
-        return "the camera could not be opened.";
-    return QString("the camera could not be opened: ") + KX_CC_StatusText(findings.openStatus);
+    const QString& cause = findings.openingFailure;
+    return "the camera could not be opened" + (cause.isEmpty() ? "." : ": " + cause);
+}
+
+QString lineRemark(const CallWatch::Findings& findings)
+{
+    if (!findings.lineFailure)
+        return {};
+    const FailedCall& call = *findings.lineFailure;
+    const QString where = call.isRegister ? "register " + hexAddress(call.address) : call.feature;
+    const QString cause = findings.lineText.isEmpty() ? KX_CC_StatusText(call.status) : findings.lineText;
+    return "the line failed" + (where.isEmpty() ? QString() : " at " + printable(where)) + ": " + cause;
+}
+
+QString unreadableRemark(const CallWatch::Findings& findings, const QStringList& features)
+{
+    for (const QString& feature : features) {
+        const auto found = findings.unreadable.find(feature);
+        if (found != findings.unreadable.end())
+            return feature + " cannot be read: " + KX_CC_StatusText(found->second);
+    }
+    return {};
+}
+
+QString withInterruption(QString message)
+{
+    return message.replace(KX_CC_StatusText(KX_E_ABORTED), "Interrupted.");
 }
 
 } // namespace companion

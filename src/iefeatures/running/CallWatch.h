@@ -9,6 +9,7 @@
 #include <QSet>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace companion
@@ -59,8 +60,12 @@ public:
         KX_Status bagStatus = KX_OK; // of saving or loading a feature bag
         QString bagText;             // what the camera library had to say about that
         ObservedChanges changes;
-        KX_Status openStatus = KX_OK; // of the last try
+        QString openingFailure;                  // of the last try, a sentence; empty: none
+        std::optional<FailedCall> lineFailure;   // the first call behind the opening that the line failed
+        QString lineText;                        // its cause, a sentence; empty: not known
+        std::map<QString, KX_Status> unreadable; // features whose last read failed, and were there
     };
+    // Of a camera that another host controls: asks it who that is.
     Findings findings(int deviceId) const;
 
 private:
@@ -69,15 +74,13 @@ private:
 
     struct Entry
     {
-        int deviceId;
-        KX_DeviceInfo info;
+        int deviceId = 0;
+        KX_DeviceInfo info{};
         Tally tally;
         FailedCalls failedCalls;
-        KX_Status bagStatus = KX_OK;
-        QString bagText;
-        ObservedChanges changes;
+        Findings findings; // but for the failures and what asks the camera
         KX_Status openStatus = KX_OK;
-        const NamedFeatures* expected;
+        const NamedFeatures* expected = nullptr;
         QString inHand; // the feature of the last call that was not refused
         QSet<QString> metFeatures;
         KX_HANDLE open = nullptr; // null: closed
@@ -85,6 +88,8 @@ private:
     bool refuses(const KX_CallEvent& event, Entry& entry) const;
     static QString featureOf(const KX_CallEvent& event, const Entry& entry);
     void takeFinished(const KX_CallEvent& event, Entry& entry);
+    static void takeFailure(const KX_CallEvent& event, Findings& found);
+    static void takeLineText(const KX_CallEvent& event, Findings& found);
     const Entry* entryOf(int deviceId) const;
 
     const std::function<bool()> m_refuse;
@@ -95,5 +100,12 @@ private:
 
 // Why the camera of a job could not be opened.
 QString openRemark(const CallWatch::Findings& findings);
+// Where the line failed first, and how; empty when it did not.
+QString lineRemark(const CallWatch::Findings& findings);
+// Which of these features could not be read, and why; empty when none.
+QString unreadableRemark(const CallWatch::Findings& findings, const QStringList& features);
+// A message of the camera library or of a job, where a call that was refused because somebody has asked for
+// the end is told as what it is.
+QString withInterruption(QString message);
 
 } // namespace companion

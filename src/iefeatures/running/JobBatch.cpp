@@ -1,5 +1,7 @@
 #include "iefeatures/running/JobBatch.h"
 
+#include "iefeatures/running/CallWatch.h"
+
 #include "jobs/worker/QOperateThread.h"
 #include <SuiteTools/SuiteTools.h>
 
@@ -86,7 +88,8 @@ void JobBatch::start(Job& job)
     QObject::connect(worker, &QOperateThread::SigThreadInfo, &m_here,
                      [this, &outcome](long, const QString& message, bool isFailure) {
                          outcome.hasFailed = outcome.hasFailed || isFailure;
-                         guarded([&] { m_listener.info(outcome.camera, message, isFailure); });
+                         guarded(
+                             [&] { m_listener.info(outcome.camera, withInterruption(message), isFailure); });
                      });
     QObject::connect(worker, &QOperateThread::SigEndThread, &m_here,
                      [this, &job](long, unsigned type, const QString& path) {

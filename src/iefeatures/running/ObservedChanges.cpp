@@ -91,7 +91,12 @@ void ObservedChanges::takeValue(const Change& thing, bool isWrite, const QString
 
 QString ObservedChanges::firmware() const
 {
-    const auto found = m_features.find("DeviceFirmwareVersion");
+    return value("DeviceFirmwareVersion");
+}
+
+QString ObservedChanges::value(const QString& feature) const
+{
+    const auto found = m_features.find(feature);
     return found == m_features.end() ? QString() : found->second;
 }
 

@@ -44,6 +44,7 @@ public:
     const QByteArray& description() const { return m_description; }
     // As the camera told it; empty when nobody asked.
     QString firmware() const;
+    QString value(const QString& feature) const; // as last read or written; null: it was not
 
 private:
     void takeValue(const Change& thing, bool isWrite, const QString& text, QString& known);

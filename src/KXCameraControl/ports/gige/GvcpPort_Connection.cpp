@@ -163,11 +163,13 @@ GvcpAnswer GvcpPort::checkControl()
 {
     const std::string camera = "the camera at " + formatAddress(m_device.ipAddress);
     GvcpAnswer answer = readControl();
-    if (answer.status == KX_OK && (get32(answer.payload.data()) & m_privilege) == 0)
+    const uint32_t held = answer.status == KX_OK ? get32(answer.payload.data()) : m_privilege;
+    if ((held & (kPrivilegeExclusive | kPrivilegeControl)) == 0)
         return {KX_E_CONNECTION_LOST, Success, {}, camera + " has ended our control"};
-    if (answer.status == KX_OK)
+    const bool isOurs = (held & m_privilege) != 0;
+    if (answer.status == KX_OK && isOurs)
         answer = writeControl(m_privilege, timeouts());
-    if (answer.refusal == AccessDenied)
+    if (answer.refusal == AccessDenied || !isOurs)
         return {KX_E_CONNECTION_LOST, Success, {}, "another host has taken control of " + camera};
     return answer;
 }

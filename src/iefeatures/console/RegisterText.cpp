@@ -1,4 +1,4 @@
-#include "iefeatures/compare/RegisterText.h"
+#include "iefeatures/console/RegisterText.h"
 
 #include "iefeatures/console/Text.h"
 
