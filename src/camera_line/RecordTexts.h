@@ -26,8 +26,8 @@ struct Field
 
 // "GigE", "U3V" or "CL"; empty for any other transport.
 QString transportWord(uint32_t transport);
-// The transport layer's own name, as people are shown it: "CXP", "CLHS", ... where a producer tells it, else the
-// word above.
+// The transport layer's own name, as people are shown it: "CXP", "CLHS", ... where a producer tells it, else
+// the word above.
 QString layerWord(const KX_DeviceInfo& device);
 
 Field modelField(const KX_DeviceInfo& device);

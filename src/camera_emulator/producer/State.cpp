@@ -90,7 +90,7 @@ Error ModuleMemory::read(uint64_t address, void* data, size_t size) const
 {
     const std::string& text = description();
     if (address <= registers.size() && size <= registers.size() - address)
-        std::memcpy(data, &registers[address], size);
+        std::memcpy(data, registers.data() + address, size);
     else if (address >= kModuleDescription && address - kModuleDescription <= text.size() &&
              size <= text.size() - (address - kModuleDescription))
         std::memcpy(data, &text[address - kModuleDescription], size);
@@ -103,7 +103,7 @@ Error ModuleMemory::write(uint64_t address, const void* data, size_t size)
 {
     if (address > registers.size() || size > registers.size() - address)
         return fail(ErrInvalidAddress, "nothing lies there");
-    std::memcpy(&registers[address], data, size);
+    std::memcpy(registers.data() + address, data, size);
     return Success;
 }
 

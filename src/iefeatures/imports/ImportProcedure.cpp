@@ -162,8 +162,8 @@ std::vector<AuditFile> ImportProcedure::auditFilesOf(const ImportFiles& files)
 bool ImportProcedure::beginAudit()
 {
     for (const CameraImport& result : m_results)
-        if (m_auditFiles.find(result.files) == m_auditFiles.end())
-            m_auditFiles[result.files] = auditFilesOf(*result.files);
+        if (const auto [known, isNew] = m_auditFiles.try_emplace(result.files); isNew)
+            known->second = auditFilesOf(*result.files);
     std::vector<AuditEntry> entries;
     for (const CameraImport* result : going())
         entries.push_back(auditEntryOf(*result));

@@ -61,7 +61,7 @@ private:
     QString fetchText(KX_HANDLE handle);
 
     Fields m;
-    MemoryBlock m_buffer; // of the last fetch, kept until the next. Meant.
+    MemoryBlock m_buffer;                                // of the last fetch, kept until the next. Meant.
     std::shared_ptr<const IndexedDescription> m_indexed; // held for others to share
 };
 
