@@ -326,6 +326,8 @@ TEST_F(Folder, WithoutFilesIsRefusedBeforeACameraIsLookedFor)
     const Result run = verify();
     EXPECT_EQ(run.code, 6);
     EXPECT_EQ(run.err, "The folder has no file to pair with a camera (*.fpk): " + files() + "\n");
+    EXPECT_EQ(lastObject(verify({"--all", "--json"}), "refusal")["result"], "unreadable file");
+    EXPECT_EQ(runInProcess({"show", files()}).code, 6); // it takes none
     write("file.fpk", "x");
     const Result file = runInProcess({"verify", path("file.fpk"), "--all", "--by", "name"});
     EXPECT_EQ(file.code, 2);

@@ -29,7 +29,6 @@ constexpr char kVersion[] = " version=\"1.0.0\">";
 
 const OddFile kFiles[] = {
     {"Missing", nullptr, nullptr, 6, "unreadable file", 6},
-    {"Folder", nullptr, nullptr, 6, "unreadable file", 6},
     {"Device", nullptr, nullptr, 6, "unreadable file", 6},
     {"Empty", nullptr, "", 5, "bad file", 5},
     {"NoXml", nullptr, "Width = 640\n", 5, "bad file", 5},
@@ -69,8 +68,6 @@ protected:
     {
         if (std::string(odd.name) == "Device")
             return "/dev/zero";
-        if (std::string(odd.name) == "Folder")
-            return folder();
         if (odd.text)
             altered(exported("S1"), odd.text, odd.by);
         else if (odd.by)

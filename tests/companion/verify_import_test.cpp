@@ -208,5 +208,5 @@ TEST_F(VerifiedImport, IsInTheAuditLog)
     addCamera("S1");
     ASSERT_EQ(import(exported("S1"), {"--all", "--persist", "UserSet1"}).code, 0);
     const json line = json::parse(lastAuditLine());
-    EXPECT_EQ(line["userSet"], "UserSet1");
+    EXPECT_EQ(line["user_set"], "UserSet1");
 }

@@ -5,6 +5,7 @@
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/console/Verdict.h"
+#include "iefeatures/files/FeaturesFileInput.h"
 
 #include <CLI/CLI.hpp>
 
@@ -55,7 +56,7 @@ int FolderOption::setPath(Console& console, const QString& path)
     const QString problem = m_isFolder ? folderProblem(path) : QString();
     if (problem.isEmpty())
         return ExitWell;
-    console.err(problem + '\n');
+    tellError(console, {{}, CameraVerdict::UnreadableFile, problem}, console.isJson());
     return ExitInputOutput;
 }
 
