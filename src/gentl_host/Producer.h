@@ -25,6 +25,7 @@ using namespace gentl; // the parameters in the table are spelled as the standar
 
 struct Producer
 {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a list of parameters brings its own
 #define GENTL_MEMBER(name, parameters, isNeeded) Function<Error parameters> name{#name, isNeeded};
     GENTL_FUNCTIONS(GENTL_MEMBER)
 #undef GENTL_MEMBER

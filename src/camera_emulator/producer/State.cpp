@@ -132,7 +132,7 @@ void State::look()
         device->fields = fields;
         device->id = "EMU-" + fields[emu::FieldSerial];
         device->isListed = true;
-        const std::string name = fields[emu::FieldInterface];
+        const std::string& name = fields[emu::FieldInterface];
         auto& interface = interfaces[name];
         if (!interface)
             interface = std::make_unique<Interface>();
