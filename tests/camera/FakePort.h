@@ -43,6 +43,7 @@ struct FakeDevice
     std::function<KX_Status(const std::vector<uint32_t>& addresses)>
         batchFailure; // of those that nothing else fails
     std::function<void(KX_Status)> lostHandler;
+    bool isLost = false; // since the handler was called: registers are asked for no more
 
     // The description as a camera would offer it.
     void offer(const std::string& text, const std::string& name = "camera.xml")
@@ -110,6 +111,7 @@ public:
     {
         if (m_device.openStatus == KX_OK) {
             m_isOpen = true;
+            m_device.isLost = false;
             ++m_device.opened;
         }
         return m_device.openStatus;
@@ -153,6 +155,8 @@ public:
     }
     KX_Status readRegister(uint64_t address, uint32_t& value) override
     {
+        if (m_device.isLost)
+            return KX_E_CONNECTION_LOST;
         count("readreg", address, 0);
         m_device.touch(address, 4);
         if (const KX_Status failure = m_device.failureAt(address, 4))
@@ -194,7 +198,11 @@ public:
     void setTimeouts(const kx::PortTimeouts& timeouts) override { m_device.timeouts = timeouts; }
     void setConnectionLostHandler(std::function<void(KX_Status)> handler) override
     {
-        m_device.lostHandler = std::move(handler);
+        m_device.lostHandler = [&device = m_device, handler = std::move(handler)](KX_Status status) {
+            device.isLost = true;
+            if (handler)
+                handler(status);
+        };
     }
     uint64_t requestCount() const override { return m_requests; }
     std::string lastError() const override { return "the fake line says no"; }

@@ -75,7 +75,8 @@ public:
         EXPECT_TRUE(m_table.load(xml, problem)) << problem;
         m_device.offer(xml);
         kx::setPortFactory([this](const KX_DeviceInfo&) { return std::make_unique<RandomPort>(m_device); });
-        const KX_DeviceInfo info{};
+        KX_DeviceInfo info{};
+        info.layout = KX_DEVICE_INFO_LAYOUT;
         KX_CC_CreateHandle(&m_handle, &info);
         EXPECT_EQ(KX_CC_OpenDevice(m_handle, KX_ACCESS_EXCLUSIVE, 0), KX_OK);
         m_other = static_cast<ArvDevice*>(g_object_new(other_device_get_type(), nullptr));
