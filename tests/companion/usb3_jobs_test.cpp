@@ -14,6 +14,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
+#include <atomic>
 #include <thread>
 
 namespace
@@ -109,15 +110,21 @@ TEST_F(Usb3Jobs, anImportBringsTheSettingsBack)
 TEST_F(Usb3Jobs, aCablePulledInAnExportEndsItWithoutAFile)
 {
     emu::CameraConfig config;
-    config.latency = std::chrono::milliseconds(2); // an export of several seconds
+    config.latency = std::chrono::milliseconds(2); // time to pull it in the middle
+    QTemporaryDir wholeFolder;
     emu::Usb3Camera& camera = add("EMU0001", {}, config);
     const StructDeviceInfo record = recordOf(camera);
+    ASSERT_FALSE(tests::exportCamera(record, wholeFolder.path()).file.isNull());
+    const auto whole = camera.counters().readMem;
+    ASSERT_GT(whole, 8u);
+    std::atomic<bool> isOver{false};
     std::thread cable([&] {
-        while (camera.counters().readMem < 100)
+        while (!isOver && camera.counters().readMem < whole + whole / 2)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         camera.stop();
     });
     const tests::ExportOutcome outcome = tests::exportCamera(record, folder.path());
+    isOver = true;
     cable.join();
     EXPECT_TRUE(outcome.file.isNull());
     EXPECT_FALSE(QFile::exists(folder.path() + "/EMU-1_EMU0001.fpk"));
