@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 namespace
 {
 
@@ -111,6 +113,77 @@ TEST(HostileDescription, fiftyThousandFeaturesAreReadLikeAnyOther)
     KX_RegisterCoverage coverage{};
     EXPECT_EQ(KX_CC_GetRegisterCoverage(camera.handle, 4 * 49999, 4, &coverage), KX_OK);
     EXPECT_EQ(coverage.registers, 1u);
+}
+
+// A camera whose answers stay fresh for as long as a test takes.
+void setUnhurried(tests::FakeDevice& device)
+{
+    device.registersPerRequest = 128;
+    device.keepTime = std::chrono::hours(1);
+}
+
+TEST(HostileDescription, aWalkOverFiftyThousandFeaturesTakesARequestForMoreThanAHundredOfThem)
+{
+    std::string list = "<Category Name=\"Root\">";
+    std::string nodes;
+    std::vector<std::string> names;
+    for (int i = 0; i < 50000; ++i) {
+        const std::string number = std::to_string(100000 + i); // the order of names is that of numbers
+        names.push_back("Sel" + number);
+        list += "<pFeature>Sel" + number + "</pFeature>";
+        nodes += integer(number, "<Address>" + std::to_string(16 * i) + "</Address>");
+    }
+    tests::FakeCamera camera(around(list + "</Category>" + nodes), KX_ACCESS_EXCLUSIVE, setUnhurried);
+    ASSERT_EQ(camera.openStatus, KX_OK);
+    for (uint64_t i = 0; i < 50000; ++i)
+        camera.device.set32(16 * i, uint32_t(i % 8));
+    camera.device.requests.clear();
+    for (size_t i = 0; i < names.size(); ++i) {
+        int64_t value = -1;
+        ASSERT_EQ(read(camera, names[i].c_str(), value), KX_OK) << camera.lastError();
+        ASSERT_EQ(value, int64_t(i % 8)) << names[i];
+    }
+    EXPECT_LT(camera.device.requests.size(), 50000u / 100);
+}
+
+// Every feature's register lies where the last of twenty selectors says, each of which lies where the one
+// before it says.
+TEST(HostileDescription, aWalkOverFeaturesBehindTwentySelectorsGoesDownTheChainOnce)
+{
+    constexpr int kFeatures = 400;
+    std::string list = "<Category Name=\"Root\">";
+    std::string nodes;
+    std::string before;
+    for (int i = 0; i < 20; ++i) {
+        const std::string number = std::to_string(10 + i);
+        nodes += integer(number, "<Address>" + std::to_string(0x1000 * (i + 1)) + "</Address>" +
+                                     (before.empty() ? "" : "<pIndex Offset=\"64\">" + before + "</pIndex>"));
+        before = "Sel" + number;
+    }
+    for (int i = 0; i < kFeatures; ++i) {
+        const std::string number = std::to_string(1000 + i);
+        list += "<pFeature>Sel" + number + "</pFeature>";
+        nodes += integer(number, "<Address>" + std::to_string(0x100000 + 64 * i) +
+                                     "</Address><pIndex Offset=\"4\">" + before + "</pIndex>");
+    }
+    tests::FakeCamera camera(around(list + "</Category>" + nodes), KX_ACCESS_EXCLUSIVE, setUnhurried);
+    ASSERT_EQ(camera.openStatus, KX_OK);
+    uint32_t selected = 0;
+    for (uint64_t i = 0; i < 20; ++i) {
+        const uint64_t address = 0x1000 * (i + 1) + 64 * selected;
+        selected = uint32_t(i * 3 % 8);
+        camera.device.set32(address, selected);
+    }
+    for (uint64_t i = 0; i < kFeatures; ++i)
+        camera.device.set32(0x100000 + 64 * i + 4 * selected, uint32_t(i % 8));
+    camera.device.requests.clear();
+    for (int i = 0; i < kFeatures; ++i) {
+        int64_t value = -1;
+        ASSERT_EQ(read(camera, ("Sel" + std::to_string(1000 + i)).c_str(), value), KX_OK)
+            << camera.lastError();
+        ASSERT_EQ(value, int64_t(i % 8)) << i;
+    }
+    EXPECT_LE(camera.device.requests.size(), 20u + 10);
 }
 
 } // namespace
