@@ -32,6 +32,8 @@ void fill(uint8_t (&field)[Size], const std::string& text)
 class SeenObjects : public ::testing::Environment
 {
 public:
+    void SetUp() override { qputenv("COLUMNS", "0"); } // whatever terminal the tests run in
+
     void add(const std::string& lines)
     {
         ASSERT_TRUE(m_file.isOpen() || m_file.open());

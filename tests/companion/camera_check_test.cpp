@@ -126,19 +126,19 @@ TEST_F(CameraChecked, TellsWhatCannotBeWrittenNow)
                              plain("Flag", "Integer", "2") + plain("Locked", "Integer", "2");
     EXPECT_EQ(told(features, kPlan), "  not writable: ReadOnly: camera 1, file 2: read-only now\n"
                                      "  not writable: Off: file 2: not available now\n"
-                                     "  would change: WriteOnly: ? -> 2: write-only now\n"
                                      "  absent: Never: not implemented\n"
                                      "  absent: Nobody: A scripted failure.\n"
                                      "  not writable: Flag: file 2: A scripted failure.\n"
                                      "  not writable: Locked: file 2: the camera refuses its register\n"
+                                     "  would change: WriteOnly: ? -> 2: write-only now\n"
                                      "  1 unchanged, 1 would change, 4 not writable, 2 absent\n");
     EXPECT_EQ(told(features, kVerify), "  not applied: ReadOnly: camera 1, file 2: read-only now\n"
                                        "  not applied: Off: file 2: not available now\n"
-                                       "  skipped: WriteOnly: write-only: it cannot be read back\n"
                                        "  absent: Never: not implemented\n"
                                        "  absent: Nobody: A scripted failure.\n"
                                        "  not applied: Flag: file 2: A scripted failure.\n"
                                        "  not applied: Locked: file 2: the camera refuses its register\n"
+                                       "  skipped: WriteOnly: write-only: it cannot be read back\n"
                                        "  1 unchanged, 4 not applied, 1 skipped, 2 absent\n");
 }
 
@@ -158,10 +158,10 @@ TEST_F(CameraChecked, TellsWhatIsOutOfRange)
         "  out of range: Width: camera 640, file 1281: 1281 is above the maximum 1280\n"
         "  out of range: Width: camera 640, file 650: 650 is no multiple of the increment 16, counted "
         "from 16\n"
-        "  would change: Width: 640 -> 1264\n"
         "  out of range: Free: camera 0, file 12: 12 is no multiple of the increment 8, counted from 0\n"
         "  out of range: Mode: camera 2, file 3: 3 is no entry that it has now\n"
         "  out of range: Place: camera here, file there: the text is longer than 4 bytes\n"
+        "  would change: Width: 640 -> 1264\n"
         "  1 would change, 6 out of range\n");
 }
 

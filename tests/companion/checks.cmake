@@ -1,5 +1,5 @@
 # What imports would do and have done: over a scripted camera library, and over the emulator.
-foreach(subject camera_check register_check identity_check feature_nature)
+foreach(subject camera_check register_check identity_check entry_lines feature_nature)
     ie_add_test(${subject}_test LABEL companion
         SOURCES ${subject}_test.cpp ../support/gtest_qt_main.cpp
         LIBRARIES iefeatures_core SuiteTools scripted_camera GTest::gmock GTest::gtest)

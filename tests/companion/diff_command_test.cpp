@@ -91,10 +91,10 @@ TEST(DiffOfFiles, IsTheSameForScripts)
 
 TEST(DiffOfFiles, ComparesWhatChangesByItselfWhenAsked)
 {
-    EXPECT_THAT(diffOfFiles().out, EndsWith("; 1 more left out: SensorTemperature\n"));
+    EXPECT_THAT(diffOfFiles().out, EndsWith("\nleft out: SensorTemperature\n"));
     const Result run = diffOfFiles({"--all"});
     EXPECT_THAT(run.out, HasSubstr("\ndiffers    SensorTemperature                 41.500000  "));
-    EXPECT_THAT(run.out, EndsWith(" only in B\n"));
+    EXPECT_THAT(run.out, Not(HasSubstr("left out")));
 }
 
 // By their names alone: no camera is asked.
@@ -109,8 +109,8 @@ TEST_F(DiffOfCameras, TellsOfFilesOfTwoUnitsWhatIsSetDifferently)
                                                           "</Features>"));
     const Result run = diff(path("A.fpk"), path("B.fpk"));
     EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(table(run),
-              "0 different, 0 only in A, 0 only in B; 2 more left out: GevSCPD (session), DeviceID\n");
+    EXPECT_EQ(table(run), "0 different, 0 only in A, 0 only in B, 2 more left out\n"
+                          "left out: GevSCPD (session), DeviceID\n");
     EXPECT_EQ(diff(path("A.fpk"), path("B.fpk"), {"--all"}).code, 1);
 }
 
@@ -121,7 +121,7 @@ TEST(DiffOfFiles, LeavesOutWhatIsToBeIgnored)
     EXPECT_THAT(some.out, Not(HasSubstr("Gain ")));
     EXPECT_THAT(some.out, Not(HasSubstr("Kind ")));
     EXPECT_THAT(some.out, HasSubstr("Width")); // "Gain" is not "*Gain*"
-    EXPECT_THAT(some.out, EndsWith("; 4 more left out: BoardDeviceType, SensorTemperature, Kind, Gain\n"));
+    EXPECT_THAT(some.out, EndsWith("\nleft out: BoardDeviceType, SensorTemperature, Kind, Gain\n"));
 
     const Result all = diffOfFiles({"--ignore", "*", "--json"});
     EXPECT_EQ(all.code, 0);
@@ -265,7 +265,7 @@ TEST_F(DiffOfCameras, LeavesOutWhatCannotBeWrittenNow)
     ASSERT_EQ(camera.setNode("Width", int64_t(16)), "");
     ASSERT_EQ(camera.setNode("TLParamsLocked", int64_t(1)), ""); // Width is read-only meanwhile
     const Result run = diff(path(file), "serial:S1");
-    EXPECT_THAT(run.out, HasSubstr("more left out: "));
+    EXPECT_THAT(run.out, HasSubstr("\nleft out: "));
     EXPECT_THAT(run.out, Not(HasSubstr("differs  Width")));
     const Result all = diff(path(file), "serial:S1", {"--all"});
     EXPECT_EQ(all.code, 1);
@@ -292,7 +292,7 @@ TEST_F(DiffOfCameras, KeepsTheExportsOfCamerasApartThatAreAlike)
     const emu::EmulatedCamera& second = addCamera("S1");
     ASSERT_EQ(first.setNode("Width", int64_t(16)), "");
     const Result run = diff("address:" + first.config().address, "address:" + second.config().address);
-    EXPECT_THAT(table(run), HasSubstr("\ndiffers  Width    16  640\n1 different"));
+    EXPECT_THAT(table(run), HasSubstr("\ndiffers  Width    16  640\n"));
 }
 
 TEST_F(DiffOfCameras, SaysWhoseExportIsNoXml)

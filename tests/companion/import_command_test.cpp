@@ -120,9 +120,9 @@ TEST_F(ImportCommand, NamesTheRegistersThatDidNotTakeTheirValue)
     const Result run = import(file, {"--all", "--json"});
     EXPECT_EQ(run.code, 4);
     const tests::Json told = tests::lastObject(run, "result");
-    EXPECT_EQ(told["not_applied"], tests::Json{"Gain (register 77828)"});
+    EXPECT_EQ(told["not_applied"], tests::Json{"Gain (register 0x00013004)"});
     EXPECT_EQ(told["features"][0]["register"], 77828);
-    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: Gain (register 77828) did not take its value: "));
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: Gain (register 0x00013004) did not take its value: "));
 }
 
 // A write that fails at first and takes later has taken.

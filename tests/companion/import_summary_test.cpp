@@ -107,7 +107,7 @@ TEST(ImportSummary, NamesAFewAndCountsTheRest)
     JobRecord record = silent();
     for (int i = 0; i < 23; ++i)
         record.findings.failures.push_back({QString("F%1").arg(i), false, 0, KX_E_GC_RANGE});
-    const QStringList remarks = importRemarks(examineImport(record));
+    const QStringList remarks = failureRemarks(examineImport(record));
     ASSERT_EQ(remarks.size(), 21);
     EXPECT_EQ(remarks.first(), "F0 did not take its value: The value is out of the feature's range.");
     EXPECT_EQ(remarks.last(), "3 more did not take their values.");
@@ -177,8 +177,8 @@ TEST_F(Proof, PartsWhatWasChangedFromWhatWasSoBefore)
                      word, other};
     traces.changes = {{"Width", false, 0, "1", "2"}, {"Gain", true, 16, "00", "01"}};
     layOver(check, traces);
-    EXPECT_EQ(told(),
-              "Width applied, Height unchanged, Gain (register 16) applied, Gain (register 20) unchanged");
+    EXPECT_EQ(told(), "Width applied, Height unchanged, Gain (register 0x00000010) applied, Gain (register "
+                      "0x00000014) unchanged");
     EXPECT_EQ(check.verdict, Verdict::Applied);
 }
 
@@ -212,8 +212,8 @@ TEST_F(Proof, TakesInWhatTheFileDoesNotName)
     traces.failures = {failedEntry({"OfTheBag", false, 0, KX_E_GC_RANGE}),
                        failedEntry({{}, true, 4096, KX_E_GC_ACCESS})};
     layOver(check, traces);
-    EXPECT_EQ(told(), "Width unchanged, OfTheBag not applied, register 4096 not applied");
-    EXPECT_EQ(check.notApplied(), (QStringList{"OfTheBag", "register 4096"}));
+    EXPECT_EQ(told(), "Width unchanged, OfTheBag not applied, register 0x00001000 not applied");
+    EXPECT_EQ(check.notApplied(), (QStringList{"OfTheBag", "register 0x00001000"}));
     EXPECT_EQ(check.verdict, Verdict::Incomplete);
 }
 

@@ -43,7 +43,7 @@ TEST(NetChanges, HaveTheFirstValueAndTheLast)
 {
     EXPECT_THAT(net({changed("Width", "1", "2"), poked(256, "01", "02"), changed("Height", "5", "6"),
                      changed("Width", "2", "3"), poked(256, "02", "03")}),
-                ElementsAre("Width: 1 -> 3", "register 256: 01 -> 03", "Height: 5 -> 6"));
+                ElementsAre("Width: 1 -> 3", "register 0x00000100: 01 -> 03", "Height: 5 -> 6"));
 }
 
 TEST(NetChanges, KeepWhatNobodyHasReadBefore)

@@ -1,12 +1,18 @@
 // What a person at a terminal sees: the program's messages go to a pseudo terminal.
 #include "companion/CompanionFixture.h"
+#include "iefeatures/console/Text.h"
 #include "iefeatures/files/FeaturesFileInput.h"
 #include "iefeatures/files/NamedFeatures.h"
+#include "iefeatures/running/ProgressBoard.h"
+#include "iefeatures/running/ReadingProgress.h"
 
 #include <QFile>
 
+#include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <sstream>
+#include <thread>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -115,6 +121,39 @@ protected:
     }
 };
 
+class ProgressOfCameras : public ::testing::Test
+{
+protected:
+    // What is told when a tick finds that it is time to.
+    std::string told(companion::ProgressBoard& board)
+    {
+        messages.str({});
+        while (messages.str().empty())
+            board.tick();
+        return messages.str();
+    }
+
+    std::ostringstream results;
+    std::ostringstream messages;
+    companion::Console lines{results, messages, false, false};
+};
+
+// Tells another thread that something was written.
+class CountedText : public std::stringbuf
+{
+public:
+    std::atomic<int> flushes{0};
+
+private:
+    int sync() override
+    {
+        ++flushes;
+        return std::stringbuf::sync();
+    }
+};
+
+constexpr std::chrono::milliseconds kAtOnce{0};
+
 const std::string kFailure = "EMU-1 Faulty: Failed to export features.Failed to open device.\r\n";
 
 } // namespace
@@ -183,6 +222,117 @@ TEST_F(OnATerminal, ProgressStaysLowerThanTheScreen)
     EXPECT_THAT(screen, HasSubstr("\r\033[3A\033[J"));
     EXPECT_THAT(screen, Not(HasSubstr("\033[4A")));
     EXPECT_THAT(screen, Not(HasSubstr("  done")));
+}
+
+TEST_F(OnATerminal, EveryCommandThatReadsTellsHowManyFeaturesItHasDone)
+{
+    addCamera("S1", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(4); });
+    ASSERT_EQ(tests::runInProcess({"export", "--all", "--to", folder()}).code, 0);
+    const std::string file = path("EMU-1_S1.fpk");
+    const std::string some = ", [0-9]+ of [0-9]+ features";
+    const std::vector<std::pair<tests::Arguments, std::string>> commands = {
+        {{"export", "--all", "--to", folder()}, "exporting" + some},
+        {{"plan", file, "--all"}, "checking" + some},
+        {{"verify", file, "--all"}, "checking" + some},
+        {{"import", file, "--all", "--verify"}, "verifying" + some},
+        {{"diff", file, "serial:S1"}, "exporting" + some},
+        {{"get", "Width", "Height", "--all"}, "reading"}};
+    const auto screenOf = [](const tests::Arguments& command) {
+        PseudoTerminal terminal;
+        Program program(command, "export TERM=xterm;");
+        program.process().setStandardErrorFile(terminal.name());
+        program.start();
+        EXPECT_EQ(program.finish().code, 0) << command[0];
+        return terminal.written();
+    };
+    for (const auto& [command, progress] : commands) {
+        const std::string screen = screenOf(command);
+        EXPECT_THAT(screen, ::testing::ContainsRegex("EMU-1 S1  " + progress)) << command[0];
+        EXPECT_THAT(screen, ::testing::EndsWith("\033[J")) << "nothing of it stays";
+    }
+    EXPECT_EQ(screenOf({"plan", file, "--all", "--json"}), "") << "scripts are told nothing of it";
+}
+
+TEST_F(OnATerminal, ReportsAreLaidOutForIt)
+{
+    addCamera("S1");
+    ASSERT_EQ(tests::runInProcess({"export", "--all", "--to", folder()}).code, 0);
+    const auto screenOfShow = [&](const tests::Arguments& more) {
+        tests::Arguments words{"show", path("EMU-1_S1.fpk")};
+        words.insert(words.end(), more.begin(), more.end());
+        PseudoTerminal terminal;
+        Program program(words, "unset COLUMNS;");
+        program.process().setStandardOutputFile(terminal.name());
+        std::string seen;
+        program.start();
+        // A terminal keeps little of what nobody reads.
+        while (!program.process().waitForFinished(10))
+            seen += terminal.written();
+        return QString::fromStdString(seen + terminal.written()).remove('\r').split('\n');
+    };
+    const auto isTooLong = [](const QString& line) { return companion::displayWidth(line) > 60; };
+    const QStringList narrow = screenOfShow({});
+    EXPECT_GT(narrow.size(), 100);
+    EXPECT_EQ(std::count_if(narrow.begin(), narrow.end(), isTooLong), 0);
+    const QStringList wide = screenOfShow({"--wide"});
+    EXPECT_GT(std::count_if(wide.begin(), wide.end(), isTooLong), 0);
+}
+
+TEST_F(ProgressOfCameras, IsALineWhereNothingWasToldForAWhile)
+{
+    companion::ProgressBoard board(lines, {"A", "B", "C"}, kAtOnce);
+    board.begin(0, "exporting");
+    board.advance(0, {5, 10});
+    board.begin(1, "exporting");
+    board.advance(1, {1, 10});
+    EXPECT_THAT(told(board), ::testing::MatchesRegex("0 of 3 cameras done; B: exporting, 1 of 10 features, "
+                                                     "about [0-9]+ s left\n"));
+    board.end(1, "done", false);
+    EXPECT_THAT(told(board), ::testing::StartsWith("1 of 3 cameras done; A: exporting, 5 of 10 features, "));
+}
+
+TEST_F(ProgressOfCameras, IsNoLineWhereSomethingWasTold)
+{
+    constexpr std::chrono::milliseconds silence{200};
+    std::ostringstream ofOther;
+    companion::Console others{results, ofOther, false, false};
+    companion::ProgressBoard other(others, {"A"}, silence);
+    companion::ProgressBoard board(lines, {"A"}, silence);
+    other.begin(0, "exporting");
+    board.begin(0, "exporting");
+    while (ofOther.str().empty()) {
+        board.breakSilence();
+        board.tick();
+        other.tick();
+    }
+    EXPECT_EQ(ofOther.str(), "A: exporting\n");
+    EXPECT_EQ(messages.str(), "");
+}
+
+TEST_F(ProgressOfCameras, TellsWhatIsKnownWhereNobodyKnowsAll)
+{
+    companion::ProgressBoard board(lines, {"A"}, kAtOnce);
+    board.begin(0, "importing");
+    board.advance(0, {0, 0, "7 reads, 3 requests"});
+    EXPECT_EQ(told(board), "A: importing, 7 reads, 3 requests\n");
+}
+
+TEST_F(ProgressOfCameras, OfReadingIsToldWhileTheReaderIsBusy)
+{
+    companion::ListedCamera camera;
+    camera.model = "EMU-1";
+    camera.serial = "S1";
+    CountedText text;
+    std::ostream stream(&text);
+    companion::Console console(results, stream, false, false);
+    {
+        companion::ReadingProgress progress(console, {camera}, "checking", kAtOnce);
+        progress.advance(0, 3);
+        progress.advance(0, 3); // in hand; one is done
+        for (const int before = text.flushes; text.flushes < before + 2;)
+            std::this_thread::yield();
+    }
+    EXPECT_THAT(text.str(), HasSubstr("EMU-1 S1: checking, 1 of 3 features, about "));
 }
 
 TEST(Console, PutsMessagesAndResultsAboveTheBlock)

@@ -61,3 +61,21 @@ TEST(Text, AlignsColumnsAndLeavesNothingBehindTheLast)
                                       "门       1234  /x\n"
                                       "abcdefg     5  \n"));
 }
+
+TEST(Text, CutsValuesInTheMiddle)
+{
+    EXPECT_EQ(shortened("abcdefghij", 10), "abcdefghij");
+    EXPECT_EQ(shortened("abcdefghijk", 10), "abcd...ijk");
+    EXPECT_EQ(shortened("abcdefghijk", 4), "abjk");
+    EXPECT_EQ(shortened(QString::fromUtf8("相机相机相机"), 9), QString::fromUtf8("相...机"));
+    for (int columns = 0; columns < 12; ++columns)
+        EXPECT_LE(displayWidth(shortened(QString::fromUtf8("a相b机cdefe\u0301"), columns)), columns);
+}
+
+TEST(Text, BreaksLinesAtBlanks)
+{
+    EXPECT_EQ(wrapped("one two three", 7), (QStringList{"one two", "three"}));
+    EXPECT_EQ(wrapped("incomprehensible one", 5), (QStringList{"incomprehensible", "one"}));
+    EXPECT_EQ(wrapped("one two", 0), QStringList{"one two"});
+    EXPECT_EQ(wrapped("  one", 9), QStringList{"  one"});
+}

@@ -91,7 +91,8 @@ TEST_F(WriteSafety, RefusesRegistersThatTheDescriptionDoesNotKnow)
     camera.resetCounters();
     const Result run = import(file);
     EXPECT_EQ(run.code, 5);
-    EXPECT_THAT(run.out, HasSubstr("Zone (register 66048): the camera's description has no register there"));
+    EXPECT_THAT(run.out,
+                HasSubstr("Zone (register 0x00010200): the camera's description has no register there"));
     expectUntouched(camera);
     EXPECT_EQ(runInProcess({"plan", path(file), "--all"}).code, 5);
     EXPECT_EQ(runInProcess({"verify", path(file), "--all"}).code, 0) << "which writes nothing";

@@ -21,6 +21,8 @@ public:
     FeatureReader(const FeatureReader&) = delete;
     FeatureReader& operator=(const FeatureReader&) = delete;
 
+    KX_HANDLE handle() const { return m_handle; }
+
     struct Reading : ie::FeatureReading
     {
         std::optional<qint64> incrementOrigin; // of an integer whose increment is not 1

@@ -5,8 +5,19 @@ namespace companion
 
 LiveDescription::LiveDescription(const KX_DeviceInfo& device, const FeatureNature::Settled& settled)
     : m_connection(device, KX_ACCESS_MONITOR),
-      m_nature(m_reader, device.transportType == KX_TRANSPORT_GIGE, settled)
+      m_nature(m_reader, device.transportType == KX_TRANSPORT_GIGE, settled),
+      m_words(m_connection.handle(), device.transportType == KX_TRANSPORT_GIGE)
 {}
+
+QString LiveDescription::selectors(const QString& feature, const QString& variables)
+{
+    return m_words.selectors(feature, variables);
+}
+
+QString LiveDescription::category(const QString& feature)
+{
+    return m_words.category(feature);
+}
 
 QString LiveDescription::entryName(const QString& feature, const QString& number)
 {

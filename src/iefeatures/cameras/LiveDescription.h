@@ -2,6 +2,7 @@
 #pragma once
 
 #include "iefeatures/cameras/CameraConnection.h"
+#include "iefeatures/cameras/DescriptionWords.h"
 #include "iefeatures/cameras/FeatureNature.h"
 
 #include <QString>
@@ -19,6 +20,9 @@ public:
     KX_Status status() const { return m_connection.status(); }
     // The symbolic name of an enumeration's number; empty when it has none.
     QString entryName(const QString& feature, const QString& number);
+    // As DescriptionWords has them.
+    QString selectors(const QString& feature, const QString& variables);
+    QString category(const QString& feature);
     // Whether the feature can be read and not be written now.
     bool isReadOnly(const QString& feature);
     // Of a feature that a file has as its value, or as the registers behind it.
@@ -28,6 +32,7 @@ private:
     CameraConnection m_connection;
     FeatureReader m_reader{m_connection.handle()};
     FeatureNature m_nature;
+    DescriptionWords m_words;
 };
 
 } // namespace companion

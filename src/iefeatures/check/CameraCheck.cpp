@@ -2,12 +2,15 @@
 
 #include "iefeatures/cameras/CameraConnection.h"
 #include "iefeatures/cameras/Controller.h"
+#include "iefeatures/cameras/DescriptionWords.h"
 #include "iefeatures/cameras/InParallel.h"
 #include "iefeatures/check/EntryNature.h"
 #include "iefeatures/check/PlainCheck.h"
 #include "iefeatures/check/RegisterCheck.h"
 #include "iefeatures/check/WriteSafety.h"
+#include "iefeatures/console/RegisterText.h"
 #include "iefeatures/files/NamedFeatures.h"
+#include "iefeatures/running/ReadingProgress.h"
 
 #include <algorithm>
 
@@ -16,22 +19,57 @@ namespace companion
 namespace
 {
 
+// Of what will be told.
+void nameEntries(FeatureReader& reader, EntryCheck& entry)
+{
+    if (entry.verdict == EntryVerdict::Unchanged || entry.verdict == EntryVerdict::Skipped)
+        return;
+    const auto nameOf = [&](const QString& value) {
+        bool isNumber = false;
+        const uint number = value.toUInt(&isNumber);
+        return isNumber ? reader.entryName(entry.feature, number) : QString();
+    };
+    entry.fileEntry = nameOf(entry.fileValue);
+    entry.cameraEntry = nameOf(entry.cameraValue);
+    entry.newEntry = nameOf(entry.newValue);
+}
+
+// Registers by their selectors, and what lists them, of all that may be told of.
+void placeEntry(DescriptionWords& words, const CheckRule& rule, const QString& variables, EntryCheck& entry)
+{
+    if (entry.verdict == EntryVerdict::Unchanged)
+        return;
+    if (!variables.isEmpty())
+        entry.selectors = words.selectors(entry.feature, variables);
+    if (rule.asksCategories)
+        entry.category = words.category(entry.feature);
+}
+
 // False: the camera was not asked about all of them.
 bool checkEntries(FeatureReader& reader, const ie::FeaturesContent& file, const CheckRule& rule,
-                  const std::function<bool()>& mayGoOn, CameraCheck& check)
+                  const std::function<bool()>& mayGoOn, const std::function<void()>& inHand,
+                  CameraCheck& check)
 {
     const bool isGigE = check.camera.device.stDeviceInfo.transportType == KX_TRANSPORT_GIGE;
     ImportSkips skips(reader);
     PlainCheck plain(reader, skips, rule.mode);
     RegisterCheck registers(reader, skips, rule.mode, isGigE);
     FeatureNature nature(reader, isGigE, namedBy(file).values);
+    DescriptionWords words(reader.handle(), isGigE);
     for (const ie::FeaturesContent::Entry& entry : file.entries) {
         if (!mayGoOn())
             return false;
+        if (inHand)
+            inHand();
         std::vector<EntryCheck> done =
             entry.isComplex ? registers.check(entry.complex) : std::vector<EntryCheck>{plain.check(entry)};
         for (EntryCheck& one : done)
             tellApart(nature, rule, entry.complex.length, one);
+        if (!entry.isComplex && ie::featureKind(entry.plain.type) == ie::FeatureKind::Enumeration)
+            nameEntries(reader, done.front());
+        for (size_t i = 0; i < done.size(); ++i)
+            placeEntry(words, rule,
+                       entry.isComplex ? entry.complex.values.value(int(i)).variables : QString(), done[i]);
         if (reader.lineStatus() != KX_OK)
             return false;
         check.entries.insert(check.entries.end(), done.begin(), done.end());
@@ -53,7 +91,8 @@ std::vector<EntryCheck> dangersTo(const ListedCamera& camera, const ie::Features
 }
 
 void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, const CheckRule& rule,
-                     const std::function<bool()>& mayGoOn, CameraCheck& check)
+                     const std::function<bool()>& mayGoOn, const std::function<void()>& inHand,
+                     CameraCheck& check)
 {
     QString unread; // who cannot be asked is no other camera
     const auto read = [&](ie::FeatureKind kind, const QString& name) {
@@ -72,7 +111,8 @@ void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, con
         check.entries = dangersTo(check.camera, file, reader);
     if (!check.entries.empty())
         return conclude(check, CameraVerdict::BadFile, dangerText(check.entries));
-    const bool isDone = reader.lineStatus() == KX_OK && checkEntries(reader, file, rule, mayGoOn, check);
+    const bool isDone =
+        reader.lineStatus() == KX_OK && checkEntries(reader, file, rule, mayGoOn, inHand, check);
     if (reader.lineStatus() != KX_OK)
         return conclude(check, CameraVerdict::Failed, reader.lineText());
     if (!isDone)
@@ -127,7 +167,8 @@ QString EntryCheck::title() const
 {
     if (!address)
         return feature;
-    const QString where = "register " + QString::number(*address);
+    const QString where =
+        (selectors.isEmpty() ? QString() : selectors + ", ") + "register " + hexAddress(*address);
     return feature.isEmpty() ? where : feature + " (" + where + ')';
 }
 
@@ -166,7 +207,7 @@ CameraVerdict verdictOn(const std::vector<EntryCheck>& entries, CameraVerdict go
 }
 
 CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, const CheckRule& rule,
-                        const std::function<bool()>& mayGoOn)
+                        const std::function<bool()>& mayGoOn, const std::function<void()>& inHand)
 {
     CameraCheck check;
     check.camera = camera;
@@ -179,16 +220,21 @@ CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& f
         return check;
     }
     FeatureReader reader(connection.handle());
-    checkOpenCamera(reader, file, rule, mayGoOn, check);
+    checkOpenCamera(reader, file, rule, mayGoOn, inHand, check);
     return check;
 }
 
-std::vector<CameraCheck> checkCameras(const std::vector<ListedCamera>& cameras,
+std::vector<CameraCheck> checkCameras(Console& console, const std::vector<ListedCamera>& cameras,
                                       const ie::FeaturesContent& file, const CheckRule& rule,
                                       const std::function<bool()>& mayGoOn)
 {
     std::vector<CameraCheck> checks(cameras.size());
-    inParallel(cameras.size(), [&](size_t i) { checks[i] = checkCamera(cameras[i], file, rule, mayGoOn); });
+    ReadingProgress progress(console, cameras, "checking");
+    inParallel(cameras.size(), [&](size_t i) {
+        checks[i] = checkCamera(cameras[i], file, rule, mayGoOn,
+                                [&] { progress.advance(i, int(file.entries.size())); });
+        progress.end(i);
+    });
     return checks;
 }
 

@@ -6,6 +6,7 @@
 #include "iefeatures/cameras/ListedCamera.h"
 #include "iefeatures/cameras/NamePatterns.h"
 #include "iefeatures/cameras/NamedNatures.h"
+#include "iefeatures/console/Console.h"
 #include "iefeatures/console/Verdict.h"
 
 #include "jobs/file/FeaturesFile.h"
@@ -40,6 +41,7 @@ struct CheckRule
     bool isStrict;
     NamePatterns ignored;
     bool isForced;
+    bool asksCategories = false;
 };
 
 // One plain feature of the file, or one register of a block.
@@ -48,16 +50,22 @@ struct EntryCheck
     QString feature;
     bool isRegister = false;
     std::optional<qint64> address; // of a register; none where the verdict is on the whole block
+    QString selectors;             // of a register that is told of: "TriggerSelector=FrameStart"
+    QString category;              // once it was asked for
     EntryVerdict verdict = EntryVerdict::Unchanged;
-    QString fileValue;      // null: not known
-    QString cameraValue;    // as a file would have it; null: not read
-    QString newValue;       // what would be written; null: nothing, or not known
+    QString fileValue;   // null: not known
+    QString cameraValue; // as a file would have it; null: not read
+    QString newValue;    // what would be written; null: nothing, or not known
+    QString fileEntry;   // the names that an enumeration has for them; empty: not known
+    QString cameraEntry;
+    QString newEntry;
     QString reason;         // why the verdict is no better; empty where the camera does not tell
     QStringList warnings;   // where an import does not write what the file says, or writes without need
     bool isFaithful = true; // an import writes what the file says
 
     void judge(EntryVerdict of, const QString& why = {});
-    QString title() const; // "Width", "Gain (register 77824)"
+    // "Width", "Gain (GainSelector=Red, register 0x00013000)"
+    QString title() const;
 };
 
 // Whether the file's value is not, or would not be, in the camera. What imports leave alone does not count,
@@ -85,13 +93,14 @@ QString identityWord(ie::IdentityComparison::What what);
 // What entries come to: `good`, or Incomplete when one is amiss.
 CameraVerdict verdictOn(const std::vector<EntryCheck>& entries, CameraVerdict good);
 
-// `mayGoOn` is asked before each entry, from the thread of the check.
+// `mayGoOn` is asked before anything is done and before each entry, from the thread of the check. `inHand` is
+// told behind it of each entry.
 CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, const CheckRule& rule,
-                        const std::function<bool()>& mayGoOn);
+                        const std::function<bool()>& mayGoOn, const std::function<void()>& inHand = {});
 
-// All at the same time, in the order of `cameras`; one that fails does not stop the others. Blocks until all
-// are over.
-std::vector<CameraCheck> checkCameras(const std::vector<ListedCamera>& cameras,
+// All at the same time, in the order of `cameras`; one that fails does not stop the others. People are told
+// how far it is. Blocks until all are over.
+std::vector<CameraCheck> checkCameras(Console& console, const std::vector<ListedCamera>& cameras,
                                       const ie::FeaturesContent& file, const CheckRule& rule,
                                       const std::function<bool()>& mayGoOn);
 

@@ -1,6 +1,7 @@
 #include "iefeatures/check/CheckReport.h"
 
 #include "iefeatures/cameras/CameraJson.h"
+#include "iefeatures/check/EntryLines.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 
@@ -10,6 +11,8 @@ namespace companion
 {
 namespace
 {
+
+constexpr int kShortestValue = 12; // columns
 
 QString outcomeWord(ie::IdentityComparison::Outcome outcome)
 {
@@ -29,71 +32,28 @@ QString quoted(const QString& value)
     return value.isNull() ? QString("-") : '"' + value + '"';
 }
 
-QString identityLines(const CameraCheck& check, Detail detail)
+// Lines behind the first one are indented.
+QString folded(const QString& text, int indent, const ReportStyle& style)
 {
+    if (style.columns <= 0 || displayWidth(text) <= style.columns)
+        return text + '\n';
+    return wrapped(text, style.columns - indent).join('\n' + QString(indent, ' ')) + '\n';
+}
+
+// What is bad stands in the error.
+QString identityLines(const CameraCheck& check, const ReportStyle& style)
+{
+    const auto shown = [&](const QString& value) {
+        const QString text = printable(quoted(value));
+        return style.columns > 0 ? shortened(text, std::max(kShortestValue, style.columns / 3)) : text;
+    };
     QString text;
     for (const ie::IdentityComparison& line : check.identity)
-        if (detail == Detail::All || line.outcome != ie::IdentityComparison::Outcome::Good)
-            text += QString("  %1: %2, file %3, camera %4\n")
-                        .arg(identityWord(line.what), outcomeWord(line.outcome),
-                             printable(quoted(line.fileValue)), printable(quoted(line.cameraValue)));
-    return text;
-}
-
-QString filesAndCameras(const EntryCheck& entry)
-{
-    QStringList parts;
-    if (!entry.cameraValue.isNull())
-        parts += "camera " + entry.cameraValue;
-    if (!entry.fileValue.isNull())
-        parts += "file " + entry.fileValue;
-    return parts.join(", ");
-}
-
-QString valuesText(const EntryCheck& entry)
-{
-    switch (entry.verdict) {
-    case EntryVerdict::WouldChange:
-        return (entry.cameraValue.isNull() ? QString("?") : entry.cameraValue) + " -> " + entry.newValue;
-    case EntryVerdict::State:
-    case EntryVerdict::Session:
-    case EntryVerdict::Automatic:
-    case EntryVerdict::Ignored:
-    case EntryVerdict::Coerced:
-    case EntryVerdict::NotApplied:
-    case EntryVerdict::NotWritable:
-    case EntryVerdict::OutOfRange:
-        return filesAndCameras(entry);
-    default:
-        return {};
-    }
-}
-
-bool isAsExpected(const EntryCheck& entry)
-{
-    return entry.verdict == EntryVerdict::Unchanged || entry.verdict == EntryVerdict::Applied;
-}
-
-bool isWorthALine(const EntryCheck& entry, Detail detail)
-{
-    if (isAsExpected(entry))
-        return false;
-    return detail == Detail::All || entry.verdict == EntryVerdict::WouldChange || isAmiss(entry);
-}
-
-QString entryLines(const CameraCheck& check, Detail detail)
-{
-    QString text;
-    for (const EntryCheck& entry : check.entries) {
-        if (isWorthALine(entry, detail)) {
-            QStringList parts = {printable(entry.title()), printable(valuesText(entry)),
-                                 printable(entry.reason)};
-            parts.removeAll({});
-            text += "  " + verdictWord(entry.verdict) + ": " + parts.join(": ") + '\n';
-        }
-        for (const QString& warning : entry.warnings)
-            text += "  warning: " + printable(entry.title()) + ": " + printable(warning) + '\n';
-    }
+        if (style.detail == Detail::All || line.outcome == ie::IdentityComparison::Outcome::Tolerated)
+            text += folded(QString("  %1: %2, file %3, camera %4")
+                               .arg(identityWord(line.what), outcomeWord(line.outcome), shown(line.fileValue),
+                                    shown(line.cameraValue)),
+                           6, style);
     return text;
 }
 
@@ -104,9 +64,9 @@ bool isComplete(const CameraCheck& check)
 }
 
 // "152 unchanged, 1 not applied; state: 3 differ"
-QString countsLine(const CameraCheck& check)
+QString counts(const CameraCheck& check)
 {
-    QStringList counts;
+    QStringList settings;
     QString others;
     for (const EntryVerdict verdict : kEntryVerdicts) {
         const auto count =
@@ -118,11 +78,11 @@ QString countsLine(const CameraCheck& check)
                           .arg(count)
                           .arg(count == 1 ? "differs" : "differ");
         else if (count > 0)
-            counts += QString::number(count) + ' ' + verdictWord(verdict);
+            settings += QString::number(count) + ' ' + verdictWord(verdict);
     }
     if (check.entries.empty())
-        return "  nothing in the file\n";
-    return "  " + (counts.isEmpty() ? "no settings" : counts.join(", ")) + others + '\n';
+        return "nothing in the file";
+    return (settings.isEmpty() ? "no settings" : settings.join(", ")) + others;
 }
 
 Json identityJson(const ie::IdentityComparison& line)
@@ -138,11 +98,20 @@ Json entryJson(const EntryCheck& entry)
     Json object = {{"feature", json(entry.feature)}};
     if (entry.isRegister)
         object["register"] = entry.address ? Json(*entry.address) : Json();
+    if (!entry.selectors.isEmpty())
+        object["selectors"] = json(entry.selectors);
+    if (!entry.category.isEmpty())
+        object["category"] = json(entry.category);
     object["verdict"] = json(verdictWord(entry.verdict));
     object["file"] = jsonUnlessNull(entry.fileValue);
     object["camera"] = jsonUnlessNull(entry.cameraValue);
     if (!entry.newValue.isNull())
         object["new"] = json(entry.newValue);
+    for (const auto& [key, name] :
+         {std::pair("file_entry", entry.fileEntry), std::pair("camera_entry", entry.cameraEntry),
+          std::pair("new_entry", entry.newEntry)})
+        if (!name.isEmpty())
+            object[key] = json(name);
     if (!entry.reason.isEmpty())
         object["reason"] = json(entry.reason);
     object["warnings"] = json(entry.warnings);
@@ -151,15 +120,15 @@ Json entryJson(const EntryCheck& entry)
 
 } // namespace
 
-QString checkText(const std::vector<CameraCheck>& checks, Detail detail)
+QString checkText(const std::vector<CameraCheck>& checks, const ReportStyle& style)
 {
     QString text;
     for (const CameraCheck& check : checks) {
-        text += check.camera.title() + ": " + verdictWord(check.verdict);
-        if (!check.error.isEmpty())
-            text += ": " + printable(check.error);
-        text += '\n' + (isComplete(check) ? countsLine(check) : QString()) + identityLines(check, detail) +
-                entryLines(check, detail);
+        const QString error = check.error.isEmpty() ? QString() : ": " + printable(check.error);
+        text += folded(check.camera.title() + ": " + verdictWord(check.verdict) + error, 2, style);
+        if (isComplete(check))
+            text += folded("  " + counts(check), 4, style);
+        text += identityLines(check, style) + entryLines(check, style);
     }
     return text;
 }

@@ -4,6 +4,7 @@
 
 #include "iefeatures/check/CameraCheck.h"
 #include "iefeatures/console/Console.h"
+#include "iefeatures/console/ReportStyle.h"
 
 #include <QString>
 
@@ -12,15 +13,9 @@
 namespace companion
 {
 
-enum class Detail
-{
-    Attention, // what is amiss, what an import would write, warnings
-    All        // every entry but those that are as the file says, and all that the file had to prove
-};
-
-// A paragraph a camera: its verdict, counts, what the file had to prove where it has not, a line for each
-// entry in question.
-QString checkText(const std::vector<CameraCheck>& checks, Detail detail = Detail::Attention);
+// A paragraph a camera: its verdict, counts, what the file had to prove where it has not, then the entries in
+// question, those first that are amiss. Registers are hexadecimal, entries of enumerations have their names.
+QString checkText(const std::vector<CameraCheck>& checks, const ReportStyle& style = {});
 
 // The fields of the object of one camera, with all entries.
 Json checkJson(const CameraCheck& check);

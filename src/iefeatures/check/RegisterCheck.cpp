@@ -1,5 +1,7 @@
 #include "iefeatures/check/RegisterCheck.h"
 
+#include "iefeatures/console/RegisterText.h"
+
 #include "jobs/nodes/RegisterWords.h"
 #include "jobs/rules/ImportRules.h"
 
@@ -126,7 +128,7 @@ void RegisterCheck::checkUnaligned(const Block& block, const ie::RegisterValue& 
     if (m_mode == CheckMode::Verify && canBeRead)
         return check.judge(EntryVerdict::NotApplied, why);
     check.judge(EntryVerdict::Skipped, why);
-    check.warnings += "address " + value.addressText + " is no multiple of 4";
+    check.warnings += "address " + hexAddress(value.address) + " is no multiple of 4";
 }
 
 void RegisterCheck::compare(const Block& block, const ie::RegisterValue& value, EntryCheck& check)

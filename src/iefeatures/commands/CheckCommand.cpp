@@ -5,6 +5,7 @@
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
+#include "iefeatures/running/ReadingProgress.h"
 
 #include <CLI/CLI.hpp>
 
@@ -14,12 +15,14 @@ namespace companion
 namespace
 {
 
-CameraCheck check(const ImportJob& job, const CheckRule& rule)
+CameraCheck check(const ImportJob& job, const CheckRule& rule, const std::function<void(int)>& inHand)
 {
     const FeaturesFileInput& input = job.files->input;
     if (!input.isGood())
         return {job.camera, input.verdict, input.error, {}, {}};
-    return checkCamera(job.camera, input.content, rule, [] { return !Interrupt::isRequested(); });
+    return checkCamera(
+        job.camera, input.content, rule, [] { return !Interrupt::isRequested(); },
+        [&] { inHand(int(input.content.entries.size())); });
 }
 
 void tellBadFiles(Console& console, const std::vector<ImportJob>& jobs)
@@ -33,14 +36,27 @@ void tellBadFiles(Console& console, const std::vector<ImportJob>& jobs)
         console.err(error + '\n');
 }
 
+std::vector<CameraCheck> checkAll(Console& console, const std::vector<ImportJob>& jobs, const CheckRule& rule)
+{
+    std::vector<ListedCamera> cameras;
+    for (const ImportJob& job : jobs)
+        cameras.push_back(job.camera);
+    ReadingProgress progress(console, cameras, "checking");
+    std::vector<CameraCheck> checks(jobs.size());
+    inParallel(jobs.size(), [&](size_t i) {
+        checks[i] = check(jobs[i], rule, [&](int all) { progress.advance(i, all); });
+        progress.end(i);
+    });
+    return checks;
+}
+
 } // namespace
 
 int runCheck(Console& console, const std::vector<ImportJob>& jobs, const CheckTask& task,
              const FolderOption& folder)
 {
     tellBadFiles(console, jobs);
-    std::vector<CameraCheck> checks(jobs.size());
-    inParallel(jobs.size(), [&](size_t i) { checks[i] = check(jobs[i], task.rule); });
+    const std::vector<CameraCheck> checks = checkAll(console, jobs, task.rule);
     if (Interrupt::isRequested())
         console.err(std::string("Interrupted.\n"));
     QStringList results;
@@ -49,7 +65,7 @@ int runCheck(Console& console, const std::vector<ImportJob>& jobs, const CheckTa
         results += verdictWord(check.verdict);
     }
     if (!task.isJson)
-        console.out(checkText(checks, task.detail));
+        console.out(checkText(checks, task.style));
     folder.tellSummary(console, results);
     return Interrupt::isRequested() ? ExitInterrupted : exitCodeOf(gravestOf(checks));
 }
@@ -65,7 +81,8 @@ void CheckCommand::addOptions(CLI::App& app)
     m_search.addWait(app);
     m_search.addKeepGoing(app);
     app.add_flag("--strict", m_isStrict, "Count also what streaming programs and automatic functions set");
-    app.add_flag("--details", m_isDetailed, kDetailsHelp);
+    m_report.addDetails(app);
+    m_report.addOptions(app);
     addIgnoreOption(app, m_ignored);
     app.add_flag("--json", m_json, "One JSON object a line for each camera");
 }
@@ -84,8 +101,8 @@ int CheckCommand::execute(World& world)
         return code;
     }
     const Interrupt interrupt;
-    const CheckTask task{
-        {mode(), m_isStrict, patternsOf(m_ignored)}, m_isDetailed ? Detail::All : Detail::Attention, m_json};
+    CheckTask task{{mode(), m_isStrict, patternsOf(m_ignored)}, m_report.style(), m_json};
+    task.rule.asksCategories = task.style.isGrouped;
     return search.codeOf(runCheck(world.console, jobs(search.cameras()), task, m_folder));
 }
 

@@ -5,6 +5,7 @@
 #include "iefeatures/check/CheckReport.h"
 #include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/commands/FolderOption.h"
+#include "iefeatures/commands/ReportOptions.h"
 #include "iefeatures/imports/ImportFiles.h"
 
 #include <string>
@@ -16,7 +17,7 @@ namespace companion
 struct CheckTask
 {
     CheckRule rule;
-    Detail detail = Detail::Attention;
+    ReportStyle style;
     bool isJson = false;
 };
 
@@ -42,7 +43,7 @@ private:
     FolderOption m_folder;
     std::string m_file;
     bool m_isStrict = false;
-    bool m_isDetailed = false;
+    ReportOptions m_report;
     std::vector<std::string> m_ignored;
     bool m_json = false;
 };

@@ -22,14 +22,14 @@ namespace
 
 // To people on the message stream: what it looks like is theirs to judge, the results come later.
 void tellPlan(Console& console, const std::vector<ListedCamera>& targets, const ie::FeaturesContent& content,
-              const QStringList& ignored)
+              const ImportOptions& options)
 {
-    const auto plan = checkCameras(targets, content, {CheckMode::Plan, false, ignored},
+    const auto plan = checkCameras(console, targets, content, {CheckMode::Plan, false, options.ignored()},
                                    [] { return !Interrupt::isRequested(); });
     for (const CameraCheck& check : plan)
         console.object("plan", checkJson(check));
     if (!console.isJson())
-        console.err(checkText(plan));
+        console.err(checkText(plan, options.style()));
 }
 
 } // namespace
@@ -49,7 +49,7 @@ void CloneCommand::addOptions(CLI::App& app)
     m_options.addSnapshot(app);
     m_options.addUserSet(app);
     m_options.addAudit(app);
-    m_options.addDetails(app);
+    m_options.addReport(app);
     m_options.addIgnored(app);
     m_log.addOptions(app);
 }
@@ -122,7 +122,7 @@ int CloneCommand::clone(World& world, const Roles& roles) const
         world.console.err(roles.source().title() + ": its export cannot be read as a features file.\n");
         return ExitJobFailed;
     }
-    tellPlan(world.console, roles.targets, input.content, m_options.ignored());
+    tellPlan(world.console, roles.targets, input.content, m_options);
     int code = ExitWell;
     if (!m_isAgreed && !isAgreedTo(world, roles, code))
         return code;

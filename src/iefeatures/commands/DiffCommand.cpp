@@ -108,6 +108,19 @@ void nameEntries(const Descriptions& descriptions, FeatureDifference& difference
     }
 }
 
+// Either description will do.
+void placeRegisters(const Descriptions& descriptions, bool isGrouped, FeatureDifference& difference)
+{
+    LiveDescription* description = (descriptions[0] ? descriptions[0] : descriptions[1]).get();
+    if (!description)
+        return;
+    if (isGrouped)
+        difference.category = description->category(difference.name);
+    for (RegisterDifference& word : difference.registers)
+        if (!word.variables.isEmpty())
+            word.selectors = description->selectors(difference.name, word.variables);
+}
+
 } // namespace
 
 void DiffCommand::addOptions(CLI::App& app)
@@ -130,6 +143,7 @@ void DiffCommand::addOptions(CLI::App& app)
         ->check(isGiven("Name a feature."));
     app.add_flag("--all", m_all, "Compare also what is no setting, changes by itself or is read-only");
     app.add_flag("--strict", m_isStrict, "Compare also what streaming programs and automatic functions set");
+    m_report.addOptions(app);
     app.add_flag("--skip-unreadable", m_skipsUnreadable, kSkipUnreadableHelp);
     app.add_flag("--json", m_json, "JSON lines instead of text");
     m_folder.addOptions(app);
@@ -299,7 +313,7 @@ void DiffCommand::tell(Console& console, Pair& pair) const
     const std::vector<FeatureSource>& sources = pair.sources;
     console.object("diff", diffJson(pair.comparison, sources[0], sources[1]));
     if (!m_json)
-        console.out(diffText(pair.comparison, sources[0].title, sources[1].title));
+        console.out(diffText(pair.comparison, sources[0].title, sources[1].title, m_report.style()));
     const bool isEqual = pair.comparison.isEqual();
     pair.end(isEqual ? ExitWell : ExitJobFailed, isEqual ? "equal" : "different");
 }
@@ -319,8 +333,10 @@ FeatureComparison DiffCommand::comparisonOf(Console& console, const std::vector<
         return whyNoSetting(descriptions, difference, m_isStrict);
     };
     FeatureComparison comparison = compareFeatures(sources[0].content, sources[1].content, why);
-    for (FeatureDifference& difference : comparison.features)
+    for (FeatureDifference& difference : comparison.features) {
         nameEntries(descriptions, difference);
+        placeRegisters(descriptions, m_report.style().isGrouped, difference);
+    }
     return comparison;
 }
 

@@ -4,6 +4,7 @@
 
 #include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/commands/FolderOption.h"
+#include "iefeatures/commands/ReportOptions.h"
 #include "iefeatures/compare/FeatureComparison.h"
 #include "iefeatures/compare/FeatureSource.h"
 #include "iefeatures/console/LogSink.h"
@@ -53,6 +54,7 @@ private:
     bool m_all = false;
     bool m_isStrict = false;
     bool m_skipsUnreadable = false;
+    ReportOptions m_report;
     bool m_json = false;
     SearchOptions m_search;
     FolderOption m_folder;

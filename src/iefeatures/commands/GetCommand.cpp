@@ -9,6 +9,7 @@
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/running/ReadingProgress.h"
 
 #include <CLI/CLI.hpp>
 
@@ -62,7 +63,13 @@ int GetCommand::execute(World& world)
         return code;
     const Interrupt interrupt;
     std::vector<Reading> readings(search.cameras().size());
-    inParallel(readings.size(), [&](size_t i) { readings[i] = read(search.cameras()[i]); });
+    {
+        ReadingProgress progress(world.console, search.cameras(), "reading");
+        inParallel(readings.size(), [&](size_t i) {
+            readings[i] = read(search.cameras()[i], [&] { progress.advance(i, int(m_features.size())); });
+            progress.end(i);
+        });
+    }
     tell(world.console, readings);
     if (Interrupt::isRequested()) {
         world.console.err(std::string("Interrupted.\n"));
@@ -73,7 +80,7 @@ int GetCommand::execute(World& world)
     return search.codeOf(areWhole ? ExitWell : ExitJobFailed);
 }
 
-GetCommand::Reading GetCommand::read(const ListedCamera& camera) const
+GetCommand::Reading GetCommand::read(const ListedCamera& camera, const std::function<void()>& inHand) const
 {
     Reading reading;
     reading.camera = camera;
@@ -88,6 +95,7 @@ GetCommand::Reading GetCommand::read(const ListedCamera& camera) const
         reading.isUnreached = Interrupt::isRequested();
         if (reading.isUnreached)
             break;
+        inHand();
         reading.features.push_back(readLiveFeature(reader, QString::fromStdString(name)));
         const LiveFeature& feature = reading.features.back();
         reading.units.push_back(feature.isRead() ? unitOf(description, feature.name) : QString());

@@ -4,6 +4,7 @@
 #include "iefeatures/cameras/LiveFeature.h"
 #include "iefeatures/commands/CameraSearch.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -29,7 +30,7 @@ private:
         std::vector<QString> access;
         bool isWhole() const;
     };
-    Reading read(const ListedCamera& camera) const;
+    Reading read(const ListedCamera& camera, const std::function<void()>& inHand) const;
     void tell(Console& console, const std::vector<Reading>& readings) const;
 
     std::vector<std::string> m_features;

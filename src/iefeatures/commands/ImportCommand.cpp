@@ -33,7 +33,7 @@ void ImportCommand::addOptions(CLI::App& app)
     m_options.addVerify(app);
     m_options.addUserSet(app);
     m_options.addAudit(app);
-    m_options.addDetails(app);
+    m_options.addReport(app);
     m_options.addIgnored(app);
     JobCommand::addOptions(app);
 }
@@ -138,7 +138,7 @@ int ImportCommand::import(Console& console, const std::vector<ImportJob>& jobs) 
     if (m_isDryRun)
         return runCheck(
             console, jobs,
-            {{CheckMode::Plan, false, m_options.ignored(), m_isForced}, m_options.detail(), wantsJson()},
+            {{CheckMode::Plan, false, m_options.ignored(), m_isForced}, m_options.style(), wantsJson()},
             m_folder);
     ImportTask task;
     task.command = name();

@@ -55,9 +55,10 @@ void ImportOptions::addAudit(CLI::App& app)
     m_audit.addOptions(app);
 }
 
-void ImportOptions::addDetails(CLI::App& app)
+void ImportOptions::addReport(CLI::App& app)
 {
-    app.add_flag("--details", m_isDetailed, kDetailsHelp);
+    m_report.addDetails(app);
+    m_report.addOptions(app);
 }
 
 QString ImportOptions::outputProblem() const
@@ -78,7 +79,7 @@ void ImportOptions::fill(ImportTask& task) const
     task.isVerified = isVerified();
     task.userSet = {QString::fromStdString(m_userSet), m_isForStartUp};
     task.audit = m_audit.rule();
-    task.detail = detail();
+    task.style = style();
     task.ignored = ignored();
 }
 

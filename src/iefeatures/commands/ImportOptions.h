@@ -2,6 +2,7 @@
 #pragma once
 
 #include "iefeatures/commands/AuditOptions.h"
+#include "iefeatures/commands/ReportOptions.h"
 #include "iefeatures/imports/ImportProcedure.h"
 
 #include <string>
@@ -15,8 +16,6 @@ class App;
 namespace companion
 {
 
-inline constexpr char kDetailsHelp[] = "Tell all that is not as the file says, not only what needs attention";
-
 // --ignore, for all that compare: adds what `names` take.
 void addIgnoreOption(CLI::App& app, std::vector<std::string>& names);
 QStringList patternsOf(const std::vector<std::string>& names);
@@ -28,12 +27,12 @@ public:
     void addVerify(CLI::App& app);   // for commands that do not always verify
     void addUserSet(CLI::App& app);
     void addAudit(CLI::App& app);
-    void addDetails(CLI::App& app);
+    void addReport(CLI::App& app); // of what has become of the features
     void addIgnored(CLI::App& app);
 
     bool isVerified() const { return m_isVerified || !m_userSet.empty(); }
     QStringList ignored() const { return patternsOf(m_ignored); }
-    Detail detail() const { return m_isDetailed ? Detail::All : Detail::Attention; }
+    ReportStyle style() const { return m_report.style(); }
     // A sentence when snapshots cannot be taken for the folder, or an empty text. No camera is asked.
     QString outputProblem() const;
     // Of what is exported on the way.
@@ -47,7 +46,7 @@ private:
     std::string m_userSet;
     bool m_isForStartUp = false;
     AuditOptions m_audit;
-    bool m_isDetailed = false;
+    ReportOptions m_report;
     std::vector<std::string> m_ignored;
 };
 

@@ -67,7 +67,7 @@ void RollbackCommand::addOptions(CLI::App& app)
                  "Take the snapshot of another camera of the same model, and write all that it names");
     app.add_flag("--json", m_json, "JSON lines instead of text");
     m_options.addAudit(app);
-    m_options.addDetails(app);
+    m_options.addReport(app);
     m_options.addIgnored(app);
     m_log.addOptions(app);
 }
@@ -172,7 +172,7 @@ int RollbackCommand::proveCameras(Console& console, const std::vector<Job>& jobs
     const CameraVerdict verdict = gravestOf(checks);
     if (verdict == CameraVerdict::Ready)
         return ExitWell;
-    console.err(checkText(checks) + "Nothing was written.\n");
+    console.err(checkText(checks, m_options.style()) + "Nothing was written.\n");
     for (const CameraCheck& check : checks)
         console.object("result", checkJson(check));
     return exitCodeOf(verdict);

@@ -16,6 +16,7 @@ void ShowCommand::addOptions(CLI::App& app)
         ->required()
         ->type_name("")
         ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
+    m_report.addWide(app);
     app.add_flag("--json", m_json, "JSON lines instead of text");
 }
 
@@ -29,7 +30,7 @@ int ShowCommand::execute(World& world)
     object.update(featuresJson(source.content));
     world.console.object("file", object);
     if (!m_json)
-        world.console.out(featuresText(source.content));
+        world.console.out(featuresText(source.content, m_report.style().columns));
     return ExitWell;
 }
 

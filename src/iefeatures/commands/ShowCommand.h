@@ -2,6 +2,7 @@
 #pragma once
 
 #include "iefeatures/commands/Command.h"
+#include "iefeatures/commands/ReportOptions.h"
 
 #include <string>
 
@@ -18,6 +19,7 @@ public:
 
 private:
     std::string m_file;
+    ReportOptions m_report;
     bool m_json = false;
 };
 

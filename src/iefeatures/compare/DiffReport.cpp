@@ -5,6 +5,10 @@
 #include "iefeatures/console/RegisterText.h"
 #include "iefeatures/console/Text.h"
 
+#include <QMap>
+
+#include <algorithm>
+
 namespace companion
 {
 namespace
@@ -13,11 +17,14 @@ namespace
 using Side = FeatureDifference::Side;
 
 const char* const kNothing = "-"; // on this side
+const char* const kDiffers = "differs";
+constexpr int kNarrowest = 12; // column
+constexpr int kGap = 2;        // between columns
 
 template <class Value>
 QString whereText(const std::optional<Value>& a, const std::optional<Value>& b)
 {
-    return a && b ? "differs" : a ? "only in A" : "only in B";
+    return a && b ? kDiffers : a ? "only in A" : "only in B";
 }
 
 // Texts in quotes: an empty one is a value, too.
@@ -38,18 +45,31 @@ QString cell(const FeatureDifference& difference, const std::optional<Side>& sid
     return valueText(*side) + (isTypeTold ? " [" + printable(side->type) + ']' : QString());
 }
 
-// Words that go with the register block's own line have none of theirs.
-void addRows(const FeatureDifference& difference, QList<QStringList>& rows)
+// Where columns are few, selectors say enough.
+QString wordTitle(const QString& name, const RegisterDifference& word, const ReportStyle& style)
 {
-    const auto& [name, a, b, registers] = difference;
-    if (!a || !b || a->type != b->type || a->value != b->value)
+    QStringList parts{name, hexAddress(word.address), word.variables};
+    if (!word.selectors.isEmpty())
+        parts = style.columns > 0 ? QStringList{name, word.selectors}
+                                  : QStringList{name, hexAddress(word.address), word.selectors};
+    return printable(parts.join(' ')).trimmed();
+}
+
+// Words that go with the register block's own line have none of theirs.
+QList<QStringList> rowsOf(const FeatureDifference& difference, const ReportStyle& style)
+{
+    const auto& [name, a, b, registers, category] = difference;
+    const auto isToldOf = [&](bool isInBoth) { return isInBoth || !style.hasDifferencesOnly; };
+    QList<QStringList> rows;
+    if (isToldOf(a && b) && (!a || !b || a->type != b->type || a->value != b->value))
         rows.append({whereText(a, b), printable(name), cell(difference, a), cell(difference, b)});
     if (!a || !b)
-        return;
+        return rows;
     for (const RegisterDifference& word : registers)
-        rows.append({whereText(word.a, word.b),
-                     printable(name + ' ' + hexAddress(word.address) + ' ' + word.variables).trimmed(),
-                     printable(word.a.value_or(kNothing)), printable(word.b.value_or(kNothing))});
+        if (isToldOf(word.a && word.b))
+            rows.append({whereText(word.a, word.b), wordTitle(name, word, style),
+                         printable(word.a.value_or(kNothing)), printable(word.b.value_or(kNothing))});
+    return rows;
 }
 
 QString countsText(const FeatureComparison& comparison)
@@ -60,12 +80,62 @@ QString countsText(const FeatureComparison& comparison)
     for (const FeatureDifference& difference : comparison.header + comparison.features)
         ++(difference.a && difference.b ? both : difference.a ? onlyInA : onlyInB);
     QString text = QString("%1 different, %2 only in A, %3 only in B").arg(both).arg(onlyInA).arg(onlyInB);
-    QStringList leftOut;
-    for (const LeftOut& one : comparison.leftOut)
-        leftOut += printable(one.name) + (one.why.isEmpty() ? QString() : " (" + one.why + ')');
-    if (!leftOut.isEmpty())
-        text += QString("; %1 more left out: ").arg(leftOut.size()) + leftOut.join(", ");
+    if (!comparison.leftOut.isEmpty())
+        text += QString(", %1 more left out").arg(comparison.leftOut.size());
     return text + '\n';
+}
+
+QString leftOutText(const FeatureComparison& comparison, const ReportStyle& style)
+{
+    if (comparison.leftOut.isEmpty())
+        return {};
+    QStringList names;
+    for (const LeftOut& one : comparison.leftOut)
+        names += printable(one.name) + (one.why.isEmpty() ? QString() : " (" + one.why + ')');
+    return wrapped("left out: " + names.join(", "), style.columns).join("\n  ") + '\n';
+}
+
+// The columns behind the first are cut to what the style has.
+void fitRows(QList<QStringList>& rows, const ReportStyle& style)
+{
+    int widths[4] = {};
+    for (const QStringList& row : qAsConst(rows))
+        for (int i = 0; i < 4; ++i)
+            widths[i] = std::max(widths[i], displayWidth(row[i]));
+    const int room = std::max(3 * kNarrowest, style.columns - widths[0] - 3 * kGap);
+    const int name = std::min(widths[1], std::max(room - widths[2] - widths[3], room / 2));
+    const int a = std::min(widths[2], std::max((room - name) / 2, room - name - widths[3]));
+    const int b = std::min(widths[3], room - name - a);
+    for (QStringList& row : rows)
+        row = QStringList{row[0], shortened(row[1], name), shortened(row[2], a), shortened(row[3], b)};
+}
+
+// Grouped: a line for each category, behind the features that none lists.
+QString tableText(const FeatureComparison& comparison, const ReportStyle& style)
+{
+    QList<QStringList> rows = {{"WHERE", "FEATURE", "A", "B"}};
+    QMap<int, QString> headings; // before rows
+    QList<FeatureDifference> all = comparison.header + comparison.features;
+    if (style.isGrouped)
+        std::stable_sort(all.begin(), all.end(),
+                         [](const FeatureDifference& one, const FeatureDifference& other) {
+                             return one.category < other.category;
+                         });
+    QString category;
+    for (const FeatureDifference& difference : qAsConst(all)) {
+        const QList<QStringList> own = rowsOf(difference, style);
+        if (style.isGrouped && !own.isEmpty() && difference.category != category)
+            headings[rows.size()] = category = difference.category;
+        rows += own;
+    }
+    if (rows.size() == 1)
+        return {};
+    if (style.columns > 0)
+        fitRows(rows, style);
+    QStringList lines = alignedRows({Align::Left, Align::Left, Align::Left, Align::Left}, rows).split('\n');
+    for (auto heading = headings.cbegin(); heading != headings.cend(); ++heading)
+        lines[heading.key()].prepend(printable(heading.value()) + ":\n");
+    return lines.join('\n');
 }
 
 Json valueJson(const std::optional<Side>& side)
@@ -81,12 +151,15 @@ Json wordJson(const std::optional<QString>& word)
 Json registersJson(const QList<RegisterDifference>& registers)
 {
     Json list = Json::array();
-    for (const RegisterDifference& word : registers)
-        list.push_back({{"address", word.address},
-                        {"variables", json(word.variables)},
-                        {"difference", json(whereText(word.a, word.b))},
-                        {"a", wordJson(word.a)},
-                        {"b", wordJson(word.b)}});
+    for (const RegisterDifference& word : registers) {
+        Json& object =
+            list.emplace_back(Json{{"address", word.address}, {"variables", json(word.variables)}});
+        if (!word.selectors.isEmpty())
+            object["selectors"] = json(word.selectors);
+        object["difference"] = json(whereText(word.a, word.b));
+        object["a"] = wordJson(word.a);
+        object["b"] = wordJson(word.b);
+    }
     return list;
 }
 
@@ -100,9 +173,11 @@ Json fieldJson(const FeatureDifference& field)
 
 Json featureJson(const FeatureDifference& difference)
 {
-    const auto& [name, a, b, registers] = difference;
+    const auto& [name, a, b, registers, category] = difference;
     Json object = fieldJson(difference);
     object["type"] = json((a ? a->type : b->type));
+    if (!category.isEmpty())
+        object["category"] = json(category);
     if (a && b && a->type != b->type)
         object["type_b"] = json(b->type);
     if (a && !a->entryName.isEmpty())
@@ -122,15 +197,13 @@ Json sourceJson(const FeatureSource& source)
 
 } // namespace
 
-QString diffText(const FeatureComparison& comparison, const QString& titleA, const QString& titleB)
+QString diffText(const FeatureComparison& comparison, const QString& titleA, const QString& titleB,
+                 const ReportStyle& style)
 {
-    QString text = "A: " + titleA + "\nB: " + titleB + '\n';
-    QList<QStringList> rows = {{"WHERE", "FEATURE", "A", "B"}};
-    for (const FeatureDifference& difference : comparison.header + comparison.features)
-        addRows(difference, rows);
-    if (rows.size() > 1)
-        text += alignedRows({Align::Left, Align::Left, Align::Left, Align::Left}, rows);
-    return text + countsText(comparison);
+    QString text = "A: " + titleA + "\nB: " + titleB + '\n' + countsText(comparison);
+    if (style.detail == Detail::Summary)
+        return text;
+    return text + tableText(comparison, style) + leftOutText(comparison, style);
 }
 
 Json diffJson(const FeatureComparison& comparison, const FeatureSource& a, const FeatureSource& b)

@@ -20,6 +20,7 @@ struct RegisterDifference
     QString variables;        // "[GainSelector:1]", of the side that has them
     std::optional<QString> a; // "0x0000000A", behind a converter "0x0000000A (5.000000)"
     std::optional<QString> b;
+    QString selectors = {}; // "GainSelector=Red"; filled in by who knows it
 };
 
 struct FeatureDifference
@@ -35,6 +36,7 @@ struct FeatureDifference
     std::optional<Side> a;
     std::optional<Side> b;
     QList<RegisterDifference> registers; // of a register block, by address
+    QString category = {};               // filled in by who knows it
 
     bool isRegisterBlock() const { return (a ? *a : *b).type == "Register"; }
 };

@@ -12,7 +12,8 @@ namespace companion
 
 // The header; the plain features in aligned columns; the register blocks, each address on a line of its own
 // with up to four words, the rest of a longer register on lines below.
-QString featuresText(const ie::FeaturesContent& content);
+// `columns`: that lines are fitted to, values cut in the middle; 0: none is.
+QString featuresText(const ie::FeaturesContent& content, int columns = 0);
 // The fields of its object.
 Json featuresJson(const ie::FeaturesContent& content);
 

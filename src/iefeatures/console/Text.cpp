@@ -77,6 +77,40 @@ QString fitted(const QString& text, int columns)
     return kept + QString(columns - width, ' ');
 }
 
+QString shortened(const QString& text, int columns)
+{
+    if (displayWidth(text) <= columns)
+        return text;
+    const QString gap = columns < 5 ? "" : "...";
+    const int room = std::max(0, columns - int(gap.size()));
+    const QString head = fitted(text, room - room / 2).trimmed();
+    QVector<uint> tail;
+    int width = 0;
+    const QVector<uint> characters = text.toUcs4();
+    for (auto it = characters.crbegin(); it != characters.crend(); ++it) {
+        width += characterWidth(*it);
+        if (width > room / 2)
+            break;
+        tail.prepend(*it);
+    }
+    return head + gap + QString::fromUcs4(tail.constData(), tail.size());
+}
+
+QStringList wrapped(const QString& text, int columns)
+{
+    if (columns <= 0)
+        return {text};
+    QStringList lines;
+    for (const QString& word : text.split(' ')) {
+        const bool fits = !lines.isEmpty() && displayWidth(lines.last()) + 1 + displayWidth(word) <= columns;
+        if (fits)
+            lines.last() += ' ' + word;
+        else
+            lines += word;
+    }
+    return lines;
+}
+
 QString alignedRows(const std::vector<Align>& columns, const QList<QStringList>& rows)
 {
     std::vector<int> widths(columns.size(), 0);

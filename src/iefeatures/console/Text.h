@@ -19,6 +19,12 @@ QStringList printableLines(const QString& text);
 int displayWidth(const QString& text);
 // Blanks added, or characters cut off at the end, up to exactly that many columns.
 QString fitted(const QString& text, int columns);
+// At most that many columns: what is longer is cut in the middle, where "..." says so. Both ends of a value
+// tell more of it than its middle.
+QString shortened(const QString& text, int columns);
+// Lines of at most that many columns, broken at blanks; a word that is longer has a line of its own. 0: one
+// line.
+QStringList wrapped(const QString& text, int columns);
 
 enum class Align
 {

@@ -7,9 +7,11 @@
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
+#include "iefeatures/console/RegisterText.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/exports/ExportStage.h"
 #include "iefeatures/running/NetChanges.h"
+#include "iefeatures/running/ReadingProgress.h"
 
 #include "jobs/worker/QOperateThread.h"
 
@@ -26,7 +28,7 @@ QStringList namesOf(const std::vector<Change>& changes)
 {
     QStringList names;
     for (const Change& change : changes)
-        names += change.feature.isEmpty() ? "register " + QString::number(change.address) : change.feature;
+        names += change.feature.isEmpty() ? "register " + hexAddress(change.address) : change.feature;
     names.removeDuplicates();
     return names;
 }
@@ -62,6 +64,13 @@ bool isHeldBack(const CameraImport& result)
            result.check->verdict == CameraVerdict::NotStarted;
 }
 
+CheckRule ruleOf(const ImportTask& task)
+{
+    CheckRule rule(CheckMode::Verify, false, task.ignored);
+    rule.asksCategories = task.style.isGrouped;
+    return rule;
+}
+
 void markRefused(CameraImport& result, CameraVerdict verdict, const QString& error)
 {
     result.isRefused = true;
@@ -81,8 +90,7 @@ ImportTraces tracesOf(const CameraImport& result)
 } // namespace
 
 ImportProcedure::ImportProcedure(Console& console, const ImportTask& task)
-    : m_console(console), m_task(task), m_rule(CheckMode::Verify, false, task.ignored),
-      m_audit(console, task.audit)
+    : m_console(console), m_task(task), m_rule(ruleOf(task)), m_audit(console, task.audit)
 {}
 
 int ImportProcedure::run(const std::vector<ImportJob>& jobs)
@@ -190,8 +198,11 @@ void ImportProcedure::doAllSteps()
 // What was left of the steps is what cameras that have come so far do not get.
 void ImportProcedure::cutShort()
 {
-    for (CameraImport* result : going())
+    for (CameraImport* result : going()) {
         result->isCutShort = !result->files->features.isEmpty();
+        if (result->isCutShort && !result->check)
+            tellFailures(*result);
+    }
 }
 
 ImportProcedure::Cameras ImportProcedure::going()
@@ -273,8 +284,20 @@ void ImportProcedure::settleOutcome(CameraImport& result, ImportOutcome outcome)
     if (outcome.verdict == CameraVerdict::NotStarted && !result.jobs.empty())
         outcome.verdict = CameraVerdict::Interrupted;
     result.jobs.push_back(outcome);
-    for (const QString& remark : importRemarks(outcome))
+    QStringList remarks = importRemarks(outcome);
+    if (!m_task.isVerified || result.files->features.isEmpty())
+        remarks += failureRemarks(outcome);
+    for (const QString& remark : remarks)
         tell(result.camera, remark);
+}
+
+// Who was to be checked is told by that, once; where it could not be, what the jobs have seen is all there
+// is.
+void ImportProcedure::tellFailures(const CameraImport& result)
+{
+    for (const ImportOutcome& job : result.jobs)
+        for (const QString& remark : failureRemarks(job))
+            tell(result.camera, remark);
 }
 
 void ImportProcedure::verify()
@@ -284,12 +307,22 @@ void ImportProcedure::verify()
         std::remove_if(results.begin(), results.end(),
                        [](const CameraImport* result) { return result->files->features.isEmpty(); }),
         results.end());
+    std::vector<ListedCamera> cameras;
+    for (const CameraImport* result : results)
+        cameras.push_back(result->camera);
+    ReadingProgress progress(m_console, cameras, "verifying");
     inParallel(results.size(), [&](size_t i) {
-        CameraCheck check = checkCamera(results[i]->camera, results[i]->files->input.content, m_rule,
-                                        [] { return !Interrupt::isRequested(); });
+        const ie::FeaturesContent& file = results[i]->files->input.content;
+        CameraCheck check = checkCamera(
+            cameras[i], file, m_rule, [] { return !Interrupt::isRequested(); },
+            [&] { progress.advance(i, int(file.entries.size())); });
+        progress.end(i);
         layOver(check, tracesOf(*results[i]));
         results[i]->check = check;
     });
+    for (const CameraImport* result : results)
+        if (result->check->verdict > CameraVerdict::Incomplete)
+            tellFailures(*result);
 }
 
 // What is not as it should be must not become what the camera starts with.
@@ -349,8 +382,7 @@ void ImportProcedure::tellResults()
         m_console.object("result", resultJson(result));
     }
     if (!m_task.isJson)
-        m_console.out((m_task.isSummedUp ? QString() : importTable(rows)) +
-                      checkText(reports, m_task.detail));
+        m_console.out((m_task.isSummedUp ? QString() : importTable(rows)) + checkText(reports, m_task.style));
 }
 
 Json ImportProcedure::resultJson(const CameraImport& result) const

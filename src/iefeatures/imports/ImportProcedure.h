@@ -30,7 +30,7 @@ struct ImportTask
     bool isSummedUp = false;   // somebody else tells a line for each camera
     AuditRule audit;
     bool isForced = false; // also what no import should write (WriteSafety.h)
-    Detail detail = Detail::Attention;
+    ReportStyle style;
     bool isJson = false;
 };
 
@@ -58,6 +58,7 @@ private:
     void import(unsigned type, QString ImportFiles::*file);
     void settleOutcome(CameraImport& result, ImportOutcome outcome);
     void tellFailuresApart(const CameraImport& result, ImportOutcome& outcome);
+    void tellFailures(const CameraImport& result);
     void verify();
     void saveUserSets();
     void cutShort();

@@ -205,20 +205,24 @@ QString importError(const ImportOutcome& result)
     }
 }
 
-QStringList importRemarks(const ImportOutcome& result)
+QStringList failureRemarks(const ImportOutcome& result)
 {
     const JobRecord& record = result.record;
     const bool isBag = record.job.type == JOB_FEATURE_BAG_IMPORT; // its text names them
-    const bool isSilent = !record.job.hasFailed || !record.tally.wasOpened;
     const bool isPartial = record.tally.wasOpened && (result.verdict == CameraVerdict::Incomplete ||
                                                       result.verdict == CameraVerdict::Failed);
+    return isPartial ? failureSentences(isBag ? failedCalls(record) : failedEntries(result)) : QStringList();
+}
+
+QStringList importRemarks(const ImportOutcome& result)
+{
+    const JobRecord& record = result.record;
+    const bool isSilent = !record.job.hasFailed || !record.tally.wasOpened;
     QStringList remarks;
     const bool hasCause =
         result.verdict == CameraVerdict::Incompatible || result.verdict == CameraVerdict::Failed;
     if (isSilent || hasCause)
         remarks += importError(result);
-    if (isPartial)
-        remarks += failureSentences(isBag ? failedCalls(record) : failedEntries(result));
     if (record.job.errorCode == IMPORT_ERR_VERSION && !record.job.hasFailed)
         remarks += "the file was written by another version of the suite.";
     remarks.removeAll({});

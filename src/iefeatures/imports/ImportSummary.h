@@ -35,8 +35,10 @@ void nameRegisters(const NamedFeatures::Blocks& names, ImportOutcome& result);
 // failed the job has applied the file.
 void settle(ImportOutcome& result, const std::vector<EntryCheck>& judged);
 
-// What the job's signals have not told, a sentence each: why it failed, what did not take.
+// What the job's signals have not told, a sentence each: why it failed.
 QStringList importRemarks(const ImportOutcome& result);
+// The features that a job which was not well has failed at; a sentence each.
+QStringList failureRemarks(const ImportOutcome& result);
 // Why the verdict is none on single features, a sentence; empty where it is.
 QString importError(const ImportOutcome& result);
 

@@ -28,6 +28,28 @@ bool isBag(uint32_t operation)
     return operation == KX_OP_FEATURE_SAVE || operation == KX_OP_FEATURE_LOAD;
 }
 
+bool isOfHead(const char* feature)
+{
+    return std::strcmp(feature, "DeviceFirmwareVersion") == 0 || std::strcmp(feature, "BoardDeviceType") == 0;
+}
+
+// Of the categories of a description: each once, in the order of names.
+QStringList listedFeatures(const char* description)
+{
+    constexpr char begin[] = "<pFeature>";
+    QStringList names;
+    while ((description = std::strstr(description, begin))) {
+        description += std::strlen(begin);
+        const char* end = std::strchr(description, '<');
+        if (!end)
+            break;
+        names += QString::fromUtf8(description, int(end - description)).trimmed();
+    }
+    names.sort();
+    names.removeDuplicates();
+    return names;
+}
+
 } // namespace
 
 CallWatch::CallWatch(const std::vector<ListedCamera>& cameras, std::function<bool()> refuse, Refusal refusal,
@@ -152,7 +174,10 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
     if (const QString feature = featureOf(event, entry);
         entry.expected && entry.expected->values.contains(feature))
         entry.metFeatures.insert(feature);
-    tally.features = entry.metFeatures.size();
+    if (entry.expected)
+        tally.features = entry.metFeatures.size();
+    else
+        takeListed(event, entry);
     tally.hasLineFailed = tally.hasLineFailed || tellsLineFailure(event);
     if (event.operation == KX_OP_CLOSE)
         entry.open = nullptr;
@@ -170,6 +195,20 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
     // The bag's text is there once its call has returned; closing is what comes next on this thread.
     if (event.operation == KX_OP_CLOSE && found.bagStatus != KX_OK)
         found.bagText = withInterruption(lastErrorText());
+}
+
+// Exports visit what is listed once, in the order of names, and not all of it is asked for. What the file's
+// head needs comes before.
+void CallWatch::takeListed(const KX_CallEvent& event, Entry& entry)
+{
+    if (event.operation == KX_OP_OPEN && event.status == KX_OK && event.value) {
+        entry.listed = listedFeatures(static_cast<const char*>(event.value));
+        entry.tally.expected = entry.listed.size();
+    } else if (event.nodeName && isRead(event.operation) && !isOfHead(event.nodeName)) {
+        const auto behind =
+            std::upper_bound(entry.listed.begin(), entry.listed.end(), QString::fromUtf8(event.nodeName));
+        entry.tally.features = std::max(entry.tally.features, int(behind - entry.listed.begin()));
+    }
 }
 
 void CallWatch::takeFailure(const KX_CallEvent& event, Findings& found)

@@ -41,7 +41,7 @@ public:
         quint64 requests = 0; // sent over the connection, retries included
         quint64 reads = 0;    // of features and memory, that are over
         int features = 0;     // of the expected ones, that the job has come to
-        int expected = 0;     // all of them
+        int expected = 0;     // all of them; of an export those that the description lists
         bool hasLineFailed = false;
         bool wasRefused = false;
         bool wasOpened = false;
@@ -81,13 +81,15 @@ private:
         Findings findings; // but for the failures and what asks the camera
         KX_Status openStatus = KX_OK;
         const NamedFeatures* expected = nullptr;
-        QString inHand; // the feature of the last call that was not refused
+        QStringList listed; // where none are expected: what the description lists, in the order of names
+        QString inHand;     // the feature of the last call that was not refused
         QSet<QString> metFeatures;
         KX_HANDLE open = nullptr; // null: closed
     };
     bool refuses(const KX_CallEvent& event, Entry& entry) const;
     static QString featureOf(const KX_CallEvent& event, const Entry& entry);
     void takeFinished(const KX_CallEvent& event, Entry& entry);
+    static void takeListed(const KX_CallEvent& event, Entry& entry);
     static void takeFailure(const KX_CallEvent& event, Findings& found);
     static void takeLineText(const KX_CallEvent& event, Findings& found);
     const Entry* entryOf(int deviceId) const;

@@ -1,5 +1,7 @@
 #include "iefeatures/running/NetChanges.h"
 
+#include "iefeatures/console/RegisterText.h"
+
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -92,7 +94,7 @@ std::vector<Change> netChanges(const std::vector<Change>& changes, const Selecto
 
 QString titleOf(const Change& change)
 {
-    const QString place = change.isRegister ? "register " + QString::number(change.address) : change.under;
+    const QString place = change.isRegister ? "register " + hexAddress(change.address) : change.under;
     if (change.feature.isEmpty())
         return place;
     return place.isEmpty() ? change.feature : change.feature + " (" + place + ')';

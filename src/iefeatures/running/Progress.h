@@ -1,12 +1,10 @@
-// How far the jobs are, for people: lines that are drawn over themselves on a terminal, a line an event
-// elsewhere.
+// How far the jobs are, for people: a board (ProgressBoard.h), and off a terminal a line for each begin and
+// end.
 #pragma once
 
-#include "iefeatures/console/Console.h"
 #include "iefeatures/running/CallWatch.h"
 #include "iefeatures/running/JobBatch.h"
-
-#include <QElapsedTimer>
+#include "iefeatures/running/ProgressBoard.h"
 
 namespace companion
 {
@@ -15,7 +13,6 @@ class Progress : public JobListener
 {
 public:
     Progress(Console& console, const std::vector<ListedCamera>& cameras, const CallWatch& watch);
-    ~Progress() override; // takes the drawn lines away
 
     void begin(const ListedCamera& camera, unsigned type) override;
     void info(const ListedCamera& camera, const QString& message, bool isFailure) override;
@@ -23,33 +20,15 @@ public:
     void tick() override;
 
 private:
-    enum class State
-    {
-        Waiting,
-        Running,
-        Done,
-        Incomplete, // an import that the camera did not take all of
-        Failed
-    };
-    struct Line
-    {
-        ListedCamera camera;
-        State state = State::Waiting;
-        bool hasFailed = false;
-        QElapsedTimer clock = {}; // since the job's begin
-    };
-
-    Line& lineOf(const ListedCamera& camera);
-    State endOf(const Line& line, unsigned type) const;
+    size_t indexOf(const ListedCamera& camera) const;
+    QString stateOf(const ListedCamera& camera, unsigned type) const;
     void tell(const ListedCamera& camera, const QString& text);
-    QString stateText(const Line& line) const;
-    QString runningText(const Line& line) const;
-    QStringList block() const;
 
     Console& m_console;
     const CallWatch& m_watch;
-    std::vector<Line> m_lines;
-    QString m_verb = "working";
+    const std::vector<ListedCamera> m_cameras;
+    std::vector<bool> m_haveFailed;
+    ProgressBoard m_board;
 };
 
 } // namespace companion
