@@ -19,8 +19,7 @@ constexpr uint32_t kDeviceMode = 0x80000001; // big-endian registers, UTF-8 text
 constexpr uint32_t kLocallyAdministered = 0x0200;
 constexpr uint32_t kIpLlaDhcpPersistent = 7;
 constexpr uint32_t kIpLlaPersistent = 5;
-constexpr uint32_t kMask = 0xFF000000; // what 127.0.0.0/8 has
-constexpr uint32_t kHeartbeat = 3000;  // ms
+constexpr uint32_t kHeartbeat = 3000; // ms
 constexpr uint32_t kTickFrequency = 1000000000;
 constexpr uint32_t kLinkSpeed = 1000; // Mbit/s
 constexpr uint32_t kPacketSize = 1400;
@@ -59,7 +58,7 @@ std::string url(std::string text, const std::string& name, uint32_t address, siz
 
 } // namespace
 
-void writeBootstrap(const CameraConfig& config, uint32_t address, Memory& memory)
+void writeBootstrap(const CameraConfig& config, uint32_t address, uint32_t mask, Memory& memory)
 {
     memory.writeWord(RegVersion, kVersion);
     memory.writeWord(RegDeviceMode, kDeviceMode);
@@ -68,7 +67,7 @@ void writeBootstrap(const CameraConfig& config, uint32_t address, Memory& memory
     memory.writeWord(RegIpOptions, kIpLlaDhcpPersistent);
     memory.writeWord(RegIpCurrent, kIpLlaPersistent);
     memory.writeWord(RegCurrentAddress, address);
-    memory.writeWord(RegCurrentMask, kMask);
+    memory.writeWord(RegCurrentMask, mask);
     memory.writeText(RegManufacturer, config.manufacturer, 32);
     memory.writeText(RegModel, config.model, 32);
     memory.writeText(RegDeviceVersion, config.firmware, 32);
@@ -78,7 +77,7 @@ void writeBootstrap(const CameraConfig& config, uint32_t address, Memory& memory
 
     memory.writeWord(RegInterfaceCount, 1);
     memory.writeWord(RegPersistentAddress, address);
-    memory.writeWord(RegPersistentMask, kMask);
+    memory.writeWord(RegPersistentMask, mask);
     memory.writeWord(RegLinkSpeed, kLinkSpeed);
     memory.writeWord(RegMessageChannelCount, 0);
     memory.writeWord(RegStreamChannelCount, 1);

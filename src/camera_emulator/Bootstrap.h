@@ -15,7 +15,7 @@ constexpr uint32_t kDescriptionAddress = 0xC8000000;
 constexpr uint32_t kZippedDescriptionAddress = 0xCC000000;
 constexpr size_t kMaxDescriptionSize = kZippedDescriptionAddress - kDescriptionAddress;
 
-void writeBootstrap(const CameraConfig& config, uint32_t address, Memory& memory);
+void writeBootstrap(const CameraConfig& config, uint32_t address, uint32_t mask, Memory& memory);
 
 // The description, plain and zipped, and the two URLs that name them: the first in the form that the
 // configuration asks for, the second in the other one. Both forms are cut to config.descriptionLimit bytes.

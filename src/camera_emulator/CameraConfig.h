@@ -12,7 +12,8 @@ namespace emu
 
 struct CameraConfig
 {
-    std::string address; // dotted quad of a local interface; port 3956 of it is taken
+    std::string address;            // dotted quad of a local interface; port 3956 of it is taken
+    std::string mask = "255.0.0.0"; // of its network, as 127.0.0.0/8 has it
 
     // The GenICam description: the text, or a file that holds it (a text wins); with neither, the emulator's
     // own, which then also takes the emulator's own seed.
@@ -36,8 +37,9 @@ struct CameraConfig
     size_t descriptionLimit = std::numeric_limits<size_t>::max(); // bytes of the description that are served
 
     bool concatenation =
-        true;               // several registers per READREG and WRITEREG, and the capability bit that says so
-    bool broadcast = false; // answer broadcast discovery as well
+        true; // several registers per READREG and WRITEREG, and the capability bit that says so
+    bool answersEverybody = true;         // to a search from another network that says that this is welcome
+    bool broadcast = false;               // answer broadcast discovery as well
     std::chrono::milliseconds latency{0}; // from each request to its answer
 };
 

@@ -20,6 +20,8 @@ namespace emu
 namespace
 {
 
+constexpr uint32_t kEverybody = 0xFFFFFFFF; // the limited broadcast
+
 struct Waiting
 {
     Peer peer;
@@ -70,11 +72,15 @@ EmulatedCamera::State::State(const CameraConfig& wanted)
 {
     if (!address)
         core.problem = "\"" + wanted.address + "\" is no IPv4 address.";
+    const auto mask = gvcp::parseAddress(wanted.mask);
+    if (!mask)
+        core.problem = "\"" + wanted.mask + "\" is no IPv4 network mask.";
     responder.latency = wanted.latency;
     responder.concatenation = wanted.concatenation;
+    responder.answersEverybody = wanted.answersEverybody;
     responder.readOnly = core.nodes->readOnlyRegisters();
     responder.readOnly.add(readOnlyBootstrap());
-    writeBootstrap(wanted, address.value_or(0), responder.memory);
+    writeBootstrap(wanted, address.value_or(0), mask.value_or(0), responder.memory);
     writeDescription(wanted, core.description, core.nodes->schemaVersion(), responder.memory,
                      responder.readOnly);
     core.seed(responder.memory);
@@ -89,7 +95,8 @@ void EmulatedCamera::State::takePackets(UdpSocket& socket)
             return;
         std::lock_guard lock(mutex);
         for (Reply& reply : responder.handle(packet->data(), packet->size(), peer, Clock::now()))
-            outgoing.emplace(reply.due, Waiting{peer, std::move(reply.bytes)});
+            outgoing.emplace(reply.due, Waiting{reply.isForEverybody ? Peer{kEverybody, peer.port} : peer,
+                                                std::move(reply.bytes)});
     }
 }
 
@@ -130,7 +137,7 @@ StartResult EmulatedCamera::start()
         return {StartCode::BadConfiguration, state.core.problem};
     std::optional<std::string> reason = state.unicast.bind(*state.address, gvcp::kPort, false);
     if (!reason && state.core.config.broadcast)
-        reason = state.broadcast.bind(0xFFFFFFFF, gvcp::kPort, true);
+        reason = state.broadcast.bind(kEverybody, gvcp::kPort, true);
     if (!reason && ::pipe2(state.wake, O_CLOEXEC | O_NONBLOCK) != 0)
         reason = "no pipe";
     if (reason) {

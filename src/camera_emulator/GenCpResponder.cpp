@@ -38,7 +38,8 @@ std::vector<Reply> GenCpResponder::handle(const Bytes& packet, Clock::time_point
     if ((command->flags & AckRequired) != 0 && gate.losesAnswer())
         ++counters.lost;
     else if ((command->flags & AckRequired) != 0)
-        replies.push_back({encodeAck({answer.status, acknowledge, command->id, answer.scd}, byteOrder), due});
+        replies.push_back(
+            {encodeAck({answer.status, acknowledge, command->id, answer.scd}, byteOrder), due, false});
     gate.countDown(now);
     return replies;
 }

@@ -47,6 +47,8 @@ void addCameraOptions(CLI::App& app, Group& group)
 {
     CameraConfig& config = group.camera.config;
     app.add_option("--address", config.address, "Local IPv4 address; begins a GigE Vision camera");
+    app.add_option("--mask", config.mask, "GigE Vision: mask of the address's network")
+        ->capture_default_str();
     app.add_option("--link", group.camera.serial.link,
                    "Symbolic link that leads to a terminal; begins a camera behind a serial line");
     app.add_option(

@@ -12,6 +12,7 @@ struct Reply
 {
     Bytes bytes;
     std::chrono::steady_clock::time_point due;
+    bool isForEverybody = false; // broadcast: who asked is of another network
 };
 
 } // namespace emu

@@ -49,13 +49,14 @@ std::vector<Reply> Responder::handle(const uint8_t* data, size_t size, Peer peer
         answer = answerTo(*command, peer);
     if (m_holder == peer)
         m_heartbeat = now; // any command of the holder is a sign of life
-    std::vector<Reply> replies = finish(*command, std::move(answer), now);
+    std::vector<Reply> replies = finish(*command, std::move(answer), peer, now);
     if (isRegisterCommand(command->command) && gate.countDown(now))
         stealControl(false);
     return replies;
 }
 
-std::vector<Reply> Responder::finish(const CommandPacket& command, Answer answer, Clock::time_point now)
+std::vector<Reply> Responder::finish(const CommandPacket& command, Answer answer, Peer peer,
+                                     Clock::time_point now)
 {
     std::vector<Reply> replies;
     if (answer.status != Success)
@@ -68,7 +69,8 @@ std::vector<Reply> Responder::finish(const CommandPacket& command, Answer answer
         ++counters.pending;
         const auto time =
             static_cast<uint16_t>(std::clamp<int64_t>(gate.faults.pendingTime.count(), 0, 0xFFFF));
-        replies.push_back({encodeAck({Success, PendingAck, command.id, pendingAckPayload(time)}), due});
+        replies.push_back(
+            {encodeAck({Success, PendingAck, command.id, pendingAckPayload(time)}), due, false});
         due += gate.faults.pendingTime;
     }
     if (gate.losesAnswer()) {
@@ -76,8 +78,18 @@ std::vector<Reply> Responder::finish(const CommandPacket& command, Answer answer
         return replies;
     }
     const auto acknowledge = static_cast<uint16_t>(command.command + 1);
-    replies.push_back({encodeAck({answer.status, acknowledge, command.id, std::move(answer.payload)}), due});
+    replies.push_back({encodeAck({answer.status, acknowledge, command.id, std::move(answer.payload)}), due,
+                       isForEverybody(command, peer)});
     return replies;
+}
+
+// GigE Vision, discovery: who may broadcast does so where the way back to the asker is not known.
+bool Responder::isForEverybody(const CommandPacket& command, Peer peer) const
+{
+    const uint32_t own = memory.readWord(RegCurrentAddress);
+    const uint32_t mask = memory.readWord(RegCurrentMask);
+    return answersEverybody && command.command == DiscoveryCmd &&
+           (command.flags & kFlagAllowBroadcastAck) != 0 && ((own ^ peer.address) & mask) != 0;
 }
 
 Responder::Answer Responder::answerTo(const CommandPacket& command, Peer peer)

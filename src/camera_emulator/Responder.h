@@ -33,6 +33,7 @@ public:
     Counters counters;
     std::chrono::milliseconds latency{0};
     bool concatenation = true; // several registers per READREG and WRITEREG
+    bool answersEverybody = true;
 
     std::vector<Reply> handle(const uint8_t* data, size_t size, Peer peer, Clock::time_point now);
 
@@ -49,7 +50,9 @@ private:
         Bytes payload;
     };
 
-    std::vector<Reply> finish(const gvcp::CommandPacket& command, Answer answer, Clock::time_point now);
+    std::vector<Reply> finish(const gvcp::CommandPacket& command, Answer answer, Peer peer,
+                              Clock::time_point now);
+    bool isForEverybody(const gvcp::CommandPacket& command, Peer peer) const;
     Answer answerTo(const gvcp::CommandPacket& command, Peer peer);
     bool isMute(const gvcp::CommandPacket& command) const;
     void spoilBatch(gvcp::Bytes& values) const;

@@ -50,6 +50,8 @@ std::optional<std::string> UdpSocket::bind(uint32_t address, uint16_t port, bool
     bool good = m_descriptor >= 0;
     if (good && shared)
         good = ::setsockopt(m_descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == 0;
+    // For answers to everybody.
+    good = good && ::setsockopt(m_descriptor, SOL_SOCKET, SO_BROADCAST, &on, sizeof on) == 0;
     good = good && ::bind(m_descriptor, reinterpret_cast<const sockaddr*>(&name), sizeof name) == 0;
     if (good)
         return std::nullopt;

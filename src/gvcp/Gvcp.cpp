@@ -50,9 +50,12 @@ void put32(uint8_t* data, uint32_t value)
     put16(data + 2, static_cast<uint16_t>(value));
 }
 
-Bytes encodeDiscovery(uint16_t id)
+Bytes encodeDiscovery(uint16_t id, bool mayBroadcastAck)
 {
-    return withHeader(DiscoveryCmd, id, 0);
+    Bytes packet = withHeader(DiscoveryCmd, id, 0);
+    if (mayBroadcastAck)
+        packet[1] |= kFlagAllowBroadcastAck;
+    return packet;
 }
 
 Bytes encodeReadRegisters(uint16_t id, const std::vector<uint32_t>& addresses)

@@ -15,6 +15,8 @@ namespace gvcp
 constexpr uint16_t kPort = 3956;
 constexpr uint8_t kKey = 0x42;
 constexpr uint8_t kFlagAckRequired = 0x01;
+// Of a discovery: a camera that cannot answer the asker, being of another network, may answer everybody.
+constexpr uint8_t kFlagAllowBroadcastAck = 0x10;
 constexpr size_t kHeaderSize = 8;
 constexpr size_t kMaxReadMemory = 536;    // bytes per READMEM and WRITEMEM
 constexpr size_t kMaxReadRegisters = 135; // addresses per READREG
@@ -139,7 +141,7 @@ struct CommandPacket
     Bytes payload;
 };
 
-Bytes encodeDiscovery(uint16_t id);
+Bytes encodeDiscovery(uint16_t id, bool mayBroadcastAck = false);
 Bytes encodeReadRegisters(uint16_t id, const std::vector<uint32_t>& addresses);
 Bytes encodeWriteRegisters(uint16_t id, const std::vector<RegisterWrite>& writes);
 Bytes encodeReadMemory(uint16_t id, uint32_t address, uint16_t count);

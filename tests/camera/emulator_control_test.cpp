@@ -90,13 +90,30 @@ TEST_F(EmulatorControl, stolenControlStaysStolen)
     EXPECT_TRUE(host.takeControl());
 }
 
+TEST(EmulatorDiscovery, answersEverybodyWhereTheAskerIsOfAnotherNetworkAndLikesIt)
+{
+    emu::Responder responder;
+    emu::writeBootstrap({}, 0x7F000001, 0xFF000000, responder.memory);
+    const auto isForEverybody = [&](const Bytes& packet, uint32_t asker) {
+        const auto replies = responder.handle(packet.data(), packet.size(), {asker, 1}, {});
+        EXPECT_EQ(replies.size(), 1u);
+        return replies.at(0).isForEverybody;
+    };
+    EXPECT_TRUE(isForEverybody(encodeDiscovery(1, true), 0x0A000001));
+    EXPECT_FALSE(isForEverybody(encodeDiscovery(1, true), 0x7F010101));
+    EXPECT_FALSE(isForEverybody(encodeDiscovery(1), 0x0A000001));
+    EXPECT_FALSE(isForEverybody(encodeReadRegisters(1, {0}), 0x0A000001));
+    responder.answersEverybody = false;
+    EXPECT_FALSE(isForEverybody(encodeDiscovery(1, true), 0x0A000001));
+}
+
 // Well-headed packets of random commands and contents: every answer has the shape of one, and the read-only
 // registers stay as they were.
 TEST(EmulatorNoise, leavesTheCameraWhole)
 {
     emu::Responder responder;
     responder.readOnly = emu::readOnlyBootstrap();
-    emu::writeBootstrap({}, 0x7F000001, responder.memory);
+    emu::writeBootstrap({}, 0x7F000001, 0xFF000000, responder.memory);
     const Bytes before = responder.memory.read(RegManufacturer, RegUserName - RegManufacturer);
     std::mt19937 random(20240607);
     const emu::Clock::time_point now;
@@ -126,7 +143,7 @@ TEST(EmulatorNoise, leavesTheCameraWhole)
 class Heartbeat : public testing::Test
 {
 protected:
-    Heartbeat() { emu::writeBootstrap({}, 0x7F000001, responder.memory); }
+    Heartbeat() { emu::writeBootstrap({}, 0x7F000001, 0xFF000000, responder.memory); }
 
     uint16_t send(const Bytes& packet, emu::Peer peer = {1, 1})
     {

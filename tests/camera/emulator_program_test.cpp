@@ -147,7 +147,7 @@ TEST(EmulatorProgram, tellsTheSameOptionsInHelpManualAndParser)
 {
     const std::string help = parseOptions({"--help"}).message;
     const Names options = found(help, R"((?:^|\s|,)(--[a-z]+(?:-[a-z]+)*)(?=\s))");
-    EXPECT_EQ(options.size(), 27u) << help;
+    EXPECT_EQ(options.size(), 28u) << help;
     EXPECT_EQ(found(manPage(), R"(\.TP\n\.B[IR]? (?:-h ", " )?"?(--[a-z]+(?:-[a-z]+)*))"), options);
     for (const std::string& option : options)
         EXPECT_THAT(parseOptions({"--address", "127.0.0.1", option}).message,

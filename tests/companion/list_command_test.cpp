@@ -31,12 +31,30 @@ TEST(ListCommand, PrintsJsonWithTheCamerasOwnTexts)
     const Result run =
         runInProcess({"list", "--json"}, entries({gigeEntry("A\033\"1", "100", "门", 0x7F000001)}));
     EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(
-        run.out,
-        "{\"format_version\":1,\"command\":\"list\",\"kind\":\"camera\",\"camera\":{\"number\":1,"
-        "\"transport\":\"GigE\",\"model\":\"A\\u001b\\\"1\",\"serial\":\"100\",\"name\":\"门\","
-        "\"address\":\"127.0.0.1\"},\"status\":\"free\",\"mac\":\"00:00:00:00:00:00\",\"controller\":null}\n"
-        "{\"format_version\":1,\"command\":\"list\",\"kind\":\"end\",\"exit\":0,\"messages\":[]}\n");
+    EXPECT_EQ(run.out,
+              "{\"format_version\":1,\"command\":\"list\",\"kind\":\"camera\",\"camera\":{\"number\":1,"
+              "\"transport\":\"GigE\",\"model\":\"A\\u001b\\\"1\",\"serial\":\"100\",\"name\":\"门\","
+              "\"address\":\"127.0.0.1\"},\"status\":\"free\",\"reason\":null,\"mac\":\"00:00:00:00:00:00\","
+              "\"controller\":null}\n"
+              "{\"format_version\":1,\"command\":\"list\",\"kind\":\"end\",\"exit\":0,\"messages\":[]}\n");
+}
+
+TEST(ListCommand, SaysWhyACameraOfAnotherNetworkIsUnreachable)
+{
+    KX_DeviceEntry elsewhere = gigeEntry("A1", "100", "", 0x0A4D0509, KX_AVAILABILITY_UNREACHABLE);
+    elsewhere.info.special.gige.interfaceAddress = 0xC0A84D01;
+    elsewhere.interfaceMask = 0xFFFFFF00;
+    qstrcpy(elsewhere.interfaceName, "eth1");
+    KX_DeviceEntry routed = elsewhere;
+    routed.availability = KX_AVAILABILITY_FREE;
+    EXPECT_EQ(runInProcess({"list"}, entries({elsewhere, routed})).out,
+              "ID  TRANSPORT  MODEL  SERIAL  NAME  ADDRESS    STATUS\n"
+              " 1  GigE       A1     100           10.77.5.9  unreachable: not in the network of eth1 "
+              "(192.168.77.1/24)\n"
+              " 2  GigE       A1     100           10.77.5.9  free\n");
+    EXPECT_NE(runInProcess({"list", "--json"}, entries({elsewhere}))
+                  .out.find("\"reason\":\"not in the network of eth1 (192.168.77.1/24)\""),
+              std::string::npos);
 }
 
 TEST(ListCommand, KeepsControlSequencesFromTheTerminal)
@@ -100,6 +118,7 @@ TEST_F(ListOnTheWire, ShowsWhoIsThereInOneOrderAndTakesNothing)
                              {"name", config.userName},
                              {"address", config.address}}},
                            {"status", status},
+                           {"reason", nullptr},
                            {"mac", mac.toStdString()},
                            {"controller", controller}};
     };

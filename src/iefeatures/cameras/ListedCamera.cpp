@@ -5,6 +5,8 @@
 #include "camera_line/Enumeration.h"
 #include "camera_line/RecordTexts.h"
 
+#include <QtAlgorithms>
+
 #include <map>
 
 namespace companion
@@ -22,6 +24,19 @@ QString statusWord(uint32_t availability)
     default:
         return "unreachable";
     }
+}
+
+// "not in the network of eth1 (192.168.7.1/24)"
+QString reasonOf(const KX_DeviceEntry& entry)
+{
+    const KX_GigEDeviceInfo& gige = entry.info.special.gige;
+    const bool isElsewhere = entry.info.transportType == KX_TRANSPORT_GIGE &&
+                             ((gige.ipAddress ^ gige.interfaceAddress) & entry.interfaceMask) != 0;
+    if (!isElsewhere || entry.availability != KX_AVAILABILITY_UNREACHABLE)
+        return {};
+    return QString("not in the network of %1 (%2/%3)")
+        .arg(QString::fromUtf8(entry.interfaceName), camera_line::dottedQuad(gige.interfaceAddress))
+        .arg(qPopulationCount(entry.interfaceMask));
 }
 
 void findTwins(std::vector<ListedCamera>& cameras)
@@ -61,6 +76,7 @@ std::vector<ListedCamera> camerasFrom(const std::vector<KX_DeviceEntry>& entries
         camera.address = camera_line::addressText(entry.info);
         camera.mac = camera_line::macText(entry.info);
         camera.status = statusWord(entry.availability);
+        camera.reason = reasonOf(entry);
     }
     findTwins(cameras);
     return cameras;

@@ -21,6 +21,7 @@ struct ListedCamera
     QString address;      // GigE: dotted quad; CL: the port or the producer's interface; U3V: empty
     QString mac;          // GigE: "02:00:00:00:00:01"; else empty
     QString status;       // "free", "in use", "unreachable"
+    QString reason;       // why it is unreachable, as far as the search tells
     QString controller;   // once it was asked for, and where the camera tells: "10.0.0.5:49152"
     bool hasTwin = false; // another one has the same model and serial number
 

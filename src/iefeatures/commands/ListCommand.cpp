@@ -29,12 +29,15 @@ Json fieldsOf(const ListedCamera& camera)
 {
     return {{"camera", cameraJson(camera)},
             {"status", json(camera.status)},
+            {"reason", jsonUnlessEmpty(camera.reason)},
             {"mac", jsonUnlessEmpty(camera.mac)},
             {"controller", jsonUnlessEmpty(camera.controller)}};
 }
 
 QString statusText(const ListedCamera& camera)
 {
+    if (!camera.reason.isEmpty())
+        return camera.status + ": " + printable(camera.reason);
     return camera.controller.isEmpty() ? camera.status : camera.status + " by " + camera.controller;
 }
 

@@ -167,6 +167,8 @@ typedef struct KX_DeviceEntry
     KX_DeviceInfo info;
     uint32_t availability;  /* one KX_AVAILABILITY_ value, taken without taking control */
     char interfaceName[64]; /* "eth0", "USB 2-1.4", "serial", ...; "unicast" when the camera was asked by address */
+    uint32_t interfaceMask; /* GigE: of the interface's network, host byte order; 0: unicast, another transport. A
+                             * camera outside of it heard the broadcast and is reached by nothing but a route */
 } KX_DeviceEntry;
 
 /* Finds the cameras of the transports in `transportMask` and writes up to `capacity` entries; `*count` is the

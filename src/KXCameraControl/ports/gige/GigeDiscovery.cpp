@@ -33,6 +33,7 @@ struct Route
 {
     std::string name;
     uint32_t localAddress = 0; // 0: unicast, by whatever way the system chooses
+    uint32_t mask = 0;
 };
 
 struct Search
@@ -49,17 +50,34 @@ struct Found
     size_t socket;
 };
 
-void addRoute(Search& search, Route route, const std::vector<uint32_t>& addresses)
+void addRoute(Search& search, Route route, UdpSocket socket)
+{
+    search.routes.push_back(std::move(route));
+    search.sockets.push_back(std::move(socket));
+}
+
+void searchNetwork(Search& search, const NetworkInterface& interface)
 {
     UdpSocket socket;
-    if (!socket.open(route.localAddress, route.localAddress != 0)) {
+    if (!socket.openAt(interface)) {
+        search.hasFailed = true;
+        return;
+    }
+    search.questions.push_back(
+        {search.sockets.size(), interface.broadcast, encodeDiscovery(kDiscoveryId, true)});
+    addRoute(search, {interface.name, interface.address, interface.mask}, std::move(socket));
+}
+
+void searchAddresses(Search& search, const std::vector<uint32_t>& addresses)
+{
+    UdpSocket socket;
+    if (!socket.open(0)) {
         search.hasFailed = true;
         return;
     }
     for (uint32_t address : addresses)
         search.questions.push_back({search.sockets.size(), address, encodeDiscovery(kDiscoveryId)});
-    search.routes.push_back(std::move(route));
-    search.sockets.push_back(std::move(socket));
+    addRoute(search, {"unicast", 0, 0}, std::move(socket));
 }
 
 KX_DeviceEntry entryFrom(const Discovery& answer, uint32_t address, const Route& route)
@@ -76,6 +94,7 @@ KX_DeviceEntry entryFrom(const Discovery& answer, uint32_t address, const Route&
     gige.ipAddress = address;
     gige.interfaceAddress = route.localAddress;
     entry.availability = KX_AVAILABILITY_UNREACHABLE;
+    entry.interfaceMask = route.mask;
     std::snprintf(entry.interfaceName, sizeof entry.interfaceName, "%s", route.name.c_str());
     return entry;
 }
@@ -86,15 +105,22 @@ bool isSameCamera(const KX_GigEDeviceInfo& a, const KX_GigEDeviceInfo& b)
            std::memcmp(a.serialNumber, b.serialNumber, sizeof a.serialNumber) == 0;
 }
 
-// A camera may be seen by several ways; one through an interface tells more than one without.
+// A camera may be seen by several ways. One through an interface tells more than one without, and the
+// camera's own network more than another that the interface has an address of.
+int worth(const KX_DeviceEntry& entry)
+{
+    const KX_GigEDeviceInfo& gige = entry.info.special.gige;
+    if (gige.interfaceAddress == 0)
+        return 0;
+    return ((gige.ipAddress ^ gige.interfaceAddress) & entry.interfaceMask) == 0 ? 2 : 1;
+}
+
 void addOrMerge(std::vector<Found>& cameras, Found found)
 {
-    const KX_GigEDeviceInfo& gige = found.entry.info.special.gige;
     for (Found& known : cameras) {
-        const KX_GigEDeviceInfo& other = known.entry.info.special.gige;
-        if (!isSameCamera(gige, other))
+        if (!isSameCamera(known.entry.info.special.gige, found.entry.info.special.gige))
             continue;
-        if (other.interfaceAddress == 0 && gige.interfaceAddress != 0)
+        if (worth(found.entry) > worth(known.entry))
             known = found;
         return;
     }
@@ -132,12 +158,38 @@ std::optional<uint32_t> availabilityFrom(const AckPacket& ack)
     return isControlled ? KX_AVAILABILITY_IN_USE : KX_AVAILABILITY_FREE;
 }
 
+// Everybody behind an interface hears a broadcast, also cameras with an address that no route of this host
+// leads to, or that somebody else has where it leads.
+bool isReachable(const KX_GigEDeviceInfo& gige)
+{
+    if (gige.ipAddress == 0) // to the system: this host
+        return false;
+    const std::vector<NetworkInterface> all = networkInterfaces();
+    const auto interface = std::find_if(all.begin(), all.end(), [&](const NetworkInterface& one) {
+        return one.address == gige.interfaceAddress;
+    });
+    if (interface == all.end() || interface->hasInItsNetwork(gige.ipAddress))
+        return true;
+    UdpSocket way;
+    return way.open(0) && way.connect({gige.ipAddress, kPort}) && way.localAddress() == interface->address;
+}
+
+// Cameras are asked as control is taken: with the interface's address, by the way that the system chooses.
+std::vector<UdpSocket> openDoors(const std::vector<Route>& routes)
+{
+    std::vector<UdpSocket> doors(routes.size());
+    for (size_t i = 0; i < routes.size(); ++i)
+        doors[i].open(routes[i].localAddress); // one that stays closed leads to nobody
+    return doors;
+}
+
 void queryAvailability(std::vector<UdpSocket>& sockets, std::vector<Found>& cameras)
 {
     std::vector<Question> questions;
     for (const Found& camera : cameras)
-        questions.push_back({camera.socket, camera.entry.info.special.gige.ipAddress,
-                             encodeReadRegisters(kQueryId, {RegControlPrivilege})});
+        if (isReachable(camera.entry.info.special.gige))
+            questions.push_back({camera.socket, camera.entry.info.special.gige.ipAddress,
+                                 encodeReadRegisters(kQueryId, {RegControlPrivilege})});
     askAll(sockets, questions, kQuery, [&](size_t socket, uint32_t address, const AckPacket& ack) {
         const auto availability = availabilityFrom(ack);
         if (ack.id != kQueryId || !availability)
@@ -183,14 +235,15 @@ KX_Status findGigeCameras(std::vector<KX_DeviceEntry>& entries)
     Search search;
     const SearchPlaces places = searchPlaces();
     for (const NetworkInterface& interface : places.interfaces)
-        addRoute(search, {interface.name, interface.address}, {interface.broadcast});
+        searchNetwork(search, interface);
     if (!places.addresses.empty())
-        addRoute(search, {"unicast", 0}, places.addresses);
+        searchAddresses(search, places.addresses);
     if (search.hasFailed && search.sockets.empty())
         return KX_E_NETWORK;
 
     std::vector<Found> cameras = findCameras(search);
-    queryAvailability(search.sockets, cameras);
+    std::vector<UdpSocket> doors = openDoors(search.routes);
+    queryAvailability(doors, cameras);
     for (const Found& camera : cameras)
         entries.push_back(camera.entry);
     return KX_OK;
@@ -200,7 +253,7 @@ KX_Status gigeAvailability(const KX_DeviceInfo& device, uint32_t& availability)
 {
     const KX_GigEDeviceInfo& gige = device.special.gige;
     availability = KX_AVAILABILITY_UNREACHABLE;
-    if (gige.ipAddress == 0) // to the system: this host
+    if (!isReachable(gige))
         return KX_OK;
     std::vector<UdpSocket> sockets(1);
     if (!openTowards(gige, sockets[0]))
@@ -219,7 +272,7 @@ KX_Status gigeController(const KX_DeviceInfo& device, KX_Controller& controller)
 {
     controller = {};
     const KX_GigEDeviceInfo& gige = device.special.gige;
-    if (gige.ipAddress == 0) // to the system: this host
+    if (!isReachable(gige))
         return KX_OK;
     std::vector<UdpSocket> sockets(1);
     if (!openTowards(gige, sockets[0]))

@@ -51,6 +51,30 @@ int pollUntil(pollfd* entries, size_t count, Clock::time_point deadline)
     }
 }
 
+// What goes with a datagram that shall say that it comes from this address of ours.
+class SourceNote
+{
+public:
+    explicit SourceNote(uint32_t address)
+    {
+        in_pktinfo source{};
+        source.ipi_spec_dst.s_addr = htonl(address);
+        auto* header = reinterpret_cast<cmsghdr*>(m_room);
+        header->cmsg_level = IPPROTO_IP;
+        header->cmsg_type = IP_PKTINFO;
+        header->cmsg_len = CMSG_LEN(sizeof source);
+        std::memcpy(CMSG_DATA(header), &source, sizeof source);
+    }
+    void addTo(msghdr& message)
+    {
+        message.msg_control = m_room;
+        message.msg_controllen = sizeof m_room;
+    }
+
+private:
+    alignas(cmsghdr) char m_room[CMSG_SPACE(sizeof(in_pktinfo))] = {};
+};
+
 bool meansNobodyThere(int error)
 {
     return error == ECONNREFUSED || error == EHOSTUNREACH || error == EHOSTDOWN;
@@ -67,14 +91,15 @@ std::vector<NetworkInterface> networkInterfaces()
     for (const ifaddrs* entry = list; entry; entry = entry->ifa_next) {
         if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET || !(entry->ifa_flags & IFF_UP))
             continue;
+        const uint32_t mask = entry->ifa_netmask ? addressOf(entry->ifa_netmask) : INADDR_BROADCAST;
         NetworkInterface interface {
-            entry->ifa_name, addressOf(entry->ifa_addr), INADDR_BROADCAST,
+            entry->ifa_name, addressOf(entry->ifa_addr), mask, INADDR_BROADCAST,
                 (entry->ifa_flags & IFF_LOOPBACK) != 0
         };
         // Cameras with an address of another network hear the limited broadcast only. The loopback has no
         // such thing, its own network's broadcast address works.
-        if (interface.isLoopback && entry->ifa_netmask)
-            interface.broadcast = interface.address | ~addressOf(entry->ifa_netmask);
+        if (interface.isLoopback)
+            interface.broadcast = interface.address | ~mask;
         if (interface.isLoopback || (entry->ifa_flags & IFF_BROADCAST))
             found.push_back(interface);
     }
@@ -124,12 +149,14 @@ UdpSocket::~UdpSocket()
 }
 
 UdpSocket::UdpSocket(UdpSocket&& other) noexcept
-    : m_descriptor(std::exchange(other.m_descriptor, -1)), m_errorText(std::move(other.m_errorText))
+    : m_descriptor(std::exchange(other.m_descriptor, -1)), m_source(other.m_source),
+      m_errorText(std::move(other.m_errorText))
 {}
 
 UdpSocket& UdpSocket::operator=(UdpSocket&& other) noexcept
 {
     std::swap(m_descriptor, other.m_descriptor);
+    std::swap(m_source, other.m_source);
     std::swap(m_errorText, other.m_errorText);
     return *this;
 }
@@ -152,6 +179,29 @@ bool UdpSocket::open(uint32_t localAddress, bool mayBroadcast)
     return keep(m_descriptor >= 0 &&
                 ::bind(m_descriptor, reinterpret_cast<const sockaddr*>(&local), sizeof local) == 0 &&
                 (!mayBroadcast || ::setsockopt(m_descriptor, SOL_SOCKET, SO_BROADCAST, &on, sizeof on) == 0));
+}
+
+// A socket with the interface's address hears neither answers to everybody nor those of cameras whose route
+// back leads elsewhere; one that is bound to the device does, and tells its address with each datagram.
+bool UdpSocket::openAt(const NetworkInterface& interface)
+{
+    const auto isBound = [&] {
+        return ::setsockopt(m_descriptor, SOL_SOCKET, SO_BINDTODEVICE, interface.name.data(),
+                            static_cast<socklen_t>(interface.name.size())) == 0;
+    };
+    if (interface.isLoopback || !open(0, true) || !isBound())
+        return open(interface.address, true);
+    m_source = interface.address;
+    return true;
+}
+
+uint32_t UdpSocket::localAddress() const
+{
+    sockaddr_in name{};
+    socklen_t size = sizeof name;
+    return ::getsockname(m_descriptor, reinterpret_cast<sockaddr*>(&name), &size) == 0
+               ? ntohl(name.sin_addr.s_addr)
+               : 0;
 }
 
 bool UdpSocket::connect(Endpoint peer)
@@ -182,9 +232,17 @@ Outcome UdpSocket::send(const std::vector<uint8_t>& datagram)
 
 Outcome UdpSocket::sendTo(Endpoint peer, const std::vector<uint8_t>& datagram)
 {
-    const sockaddr_in name = toSystem(peer);
-    if (::sendto(m_descriptor, datagram.data(), datagram.size(), 0, reinterpret_cast<const sockaddr*>(&name),
-                 sizeof name) >= 0)
+    sockaddr_in name = toSystem(peer);
+    iovec content{const_cast<uint8_t*>(datagram.data()), datagram.size()};
+    msghdr message{};
+    message.msg_name = &name;
+    message.msg_namelen = sizeof name;
+    message.msg_iov = &content;
+    message.msg_iovlen = 1;
+    SourceNote note(m_source);
+    if (m_source != 0)
+        note.addTo(message);
+    if (::sendmsg(m_descriptor, &message, 0) >= 0)
         return Outcome::Done;
     m_errorText = std::strerror(errno);
     return Outcome::Failed;

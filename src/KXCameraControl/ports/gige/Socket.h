@@ -23,8 +23,11 @@ struct NetworkInterface
 {
     std::string name;
     uint32_t address = 0;
+    uint32_t mask = 0;
     uint32_t broadcast = 0; // where a datagram for everybody behind this interface goes
     bool isLoopback = false;
+
+    bool hasInItsNetwork(uint32_t other) const { return ((address ^ other) & mask) == 0; }
 };
 // The IPv4 addresses of the interfaces that are up and can broadcast, and the loopback's.
 std::vector<NetworkInterface> networkInterfaces();
@@ -69,10 +72,14 @@ public:
 
     // `localAddress` 0: any. False: see errorText().
     bool open(uint32_t localAddress, bool mayBroadcast = false);
+    // Sends by this interface alone, to everybody as well, and hears what arrives there, also of other
+    // networks and for everybody. Where the system gives no such thing as open() with its address.
+    bool openAt(const NetworkInterface& interface);
     // From now on only `peer` is heard, and its host's refusals are told.
     bool connect(Endpoint peer);
     void close();
     bool isOpen() const { return m_descriptor >= 0; }
+    uint32_t localAddress() const; // 0: any, or not open
 
     Outcome send(const std::vector<uint8_t>& datagram); // to the connected peer
     Outcome sendTo(Endpoint peer, const std::vector<uint8_t>& datagram);
@@ -91,6 +98,7 @@ private:
     Outcome waitReadable(Clock::time_point deadline, const WakeSignal* wake);
 
     int m_descriptor = -1;
+    uint32_t m_source = 0; // what is sent says this; 0: as the system chooses
     std::string m_errorText;
 };
 
