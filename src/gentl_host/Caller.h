@@ -38,6 +38,8 @@ public:
     // Throws a Failure unless the error is Success.
     void must(Error error);
     void note(const std::string& text);
+    // The function that was entered last.
+    const std::string& last() const { return m_last; }
 
     // Asks for a text; `ask` is called with a type, a buffer and its size. Empty where the producer has none.
     using Ask = std::function<Error(int32_t* type, void* data, size_t* size)>;

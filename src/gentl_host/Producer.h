@@ -1,25 +1,13 @@
-// The functions of one producer, loaded. It is never unloaded: threads of its own may still run.
+// The functions of one producer, loaded.
 #pragma once
 
 #include "gentl/GenTl.h"
+#include "gentl_host/LibraryFile.h"
 
 #include <string>
 
 namespace gentl_host
 {
-
-template <class Signature>
-struct Function;
-
-template <class... Parameters>
-struct Function<gentl::Error(Parameters...)>
-{
-    const char* name;
-    bool isNeeded;
-    gentl::Error (*address)(Parameters...) = nullptr;
-
-    explicit operator bool() const { return address != nullptr; }
-};
 
 using namespace gentl; // the parameters in the table are spelled as the standard's
 

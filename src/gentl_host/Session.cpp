@@ -5,26 +5,21 @@
 namespace gentl_host
 {
 
-namespace
-{
-
 // What is asked for has no answer: this helper and the library do not belong together.
-Failure misunderstanding()
+Failure Session::misunderstanding()
 {
     return {Outcome::Bad, Success, "the helper does not understand a request"};
 }
 
-void check(const Reader& request)
+void Session::check(const Reader& request)
 {
     if (!request.isGood() || !request.isAtEnd())
         throw misunderstanding();
 }
 
-} // namespace
-
-Session::Session(Modules& modules, Channel requests, Channel loss)
-    : m_modules(modules), m_requests(std::move(requests)), m_call(modules.producer, m_requests),
-      m_module(modules, std::move(loss))
+Session::Session(Loaded& loaded, Channel requests, Channel loss)
+    : m_modules(loaded.modules), m_library(loaded.serialLibrary), m_requests(std::move(requests)),
+      m_call(m_modules.producer, m_requests), m_module(m_modules, std::move(loss)), m_serialPort(m_library)
 {}
 
 void Session::run()
@@ -33,6 +28,7 @@ void Session::run()
     while (m_requests.receive(message, std::nullopt) == Channel::Outcome::Done)
         handle(message);
     try {
+        m_serialPort.close(m_call);
         m_module.close(m_call);
     } catch (const Failure&) {
         return; // nobody is there to be told
@@ -69,7 +65,8 @@ void Session::sendItem(const Writer& content)
 
 Writer Session::answerTo(Reader& request)
 {
-    switch (static_cast<Request>(request.u32())) {
+    const auto what = static_cast<Request>(request.u32());
+    switch (what) {
     case Request::Load:
         return load();
     case Request::Look:
@@ -105,10 +102,11 @@ Writer Session::answerTo(Reader& request)
     case Request::IsThere:
         return Writer().u32(m_module.isThere(m_call) ? 1 : 0);
     case Request::Close:
+        m_serialPort.close(m_call);
         m_module.close(m_call);
         return {};
     default:
-        throw misunderstanding();
+        return answerAsSerial(what, request);
     }
 }
 

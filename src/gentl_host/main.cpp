@@ -1,5 +1,5 @@
-// ie_gentl_host PRODUCER: serves one GenTL producer to the camera library (gentl/HostProtocol.h). Started by
-// the library alone.
+// ie_gentl_host LIBRARY: serves one GenTL producer, or a grabber's serial library, to the camera library
+// (gentl/HostProtocol.h). Started by that alone.
 #include "gentl_host/ResidentMemory.h"
 #include "gentl_host/Session.h"
 
@@ -35,14 +35,14 @@ void volunteer()
     std::ofstream("/proc/self/oom_score_adj") << 1000;
 }
 
-void connect(Modules& modules, std::vector<Channel>& ends)
+void connect(Loaded& loaded, std::vector<Channel>& ends)
 {
     if (ends.empty())
         return;
     Channel loss = ends.size() > 1 ? std::move(ends[1]) : Channel();
     ++sessions;
-    std::thread([&modules, requests = std::move(ends[0]), loss = std::move(loss)]() mutable {
-        Session(modules, std::move(requests), std::move(loss)).run();
+    std::thread([&loaded, requests = std::move(ends[0]), loss = std::move(loss)]() mutable {
+        Session(loaded, std::move(requests), std::move(loss)).run();
         --sessions;
     }).detach();
 }
@@ -57,7 +57,7 @@ void connect(Modules& modules, std::vector<Channel>& ends)
     std::_Exit(ExitDone);
 }
 
-[[noreturn]] void serve(Modules& modules, Channel control)
+[[noreturn]] void serve(Loaded& loaded, Channel control)
 {
     const long limit = memoryLimit();
     for (;;) {
@@ -67,9 +67,9 @@ void connect(Modules& modules, std::vector<Channel>& ends)
         if (residentMemory() > limit)
             std::_Exit(ExitMemory);
         if (outcome == Channel::Outcome::Gone)
-            leave(modules);
+            leave(loaded.modules);
         if (outcome == Channel::Outcome::Done)
-            connect(modules, ends);
+            connect(loaded, ends);
     }
 }
 
@@ -83,6 +83,6 @@ int main(int argc, char** argv)
     }
     ::fcntl(kControlDescriptor, F_SETFD, FD_CLOEXEC); // producers start programs too
     volunteer();
-    static Modules modules(argv[1]); // sessions outlive main
-    serve(modules, Channel(kControlDescriptor));
+    static Loaded loaded(argv[1]); // sessions outlive main
+    serve(loaded, Channel(kControlDescriptor));
 }

@@ -4,7 +4,7 @@
 
 #include "KXCameraControl/ports/gentl/GenTlSettings.h"
 #include "KXCameraControl/ports/gentl/HostLink.h"
-#include "KXCameraControl/ports/gentl/Producers.h"
+#include "KXCameraControl/ports/gentl/MakersLibraries.h"
 
 #include <gmock/gmock.h>
 

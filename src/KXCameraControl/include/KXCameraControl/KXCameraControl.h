@@ -129,13 +129,14 @@ typedef struct KX_Usb3DeviceInfo
 /* Identifiers that do not fit their field end in ~ and a number made of the whole text. */
 typedef struct KX_CameraLinkDeviceInfo
 {
-    uint8_t portId[64]; /* the serial line's path; behind a GenTL producer its interface as people know it */
+    uint8_t portId[64]; /* the serial line's path; of a grabber's serial library its word for the port; behind a GenTL
+                           producer its interface as people know it */
     uint8_t modelName[64];
     uint8_t serialNumber[64];
     uint8_t layerName[16];   /* "CL", "CXP", "CLHS", ... as the producer says; empty: a serial line */
-    uint8_t producerId[64];  /* path of the GenTL producer's file; empty: no producer, but a serial line */
-    uint8_t interfaceId[64]; /* GenTL: the producer's own id of the interface */
-    uint8_t deviceId[64];    /* GenTL: the producer's own id of the device */
+    uint8_t producerId[64];  /* path of the GenTL producer, or of the serial library; empty: a line of the system's */
+    uint8_t interfaceId[64]; /* GenTL: the producer's own id of the interface; the number of a serial library's port */
+    uint8_t deviceId[64];    /* GenTL: the producer's own id of the device; empty: no GenTL producer */
 } KX_CameraLinkDeviceInfo;
 
 #define KX_DEVICE_INFO_LAYOUT 0x4B580002u /* changes whenever KX_DeviceInfo does; no older record has it there */
@@ -180,10 +181,11 @@ typedef struct KX_DeviceEntry
  * is no interface and no address there is passed over (KX_CC_CheckSearchPlaces tells of it).
  * KX_CAMERA_USB=none: no USB device is looked at or opened; otherwise all USB3 Vision cameras are found, and for an
  * instant claimed to see whether they are free.
- * KX_CAMERA_SERIAL_PORTS names serial lines (paths, comma-separated) that Camera Link cameras may be behind; no other
- * line is touched, by this function or by opening a record that names one. GENICAM_GENTL64_PATH names folders (separated
- * by colons) with the GenTL producers of frame grabbers (files that end in .cti). Each works in a process of its own and
- * is ended when a call into it takes longer than KX_GENTL_TIMEOUT (ms, default 10,000): a search with one that hangs
+ * KX_CAMERA_SERIAL_PORTS names serial lines (paths, comma-separated) that Camera Link cameras may be behind, CLSERIALPATH
+ * folders (separated by colons) with serial libraries of frame grabbers (clser*.so, libclser*.so), each port of which is
+ * looked at; no other line is touched, by this function or by opening a record that names one. GENICAM_GENTL64_PATH names folders (separated
+ * by colons) with the GenTL producers of frame grabbers (files that end in .cti). Each library and producer works in a process of its own
+ * and is ended when a call into it takes longer than KX_GENTL_TIMEOUT (ms, default 10,000): a search with one that hangs
  * blocks for so long once, and leaves it alone for half a minute. Their GigE Vision and USB3 Vision cameras are left out.
  * KX_E_PARAMETER: `count` null, or `entries` null with capacity > 0. KX_E_NETWORK: no socket could be opened, and no
  * camera of another transport was found. */
@@ -195,7 +197,7 @@ KX_API KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entri
  * KX_CC_GetLastErrorText(NULL, ...) has a sentence for each, separated by line feeds. */
 KX_API KX_Status KX_CC_CheckSearchPlaces(void);
 
-/* What hides cameras beyond that: GenTL producers that cannot be used, or that failed in the last search of this process
+/* What hides cameras beyond that: GenTL producers and serial libraries that cannot be used, or that failed in the last search of this process
  * (each hides no other's cameras), and USB cameras that this user may not open. A sentence for each, separated by line feeds, zero-terminated; `*length` is the length
  * without the zero, also when `capacity` was too small (KX_E_BUFFER_TOO_SMALL). Sends nothing, does not block.
  * KX_E_PARAMETER: `length` null, or `text` null with capacity > 0. */

@@ -1,16 +1,16 @@
 #include "KXCameraControl/ports/cameralink/SerialDiscovery.h"
 
 #include "KXCameraControl/ports/Fields.h"
-#include "KXCameraControl/ports/NameList.h"
 #include "KXCameraControl/ports/Stamp.h"
 #include "KXCameraControl/ports/cameralink/CameraLinkPort.h"
-#include "KXCameraControl/ports/cameralink/Terminal.h"
+#include "KXCameraControl/ports/cameralink/SerialPlaces.h"
+#include "KXCameraControl/ports/gentl/HostedSearches.h"
+#include "KXCameraControl/ports/gentl/MakersLibraries.h"
 
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
+#include <filesystem>
 #include <future>
 #include <map>
 #include <mutex>
@@ -28,42 +28,17 @@ struct Identity
     std::string serialNumber;
 };
 
-// What was last seen behind each line, for while somebody uses it. Never destroyed: threads may outlive main.
+// What was last seen at each place, for while somebody uses it. Never destroyed: threads may outlive main.
 struct KnownCameras
 {
     std::mutex mutex;
-    std::map<std::string, Identity> byPath;
+    std::map<std::string, Identity> byPlace;
 };
 
 KnownCameras& knownCameras()
 {
     static auto* const instance = new KnownCameras;
     return *instance;
-}
-
-std::vector<std::string> namedLines()
-{
-    std::vector<std::string> paths = nameList(std::getenv("KX_CAMERA_SERIAL_PORTS"));
-    std::sort(paths.begin(), paths.end());
-    paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
-    return paths;
-}
-
-std::string portIdOf(const std::string& path)
-{
-    KX_CameraLinkDeviceInfo info{};
-    putIdentifier(info.portId, path);
-    return textField(info.portId);
-}
-
-// Empty: no line that is named has this id.
-std::string pathOf(const KX_DeviceInfo& device)
-{
-    const std::string id = textField(device.special.cameraLink.portId);
-    for (const std::string& path : namedLines())
-        if (portIdOf(path) == id)
-            return path;
-    return {};
 }
 
 KX_Status readIdentity(CameraLinkPort& port, Identity& identity)
@@ -75,47 +50,81 @@ KX_Status readIdentity(CameraLinkPort& port, Identity& identity)
 }
 
 // KX_OK: `identity` is there. Others as opening says.
-KX_Status look(const std::string& path, Identity& identity)
+KX_Status look(const SerialPlace& place, Identity& identity)
 {
-    CameraLinkPort port(std::make_unique<Terminal>(path), {}, CameraLinkPort::Rate::Keep);
+    CameraLinkPort port(lineAt(place), {}, CameraLinkPort::Rate::Keep);
     KX_Status status = port.open(KX_ACCESS_MONITOR, 0);
     if (status == KX_OK)
         status = readIdentity(port, identity);
     KnownCameras& known = knownCameras();
     const std::lock_guard<std::mutex> lock(known.mutex);
+    const std::string key = place.library + "\n" + place.name;
     if (status == KX_OK)
-        known.byPath[path] = identity;
+        known.byPlace[key] = identity;
     else if (status == KX_E_CONTROL_REFUSED)
-        identity = known.byPath[path];
+        identity = known.byPlace[key];
     else
-        known.byPath.erase(path);
+        known.byPlace.erase(key);
     return status;
 }
 
-std::optional<KX_DeviceEntry> entryBehind(const std::string& path)
+std::optional<KX_DeviceEntry> entryAt(const SerialPlace& place)
 {
     Identity identity;
-    const KX_Status status = look(path, identity);
+    const KX_Status status = look(place, identity);
     if (status != KX_OK && status != KX_E_CONTROL_REFUSED)
         return std::nullopt;
     KX_DeviceEntry entry = newEntry(KX_TRANSPORT_CAMERA_LINK);
     KX_CameraLinkDeviceInfo& info = entry.info.special.cameraLink;
-    putIdentifier(info.portId, path);
+    place.putInto(info);
     putText(info.modelName, identity.model);
     putText(info.serialNumber, identity.serialNumber);
     entry.availability = status == KX_OK ? KX_AVAILABILITY_FREE : KX_AVAILABILITY_IN_USE;
-    std::snprintf(entry.interfaceName, sizeof entry.interfaceName, "serial");
+    const std::string interface = std::filesystem::path(place.library).filename().string();
+    std::snprintf(entry.interfaceName, sizeof entry.interfaceName, "%s",
+                  interface.empty() ? "serial" : interface.c_str());
     return entry;
 }
 
-KX_Status findSerialCameras(std::vector<KX_DeviceEntry>& entries)
+// All of them at the same time.
+std::vector<KX_DeviceEntry> entriesAt(const std::vector<SerialPlace>& places)
 {
     std::vector<std::future<std::optional<KX_DeviceEntry>>> looks;
-    for (const std::string& path : namedLines())
-        looks.push_back(std::async(std::launch::async, entryBehind, path));
+    for (const SerialPlace& place : places)
+        looks.push_back(std::async(std::launch::async, entryAt, place));
+    std::vector<KX_DeviceEntry> entries;
     for (auto& one : looks)
         if (const auto entry = one.get())
             entries.push_back(*entry);
+    return entries;
+}
+
+std::vector<KX_DeviceEntry> entriesBehind(const std::string& library)
+{
+    if (restsFromSearches(library))
+        return {};
+    HostReply reply;
+    std::vector<KX_DeviceEntry> entries;
+    if (const auto link = HostLink::open(library, nullptr, reply, Hosted::SerialLibrary)) {
+        entries = entriesAt(portsOf(*link, reply));
+        // What a look has met is told by those who met it; that the library did not survive it is known here.
+        if (reply.status == KX_OK)
+            portsOf(*link, reply);
+    }
+    rememberSearch(library, reply);
+    return entries;
+}
+
+// What a library has against it is no failure of the search: serialProblems() tells of it.
+KX_Status findSerialCameras(std::vector<KX_DeviceEntry>& entries)
+{
+    std::vector<std::future<std::vector<KX_DeviceEntry>>> searches;
+    searches.push_back(std::async(std::launch::async, [] { return entriesAt(namedLines()); }));
+    for (const std::string& library : serialLibraries())
+        searches.push_back(std::async(std::launch::async, entriesBehind, library));
+    for (auto& search : searches)
+        for (const KX_DeviceEntry& entry : search.get())
+            entries.push_back(entry);
     return KX_OK;
 }
 
@@ -123,8 +132,8 @@ KX_Status serialAvailability(const KX_DeviceInfo& device, uint32_t& availability
 {
     availability = KX_AVAILABILITY_UNREACHABLE;
     Identity identity;
-    const std::string path = pathOf(device);
-    const KX_Status status = path.empty() ? KX_E_NO_DEVICE : look(path, identity);
+    const auto place = placeOf(device);
+    const KX_Status status = place ? look(*place, identity) : KX_E_NO_DEVICE;
     if (status == KX_E_CONTROL_REFUSED)
         availability = KX_AVAILABILITY_IN_USE;
     else if (status == KX_OK && identity.serialNumber == textField(device.special.cameraLink.serialNumber))
@@ -132,10 +141,10 @@ KX_Status serialAvailability(const KX_DeviceInfo& device, uint32_t& availability
     return KX_OK;
 }
 
-// Cameras behind a producer have its name in their record.
+// Cameras behind a GenTL producer have its word for them in their record.
 bool isSerial(const KX_DeviceInfo& device)
 {
-    return device.special.cameraLink.producerId[0] == 0;
+    return device.special.cameraLink.deviceId[0] == 0;
 }
 
 // Whoever has the line; the system does not tell who that is.
@@ -147,7 +156,7 @@ KX_Status serialController(const KX_DeviceInfo&, KX_Controller&)
 // A record of a line that nobody names any more finds no line.
 std::unique_ptr<Port> newSerialPort(const KX_DeviceInfo& device)
 {
-    return std::make_unique<CameraLinkPort>(std::make_unique<Terminal>(pathOf(device)),
+    return std::make_unique<CameraLinkPort>(lineAt(placeOf(device).value_or(SerialPlace())),
                                             textField(device.special.cameraLink.serialNumber));
 }
 
@@ -158,28 +167,43 @@ std::string serialNumberOf(const KX_DeviceInfo& device)
 
 std::string serialPlace(const KX_DeviceInfo& device)
 {
-    return textField(device.special.cameraLink.portId);
+    const KX_CameraLinkDeviceInfo& info = device.special.cameraLink;
+    return textField(info.portId) + "\n" + textField(info.producerId) + "\n" + textField(info.interfaceId);
 }
 
-// Adapters come and go with their names.
+// Adapters come and go with their names; what comes behind a grabber its library does not tell unasked.
 uint32_t serialStamp()
 {
     Stamp stamp;
-    for (const std::string& path : namedLines()) {
+    for (const SerialPlace& line : namedLines()) {
         struct stat state = {};
-        const bool isThere = ::stat(path.c_str(), &state) == 0;
-        stamp.add(path.c_str(), path.size() + 1);
+        const bool isThere = ::stat(line.name.c_str(), &state) == 0;
+        stamp.add(line.name.c_str(), line.name.size() + 1);
         stamp.add(&isThere, sizeof isThere);
     }
+    for (const std::string& library : serialLibraries())
+        stamp.add(library.c_str(), library.size() + 1);
     return stamp.value();
+}
+
+std::vector<std::string> serialProblems()
+{
+    std::vector<std::string> problems;
+    for (const std::string& library : serialLibraries()) {
+        const std::string problem = searchProblem(Hosted::SerialLibrary, library);
+        if (!problem.empty())
+            problems.push_back(problem);
+    }
+    return problems;
 }
 
 } // namespace
 
 Transport serialTransport()
 {
-    return {KX_TRANSPORT_CAMERA_LINK, findSerialCameras, serialAvailability, serialController, newSerialPort,
-            serialNumberOf,           serialPlace,       serialStamp,        isSerial};
+    return {
+        KX_TRANSPORT_CAMERA_LINK, findSerialCameras, serialAvailability, serialController, newSerialPort,
+        serialNumberOf,           serialPlace,       serialStamp,        isSerial,         serialProblems};
 }
 
 } // namespace kx

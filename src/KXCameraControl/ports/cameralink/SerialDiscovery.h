@@ -1,5 +1,5 @@
-// Cameras behind the serial lines that KX_CAMERA_SERIAL_PORTS names (paths, comma-separated). No other line
-// is ever touched.
+// Cameras behind the serial lines that KX_CAMERA_SERIAL_PORTS names, and behind the ports of the serial
+// libraries in the folders of CLSERIALPATH. No other line is ever touched, and no other library loaded.
 #pragma once
 
 #include "KXCameraControl/ports/Transport.h"

@@ -21,14 +21,14 @@ public:
         Done,
         TimedOut,
         Gone,  // the line left, or hung up
-        Failed // the operating system refused; errorText() says why
+        Failed // the operating system or the library refused; errorText() says why
     };
 
     virtual ~SerialLine() = default;
 
     // Takes the line for this process alone, at 9,600 baud. KX_E_CONTROL_REFUSED: another program has it.
-    // KX_E_NO_DEVICE: there is none of that name. KX_E_NETWORK: the operating system refuses it, or it is
-    // none.
+    // KX_E_NO_DEVICE: there is none of that name. KX_E_NETWORK: the operating system or the grabber's library
+    // refuses it, or it is none.
     virtual KX_Status open() = 0;
     virtual void close() = 0; // idempotent
     virtual bool isOpen() const = 0;
@@ -41,6 +41,13 @@ public:
 
     virtual std::string name() const = 0;
     virtual std::string errorText() const = 0;
+    // Why a line that is Gone has gone: a clause.
+    virtual std::string lossText() const { return name() + " is gone"; }
+
+protected:
+    // Another look at the same line, to see who is there, takes it for moments only.
+    static constexpr std::chrono::milliseconds kLookPatience{500};
+    static constexpr std::chrono::milliseconds kLookPause{10};
 };
 
 } // namespace kx

@@ -21,10 +21,6 @@ using std::chrono::milliseconds;
 namespace
 {
 
-// Another look at the same line, to see who is there, takes it for moments only.
-constexpr milliseconds kLockPatience{500};
-constexpr milliseconds kLockPause{10};
-
 KX_Status statusOfOpening(int code)
 {
     switch (code) {
@@ -67,12 +63,12 @@ KX_Status Terminal::take()
         return fail(KX_E_NETWORK, "is no serial line");
     // The lock keeps out programs that look for it, root's too; exclusive use keeps out all others but
     // root's.
-    const auto end = Clock::now() + kLockPatience;
+    const auto end = Clock::now() + kLookPatience;
     while (flock(m_descriptor, LOCK_EX | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK || Clock::now() >= end)
             return fail(errno == EWOULDBLOCK ? KX_E_CONTROL_REFUSED : KX_E_NETWORK,
                         errno == EWOULDBLOCK ? "another program uses the line" : std::strerror(errno));
-        std::this_thread::sleep_for(kLockPause);
+        std::this_thread::sleep_for(kLookPause);
     }
     if (ioctl(m_descriptor, TIOCEXCL) != 0)
         return fail(KX_E_NETWORK, std::strerror(errno));

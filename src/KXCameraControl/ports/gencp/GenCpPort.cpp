@@ -224,7 +224,7 @@ GenCpPort::Answer GenCpPort::tryOnce(Exchange& exchange)
             outcome = Outcome::TimedOut;
     }
     if (outcome == Outcome::Gone) {
-        reportLoss(m_link->name() + " is gone");
+        reportLoss(m_link->lossText());
         return {KX_E_CONNECTION_LOST, {}, {}};
     }
     if (outcome == Outcome::Failed)

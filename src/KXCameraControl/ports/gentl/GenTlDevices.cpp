@@ -1,7 +1,7 @@
 #include "KXCameraControl/ports/gentl/GenTlDevices.h"
 
 #include "KXCameraControl/ports/Fields.h"
-#include "KXCameraControl/ports/gentl/Producers.h"
+#include "KXCameraControl/ports/gentl/MakersLibraries.h"
 
 #include <algorithm>
 #include <cstring>
@@ -46,7 +46,7 @@ HostReply lookBehind(HostLink& link, std::vector<GenTlDevice>& devices)
         return reply;
     for (const Bytes& item : reply.items) {
         const auto device = deviceIn(item);
-        if (device && !isSpokenHere(device->layer))
+        if (device && !device->device.empty() && !isSpokenHere(device->layer))
             devices.push_back(*device);
     }
     const std::string problems = Reader(reply.content).text();

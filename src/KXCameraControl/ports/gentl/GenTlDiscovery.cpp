@@ -5,12 +5,11 @@
 #include "KXCameraControl/ports/gentl/GenTlDevices.h"
 #include "KXCameraControl/ports/gentl/GenTlPort.h"
 #include "KXCameraControl/ports/gentl/GenTlSettings.h"
-#include "KXCameraControl/ports/gentl/Producers.h"
+#include "KXCameraControl/ports/gentl/HostedSearches.h"
+#include "KXCameraControl/ports/gentl/MakersLibraries.h"
 
 #include <cstdio>
 #include <future>
-#include <map>
-#include <mutex>
 
 namespace kx
 {
@@ -18,46 +17,7 @@ namespace kx
 namespace
 {
 
-using Clock = std::chrono::steady_clock;
-
-constexpr std::chrono::seconds kRest{30};
 constexpr uint32_t kGrown = 256 * 1024; // KiB of a helper that nobody has a camera open in
-
-struct LastSearch
-{
-    std::string problem;
-    Clock::time_point restsUntil;
-};
-
-// What came of the last searches. Never destroyed: threads may outlive main.
-struct Searches
-{
-    std::mutex mutex;
-    std::map<std::string, LastSearch> byProducer;
-};
-
-Searches& searches()
-{
-    static auto* const instance = new Searches;
-    return *instance;
-}
-
-bool isResting(const std::string& producer)
-{
-    Searches& all = searches();
-    const std::lock_guard lock(all.mutex);
-    const auto last = all.byProducer.find(producer);
-    return last != all.byProducer.end() && Clock::now() < last->second.restsUntil;
-}
-
-void remember(const std::string& producer, const HostReply& reply)
-{
-    Searches& all = searches();
-    const std::lock_guard lock(all.mutex);
-    LastSearch& last = all.byProducer[producer];
-    last.problem = reply.text;
-    last.restsUntil = reply.status == KX_OK ? Clock::time_point() : Clock::now() + kRest;
-}
 
 HostReply look(const std::string& producer, std::vector<GenTlDevice>& devices)
 {
@@ -67,7 +27,7 @@ HostReply look(const std::string& producer, std::vector<GenTlDevice>& devices)
         reply = lookBehind(*link, devices);
         memory = link->memory();
     }
-    remember(producer, reply);
+    rememberSearch(producer, reply);
     if (memory > kGrown)
         retireHost(producer);
     return reply;
@@ -76,7 +36,7 @@ HostReply look(const std::string& producer, std::vector<GenTlDevice>& devices)
 std::vector<KX_DeviceEntry> entriesOf(const std::string& producer)
 {
     std::vector<GenTlDevice> devices;
-    if (!isResting(producer))
+    if (!restsFromSearches(producer))
         look(producer, devices);
     std::vector<KX_DeviceEntry> entries;
     for (const GenTlDevice& device : devices) {
@@ -106,7 +66,7 @@ KX_Status gentlAvailability(const KX_DeviceInfo& record, uint32_t& availability)
     availability = KX_AVAILABILITY_UNREACHABLE;
     const std::string producer = producerOf(record);
     std::vector<GenTlDevice> devices;
-    if (!producer.empty() && !isResting(producer))
+    if (!producer.empty() && !restsFromSearches(producer))
         look(producer, devices);
     if (const auto device = deviceOf(record, producer, devices))
         availability = availabilityOf(*device);
@@ -126,7 +86,7 @@ std::unique_ptr<Port> newGenTlPort(const KX_DeviceInfo& record)
 
 bool isGenTl(const KX_DeviceInfo& record)
 {
-    return record.special.cameraLink.producerId[0] != 0;
+    return record.special.cameraLink.deviceId[0] != 0;
 }
 
 std::string serialNumberOf(const KX_DeviceInfo& record)
@@ -157,17 +117,12 @@ uint32_t gentlStamp()
 std::vector<std::string> gentlProblems()
 {
     std::vector<std::string> problems;
-    Searches& all = searches();
     for (const std::string& producer : gentlProducers()) {
-        const std::string unfit = producerFileProblem(producer);
         for (const std::string& problem : settingsProblems(producer))
             problems.push_back(problem);
-        const std::lock_guard lock(all.mutex);
-        const auto last = all.byProducer.find(producer);
-        if (!unfit.empty())
-            problems.push_back("The GenTL producer " + producer + " " + unfit + ".");
-        else if (last != all.byProducer.end() && !last->second.problem.empty())
-            problems.push_back(last->second.problem);
+        const std::string problem = searchProblem(Hosted::Producer, producer);
+        if (!problem.empty())
+            problems.push_back(problem);
     }
     return problems;
 }

@@ -1,6 +1,6 @@
 #include "KXCameraControl/ports/gentl/HostLink.h"
 
-#include "KXCameraControl/ports/gentl/Producers.h"
+#include "KXCameraControl/ports/gentl/MakersLibraries.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -38,15 +38,20 @@ std::shared_ptr<HostProcess> hostOf(const std::string& producer, std::string& pr
     return host;
 }
 
-HostReply failed(KX_Status status, const std::string& producer, const std::string& what)
+HostReply failed(KX_Status status, Hosted kind, const std::string& producer, const std::string& what)
 {
     HostReply reply;
     reply.status = status;
-    reply.text = "The GenTL producer " + producer + " " + what + ".";
+    reply.text = calledBy(kind, producer) + " " + what + ".";
     return reply;
 }
 
 } // namespace
+
+std::string calledBy(Hosted kind, const std::string& path)
+{
+    return (kind == Hosted::Producer ? "The GenTL producer " : "The serial library ") + path;
+}
 
 std::chrono::milliseconds gentlCallTime()
 {
@@ -65,12 +70,13 @@ void retireHost(const std::string& producer)
         retired = std::move(host->second);
 }
 
-std::unique_ptr<HostLink> HostLink::open(const std::string& producer, Channel* loss, HostReply& reply)
+std::unique_ptr<HostLink> HostLink::open(const std::string& producer, Channel* loss, HostReply& reply,
+                                         Hosted kind)
 {
     reply = {};
-    const std::string unfit = producerFileProblem(producer);
+    const std::string unfit = libraryFileProblem(producer);
     if (!unfit.empty()) {
-        reply = failed(KX_E_FILE_FORMAT, producer, unfit);
+        reply = failed(KX_E_FILE_FORMAT, kind, producer, unfit);
         return nullptr;
     }
     std::string problem;
@@ -83,18 +89,19 @@ std::unique_ptr<HostLink> HostLink::open(const std::string& producer, Channel* l
         return nullptr;
     }
     if (!process->connect(theirs, losses.second)) {
-        reply = failed(KX_E_CONNECTION_LOST, producer, process->endGone("loading"));
+        reply = failed(KX_E_CONNECTION_LOST, kind, producer, process->endGone("loading"));
         return nullptr;
     }
     theirs.close(); // so that the helper's end is the only one
     losses.second.close();
-    std::unique_ptr<HostLink> link(new HostLink(producer, process, std::move(ours)));
-    reply = link->request(Writer().u32(static_cast<uint32_t>(Request::Load)));
+    std::unique_ptr<HostLink> link(new HostLink(producer, kind, process, std::move(ours)));
+    const Request load = kind == Hosted::Producer ? Request::Load : Request::LoadSerial;
+    reply = link->request(Writer().u32(static_cast<uint32_t>(load)));
     Reader answer(reply.content);
     const uint32_t version = answer.u32();
     link->m_memory = answer.u32();
     if (reply.status == KX_OK && version != kProtocolVersion)
-        reply = failed(KX_E_INTERNAL, producer, "has a helper of another version");
+        reply = failed(KX_E_INTERNAL, kind, producer, "has a helper of another version");
     if (reply.status != KX_OK)
         return nullptr;
     if (loss)
@@ -162,7 +169,7 @@ HostReply HostLink::judge(Reader& answer, const Bytes& message) const
 
 HostReply HostLink::failure(KX_Status status, const std::string& what) const
 {
-    return failed(status, m_producer, what);
+    return failed(status, m_kind, m_producer, what);
 }
 
 } // namespace kx

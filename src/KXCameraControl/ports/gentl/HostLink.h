@@ -1,5 +1,5 @@
-// Requests to the helper of one producer: each call into the producer has its time, and a helper that uses it
-// up is ended.
+// Requests to the helper of one library of a grabber's maker, mostly a GenTL producer: each call into it has
+// its time, and a helper that uses it up is ended.
 #pragma once
 
 #include "KXCameraControl/ports/gentl/HostProcess.h"
@@ -14,6 +14,13 @@
 
 namespace kx
 {
+
+// What a library of a grabber's maker is loaded as.
+enum class Hosted
+{
+    Producer,
+    SerialLibrary // Camera Link's
+};
 
 struct HostReply
 {
@@ -33,8 +40,8 @@ class HostLink
 public:
     // The producer's helper is started if there is none, or none any more. `loss` (may be null) gets the
     // other end of the channel that tells of the loss of a device. Null with the failure in `reply`.
-    static std::unique_ptr<HostLink> open(const std::string& producer, gentl::Channel* loss,
-                                          HostReply& reply);
+    static std::unique_ptr<HostLink> open(const std::string& producer, gentl::Channel* loss, HostReply& reply,
+                                          Hosted kind = Hosted::Producer);
 
     HostReply request(const gentl::Writer& message);
     uint64_t requestCount() const { return m_count; }
@@ -47,14 +54,16 @@ public:
     uint32_t memory() const { return m_memory; }
 
 private:
-    HostLink(std::string producer, std::shared_ptr<HostProcess> process, gentl::Channel channel)
-        : m_producer(std::move(producer)), m_process(std::move(process)), m_channel(std::move(channel))
+    HostLink(std::string producer, Hosted kind, std::shared_ptr<HostProcess> process, gentl::Channel channel)
+        : m_producer(std::move(producer)), m_kind(kind), m_process(std::move(process)),
+          m_channel(std::move(channel))
     {}
     HostReply await();
     HostReply judge(gentl::Reader& answer, const gentl::Bytes& message) const;
     HostReply failure(KX_Status status, const std::string& what) const;
 
     const std::string m_producer;
+    const Hosted m_kind;
     const std::shared_ptr<HostProcess> m_process;
     gentl::Channel m_channel;
     std::string m_function = "loading"; // the last one that the helper told of
@@ -64,6 +73,9 @@ private:
 
 // The helper of a producer that has grown goes as soon as nobody uses it: what leaks starts anew.
 void retireHost(const std::string& producer);
+
+// What people call such a file, and where it is: "The GenTL producer /...".
+std::string calledBy(Hosted kind, const std::string& path);
 
 // Of one call into a producer: KX_GENTL_TIMEOUT, in ms (100 to 600,000), else 10 s.
 std::chrono::milliseconds gentlCallTime();

@@ -1,4 +1,4 @@
-#include "KXCameraControl/ports/gentl/Producers.h"
+#include "KXCameraControl/ports/gentl/MakersLibraries.h"
 
 #include <elf.h>
 #include <unistd.h>
@@ -19,19 +19,44 @@ namespace fs = std::filesystem;
 namespace
 {
 
-std::vector<std::string> producersIn(const std::string& folder)
+using IsMeant = bool (*)(const fs::path& file);
+
+bool isProducer(const fs::path& file)
+{
+    return file.extension() == ".cti";
+}
+
+bool isSerialLibrary(const fs::path& file)
+{
+    const std::string name = file.filename().string();
+    return file.extension() == ".so" && (name.rfind("clser", 0) == 0 || name.rfind("libclser", 0) == 0);
+}
+
+std::vector<std::string> filesIn(const std::string& folder, IsMeant isMeant)
 {
     std::vector<std::string> paths;
     std::error_code problem;
     fs::directory_iterator entry(folder, problem);
     for (; !problem && entry != fs::directory_iterator(); entry.increment(problem)) {
         const fs::path whole = fs::canonical(entry->path(), problem);
-        if (!problem && entry->path().extension() == ".cti")
+        if (!problem && isMeant(entry->path()))
             paths.push_back(whole.string());
         problem.clear();
     }
     std::sort(paths.begin(), paths.end());
     return paths;
+}
+
+std::vector<std::string> filesInFolders(const char* variable, IsMeant isMeant)
+{
+    const char* setting = std::getenv(variable);
+    std::istringstream folders(setting ? setting : "");
+    std::vector<std::string> all;
+    for (std::string folder; std::getline(folders, folder, ':');)
+        for (const std::string& path : folder.empty() ? std::vector<std::string>() : filesIn(folder, isMeant))
+            if (std::find(all.begin(), all.end(), path) == all.end())
+                all.push_back(path);
+    return all;
 }
 
 bool readHead(const std::string& path, Elf64_Ehdr& head)
@@ -56,17 +81,15 @@ const Elf64_Ehdr& ownHead()
 
 std::vector<std::string> gentlProducers()
 {
-    const char* setting = std::getenv("GENICAM_GENTL64_PATH");
-    std::istringstream folders(setting ? setting : "");
-    std::vector<std::string> all;
-    for (std::string folder; std::getline(folders, folder, ':');)
-        for (const std::string& path : folder.empty() ? std::vector<std::string>() : producersIn(folder))
-            if (std::find(all.begin(), all.end(), path) == all.end())
-                all.push_back(path);
-    return all;
+    return filesInFolders("GENICAM_GENTL64_PATH", isProducer);
 }
 
-std::string producerFileProblem(const std::string& path)
+std::vector<std::string> serialLibraries()
+{
+    return filesInFolders("CLSERIALPATH", isSerialLibrary);
+}
+
+std::string libraryFileProblem(const std::string& path)
 {
     std::error_code problem;
     if (!fs::is_regular_file(path, problem))

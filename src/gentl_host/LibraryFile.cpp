@@ -1,0 +1,15 @@
+#include "gentl_host/LibraryFile.h"
+
+namespace gentl_host
+{
+
+std::string LibraryFile::open(const std::string& path)
+{
+    m_library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    if (m_library)
+        return {};
+    const char* reason = dlerror();
+    return std::string("it cannot be loaded: ") + (reason ? reason : "no reason is given");
+}
+
+} // namespace gentl_host
