@@ -94,7 +94,7 @@ TEST(ListWatch, PrintsJsonLines)
     const std::string camera =
         "\"camera\":{\"number\":1,\"transport\":\"GigE\",\"model\":\"EMU-1\",\"serial\":"
         "\"S1\",\"name\":\"Gate 3\",\"address\":\"127.0.0.1\"},";
-    const std::string rest = "\"mac\":\"00:00:00:00:00:00\",\"controller\":null";
+    const std::string rest = "\"reason\":null,\"mac\":\"00:00:00:00:00:00\",\"controller\":null";
     EXPECT_THAT(run.out, StartsWith(head + "\"event\":\"appeared\"," + camera + "\"status\":\"free\"," +
                                     rest + "}\n" + head + "\"event\":\"changed\"," + camera +
                                     "\"status\":\"in use\"," + rest + ",\"was\":{\"status\":\"free\"}}\n"));
