@@ -184,14 +184,14 @@ const std::string& EmulatedCamera::description() const
     return m_state->core.description;
 }
 
-Bytes EmulatedCamera::peek(uint32_t address, size_t size) const
+Bytes EmulatedCamera::peek(uint64_t address, size_t size) const
 {
     std::lock_guard lock(m_state->mutex);
     m_state->responder.expireControl(Clock::now());
     return m_state->responder.memory.read(address, size);
 }
 
-void EmulatedCamera::poke(uint32_t address, const Bytes& data)
+void EmulatedCamera::poke(uint64_t address, const Bytes& data)
 {
     std::lock_guard lock(m_state->mutex);
     m_state->responder.memory.write(address, data);

@@ -31,20 +31,17 @@ public:
     void stop() override;
     std::string place() const override { return config().address; }
 
-    const CameraConfig& config() const;
+    const CameraConfig& config() const override;
     const std::vector<std::string>& seedProblems() const override;
     const std::vector<std::string>& seedRemarks() const override;
-    // The description that the configuration named.
-    const std::string& description() const;
+    const std::string& description() const override;
 
-    // The camera's registers from behind, without its rules. Addresses are in bytes, of any alignment.
-    Bytes peek(uint32_t address, size_t size) const;
-    void poke(uint32_t address, const Bytes& data);
+    Bytes peek(uint64_t address, size_t size) const override;
+    void poke(uint64_t address, const Bytes& data) override;
     uint32_t peekWord(uint32_t address) const; // big-endian
     void pokeWord(uint32_t address, uint32_t value);
 
-    // A node's value, where a register at a constant address stands behind it; nothing elsewhere.
-    std::optional<NodeValue> node(const std::string& name) const;
+    std::optional<NodeValue> node(const std::string& name) const override;
     // Gives what stands in the way as a sentence, or an empty text.
     std::string setNode(const std::string& name, const NodeValue& value);
 

@@ -16,13 +16,14 @@ class GenCpShell : public Shell
 public:
     GenCpShell(const CameraConfig& config, gencp::ByteOrder order);
 
-    const CameraConfig& config() const { return m_core.config; }
+    const CameraConfig& config() const override { return m_core.config; }
+    const std::string& description() const override { return m_core.description; }
     const std::vector<std::string>& seedProblems() const override { return m_core.seeded.problems; }
     const std::vector<std::string>& seedRemarks() const override { return m_core.seeded.remarks; }
 
-    Bytes peek(uint64_t address, size_t size) const;
-    void poke(uint64_t address, const Bytes& data);
-    std::optional<NodeValue> node(const std::string& name) const;
+    Bytes peek(uint64_t address, size_t size) const override;
+    void poke(uint64_t address, const Bytes& data) override;
+    std::optional<NodeValue> node(const std::string& name) const override;
     std::vector<std::string> change(const std::string& json) override;
     void setFaults(const Faults& faults) override;
     Counters counters() const override;

@@ -2,22 +2,21 @@
 // the host sends while its end has another rate is rubbish to it. Everything may be called from any thread.
 #pragma once
 
-#include "camera_emulator/CameraConfig.h"
-#include "camera_emulator/Description.h"
-#include "camera_emulator/Memory.h"
+#include "camera_emulator/GenCpShell.h"
 #include "camera_emulator/SerialConfig.h"
-#include "camera_emulator/Shell.h"
+#include "gencp/SerialFrame.h"
 
+#include <atomic>
 #include <cstdint>
-#include <memory>
+#include <deque>
 #include <optional>
 #include <string>
-#include <vector>
+#include <thread>
 
 namespace emu
 {
 
-class SerialCamera final : public Shell
+class SerialCamera final : public GenCpShell
 {
 public:
     SerialCamera(const CameraConfig& config, const SerialConfig& serial);
@@ -30,23 +29,41 @@ public:
     std::string place() const override;
 
     // The terminal's own name; empty until started.
-    const std::string& path() const;
-    const CameraConfig& config() const;
-    const std::vector<std::string>& seedProblems() const override;
-    const std::vector<std::string>& seedRemarks() const override;
-    uint32_t baudRate() const;
-
-    Bytes peek(uint64_t address, size_t size) const;
-    void poke(uint64_t address, const Bytes& data);
-    std::optional<NodeValue> node(const std::string& name) const;
-    std::vector<std::string> change(const std::string& json) override;
-    void setFaults(const Faults& faults) override;
-    Counters counters() const override;
-    void resetCounters();
+    const std::string& path() const { return m_path; }
+    uint32_t baudRate() const { return m_baud; }
 
 private:
-    struct State;
-    std::unique_ptr<State> m_state;
+    std::string openTerminal();
+    void closeTerminal();
+    void run();
+    void takeBytes();
+    void takePacket(const Bytes& packet);
+    std::optional<const gencp::BaudRate*> rateAskedFor(const Bytes& packet) const;
+    void adoptRate(const gencp::BaudRate* rate);
+    void dropUnconfirmedRate();
+    void setRate(const gencp::BaudRate* rate);
+    void sendDue();
+    void send(Bytes frame);
+    bool isHeard() const;
+
+    const SerialConfig m_serial;
+    std::string m_path;
+    std::atomic<uint32_t> m_baud{9600};
+
+    // The camera's thread alone, while it runs.
+    gencp::SerialFrames m_frames;
+    std::deque<Reply> m_outgoing;
+    const gencp::BaudRate* m_confirmed;
+    const gencp::BaudRate* m_current;
+    const gencp::BaudRate* m_next = nullptr; // once all answers are out
+    Clock::time_point m_confirmBy;
+    unsigned m_answers = 0;
+    unsigned m_frameCount = 0;
+
+    int m_host = -1;   // the camera's end of the terminal
+    int m_keeper = -1; // the other end, open so that a host that leaves does not hang the line up
+    int m_wake[2] = {-1, -1};
+    std::thread m_thread;
 };
 
 } // namespace emu

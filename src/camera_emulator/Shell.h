@@ -2,9 +2,13 @@
 // thread.
 #pragma once
 
+#include "camera_emulator/CameraConfig.h"
 #include "camera_emulator/Counters.h"
+#include "camera_emulator/Description.h"
 #include "camera_emulator/Faults.h"
+#include "camera_emulator/Memory.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -44,6 +48,15 @@ public:
     virtual std::vector<std::string> change(const std::string& json) = 0;
     virtual void setFaults(const Faults& faults) = 0;
     virtual Counters counters() const = 0;
+
+    // The camera's registers from behind, without its rules. Addresses are in bytes, of any alignment.
+    virtual Bytes peek(uint64_t address, size_t size) const = 0;
+    virtual void poke(uint64_t address, const Bytes& data) = 0;
+    // A node's value, where a register at a constant address stands behind it; nothing elsewhere.
+    virtual std::optional<NodeValue> node(const std::string& name) const = 0;
+    virtual const CameraConfig& config() const = 0;
+    // The description that the configuration named.
+    virtual const std::string& description() const = 0;
 };
 
 } // namespace emu
