@@ -11,6 +11,9 @@ namespace
 // Without end some producers never come back, killed or not.
 constexpr uint64_t kEventPatience = 500;                     // ms
 constexpr std::chrono::milliseconds kPauseAfterFailure{100}; // of waiting
+constexpr size_t kSpare = 64; // what a producer writes too much lands here first
+// Of one call: on the slowest of serial lines they take less than two seconds.
+constexpr size_t kMostStacked = 32;
 
 } // namespace
 
@@ -102,8 +105,7 @@ void OpenModule::watch()
 Bytes OpenModule::read(Caller& call, uint64_t address, size_t size)
 {
     mustBeOpen();
-    // What a producer writes too much lands here first.
-    Bytes data(size + 64);
+    Bytes data(size + kSpare);
     size_t done = size;
     call.must(call(call.gc.GCReadPort, m_port, address, static_cast<void*>(data.data()), &done));
     call.checkLength(done, size);
@@ -111,6 +113,45 @@ Bytes OpenModule::read(Caller& call, uint64_t address, size_t size)
         throw Failure{Outcome::Bad, Success,
                       "GCReadPort gives " + std::to_string(done) + " bytes for " + std::to_string(size)};
     data.resize(size);
+    return data;
+}
+
+Bytes OpenModule::readRegisters(Caller& call, const std::vector<uint32_t>& addresses)
+{
+    Bytes all;
+    for (size_t first = 0; first < addresses.size() && call.gc.GCReadPortStacked && m_stacks;
+         first += kMostStacked) {
+        const size_t count = std::min(addresses.size() - first, kMostStacked);
+        const Bytes some = readStacked(call, &addresses[first], count);
+        all.insert(all.end(), some.begin(), some.end());
+    }
+    for (size_t done = all.size() / 4; done < addresses.size(); ++done) {
+        const Bytes one = read(call, addresses[done], 4);
+        all.insert(all.end(), one.begin(), one.end());
+    }
+    return all;
+}
+
+// Empty: the producer has the function, and does not serve it.
+Bytes OpenModule::readStacked(Caller& call, const uint32_t* addresses, size_t count)
+{
+    mustBeOpen();
+    Bytes data(4 * count + kSpare);
+    std::vector<StackEntry> entries;
+    for (size_t i = 0; i < count; ++i)
+        entries.push_back({addresses[i], &data[4 * i], 4});
+    size_t done = count;
+    const Error error = call(call.gc.GCReadPortStacked, m_port, entries.data(), &done);
+    m_stacks = error != ErrNotImplemented;
+    if (!m_stacks)
+        return {};
+    call.must(error);
+    const bool isWhole =
+        done == count &&
+        std::all_of(entries.begin(), entries.end(), [](const StackEntry& entry) { return entry.size == 4; });
+    if (!isWhole)
+        throw Failure{Outcome::Bad, Success, "GCReadPortStacked does not give what it was asked for"};
+    data.resize(4 * count);
     return data;
 }
 

@@ -19,12 +19,15 @@ public:
     void open(Caller& call, const std::string& interface, const std::string& device, int32_t access);
     void close(Caller& call); // idempotent
     Bytes read(Caller& call, uint64_t address, size_t size);
+    // 4 bytes each; several with each call where the producer has a function for that.
+    Bytes readRegisters(Caller& call, const std::vector<uint32_t>& addresses);
     void write(Caller& call, uint64_t address, const Bytes& data);
     std::vector<std::string> urls(Caller& call);
     bool isThere(Caller& call);
 
 private:
     void mustBeOpen() const;
+    Bytes readStacked(Caller& call, const uint32_t* addresses, size_t count);
     void watch();
     void startWatching(Caller& call);
     void stopWatching(Caller& call);
@@ -35,6 +38,7 @@ private:
     std::string m_deviceId;
     Handle m_device = nullptr;
     Handle m_port = nullptr;
+    bool m_stacks = true; // as far as is known
     Handle m_event = nullptr;
     std::atomic<bool> m_stopping{false};
     std::thread m_watcher;

@@ -149,11 +149,7 @@ Writer Session::readRegisters(Reader& request)
     for (uint32_t& address : addresses)
         address = request.u32();
     check(request);
-    Bytes all;
-    for (const uint32_t address : addresses) {
-        const Bytes one = m_module.read(m_call, address, 4);
-        all.insert(all.end(), one.begin(), one.end());
-    }
+    const Bytes all = m_module.readRegisters(m_call, addresses);
     return Writer().block(all.data(), all.size());
 }
 

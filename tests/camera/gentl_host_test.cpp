@@ -278,6 +278,82 @@ TEST_F(GentlHost, lengthsBeyondTheBufferAreToldAndNotBelieved)
     EXPECT_FALSE(link->isOver());
 }
 
+// ---- several registers at once ----
+
+namespace
+{
+
+class GentlStacks : public GentlHost
+{
+protected:
+    // Registers 0x20000, 0x20004 and so on, each with its number.
+    HostReply readRegisters(uint32_t count)
+    {
+        emu::GrabberCamera& camera = stage.addCamera("A");
+        for (uint32_t i = 0; i < count; ++i)
+            camera.poke(0x20000 + 4 * i, {0, 0, 0, uint8_t(i)});
+        const auto link = open(stage.addProducer());
+        if (!link || openDevice(*link, "EMU-A").status != KX_OK)
+            return reply;
+        Writer wanted = message(Request::ReadRegisters).u32(count);
+        for (uint32_t i = 0; i < count; ++i)
+            wanted.u32(0x20000 + 4 * i);
+        return link->request(wanted);
+    }
+    static void expectAll(const HostReply& read, uint32_t count)
+    {
+        EXPECT_EQ(read.status, KX_OK) << read.text;
+        const gentl::Bytes block = Reader(read.content).block();
+        ASSERT_EQ(block.size(), 4 * count);
+        for (uint32_t i = 0; i < count; ++i)
+            EXPECT_EQ(block[4 * i + 3], uint8_t(i));
+    }
+};
+
+} // namespace
+
+TEST_F(GentlStacks, severalRegistersAreReadWithEachCall)
+{
+    stage.setFaults("GCReadPort=-1010"); // not by this one
+    expectAll(readRegisters(100), 100);
+}
+
+TEST_F(GentlStacks, callsTakeThirtyTwoRegistersAtMost)
+{
+    stage.setFaults("GCReadPort=-1010,GCReadPortStacked=-1010@5");
+    expectAll(readRegisters(128), 128);
+}
+
+TEST_F(GentlStacks, aProducerThatDoesNotServeStacksIsAskedForOneAfterTheOther)
+{
+    stage.setFaults("GCReadPortStacked=-1003");
+    expectAll(readRegisters(100), 100);
+}
+
+TEST_F(GentlStacks, aRefusalIsToldByTheFunctionsName)
+{
+    stage.setFaults("GCReadPortStacked=-1005");
+    const HostReply refused = readRegisters(3);
+    EXPECT_EQ(refused.code, int32_t(gentl::ErrAccessDenied));
+    EXPECT_THAT(refused.text, HasSubstr(" refuses: GCReadPortStacked: "));
+}
+
+TEST_F(GentlStacks, aCrashIsToldByTheFunctionsName)
+{
+    stage.setFaults("GCReadPortStacked=crash");
+    const HostReply crashed = readRegisters(3);
+    EXPECT_EQ(crashed.status, KX_E_CONNECTION_LOST);
+    EXPECT_THAT(crashed.text, HasSubstr(" crashed in GCReadPortStacked ("));
+}
+
+TEST_F(GentlStacks, whatIsNotWhatWasAskedForIsToldAndNotBelieved)
+{
+    stage.setFaults("GCReadPortStacked=long");
+    const HostReply read = readRegisters(3);
+    EXPECT_EQ(read.status, KX_E_MALFORMED_ANSWER);
+    EXPECT_THAT(read.text, HasSubstr("GCReadPortStacked does not give what it was asked for"));
+}
+
 TEST_F(GentlHost, theHelperKnowsNothingOfOurFilesAndOurTerminal)
 {
     stage.addCamera("A");

@@ -84,7 +84,7 @@ TEST_F(GentlCompanion, theCompanionExportsPlansImportsAndVerifies)
 TEST_F(GentlCompanion, inOneBatchABadProducerFailsAloneAndTheOthersGoOn)
 {
     setenv("KX_GENTL_TIMEOUT", "1500", 1);
-    stage.setFaults("bad:GCReadPort=hang@30,worse:GCReadPort=crash@30");
+    stage.setFaults("bad:GCReadPortStacked=hang@3,worse:GCReadPort=crash@30");
     for (const char* name : {"good", "bad", "worse"})
         stage.addProducer(name);
     stage.addCamera("A", "good");

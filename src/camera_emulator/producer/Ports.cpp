@@ -117,6 +117,10 @@ PRODUCER_EXPORT GCWritePort(Handle port, uint64_t address, const void* data, siz
 PRODUCER_EXPORT GCReadPortStacked(Handle port, StackEntry* entries, size_t* count)
 {
     PRODUCER_ENTER(GCReadPortStacked);
+    if (fault.isTooLong) {
+        *count = size_t(1) << 40;
+        return Success;
+    }
     for (size_t i = 0; i < *count; ++i)
         if (const Error error = readFrom(port, entries[i].address, entries[i].data, entries[i].size)) {
             *count = i;
