@@ -58,7 +58,9 @@ void addCameraOptions(CLI::App& app, Group& group)
         ->capture_default_str();
     app.add_option("--interface", group.camera.grabber.interface, "GenTL: the grabber's interface")
         ->capture_default_str();
-    app.add_option("--transport", group.transport, "What the camera speaks; follows from its place")
+    app.add_option("--transport", group.transport,
+                   "What the camera speaks; follows from its place. usb3 is refused: the system has no place "
+                   "for an emulated USB device")
         ->check(CLI::IsMember({"gige", "serial", "gentl"}));
     app.add_option("--baud", group.camera.serial.baud, "Serial: the rate that the camera listens at first")
         ->capture_default_str();
@@ -82,6 +84,21 @@ void addCameraOptions(CLI::App& app, Group& group)
     app.add_flag("--broadcast", config.broadcast, "Answer broadcast discovery too");
     app.add_option("--transport-latency", group.latency, "Milliseconds from each request to its answer");
     app.add_option("--fault", group.faults, kFaults)->expected(1)->take_all();
+}
+
+const char kNoUsb[] =
+    "A USB3 Vision camera cannot be emulated for other programs: they would find it only on a USB of their "
+    "own, under umockdev.\nThe project's tests have one (tests/support/UsbStage); --link and --socket are "
+    "the "
+    "places of cameras without a network.\n";
+
+bool asksForUsb(const std::vector<std::string>& arguments)
+{
+    for (size_t i = 0; i < arguments.size(); ++i)
+        if (arguments[i] == "--transport=usb3" ||
+            (arguments[i] == "usb3" && i > 0 && arguments[i - 1] == "--transport"))
+            return true;
+    return false;
 }
 
 bool beginsCamera(const std::string& argument)
@@ -166,6 +183,8 @@ std::string helpText()
 ParsedOptions parseOptions(const std::vector<std::string>& arguments)
 {
     Options options;
+    if (asksForUsb(arguments))
+        return {std::nullopt, kNoUsb, false};
     try {
         auto begin = std::find_if(arguments.begin(), arguments.end(), beginsCamera);
         CLI::App common;

@@ -254,6 +254,8 @@ TEST(EmulatorProgram, exitCodesSayWhatWentWrong)
         {{}, 2, "No camera: give at least one --address, --link or --socket."},
         {{"--model", "M"}, 2, "--model"},
         {{"--address", free, "--transport", "serial"}, 2, "A camera with --address does not speak serial."},
+        {{"--transport", "usb3"}, 2, "A USB3 Vision camera cannot be emulated for other programs"},
+        {{"--address", free, "--transport=usb3"}, 2, "under umockdev"},
         {{"--link", "/nowhere/line", "--transport", "gige"}, 2, "A camera with --link does not speak gige."},
         {{"--link", "/nowhere/line"}, 6, "/nowhere/line cannot be made: No such file or directory."},
         {{"--link", "/nowhere/line", "--baud", "1234"}, 2, "1234 is no baud rate of a camera."},
