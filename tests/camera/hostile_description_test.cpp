@@ -186,4 +186,39 @@ TEST(HostileDescription, aWalkOverFeaturesBehindTwentySelectorsGoesDownTheChainO
     EXPECT_LE(camera.device.requests.size(), 20u + 10);
 }
 
+// Who asks by address cuts to 32 bits what his line has no more of. That is a row of reads as well.
+TEST(HostileDescription, whatLiesBehindAPlaceThatTheLineHasNotIsReadByAddressInARow)
+{
+    constexpr uint64_t far = 0xFFFFD0000000;
+    constexpr int kFeatures = 40;
+    const auto condition = [](const std::string& text) { return "<pIsAvailable>Reg0</pIsAvailable>" + text; };
+    std::string nodes = integer("0", "<Address>" + std::to_string(far) + "</Address>");
+    std::string list = "<Category Name=\"Root\">";
+    for (uint64_t i = 1; i <= kFeatures; ++i) {
+        const std::string number = std::to_string(100 + i);
+        list += "<pFeature>Sel" + number + "</pFeature>";
+        nodes += integer(number, condition("<Address>" + std::to_string(far + 16 * i) + "</Address>"));
+    }
+    tests::FakeCamera camera(around(list + "</Category>" + nodes), KX_ACCESS_EXCLUSIVE,
+                             [&](tests::FakeDevice& device) {
+                                 setUnhurried(device);
+                                 device.failures = {{far, KX_E_GC_ACCESS}};
+                             });
+    ASSERT_EQ(camera.openStatus, KX_OK);
+    for (uint64_t i = 1; i <= kFeatures; ++i)
+        camera.device.set32(0xD0000000 + 16 * i, uint32_t(i));
+    camera.device.requests.clear();
+    for (uint64_t i = 1; i <= kFeatures; ++i) {
+        int64_t value = 0;
+        EXPECT_NE(read(camera, ("Sel" + std::to_string(100 + i)).c_str(), value), KX_OK);
+        uint8_t bytes[4] = {};
+        EXPECT_EQ(KX_CC_ReadMemory(camera.handle, bytes, int64_t(0xD0000000 + 16 * i), 4), KX_OK);
+        EXPECT_EQ(bytes[3], i);
+    }
+    std::vector<std::string>& requests = camera.device.requests;
+    const auto isFar = [](const std::string& request) { return request == "read ffffd0000000 4"; };
+    requests.erase(std::remove_if(requests.begin(), requests.end(), isFar), requests.end());
+    EXPECT_LE(requests.size(), 8u);
+}
+
 } // namespace

@@ -164,7 +164,7 @@ void ReadAhead::follow(size_t feature)
     m_calls[0] = call;
     m_isFeature = true;
     if (!call.isInRow && now - m_calls[1].at >= m_keepTime)
-        m_readsRaw = m_readsMissing = m_readsForeign = false;
+        m_readsRaw = m_readsMissing = m_readsUndecided = m_readsForeign = false;
 }
 
 bool ReadAhead::isNext(size_t feature, Clock::time_point now) const
@@ -206,6 +206,7 @@ std::optional<size_t> ReadAhead::readerOf(const RegisterPlace& place)
             m_planner->placesOf(feature);
             m_readsRaw = true;
             m_readsMissing = m_readsMissing || m_planner->isMissing(feature);
+            m_readsUndecided = m_readsUndecided || m_planner->isUndecided(feature);
             return feature;
         }
     }
@@ -274,7 +275,8 @@ std::vector<RegisterPlace> ReadAhead::wanted(size_t feature)
 bool ReadAhead::isWantedRaw(size_t feature) const
 {
     return m_readsRaw &&
-           (m_planner->isSelected(feature) || (m_readsMissing && m_planner->isMissing(feature)));
+           (m_planner->isSelected(feature) || (m_readsMissing && m_planner->isMissing(feature)) ||
+            (m_readsUndecided && m_planner->isUndecided(feature)));
 }
 
 // Of so many features from the running call's on, the first behind the last one: those whose registers fit

@@ -98,6 +98,7 @@ private:
     // its place on another port.
     bool m_readsRaw = false;
     bool m_readsMissing = false;
+    bool m_readsUndecided = false; // for the getter could not find out
     bool m_readsForeign = false;
     size_t m_window = firstWindow; // requests of a round
     size_t m_windowEnd = 0;        // the first feature behind the window

@@ -328,11 +328,11 @@ void ReadPlanner::expandBehindMissing(const Node& node, unsigned depth)
     }
 }
 
-bool ReadPlanner::isMissing(size_t position) const
+bool ReadPlanner::isSeenAs(State state, size_t position) const
 {
     const auto& states = m_states[static_cast<size_t>(Use::Value)];
-    const auto state = states.find(m_features[position]);
-    return state != states.end() && state->second == State::Missing;
+    const auto seen = states.find(m_features[position]);
+    return seen != states.end() && seen->second == state;
 }
 
 // What was read before a write, or long ago, is good enough to tell where registers lie, and not to tell
@@ -402,9 +402,10 @@ void ReadPlanner::addRawPlaces(const Node& feature, std::vector<RawPlace>& place
                 found.push_back(property.target);
         }
         const bool isRegister = isRegisterKind(node->kind) && mayBeReadAhead(*node, Use::Value);
-        const auto place = isRegister ? placeOf(*node) : std::nullopt;
+        auto place = isRegister ? placeOf(*node) : std::nullopt;
         if (!place)
             continue;
+        place->address = static_cast<uint32_t>(place->address); // these callers ask with 32 bits
         const bool isForeign = !Registers::isInMemory(*node);
         places.push_back({*place, isForeign});
         // Lines name whole words: who gets nothing at the half of one asks for those around it.

@@ -71,7 +71,9 @@ public:
     const std::vector<RawPlace>& rawPlacesOf(size_t position);
     bool isSelected(size_t position) const { return m_selectors.count(m_features[position]) > 0; }
     // Whether its getter would find that it is not implemented or not available, of what placesOf() saw.
-    bool isMissing(size_t position) const;
+    bool isMissing(size_t position) const { return isSeenAs(State::Missing, position); }
+    // Whether that could not be told.
+    bool isUndecided(size_t position) const { return isSeenAs(State::Undecided, position); }
 
 private:
     // What a register is asked for.
@@ -92,6 +94,7 @@ private:
         Unread,    // it is there, but has a register that was never read
         Known
     };
+    bool isSeenAs(State state, size_t position) const;
     State expand(const Node& node, Use use, unsigned depth);
     State expandNew(const Node& node, Use use, unsigned depth);
     State expandConditions(const Node& node, unsigned depth);
