@@ -46,6 +46,7 @@ protected:
     CameraChecked()
     {
         resetScriptedCamera();
+        device().setAccessMode("Root", KX_AM_READ_ONLY); // which every description has
         device().setString("DeviceFirmwareVersion", "V1");
         device().setEnumeration("DeviceScanType", 0, {0, 1});
         device().setInteger("BoardDeviceType", 7);

@@ -318,9 +318,10 @@ TEST_F(CheckCommand, ExitsByTheTable)
         EXPECT_EQ(run(command, file, {"--serial", "S9"}).code, 3);
         const Result missing = run(command, "missing.fpk");
         EXPECT_EQ(missing.code, 6);
-        EXPECT_EQ(missing.err, "The file cannot be read: " + path("missing.fpk") + "\n");
-        EXPECT_EQ(missing.out,
-                  "EMU-1 S1: unreadable file: The file cannot be read: " + path("missing.fpk") + "\n");
+        EXPECT_EQ(missing.err,
+                  "The file cannot be read: " + path("missing.fpk") + " (No such file or directory)\n");
+        EXPECT_EQ(missing.out, "EMU-1 S1: unreadable file: The file cannot be read: " + path("missing.fpk") +
+                                   " (No such file or directory)\n");
         EXPECT_EQ(run(command, file, {"--model", "EMU-1"}).code, 0);
     }
     EXPECT_EQ(camera.counters().settingWrites, 0u);

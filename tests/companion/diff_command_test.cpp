@@ -8,6 +8,7 @@
 
 #include <QDir>
 
+#include <algorithm>
 #include <csignal>
 #include <iostream>
 #include <thread>
@@ -114,6 +115,33 @@ TEST_F(DiffOfCameras, TellsOfFilesOfTwoUnitsWhatIsSetDifferently)
     EXPECT_EQ(diff(path("A.fpk"), path("B.fpk"), {"--all"}).code, 1);
 }
 
+TEST(DiffOfFiles, TellsAsMuchAsIsAskedFor)
+{
+    const QStringList all = QString::fromStdString(diffOfFiles().out).split('\n');
+    const Result quiet = diffOfFiles({"--quiet"});
+    EXPECT_EQ(quiet.code, 1);
+    EXPECT_EQ(quiet.out, all.mid(0, 3).join('\n').toStdString() + '\n');
+    QStringList differences = all;
+    differences.erase(std::remove_if(differences.begin(), differences.end(),
+                                     [](const QString& line) { return line.startsWith("only in "); }),
+                      differences.end());
+    const auto words = [](const QString& text) { return text.simplified().toStdString(); };
+    EXPECT_EQ(words(QString::fromStdString(diffOfFiles({"--only-differences"}).out)),
+              words(differences.join('\n')));
+}
+
+TEST(DiffOfFiles, FitsTheColumns)
+{
+    qputenv("COLUMNS", "40");
+    const Result narrow = diffOfFiles();
+    const Result wide = diffOfFiles({"--wide"});
+    qputenv("COLUMNS", "0");
+    EXPECT_EQ(wide.out, golden("diff.txt"));
+    EXPECT_THAT(narrow.out, HasSubstr("differs    Gain 0x0...ctor:1]"));
+    for (const QString& line : QString::fromStdString(narrow.out).split('\n').mid(3))
+        EXPECT_LE(line.size(), 51) << line.toStdString(); // three columns of twelve, and what is before
+}
+
 TEST(DiffOfFiles, LeavesOutWhatIsToBeIgnored)
 {
     const Result some = diffOfFiles({"--ignore", "Gain", "Ki*", "BoardDeviceType"});
@@ -183,7 +211,7 @@ TEST_F(DiffOfOddFiles, MustBeFeaturesFiles)
     };
     const Result missing = with(path("missing"));
     EXPECT_EQ(missing.code, 6);
-    EXPECT_EQ(missing.err, "The file cannot be read: " + path("missing") + "\n");
+    EXPECT_EQ(missing.err, "The file cannot be read: " + path("missing") + " (No such file or directory)\n");
     EXPECT_EQ(missing.out, "");
     EXPECT_EQ(with(folder()).code, 6);
     write("text", "Width 5");
@@ -256,6 +284,21 @@ TEST_F(DiffOfCameras, NamesEntriesOfFilesByTheCameraOnTheOtherSide)
     EXPECT_EQ(json["features"][0]["entry_b"], "Mono8");
     EXPECT_EQ(json["a"]["camera"]["serial"], "S1");
     EXPECT_EQ(json["b"]["path"], path(file));
+}
+
+TEST_F(DiffOfCameras, StandsUnderCategoriesOnDemand)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ASSERT_EQ(camera.setNode("Width", int64_t(16)), "");
+    camera.pokeWord(kGainOfAll, 7);
+    const Result run = diff(path(file), "serial:S1", {"--group", "category"});
+    EXPECT_THAT(run.out, HasSubstr("\nAnalogControl:\ndiffers  Gain 0x00013000 GainSelector=All "));
+    EXPECT_THAT(run.out, HasSubstr("\nImageFormatControl:\ndiffers  Width "));
+    const auto json =
+        tests::lastObject(diff(path(file), "serial:S1", {"--group", "category", "--json"}), "diff");
+    EXPECT_EQ(json["features"][0]["category"], "AnalogControl");
+    EXPECT_EQ(json["features"][0]["registers"][0]["selectors"], "GainSelector=All");
 }
 
 TEST_F(DiffOfCameras, LeavesOutWhatCannotBeWrittenNow)

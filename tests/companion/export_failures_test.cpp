@@ -128,6 +128,42 @@ TEST_F(ExportFailures, SayThatTheFirmwareCannotBeRead)
     EXPECT_THAT(run.err, HasSubstr("EMU-1 Faulty: DeviceFirmwareVersion cannot be read: "));
 }
 
+// The job says no more; a feature bag of it would even be good, and empty.
+TEST_F(ExportFailures, SayThatTheDescriptionCannotBeUsed)
+{
+    addCamera("Faulty", [](emu::CameraConfig& config) {
+        config.description = tests::descriptionWithOneRegister().substr(0, 500);
+    });
+    addCamera("Missing", [](emu::CameraConfig& config) {
+        config.firstUrl = "Local:none.xml;0;0";
+        config.secondUrl = "Local:none.xml;0;0";
+    });
+    for (const char* format : {"xml", "bag"}) {
+        QFile earlier(QString::fromStdString(path("EMU-1_Faulty.fpk")));
+        ASSERT_TRUE(earlier.open(QIODevice::WriteOnly));
+        earlier.write("from yesterday");
+        earlier.close();
+        const Result run = runInProcess({"export", "--all", "--to", folder(), "--format", format});
+        EXPECT_EQ(run.code, 1);
+        for (const std::string camera : {"Faulty", "Missing"})
+            EXPECT_THAT(run.err, HasSubstr("EMU-1 " + camera + ": The camera has no usable description.\n"));
+        EXPECT_EQ(fileText("EMU-1_Faulty.fpk"), "from yesterday");
+        EXPECT_EQ(filesInFolder(), QStringList{"EMU-1_Faulty.fpk"});
+    }
+}
+
+TEST_F(ExportFailures, SayThatThereIsNoFirmwareVersion)
+{
+    addCamera("S1", [](emu::CameraConfig& config) {
+        config.description = QString::fromStdString(tests::descriptionWithOneRegister())
+                                 .replace("DeviceFirmwareVersion", "AnotherVersion")
+                                 .toStdString();
+    });
+    EXPECT_THAT(runInProcess({"export", "--all", "--to", folder()}).err,
+                HasSubstr("EMU-1 S1: the camera has no DeviceFirmwareVersion, without which there is no "
+                          "features file.\n"));
+}
+
 TEST_F(ExportFailures, KeepTheFileOfAnEarlierExport)
 {
     const tests::RegisterByRegister setting;
@@ -169,6 +205,7 @@ TEST_F(ExportFailures, LeadNoFileOutOfTheFolder)
     const Result run = runInProcess({"export", "--all", "--to", folder()});
     EXPECT_EQ(run.code, 1);
     EXPECT_THAT(run.err, HasSubstr(kNoFile));
+    EXPECT_THAT(run.err, HasSubstr(": its file would lie outside of the folder: "));
     EXPECT_EQ(filesInFolder(), QStringList());
 }
 
@@ -181,6 +218,7 @@ TEST_F(ExportFailures, LeaveNoPartOfAFileThatCouldNotBeWrittenWhole)
     const Result run = program.finish();
     EXPECT_EQ(run.code, 1);
     EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: " + kNoFile + "\nEMU-1 S1: " + kNotSaved + "\n"));
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: the file could not be written.\n"));
     EXPECT_EQ(filesInFolder(), QStringList());
 }
 

@@ -68,7 +68,8 @@ TEST_F(Logging, StopsBeforeTheJobsWhenTheFileCannotBeOpened)
     const Result run = exportWith({"--log", path("missing/log")});
     EXPECT_EQ(run.code, 6);
     EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "The log file cannot be opened: " + path("missing/log") + "\n");
+    EXPECT_EQ(run.err,
+              "The log file cannot be opened: " + path("missing/log") + " (No such file or directory)\n");
 }
 
 TEST_F(Logging, IsMissedWhenTheFileCannotBeWritten)

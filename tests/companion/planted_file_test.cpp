@@ -119,10 +119,13 @@ TEST_F(PlantedFile, IsNoLogFile)
     plantPipe("log");
     write("elsewhere", "kept");
     ASSERT_EQ(::symlink(path("elsewhere").c_str(), path("link").c_str()), 0);
-    for (const std::string& name : {path("log"), path("link"), std::string("/dev/null")}) {
+    const std::pair<std::string, std::string> planted[] = {{path("log"), "it is no regular file"},
+                                                           {path("link"), "it is a link"},
+                                                           {"/dev/null", "it is no regular file"}};
+    for (const auto& [name, cause] : planted) {
         const Result refused = exportAll({"--log", name});
         EXPECT_EQ(refused.code, 6);
-        EXPECT_EQ(refused.err, "The log file cannot be opened: " + name + "\n");
+        EXPECT_EQ(refused.err, "The log file cannot be opened: " + name + " (" + cause + ")\n");
     }
     EXPECT_EQ(fileText("elsewhere"), "kept");
 }
@@ -155,7 +158,7 @@ TEST_F(PlantedFile, IsNoInput)
           Arguments{"import", "/dev/zero", "--all"}, Arguments{"show", folder()}}) {
         const Result refused = run(arguments);
         EXPECT_EQ(refused.code, 6) << arguments[0];
-        EXPECT_THAT(refused.err, HasSubstr("The file cannot be read: ")) << arguments[0];
+        EXPECT_THAT(refused.err, HasSubstr("(it is no regular file)")) << arguments[0];
     }
     EXPECT_EQ(camera.counters().writeReg, 0u);
 }

@@ -8,6 +8,8 @@
 
 #include <QFile>
 
+#include <nlohmann/json.hpp>
+
 #include <algorithm>
 #include <atomic>
 #include <csignal>
@@ -345,6 +347,25 @@ TEST(Console, PutsMessagesAndResultsAboveTheBlock)
     console.drawBlock({});
     const std::string away = "\r\033[2A\033[J";
     EXPECT_EQ(both.str(), "a\nb\n" + away + "message\na\nb\n" + away + "result\na\nb\n" + away);
+}
+
+TEST(Console, LetsNothingThroughThatATerminalActsOn)
+{
+    std::ostringstream out;
+    std::ostringstream err;
+    companion::Console console(out, err, false, false);
+    console.err(std::string("a\033[2Jb\r\n\nc\n"));
+    console.note(std::string("\xC2\x9B"
+                             "2J\n"));
+    console.out(std::string("d\a\n"));
+    EXPECT_EQ(err.str(), "a\uFFFD[2Jb\uFFFD\n\nc\n\uFFFD"
+                         "2J\n");
+    EXPECT_EQ(out.str(), "d\uFFFD\n");
+    out.str({});
+    console.beginJson("list");
+    console.object("camera", {{"model", "\xC2\x9B\xE2\x80\xAE\xF3\xA0\x80\x81\x7F\033"}});
+    EXPECT_THAT(out.str(), HasSubstr("\"\\u009b\\u202e\\udb40\\udc01\\u007f\\u001b\""));
+    EXPECT_EQ(tests::Json::parse(out.str())["model"], "\xC2\x9B\xE2\x80\xAE\xF3\xA0\x80\x81\x7F\033");
 }
 
 TEST(Console, DrawsNothingWhereItCannotDrawOver)

@@ -6,6 +6,7 @@
 using nlohmann::json;
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::StartsWith;
 using tests::Result;
 using tests::runInProcess;
 
@@ -43,10 +44,10 @@ TEST_F(WriteSafety, RefusesAddressesThatAreNoNumbers)
         camera.resetCounters();
         const Result run = import(file);
         EXPECT_EQ(run.code, 5) << address;
-        EXPECT_THAT(run.out,
-                    HasSubstr("EMU-1 S1: bad file: The file names what no import should write (Gain: the "
-                              "address \"" +
-                              std::string(address) + "\" is no number). Nothing was written;"));
+        EXPECT_THAT(run.out, HasSubstr("EMU-1 S1: bad file: The file has an entry that no import should "
+                                       "write. Nothing was written; --force does it all the same.\n"
+                                       "  broken: Gain: the address \"" +
+                                       std::string(address) + "\" is no number\n"));
         expectUntouched(camera);
         EXPECT_EQ(runInProcess({"plan", path(file), "--all"}).code, 5) << address;
     }
@@ -96,6 +97,31 @@ TEST_F(WriteSafety, RefusesRegistersThatTheDescriptionDoesNotKnow)
     expectUntouched(camera);
     EXPECT_EQ(runInProcess({"plan", path(file), "--all"}).code, 5);
     EXPECT_EQ(runInProcess({"verify", path(file), "--all"}).code, 0) << "which writes nothing";
+}
+
+// Registers of another model are no danger but somebody else's, and a camera without a description has none.
+TEST_F(WriteSafety, IsAskedOfTheRightCameraOnly)
+{
+    addCamera("S1");
+    const std::string file = exported("S1");
+    emu::EmulatedCamera& other = addCamera("S2", [](emu::CameraConfig& config) {
+        config.model = "Other";
+        config.description = tests::descriptionWithOneRegister();
+    });
+    emu::EmulatedCamera& broken = addCamera("S3", [](emu::CameraConfig& config) {
+        config.description = tests::descriptionWithOneRegister().substr(0, 500);
+    });
+    for (const char* command : {"plan", "import"}) {
+        const auto result = [&](const char* serial) -> std::string {
+            const Result run = runInProcess({command, path(file), "--serial", serial, "--json"});
+            const json object = tests::lastObject(run, "result");
+            return object["result"].get<std::string>() + ": " + object["error"].get<std::string>();
+        };
+        EXPECT_THAT(result("S2"), StartsWith("incompatible: The file belongs to another model"));
+        EXPECT_EQ(result("S3"), "failed: The camera has no usable description.");
+    }
+    EXPECT_EQ(other.counters().settingWrites, 0u);
+    expectUntouched(broken);
 }
 
 TEST_F(WriteSafety, IsPassedOverByForce)

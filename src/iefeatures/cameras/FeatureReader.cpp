@@ -150,6 +150,11 @@ QStringList FeatureReader::relatedNames(const QString& name, KX_Relation relatio
                                  : QStringList();
 }
 
+QString FeatureReader::descriptionProblem()
+{
+    return access("Root").status == KX_E_GC_PROPERTY ? KX_CC_StatusText(KX_E_DESCRIPTION) : QString();
+}
+
 // A name that is longer than that is none to tell; the line has not failed.
 QString FeatureReader::entryName(const QString& enumeration, uint32_t number)
 {

@@ -31,6 +31,10 @@ public:
     // Into `bytes`, which has room for `length`; that must be in the range that the camera library takes.
     KX_Status readMemory(qint64 address, void* bytes, qint64 length);
 
+    // A camera whose description is missing or cannot be used has no feature at all; a sentence, or an empty
+    // text. By the category Root, which every description has (GenApi standard).
+    QString descriptionProblem();
+
     struct Access
     {
         KX_Status status = KX_OK;

@@ -90,9 +90,8 @@ std::vector<EntryCheck> dangersTo(const ListedCamera& camera, const ie::Features
     return dangersIn(file, reader, skips, camera.device.stDeviceInfo.transportType == KX_TRANSPORT_GIGE);
 }
 
-void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, const CheckRule& rule,
-                     const std::function<bool()>& mayGoOn, const std::function<void()>& inHand,
-                     CameraCheck& check)
+// False: it is settled.
+bool proveIdentity(FeatureReader& reader, const ie::FeaturesContent& file, CameraCheck& check)
 {
     QString unread; // who cannot be asked is no other camera
     const auto read = [&](ie::FeatureKind kind, const QString& name) {
@@ -103,14 +102,36 @@ void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, con
     };
     check.identity =
         ie::compareIdentity(file.header, check.camera.device.stDeviceInfo, read, ie::IdentityDepth::All);
-    if (reader.lineStatus() == KX_OK && !ie::isGood(check.identity))
-        return unread.isEmpty()
-                   ? conclude(check, CameraVerdict::Incompatible, incompatibleText(check.identity))
-                   : conclude(check, CameraVerdict::Failed, unread);
-    if (rule.mode == CheckMode::Plan && !rule.isForced)
-        check.entries = dangersTo(check.camera, file, reader);
+    if (reader.lineStatus() == KX_OK && ie::isGood(check.identity))
+        return true;
+    if (unread.isEmpty())
+        unread = reader.descriptionProblem();
+    if (reader.lineStatus() != KX_OK)
+        conclude(check, CameraVerdict::Failed, reader.lineText());
+    else if (!unread.isEmpty())
+        conclude(check, CameraVerdict::Failed, unread);
+    else
+        conclude(check, CameraVerdict::Incompatible, incompatibleText(check.identity));
+    return false;
+}
+
+// False: it is settled.
+bool proveSafety(FeatureReader& reader, const ie::FeaturesContent& file, CameraCheck& check)
+{
+    check.entries = dangersTo(check.camera, file, reader);
     if (!check.entries.empty())
-        return conclude(check, CameraVerdict::BadFile, dangerText(check.entries));
+        conclude(check, CameraVerdict::BadFile, dangerText(check.entries));
+    return check.entries.empty();
+}
+
+void checkOpenCamera(FeatureReader& reader, const ie::FeaturesContent& file, const CheckRule& rule,
+                     const std::function<bool()>& mayGoOn, const std::function<void()>& inHand,
+                     CameraCheck& check)
+{
+    if (!proveIdentity(reader, file, check))
+        return;
+    if (rule.mode == CheckMode::Plan && !rule.isForced && !proveSafety(reader, file, check))
+        return;
     const bool isDone =
         reader.lineStatus() == KX_OK && checkEntries(reader, file, rule, mayGoOn, inHand, check);
     if (reader.lineStatus() != KX_OK)
@@ -222,6 +243,19 @@ CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& f
     FeatureReader reader(connection.handle());
     checkOpenCamera(reader, file, rule, mayGoOn, inHand, check);
     return check;
+}
+
+std::optional<CameraCheck> refusal(const ListedCamera& camera, const ie::FeaturesContent& file)
+{
+    const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
+    if (connection.status() != KX_OK)
+        return {};
+    CameraCheck check;
+    check.camera = camera;
+    FeatureReader reader(connection.handle());
+    const bool isRefused = proveIdentity(reader, file, check) ? !proveSafety(reader, file, check)
+                                                              : !reader.descriptionProblem().isEmpty();
+    return isRefused && reader.lineStatus() == KX_OK ? check : std::optional<CameraCheck>();
 }
 
 std::vector<CameraCheck> checkCameras(Console& console, const std::vector<ListedCamera>& cameras,

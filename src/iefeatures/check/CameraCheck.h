@@ -98,6 +98,11 @@ CameraVerdict verdictOn(const std::vector<EntryCheck>& entries, CameraVerdict go
 CameraCheck checkCamera(const ListedCamera& camera, const ie::FeaturesContent& file, const CheckRule& rule,
                         const std::function<bool()>& mayGoOn, const std::function<void()>& inHand = {});
 
+// Why nothing is to be written to the camera that an import would write (WriteSafety.h), over a connection of
+// its own that only reads; none where nothing speaks against it, or where the import's job tells it: a camera
+// that cannot be asked, or is another one. Blocks until it has answered.
+std::optional<CameraCheck> refusal(const ListedCamera& camera, const ie::FeaturesContent& file);
+
 // All at the same time, in the order of `cameras`; one that fails does not stop the others. People are told
 // how far it is. Blocks until all are over.
 std::vector<CameraCheck> checkCameras(Console& console, const std::vector<ListedCamera>& cameras,

@@ -1,7 +1,5 @@
 #include "iefeatures/check/WriteSafety.h"
 
-#include "iefeatures/cameras/CameraConnection.h"
-
 #include "gvcp/Gvcp.h"
 #include "jobs/nodes/RegisterWords.h"
 #include "jobs/rules/ControlFeature.h"
@@ -15,8 +13,6 @@ namespace companion
 {
 namespace
 {
-
-constexpr int kMostNamed = 5; // in the sentence; all of them are entries
 
 // As files have it: what jobs hold (exclusive access).
 const char* const kOwnPrivilege = "1";
@@ -111,16 +107,6 @@ std::vector<EntryCheck> dangersIn(const ie::FeaturesContent& file, FeatureReader
     return dangers;
 }
 
-std::vector<EntryCheck> dangersOn(const ListedCamera& camera, const ie::FeaturesContent& file)
-{
-    const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
-    if (connection.status() != KX_OK)
-        return {};
-    FeatureReader reader(connection.handle());
-    ImportSkips skips(reader);
-    return dangersIn(file, reader, skips, camera.device.stDeviceInfo.transportType == KX_TRANSPORT_GIGE);
-}
-
 bool mayHoldDangers(const ie::FeaturesContent& file)
 {
     return std::any_of(file.entries.begin(), file.entries.end(), [](const ie::FeaturesContent::Entry& entry) {
@@ -130,15 +116,9 @@ bool mayHoldDangers(const ie::FeaturesContent& file)
 
 QString dangerText(const std::vector<EntryCheck>& dangers)
 {
-    QStringList names;
-    for (const EntryCheck& entry : dangers)
-        names += entry.title() + ": " + entry.reason;
-    names.removeDuplicates();
-    const int more = names.size() - kMostNamed;
-    if (more > 0)
-        names = names.mid(0, kMostNamed) << QString("%1 more").arg(more);
-    return "The file names what no import should write (" + names.join("; ") +
-           "). Nothing was written; --force does it all the same.";
+    return QString("The file has %1 that no import should write. Nothing was written; --force does it all "
+                   "the same.")
+        .arg(dangers.size() == 1 ? QString("an entry") : QString("%1 entries").arg(dangers.size()));
 }
 
 } // namespace companion

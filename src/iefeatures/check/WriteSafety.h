@@ -20,10 +20,6 @@ namespace companion
 std::vector<EntryCheck> dangersIn(const ie::FeaturesContent& file, FeatureReader& reader, ImportSkips& skips,
                                   bool isGigE);
 
-// The same over a connection of its own, which only reads; none where the camera cannot be opened. Blocks
-// until it has answered.
-std::vector<EntryCheck> dangersOn(const ListedCamera& camera, const ie::FeaturesContent& file);
-
 // Whether a camera has to be asked: the file names registers, or control.
 bool mayHoldDangers(const ie::FeaturesContent& file);
 

@@ -126,7 +126,7 @@ void GetCommand::tell(Console& console, const std::vector<Reading>& readings) co
                                   {"features", features}});
     }
     const Align left = Align::Left;
-    if (!m_json)
+    if (!m_json && rows.size() > 1)
         console.out(alignedRows({left, left, left, left}, rows));
 }
 

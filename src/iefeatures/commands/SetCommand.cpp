@@ -81,8 +81,10 @@ void WriteCommand::tell(Console& console, const std::vector<FeatureWrites>& resu
         console.err(std::string("Interrupted.\n"));
     for (const CameraCheck& check : checks)
         console.object("result", checkJson(check));
+    ReportStyle style;
+    style.columns = reportColumns();
     if (!m_json)
-        console.out(checkText(checks));
+        console.out(checkText(checks, style));
 }
 
 void SetCommand::addWords(CLI::App& app)

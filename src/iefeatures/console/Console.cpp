@@ -1,6 +1,7 @@
 #include "iefeatures/console/Console.h"
 
 #include "iefeatures/console/JsonLine.h"
+#include "iefeatures/console/Text.h"
 
 #include <cerrno>
 
@@ -10,6 +11,12 @@ namespace
 {
 
 constexpr int kMostMessages = 1000; // in the closing object
+
+// Whoever has forgotten that a name or a text comes from a camera or a file: no terminal acts on it.
+std::string harmless(const std::string& text)
+{
+    return printableText(QString::fromStdString(text)).toStdString();
+}
 
 } // namespace
 
@@ -24,7 +31,7 @@ void Console::out(const std::string& text)
     eraseBlock();
     m_err.flush();
     errno = 0;
-    m_out << text << std::flush;
+    m_out << harmless(text) << std::flush;
     m_isReaderGone = m_isReaderGone || (!m_out.good() && errno == EPIPE);
     paintBlock();
 }
@@ -46,7 +53,7 @@ void Console::note(const std::string& text)
 void Console::write(const std::string& message)
 {
     eraseBlock();
-    m_err << message;
+    m_err << harmless(message);
     paintBlock();
     m_err.flush();
 }

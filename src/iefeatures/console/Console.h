@@ -1,5 +1,5 @@
-// Where the companion writes: results to one stream, messages and progress to the other, all in UTF-8. May be
-// used from any thread.
+// Where the companion writes: results to one stream, messages and progress to the other, all in UTF-8,
+// without what a terminal would act on but ends of lines. May be used from any thread.
 #pragma once
 
 #include "iefeatures/console/Terminal.h"

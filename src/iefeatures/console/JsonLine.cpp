@@ -1,9 +1,24 @@
 #include "iefeatures/console/JsonLine.h"
 
+#include "iefeatures/console/Text.h"
+
 #include <QFileInfo>
 
 namespace companion
 {
+namespace
+{
+
+// "\u009B", of a character beyond 16 bits both of its units.
+QString escaped(const QString& character)
+{
+    QString text;
+    for (const QChar unit : character)
+        text += QString("\\u%1").arg(unit.unicode(), 4, 16, QChar('0'));
+    return text;
+}
+
+} // namespace
 
 std::string jsonLine(const std::string& command, const char* kind, const Json& fields)
 {
@@ -12,9 +27,18 @@ std::string jsonLine(const std::string& command, const char* kind, const Json& f
     return lineOf(object);
 }
 
+// What a terminal would act on stands in texts alone, where JSON can write it otherwise.
 std::string lineOf(const Json& object)
 {
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+    const QString line = QString::fromStdString(object.dump(-1, ' ', false, Json::error_handler_t::replace));
+    if (printable(line) == line)
+        return line.toStdString() + '\n';
+    QString harmless;
+    for (const uint character : line.toUcs4()) {
+        const QString text = QString::fromUcs4(&character, 1);
+        harmless += actsOnTerminal(character) ? escaped(text) : text;
+    }
+    return harmless.toStdString() + '\n';
 }
 
 Json json(const QString& text)

@@ -48,8 +48,8 @@ LogSink::LogSink(Console& console, const LogOptions& options) : m_console(consol
 {
     if (!options.file.empty()) {
         m_file.setFileName(QString::fromStdString(options.file));
-        ie::openRegular(m_file, QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered,
-                        ie::LinkRule::Refused);
+        m_openingFailure = ie::openRegular(
+            m_file, QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered, ie::LinkRule::Refused);
     }
     g_sink = this;
     m_previous = qInstallMessageHandler(&LogSink::handle);

@@ -38,6 +38,7 @@ public:
     // False when the chosen file could not be opened (one that is no regular file never is), or a line could
     // not be written to it.
     bool isGood() const;
+    const QString& openingFailure() const { return m_openingFailure; } // why it could not be opened
 
 private:
     static void handle(QtMsgType level, const QMessageLogContext& context, const QString& text);
@@ -47,6 +48,7 @@ private:
     const LogOptions m_options;
     mutable std::mutex m_mutex;
     QFile m_file;
+    QString m_openingFailure;
     bool m_isWritten = true; // all that came
     QtMessageHandler m_previous;
 };

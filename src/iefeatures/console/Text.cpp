@@ -20,6 +20,14 @@ int characterWidth(uint character)
     return utf8proc_charwidth(static_cast<utf8proc_int32_t>(character));
 }
 
+QString aligned(const QString& cell, int columns, Align align)
+{
+    const QString blanks(std::max(0, columns - displayWidth(cell)), ' ');
+    return align == Align::Right ? blanks + cell : cell + blanks;
+}
+
+} // namespace
+
 bool actsOnTerminal(uint character)
 {
     switch (QChar::category(character)) {
@@ -33,19 +41,19 @@ bool actsOnTerminal(uint character)
     }
 }
 
-QString aligned(const QString& cell, int columns, Align align)
-{
-    const QString blanks(std::max(0, columns - displayWidth(cell)), ' ');
-    return align == Align::Right ? blanks + cell : cell + blanks;
-}
-
-} // namespace
-
 QString printable(const QString& text)
 {
     QVector<uint> characters = text.toUcs4();
     std::replace_if(characters.begin(), characters.end(), actsOnTerminal, 0xFFFDu);
     return QString::fromUcs4(characters.constData(), characters.size());
+}
+
+QString printableText(const QString& text)
+{
+    QStringList lines = text.split('\n');
+    for (QString& line : lines)
+        line = printable(line);
+    return lines.join('\n');
 }
 
 QStringList printableLines(const QString& text)

@@ -9,10 +9,15 @@
 namespace companion
 {
 
+// Control and format characters, and what ends lines.
+bool actsOnTerminal(uint character);
 // Text from a camera without what a terminal would act on: control and format characters become U+FFFD.
 QString printable(const QString& text);
 // The same of each line of a text; an empty text has none.
 QStringList printableLines(const QString& text);
+
+// The same, with all its lines.
+QString printableText(const QString& text);
 
 // Terminal columns that a printable text takes (Unicode Standard Annex 11): wide characters two, combining
 // marks none, every other one.

@@ -1,5 +1,7 @@
 #include "iefeatures/exports/WholeExport.h"
 
+#include "iefeatures/cameras/CameraConnection.h"
+#include "iefeatures/cameras/FeatureReader.h"
 #include "iefeatures/exports/ExportStage.h"
 #include "iefeatures/running/JobRun.h"
 
@@ -14,6 +16,33 @@ namespace companion
 
 namespace
 {
+
+bool isEmptyBag(const ExportResult& result)
+{
+    return result.state == ExportResult::State::Written && result.job.type == JOB_FEATURE_BAG_EXPORT &&
+           result.features == 0;
+}
+
+// Asks the camera, which its job has given back; who does not answer has no problem with it.
+QString descriptionProblemOf(const ListedCamera& camera)
+{
+    const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
+    return connection.status() == KX_OK ? FeatureReader(connection.handle()).descriptionProblem() : QString();
+}
+
+// Of a features file, where nothing that was seen of the job tells it.
+QString unknownCause(const ListedCamera& camera)
+{
+    const QString name = fileNameProblem(camera, FileNaming::ModelAndSerial);
+    const QString description = name.isEmpty() ? descriptionProblemOf(camera) : QString();
+    if (!name.isEmpty() || !description.isEmpty())
+        return name + description;
+    const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
+    if (connection.status() == KX_OK &&
+        FeatureReader(connection.handle()).access("DeviceFirmwareVersion").isAbsent())
+        return "the camera has no DeviceFirmwareVersion, without which there is no features file.";
+    return "the file could not be written.";
+}
 
 class Exports
 {
@@ -85,11 +114,15 @@ private:
         ExportResult& result = done.result =
             examineExport(job, record.tally, record.findings.bagStatus, m_task.unreadable);
         result.job.path = target;
-        if (result.state == ExportResult::State::Written)
+        if (isEmptyBag(result))
+            result.problem = descriptionProblemOf(job.camera);
+        if (result.problem.isEmpty() && result.state == ExportResult::State::Written)
             result.problem = m_stage.release(id, name);
         if (!result.problem.isEmpty())
             result.state = ExportResult::State::Failed;
         done.remarks = exportRemarks(result, record.findings);
+        if (result.state == ExportResult::State::Failed && result.problem.isEmpty() && done.remarks.isEmpty())
+            done.remarks += unknownCause(job.camera);
         QStringList notes{leftOutNote(result)};
         notes.removeAll({});
         return {target, result.problem, notes};

@@ -20,7 +20,7 @@ FeaturesFileInput lookAtFeatureBag(const QString& path)
     const QString name = printable(path);
     QFile file(path);
     if (!ie::openRegular(file, QIODevice::ReadOnly).isEmpty())
-        return {{}, CameraVerdict::UnreadableFile, "The file cannot be read: " + name};
+        return {{}, CameraVerdict::UnreadableFile, unreadableText(path)};
     if (file.size() > kLargestBag)
         return {{},
                 CameraVerdict::UnreadableFile,

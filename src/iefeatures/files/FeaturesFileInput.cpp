@@ -3,15 +3,27 @@
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 
+#include "jobs/file/RegularFile.h"
+
+#include <QFile>
+
 namespace companion
 {
+
+QString unreadableText(const QString& path)
+{
+    QFile file(path);
+    const QString cause = ie::openRegular(file, QIODevice::ReadOnly);
+    return "The file cannot be read: " + printable(path) + (cause.isEmpty() ? QString() : " (" + cause + ')');
+}
+
 FeaturesFileInput readFeaturesFile(const QString& path)
 {
     const QString name = printable(path);
     const ie::LoadedFile file = ie::loadFeaturesFile(path);
     switch (file.failure) {
     case ie::LoadedFile::Failure::NotOpened:
-        return {{}, CameraVerdict::UnreadableFile, "The file cannot be read: " + name};
+        return {{}, CameraVerdict::UnreadableFile, unreadableText(path)};
     case ie::LoadedFile::Failure::TooLarge:
         return {{},
                 CameraVerdict::UnreadableFile,

@@ -20,6 +20,9 @@ struct FeaturesFileInput
     bool isGood() const { return verdict == CameraVerdict::Ready; }
 };
 
+// The error of a file that cannot be opened, with the cause.
+QString unreadableText(const QString& path);
+
 // A features file is well-formed XML with an element "Features"; what else a file leaves out is for the
 // reader of `content`.
 FeaturesFileInput readFeaturesFile(const QString& path);

@@ -147,11 +147,11 @@ void ImportProcedure::refuseDangers()
         const ie::FeaturesContent& content = m_results[i].files->input.content;
         if (!mayHoldDangers(content))
             return;
-        const std::vector<EntryCheck> dangers = dangersOn(m_results[i].camera, content);
-        if (dangers.empty())
+        const auto refused = refusal(m_results[i].camera, content);
+        if (!refused)
             return;
-        markRefused(m_results[i], CameraVerdict::BadFile, dangerText(dangers));
-        m_results[i].check->entries = dangers;
+        m_results[i].isRefused = true;
+        m_results[i].check = refused;
     });
 }
 
@@ -459,7 +459,7 @@ std::vector<CameraVerdict> ImportProcedure::verdicts() const
 
 void ImportProcedure::tell(const ListedCamera& camera, const QString& text)
 {
-    m_console.err(camera.title() + ": " + text + '\n');
+    m_console.err(camera.title() + ": " + printable(text) + '\n');
 }
 
 } // namespace companion

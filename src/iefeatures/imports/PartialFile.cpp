@@ -1,6 +1,7 @@
 #include "iefeatures/imports/PartialFile.h"
 
 #include "iefeatures/console/Text.h"
+#include "iefeatures/files/FeaturesFileInput.h"
 
 #include "jobs/file/FeaturesFile.h"
 #include "jobs/file/WholeFile.h"
@@ -41,7 +42,7 @@ QString writePartialFile(const QString& file, const QStringList& names, const QS
 {
     ie::LoadedFile loaded = ie::loadFeaturesFile(file);
     if (loaded.failure != ie::LoadedFile::Failure::None)
-        return "The file cannot be read: " + printable(file);
+        return unreadableText(file);
     const QStringList left =
         cut(loaded.document.documentElement().firstChildElement("Features"), NamePatterns(names));
     for (const QString& name : names) {

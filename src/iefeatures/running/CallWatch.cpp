@@ -244,6 +244,8 @@ QString lineRemark(const CallWatch::Findings& findings)
     if (!findings.lineFailure)
         return {};
     const FailedCall& call = *findings.lineFailure;
+    if (call.status == KX_E_DESCRIPTION)
+        return KX_CC_StatusText(call.status); // which is no matter of the line
     const QString where = call.isRegister ? "register " + hexAddress(call.address) : call.feature;
     const QString cause = findings.lineText.isEmpty() ? KX_CC_StatusText(call.status) : findings.lineText;
     return "the line failed" + (where.isEmpty() ? QString() : " at " + printable(where)) + ": " + cause;

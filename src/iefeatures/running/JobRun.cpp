@@ -78,7 +78,8 @@ int runLogged(Console& console, const LogOptions& options, const std::function<i
 {
     const LogSink log(console, options);
     if (!log.isGood()) {
-        console.err("The log file cannot be opened: " + options.file + '\n');
+        console.err("The log file cannot be opened: " + options.file + " (" +
+                    log.openingFailure().toStdString() + ")\n");
         return ExitInputOutput;
     }
     const Interrupt interrupt;
