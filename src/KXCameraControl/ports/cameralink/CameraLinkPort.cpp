@@ -15,6 +15,8 @@ namespace
 
 // One look at each rate; a camera that listens answers within this beside the line's own time.
 constexpr milliseconds kGlance{60};
+// The second one, for a camera or a machine that has much to do.
+constexpr milliseconds kLook{100};
 constexpr size_t kPacketLimit = 1024; // GenCP over a serial line knows no other
 
 } // namespace
@@ -57,7 +59,17 @@ KX_Status CameraLinkPort::settle()
 KX_Status CameraLinkPort::findRate()
 {
     const PortTimeouts patience = timeouts();
-    setTimeouts({kGlance, 1, milliseconds(0)});
+    KX_Status status = lookAtRates(kGlance);
+    if (status == KX_E_NO_ANSWER)
+        status = lookAtRates(kLook);
+    setTimeouts(patience);
+    return status == KX_E_NO_ANSWER ? fail(KX_E_NO_DEVICE, "no camera answers at " + serial().name())
+                                    : status;
+}
+
+KX_Status CameraLinkPort::lookAtRates(milliseconds perRate)
+{
+    setTimeouts({perRate, 1, milliseconds(0)});
     KX_Status status = KX_E_NO_ANSWER;
     for (const BaudRate& rate : kBaudRates) {
         uint64_t version = 0;
@@ -67,9 +79,7 @@ KX_Status CameraLinkPort::findRate()
         if (status != KX_E_NO_ANSWER)
             break;
     }
-    setTimeouts(patience);
-    return status == KX_E_NO_ANSWER ? fail(KX_E_NO_DEVICE, "no camera answers at " + serial().name())
-                                    : status;
+    return status;
 }
 
 // A camera without the registers, or one that will not, stays at the rate that it has.

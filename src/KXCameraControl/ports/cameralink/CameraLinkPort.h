@@ -34,6 +34,7 @@ public:
 private:
     KX_Status settle() override;
     KX_Status findRate();
+    KX_Status lookAtRates(std::chrono::milliseconds perRate);
     KX_Status raiseRate();
     KX_Status changeRate(const gencp::BaudRate& rate);
     KX_Status confirmRate(uint64_t address, uint32_t bit);
