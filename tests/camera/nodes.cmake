@@ -14,8 +14,9 @@ ie_add_test(nodes_other_engine_test LABEL camera
     LIBRARIES kx_api kx_core camera_emulator_core PkgConfig::ARAVIS GTest::gtest_main)
 
 ie_add_test(camera_on_emulator_test LABEL camera
-    SOURCES camera_on_emulator_test.cpp
-    LIBRARIES KXCameraControl camera_emulator_core GTest::gtest_main)
+    SOURCES camera_on_emulator_test.cpp ../support/AllTransports.h
+    LIBRARIES KXCameraControl usb_stage GTest::gtest_main)
+ie_use_every_transport(camera_on_emulator_test)
 
 # Held against the standard's reference implementation. Needs the network once, for that; says SKIPPED where it cannot have it.
 add_executable(formula_answers formula_reference/formula_answers.cpp)

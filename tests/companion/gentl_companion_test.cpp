@@ -1,38 +1,19 @@
 // The companion and cameras behind GenTL producers, bad ones among them.
 #include "camera/GentlStage.h"
+#include "support/RunProgram.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 namespace
 {
-
-struct Ran
-{
-    int code = -1;
-    QString output;
-    QString errors;
-};
-
-std::ostream& operator<<(std::ostream& out, const Ran& ran)
-{
-    return out << ran.output.toStdString() << ran.errors.toStdString();
-}
 
 class GentlCompanion : public testing::Test
 {
 protected:
     GentlCompanion() { setenv("KX_GENTL_TIMEOUT", "3000", 1); }
 
-    static Ran run(const QStringList& arguments)
-    {
-        QProcess process;
-        process.start(IEFEATURES, arguments);
-        EXPECT_TRUE(process.waitForFinished(90000));
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
-    }
+    static tests::Ran run(const QStringList& arguments) { return tests::runProgram(IEFEATURES, arguments); }
 
     GentlStage stage;
     QTemporaryDir folder;
@@ -49,7 +30,7 @@ TEST_F(GentlCompanion, theCompanionListsLayersByTheirNamesAndTellsWhatFails)
     grabber.layer = "CLHS";
     grabber.interface = "HS";
     stage.addCamera("B", "good", grabber);
-    const Ran ran = run({"list"});
+    const tests::Ran ran = run({"list"});
     EXPECT_EQ(ran.code, 0) << ran;
     const QStringList lines = ran.output.split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 3) << ran;
@@ -66,7 +47,7 @@ TEST_F(GentlCompanion, theCompanionExportsPlansImportsAndVerifies)
     stage.addProducer();
     emu::GrabberCamera& camera = stage.addCamera("A");
     const QString file = folder.path() + "/EMU-1_A.fpk";
-    Ran ran = run({"export", "--to", folder.path(), "--serial", "A"});
+    tests::Ran ran = run({"export", "--to", folder.path(), "--serial", "A"});
     ASSERT_EQ(ran.code, 0) << ran;
     const auto before = camera.node("Width");
     camera.change(R"({"nodes": {"Width": 320}})");
@@ -91,7 +72,7 @@ TEST_F(GentlCompanion, inOneBatchABadProducerFailsAloneAndTheOthersGoOn)
     stage.addCamera("B", "bad");
     stage.addCamera("C", "worse");
     stage.addCamera("D", "good");
-    const Ran ran = run({"export", "--to", folder.path(), "--all"});
+    const tests::Ran ran = run({"export", "--to", folder.path(), "--all"});
     EXPECT_EQ(ran.code, 1) << ran;
     EXPECT_TRUE(ran.output.contains("2 exported, 2 failed")) << ran;
     for (const char* serial : {"A", "D"})

@@ -51,3 +51,11 @@ ie_add_test(gentl_companion_test LABEL companion
 target_compile_definitions(gentl_companion_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>"
     CAMERA_EMULATOR_GENTL="$<TARGET_FILE:camera_emulator_gentl>")
 add_dependencies(gentl_companion_test iefeatures camera_emulator_gentl ie_gentl_host)
+# The same jobs over each transport, and cameras of all kinds in one batch.
+ie_add_test(all_transports_test LABEL companion TIMEOUT 300
+    SOURCES all_transports_test.cpp ../support/AllTransports.h
+    LIBRARIES real_export usb_stage)
+target_compile_definitions(all_transports_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>"
+    IE_DEMO_CHANGES="${CMAKE_SOURCE_DIR}/scripts/demo-changes.json")
+ie_use_every_transport(all_transports_test)
+add_dependencies(all_transports_test iefeatures)
