@@ -368,6 +368,37 @@ TEST_F(DeviceTable, ADeviceAnnouncedTwiceHasTwoRowsAndTheFirstAnswers)
     EXPECT_EQ(probe->findRow(idOf("S1")), 0);
 }
 
+// Cameras of all kinds are plugged and pulled while rows are sorted and some of them hidden.
+TEST_F(DeviceTable, CamerasThatComeAndGoWhileItIsSortedAndFilteredKeepToTheirRows)
+{
+    const Camera usb{"U1", KX_AVAILABILITY_FREE, KX_TRANSPORT_USB3, "USB 2-1"};
+    const Camera link{"L1", KX_AVAILABILITY_FREE, KX_TRANSPORT_CAMERA_LINK, "serial"};
+    const Camera first{"S1"};
+    const Camera second{"S2"};
+    find({first, second, usb, link});
+    select(interfaceOf("S1"));
+    tick("S2");
+    QMetaObject::invokeMethod(window.get(), "onSortTableWidget", Q_ARG(int, Serial), Q_ARG(bool, false));
+    const Camera usbToo{"U2", KX_AVAILABILITY_FREE, KX_TRANSPORT_USB3, "USB 2-2"};
+    const Camera third{"S3"};
+    for (const QVector<Camera>& now : {QVector<Camera>{first, second, usb, link, usbToo, third},
+                                       QVector<Camera>{second, usbToo, third, first},
+                                       QVector<Camera>{second, usbToo, third, first, usb, link}}) {
+        find(now);
+        find(now); // who is gone is gone after two searches
+        EXPECT_EQ(filledRows(), now.size());
+        for (const Camera& camera : now) {
+            const int row = rowOf(camera.serial);
+            ASSERT_GE(row, 0) << camera.serial.constData();
+            EXPECT_EQ(text(row, Serial), QString(camera.serial));
+            EXPECT_EQ(text(row, Interface), QString(camera.interfaceName));
+            EXPECT_EQ(table().isRowHidden(row), camera.interfaceName != "eth0") << camera.serial.constData();
+            EXPECT_EQ(isTicked(row), camera.serial == "S2") << camera.serial.constData();
+            EXPECT_TRUE(probe->workerOf(idOf(camera.serial)));
+        }
+    }
+}
+
 TEST_F(DeviceTable, FillingStopsAtAMissingItem)
 {
     find({{"S1", 1, KX_TRANSPORT_GIGE, "eth0", "Old"}});
