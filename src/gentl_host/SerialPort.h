@@ -27,7 +27,6 @@ private:
     SerialLibrary& m_library;
     bool m_isOpen = false;
     clserial::Port m_port = nullptr; // null is a port as any other
-    bool m_knowsRates = false;
     uint32_t m_rates = 0;
 };
 
