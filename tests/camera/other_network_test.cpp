@@ -74,6 +74,7 @@ private:
         m_changed.wait(lock, [this] { return m_isOver; });
         for (const auto& camera : m_cameras)
             camera->stop();
+        run("ip link delete cam"); // a namespace that nobody is in goes some time later, with its wires
     }
 
     std::vector<std::unique_ptr<emu::EmulatedCamera>> m_cameras;
