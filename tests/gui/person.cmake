@@ -13,17 +13,17 @@ target_link_options(person_test PRIVATE -Wl,--no-as-needed)
 add_dependencies(person_test program_resources program_translations)
 add_test(NAME person_on_a_display
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "$<TARGET_FILE:person_test>")
-set_tests_properties(person_on_a_display PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 120
+set_tests_properties(person_on_a_display PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 300
     ENVIRONMENT "KX_CAMERA_INTERFACES=none;KX_CAMERA_USB=none;LC_ALL=C.UTF-8;KX_DESCRIPTION_CACHE=off;IE_SCREENSHOTS=${CMAKE_BINARY_DIR}/screenshots;${IE_GUI_SANITIZERS}")
 
 add_test(NAME processes_test
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "${CMAKE_CURRENT_SOURCE_DIR}/processes_test.sh"
         "$<TARGET_FILE_DIR:Import_Export_Features>" "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
-set_tests_properties(processes_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 180
+set_tests_properties(processes_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 300
     ENVIRONMENT "LC_ALL=C.UTF-8;KX_DESCRIPTION_CACHE=off;${IE_GUI_SANITIZERS}")
 
 add_test(NAME package_test COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/package_test.sh" "${CMAKE_BINARY_DIR}")
-set_tests_properties(package_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 180
+set_tests_properties(package_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 300
     ENVIRONMENT "LC_ALL=C.UTF-8;KX_DESCRIPTION_CACHE=off;KX_CAMERA_INTERFACES=none;KX_CAMERA_USB=none;${IE_GUI_SANITIZERS}")
 
 pkg_check_modules(X11 REQUIRED IMPORTED_TARGET x11)
@@ -36,7 +36,7 @@ set_target_properties(start_trace tiny_window_manager PROPERTIES
 add_test(NAME start_test
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "${CMAKE_CURRENT_SOURCE_DIR}/start/start_test.sh"
         "$<TARGET_FILE:Import_Export_Features>" "$<TARGET_FILE:start_trace>" "$<TARGET_FILE:tiny_window_manager>")
-set_tests_properties(start_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 180
+set_tests_properties(start_test PROPERTIES LABELS gui RUN_SERIAL ON TIMEOUT 300
     ENVIRONMENT "LC_ALL=C.UTF-8;KX_DESCRIPTION_CACHE=off;${IE_GUI_SANITIZERS}")
 
 # Takes translations away beside itself, so in a folder of its own.
