@@ -54,9 +54,9 @@ close_window() { # by its button, at the right end of the title bar
 # A first copy, and a second one that shows the first and leaves.
 start
 first=$program
-expect "the window appears" within_seconds 20 has_windows 1 "$english"
+expect "the window appears" within_seconds 60 has_windows 1 "$english"
 start
-expect "a second copy ends" within_seconds 20 is_gone "$program"
+expect "a second copy ends" within_seconds 60 is_gone "$program"
 expect "a second copy's exit code is 0" exits_with 0 "$program"
 expect "a second copy shows no window" has_windows 1 "$english"
 expect "a second copy says nothing" [ ! -s "$work/out" ]
@@ -64,7 +64,7 @@ expect "the first copy goes on" kill -0 "$first"
 expect "its log is opened" [ -e "$VELA_USER_DATA/Log/Import_Export_Features.log" ]
 expect "looking makes no settings file" [ ! -e "$VELA_PROGRAM_DATA/LocalConfig.ini" ]
 close_window "$english"
-expect "the window's button ends the program" within_seconds 20 is_gone "$first"
+expect "the window's button ends the program" within_seconds 60 is_gone "$first"
 expect "with exit code 0" exits_with 0 "$first"
 
 # What still runs of the program when the window closes goes along; another session's copy stays.
@@ -72,42 +72,42 @@ mkdir -m 700 "$work/other-session"
 (XDG_RUNTIME_DIR="$work/other-session" start && echo "$program" >"$work/other.id")
 other=$(cat "$work/other.id")
 started+=("$other")
-expect "another session has its own copy" within_seconds 20 has_windows 1 "$english"
+expect "another session has its own copy" within_seconds 60 has_windows 1 "$english"
 start CH
 first=$program
-expect "and this one too" within_seconds 20 has_windows 1 "$chinese"
+expect "and this one too" within_seconds 60 has_windows 1 "$chinese"
 cp "$(command -v sleep)" "$work/Import_Export_Features"
 "$work/Import_Export_Features" 300 &
 left_over=$!
 started+=("$left_over")
 close_window "$chinese"
-expect "the window closes" within_seconds 20 is_gone "$first"
-expect "a process of that name is ended" within_seconds 20 is_gone "$left_over"
+expect "the window closes" within_seconds 60 is_gone "$first"
+expect "a process of that name is ended" within_seconds 60 is_gone "$left_over"
 expect "with exit code 0 of the one that ended it" exits_with 0 "$first"
 expect "the other session's copy goes on" has_windows 1 "$english"
 kill "$other"
-expect "until it is ended itself" within_seconds 20 has_windows 0 "$english"
+expect "until it is ended itself" within_seconds 60 has_windows 0 "$english"
 
 # The first argument overrides the suite's language, where it is exactly one of the two words.
 start CH
-expect "CH is Chinese" within_seconds 20 has_windows 1 "$chinese"
+expect "CH is Chinese" within_seconds 60 has_windows 1 "$chinese"
 first=$program
 start ENG
-expect "a second copy finds the Chinese window too" within_seconds 20 is_gone "$program"
+expect "a second copy finds the Chinese window too" within_seconds 60 is_gone "$program"
 expect "and does not open its own" has_windows 0 "$english"
 close_window "$chinese"
-expect "it closes" within_seconds 20 is_gone "$first"
+expect "it closes" within_seconds 60 is_gone "$first"
 VELA_LANGUAGE=CH start ENG
-expect "ENG is English" within_seconds 20 has_windows 1 "$english"
+expect "ENG is English" within_seconds 60 has_windows 1 "$english"
 kill "$program"
-within_seconds 20 is_gone "$program"
+within_seconds 60 is_gone "$program"
 VELA_LANGUAGE=CH start eng ENG
-expect "eng is no language, and a second argument counts for nothing" within_seconds 20 has_windows 1 "$chinese"
+expect "eng is no language, and a second argument counts for nothing" within_seconds 60 has_windows 1 "$chinese"
 
 # A crash: a report beside the dump folder, nothing on the screen.
 shown_before=$(all_windows)
 kill -SEGV "$program"
-expect "a crashed copy ends" within_seconds 20 is_gone "$program"
+expect "a crashed copy ends" within_seconds 60 is_gone "$program"
 expect "a crashed copy ends by the crash, not because it waited for somebody" exits_with $((128 + 11)) "$program"
 expect "a crashed copy says nothing" [ ! -s "$work/out" ]
 expect "a crashed copy leaves no window" [ "$(all_windows)" -lt "$shown_before" ]
@@ -115,9 +115,9 @@ report=$(find "$VELA_USER_DATA/Dump" -name '*.backtrace.txt' | head -n 1)
 expect "the crash left a report" [ -n "$report" ]
 expect "with a backtrace" grep -q 'Import_Export_Features' "${report:-/dev/null}"
 start
-expect "a crashed copy does not keep the next one out" within_seconds 20 has_windows 1 "$english"
+expect "a crashed copy does not keep the next one out" within_seconds 60 has_windows 1 "$english"
 kill "$program"
-within_seconds 20 is_gone "$program"
+within_seconds 60 is_gone "$program"
 
 # Without resources, translations, fonts and log configuration.
 mkdir "$work/bare"
@@ -125,16 +125,16 @@ cp "$programs/Import_Export_Features" "$work/bare"
 (folder="$work/bare" LD_LIBRARY_PATH="$libraries" start && echo "$program" >"$work/bare.id")
 program=$(cat "$work/bare.id")
 started+=("$program")
-expect "it starts without the files beside it" within_seconds 20 has_windows 1 "$english"
+expect "it starts without the files beside it" within_seconds 60 has_windows 1 "$english"
 kill "$program"
 
 # From another working folder everything is still found beside the program.
-within_seconds 20 is_gone "$program"
+within_seconds 60 is_gone "$program"
 cd /
 start CH
-expect "files are looked for beside the program" within_seconds 20 has_windows 1 "$chinese"
+expect "files are looked for beside the program" within_seconds 60 has_windows 1 "$chinese"
 kill "$program"
-within_seconds 20 is_gone "$program"
+within_seconds 60 is_gone "$program"
 
 # No display.
 code=0
