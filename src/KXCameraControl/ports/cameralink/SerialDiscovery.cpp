@@ -58,7 +58,7 @@ KX_Status look(const SerialPlace& place, Identity& identity)
         status = readIdentity(port, identity);
     KnownCameras& known = knownCameras();
     const std::lock_guard<std::mutex> lock(known.mutex);
-    const std::string key = place.library + "\n" + place.name;
+    const std::string key = place.serialLibrary + "\n" + place.name;
     if (status == KX_OK)
         known.byPlace[key] = identity;
     else if (status == KX_E_CONTROL_REFUSED)
@@ -80,7 +80,7 @@ std::optional<KX_DeviceEntry> entryAt(const SerialPlace& place)
     putText(info.modelName, identity.model);
     putText(info.serialNumber, identity.serialNumber);
     entry.availability = status == KX_OK ? KX_AVAILABILITY_FREE : KX_AVAILABILITY_IN_USE;
-    const std::string interface = std::filesystem::path(place.library).filename().string();
+    const std::string interface = std::filesystem::path(place.serialLibrary).filename().string();
     std::snprintf(entry.interfaceName, sizeof entry.interfaceName, "%s",
                   interface.empty() ? "serial" : interface.c_str());
     return entry;

@@ -20,7 +20,8 @@ bool isIn(const KX_CameraLinkDeviceInfo& record, const SerialPlace& place)
     KX_CameraLinkDeviceInfo info{};
     place.putInto(info);
     // A library may call its port otherwise by now.
-    const bool isSamePort = !place.library.empty() || textField(info.portId) == textField(record.portId);
+    const bool isSamePort =
+        !place.serialLibrary.empty() || textField(info.portId) == textField(record.portId);
     return isSamePort && textField(info.producerId) == textField(record.producerId) &&
            textField(info.interfaceId) == textField(record.interfaceId);
 }
@@ -30,8 +31,8 @@ bool isIn(const KX_CameraLinkDeviceInfo& record, const SerialPlace& place)
 void SerialPlace::putInto(KX_CameraLinkDeviceInfo& info) const
 {
     putIdentifier(info.portId, name);
-    putIdentifier(info.producerId, library);
-    putText(info.interfaceId, library.empty() ? std::string() : std::to_string(index));
+    putIdentifier(info.producerId, serialLibrary);
+    putText(info.interfaceId, serialLibrary.empty() ? std::string() : std::to_string(index));
 }
 
 std::vector<SerialPlace> namedLines()
@@ -72,9 +73,9 @@ std::optional<SerialPlace> placeOf(const KX_DeviceInfo& device)
 
 std::unique_ptr<SerialLine> lineAt(const SerialPlace& place)
 {
-    if (place.library.empty())
+    if (place.serialLibrary.empty())
         return std::make_unique<Terminal>(place.name);
-    return std::make_unique<LibraryLine>(place.library, place.index, place.name);
+    return std::make_unique<LibraryLine>(place.serialLibrary, place.index, place.name);
 }
 
 } // namespace kx

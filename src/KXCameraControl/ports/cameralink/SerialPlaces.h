@@ -15,9 +15,9 @@ namespace kx
 
 struct SerialPlace
 {
-    std::string name;    // the line's path; of a library's port what the library calls it
-    std::string library; // path; empty: a line of the operating system
-    uint32_t index = 0;  // of the library's port
+    std::string name;          // the line's path; of a library's port what the library calls it
+    std::string serialLibrary; // path; empty: a line of the operating system
+    uint32_t index = 0;        // of the library's port
 
     // The record's fields of a camera there.
     void putInto(KX_CameraLinkDeviceInfo& info) const;
