@@ -4,6 +4,7 @@
 #include "window/MainWidget.h"
 
 #include <DevListMgr/VELADeviceTree.h>
+#include <StyledCtl/ORBCustomCheckHeaderView.h>
 #include <StyledCtl/ORBCustomTableWidget.h>
 
 #include <QApplication>

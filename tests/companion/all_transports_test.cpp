@@ -154,7 +154,7 @@ TEST_P(EachTransport, anImportBringsTheSettingsBack)
 TEST_P(EachTransport, aCameraThatLeavesInAnExportEndsItWithoutAFile)
 {
     emu::CameraConfig config;
-    config.latency = std::chrono::milliseconds(2); // time to leave in the middle
+    config.latency = std::chrono::milliseconds(1); // time to leave in the middle
     emu::Shell& camera = add(config);
     QTemporaryDir whole;
     const StructDeviceInfo record = jobRecord("CAMERA");
@@ -173,7 +173,7 @@ TEST_P(EachTransport, aCameraThatLeavesInAnExportEndsItWithoutAFile)
 TEST_P(EachTransport, aCameraThatLeavesInAnImportIsToldAsAFailure)
 {
     emu::CameraConfig config;
-    config.latency = std::chrono::milliseconds(2);
+    config.latency = std::chrono::milliseconds(1);
     emu::Shell& camera = add(config);
     const tests::ExportOutcome first = exported();
     ASSERT_FALSE(first.file.isEmpty());

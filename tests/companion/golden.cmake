@@ -52,10 +52,12 @@ target_compile_definitions(gentl_companion_test PRIVATE IEFEATURES="$<TARGET_FIL
     CAMERA_EMULATOR_GENTL="$<TARGET_FILE:camera_emulator_gentl>")
 add_dependencies(gentl_companion_test iefeatures camera_emulator_gentl ie_gentl_host)
 # The same jobs over each transport, and cameras of all kinds in one batch.
-ie_add_test(all_transports_test LABEL companion TIMEOUT 300
-    SOURCES all_transports_test.cpp ../support/AllTransports.h
-    LIBRARIES real_export usb_stage)
-target_compile_definitions(all_transports_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>"
-    IE_DEMO_CHANGES="${CMAKE_SOURCE_DIR}/scripts/demo-changes.json")
-ie_use_every_transport(all_transports_test)
-add_dependencies(all_transports_test iefeatures)
+foreach(name all_transports_test mixed_batch_test)
+    ie_add_test(${name} LABEL companion TIMEOUT 300
+        SOURCES ${name}.cpp ../support/AllTransports.h ../support/Cable.h
+        LIBRARIES real_export usb_stage)
+    target_compile_definitions(${name} PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>"
+        IE_DEMO_CHANGES="${CMAKE_SOURCE_DIR}/scripts/demo-changes.json")
+    ie_use_every_transport(${name})
+    add_dependencies(${name} iefeatures)
+endforeach()

@@ -1,0 +1,51 @@
+// A camera that leaves in the middle of what is done with it.
+#pragma once
+
+#include "camera_emulator/EmulatedCamera.h"
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <thread>
+
+namespace tests
+{
+
+// Stops the camera as soon as that is so.
+class Cable
+{
+public:
+    Cable(emu::Shell& camera, std::function<bool()> isTime)
+        : m_thread([this, &camera, isTime = std::move(isTime)] {
+              while (!m_isOver && !isTime())
+                  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+              camera.stop();
+          })
+    {}
+    ~Cable()
+    {
+        m_isOver = true;
+        m_thread.join();
+    }
+    Cable(const Cable&) = delete;
+    Cable& operator=(const Cable&) = delete;
+
+private:
+    std::atomic<bool> m_isOver{false};
+    std::thread m_thread;
+};
+
+// So many requests from now on.
+inline std::function<bool()> afterRequests(const emu::Shell& camera, uint64_t count)
+{
+    return
+        [&camera, end = camera.counters().requests() + count] { return camera.counters().requests() >= end; };
+}
+
+// An import has set it.
+inline std::function<bool()> whenHeightIs(const emu::Shell& camera, int64_t height)
+{
+    return [&camera, height] { return camera.node("Height") == emu::NodeValue(height); };
+}
+
+} // namespace tests
