@@ -208,7 +208,7 @@ TEST_F(GentlHost, aHangIsEndedAndTheNextLinkHasANewHelper)
 
 TEST_F(GentlHost, aLinkThatWaitsForAnotherOneIsNotTakenForHung)
 {
-    setenv("KX_GENTL_TIMEOUT", "400", 1);
+    setenv("KX_GENTL_TIMEOUT", "1000", 1);
     // Each of many calls is slow; together they take longer than one may.
     for (const char* serial : {"A", "B", "C", "D"})
         stage.addCamera(serial);

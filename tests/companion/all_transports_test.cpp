@@ -1,21 +1,20 @@
-// Jobs over each transport, and batches of the companion over all of them at once.
+// Jobs over each transport.
 #include "support/AllTransports.h"
+#include "support/Cable.h"
 #include "support/QtPrinting.h"
 #include "support/RealExport.h"
 #include "support/RunProgram.h"
 
-#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
 
-#include <atomic>
-#include <functional>
-#include <thread>
-
+using tests::afterRequests;
+using tests::Cable;
 using tests::Ran;
 using tests::Transport;
+using tests::whenHeightIs;
 
 namespace
 {
@@ -53,35 +52,6 @@ StructDeviceInfo jobRecord(const std::string& serial)
     return record;
 }
 
-// Stops the camera as soon as that is so.
-class Cable
-{
-public:
-    Cable(emu::Shell& camera, std::function<bool()> isTime)
-        : m_thread([this, &camera, isTime = std::move(isTime)] {
-              while (!m_isOver && !isTime())
-                  std::this_thread::sleep_for(std::chrono::microseconds(200));
-              camera.stop();
-          })
-    {}
-    ~Cable()
-    {
-        m_isOver = true;
-        m_thread.join();
-    }
-    Cable(const Cable&) = delete;
-    Cable& operator=(const Cable&) = delete;
-
-private:
-    std::atomic<bool> m_isOver{false};
-    std::thread m_thread;
-};
-
-Ran run(const QStringList& arguments)
-{
-    return tests::runProgram(IEFEATURES, arguments);
-}
-
 // What the demonstration changes. The registers of GigE Vision's own features are no settings elsewhere.
 std::string changesOver(Transport transport)
 {
@@ -94,22 +64,12 @@ std::string changesOver(Transport transport)
     return QJsonDocument(changes).toJson().toStdString();
 }
 
-// So many requests from now on.
-std::function<bool()> afterRequests(const emu::Shell& camera, uint64_t count)
-{
-    return
-        [&camera, end = camera.counters().requests() + count] { return camera.counters().requests() >= end; };
-}
-
-// An import has set it.
-std::function<bool()> whenHeightIs(const emu::Shell& camera, int64_t height)
-{
-    return [&camera, height] { return camera.node("Height") == emu::NodeValue(height); };
-}
-
 class EachTransport : public testing::TestWithParam<Transport>
 {
 protected:
+    EachTransport() { qputenv("KX_GENTL_TIMEOUT", "3000"); }
+    ~EachTransport() override { qunsetenv("KX_GENTL_TIMEOUT"); }
+
     emu::Shell& add(emu::CameraConfig config = {})
     {
         config.serial = "CAMERA";
@@ -179,7 +139,7 @@ TEST_P(EachTransport, aCameraThatLeavesInAnImportIsToldAsAFailure)
     ASSERT_FALSE(first.file.isEmpty());
     EXPECT_EQ(camera.change(changesOver(GetParam())), std::vector<std::string>());
     const Cable cable(camera, whenHeightIs(camera, 480));
-    const Ran ran = run({"import", first.path, "--serial", "CAMERA", "--no-audit"});
+    const Ran ran = tests::runProgram(IEFEATURES, {"import", first.path, "--serial", "CAMERA", "--no-audit"});
     EXPECT_EQ(ran.code, 1) << ran;
     EXPECT_TRUE(ran.output.contains("0 applied")) << ran;
 }
@@ -201,132 +161,3 @@ TEST_P(EachTransport, whatTheCameraRefusesInAnImportKeepsNothingElseBack)
 }
 
 INSTANTIATE_TEST_SUITE_P(Over, EachTransport, tests::everyTransport(), tests::transportName);
-
-// ---- all of them at once ----
-
-namespace
-{
-
-const Transport kPairs[] = {Transport::Gige,  Transport::Gige,  Transport::Serial, Transport::Clser,
-                            Transport::GenTl, Transport::GenTl, Transport::Usb3,   Transport::Usb3};
-
-// Two of each kind; of the serial ones one hangs on a terminal and one on a grabber's port.
-class EightCameras : public testing::Test
-{
-protected:
-    EightCameras()
-    {
-        qputenv("VELA_PROGRAM_DATA", folder.path().toLocal8Bit());
-        qputenv("KX_GENTL_TIMEOUT", "3000");
-        for (size_t i = 0; i < std::size(kPairs); ++i) {
-            emu::CameraConfig config;
-            config.serial = "CAM" + std::to_string(i + 1);
-            config.latency = std::chrono::milliseconds(1); // time to leave in the middle
-            cameras.push_back(&line.add(kPairs[i], config));
-        }
-    }
-    ~EightCameras() override { qunsetenv("KX_GENTL_TIMEOUT"); }
-
-    QString filesIn(const char* name)
-    {
-        QDir(folder.path()).mkpath(name);
-        return folder.path() + "/" + name;
-    }
-    static QString fileOf(const QString& in, size_t index)
-    {
-        return in + QString("/EMU-1_CAM%1.fpk").arg(index + 1);
-    }
-    void changeAll()
-    {
-        for (emu::Shell* camera : cameras)
-            EXPECT_EQ(camera->change(R"({"nodes": {"Width": 320, "Height": 200}})"),
-                      std::vector<std::string>());
-    }
-    // The cameras whose width is this, as their numbers.
-    QString withWidth(int64_t width) const
-    {
-        QString numbers;
-        for (size_t i = 0; i < cameras.size(); ++i)
-            if (cameras[i]->node("Width") == emu::NodeValue(width))
-                numbers += QString::number(i + 1);
-        return numbers;
-    }
-
-    tests::AllTransports line;
-    std::vector<emu::Shell*> cameras;
-    QTemporaryDir folder;
-};
-
-} // namespace
-
-TEST_F(EightCameras, areListedExportedPlannedImportedRolledBackAndCloned)
-{
-    Ran ran = run({"list"});
-    EXPECT_EQ(ran.code, 0) << ran;
-    EXPECT_EQ(ran.output.count(" free\n"), 8) << ran;
-    const QString first = filesIn("first");
-    ran = run({"export", "--to", first, "--all", "--expect", "8"});
-    ASSERT_EQ(ran.code, 0) << ran;
-    changeAll();
-    EXPECT_EQ(withWidth(320), "12345678");
-    ran = run({"plan", first, "--all"});
-    EXPECT_EQ(ran.output.count("would change: Width: 320 -> 640"), 8) << ran;
-    const QString snapshots = filesIn("snapshots");
-    ran = run({"import", first, "--all", "--verify", "--snapshot", snapshots, "--no-audit"});
-    EXPECT_EQ(ran.code, 0) << ran;
-    EXPECT_EQ(withWidth(640), "12345678");
-    const QString again = filesIn("again");
-    ASSERT_EQ(run({"export", "--to", again, "--all"}).code, 0);
-    for (size_t i = 0; i < cameras.size(); ++i)
-        EXPECT_EQ(bytesOf(fileOf(again, i)), bytesOf(fileOf(first, i))) << i + 1;
-    ran = run({"rollback", snapshots, "--all", "--no-audit"});
-    EXPECT_EQ(ran.code, 0) << ran;
-    EXPECT_EQ(withWidth(320), "12345678");
-    // From one to the other of a kind: words of registers are in the order of their transport.
-    for (size_t i = 0; i < cameras.size(); i += 2) {
-        const QString from = QString("CAM%1").arg(i + 1);
-        const QString to = QString("CAM%1").arg(i + 2);
-        cameras[i]->change(R"({"nodes": {"Width": 480}})");
-        ran = run({"clone", "--from", from, "--to", to, "--yes", "--no-audit"});
-        EXPECT_EQ(ran.code, 0) << ran;
-    }
-    EXPECT_EQ(withWidth(480), "12345678");
-}
-
-TEST_F(EightCameras, oneThatLeavesInTheMiddleCostsNoOther)
-{
-    const QString whole = filesIn("whole");
-    std::vector<uint64_t> needed;
-    for (const emu::Shell* camera : cameras)
-        needed.push_back(camera->counters().requests());
-    ASSERT_EQ(run({"export", "--to", whole, "--all"}).code, 0);
-    for (size_t i = 0; i < cameras.size(); ++i)
-        needed[i] = cameras[i]->counters().requests() - needed[i];
-    for (const size_t leaving : {size_t(0), size_t(2), size_t(3), size_t(4), size_t(6)}) {
-        const QString folderName = filesIn(("export" + std::to_string(leaving)).c_str());
-        {
-            const Cable cable(*cameras[leaving], afterRequests(*cameras[leaving], needed[leaving] / 2));
-            const Ran ran = run({"export", "--to", folderName, "--all"});
-            EXPECT_EQ(ran.code, 1) << leaving + 1 << ran;
-            EXPECT_TRUE(ran.output.contains("7 exported, 1 failed")) << leaving + 1 << ran;
-        }
-        for (size_t i = 0; i < cameras.size(); ++i)
-            EXPECT_EQ(QFile::exists(fileOf(folderName, i)), i != leaving) << i + 1;
-        ASSERT_TRUE(cameras[leaving]->start());
-    }
-}
-
-TEST_F(EightCameras, oneThatLeavesDuringTheImportsCostsNoOther)
-{
-    const QString first = filesIn("first");
-    ASSERT_EQ(run({"export", "--to", first, "--all"}).code, 0);
-    changeAll();
-    const size_t leaving = 6; // on the USB
-    {
-        const Cable cable(*cameras[leaving], whenHeightIs(*cameras[leaving], 480));
-        const Ran ran = run({"import", first, "--all", "--verify", "--no-audit"});
-        EXPECT_EQ(ran.code, 1) << ran;
-    }
-    EXPECT_TRUE(withWidth(640).contains("123456")) << withWidth(640).toStdString();
-    EXPECT_TRUE(withWidth(640).endsWith("8")) << withWidth(640).toStdString();
-}

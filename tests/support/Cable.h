@@ -35,9 +35,12 @@ private:
     std::thread m_thread;
 };
 
-// So many requests from now on.
-inline std::function<bool()> afterRequests(const emu::Shell& camera, uint64_t count)
+// After so many requests it answers no more, and is gone soon.
+inline std::function<bool()> afterRequests(emu::Shell& camera, uint64_t count)
 {
+    emu::Faults faults;
+    faults.silence = emu::Silence{static_cast<unsigned>(count), std::nullopt};
+    camera.setFaults(faults);
     return
         [&camera, end = camera.counters().requests() + count] { return camera.counters().requests() >= end; };
 }
