@@ -16,18 +16,24 @@ constexpr uint64_t noCall = ~uint64_t{0};
 void ReadMemo::outdate()
 {
     ++m_writes;
-    ++m_version;
+    ++m_changes;
 }
 
 void ReadMemo::forget(uint64_t address, size_t size)
 {
-    ++m_version;
+    ++m_changes;
     for (auto it = m_entries.begin(); it != m_entries.end();) {
         const RegisterPlace& place = it->first;
         const bool isBehind = place.address > address && place.address - address >= size;
         const bool isBefore = place.address <= address && address - place.address >= place.size;
         it = isBehind || isBefore ? std::next(it) : m_entries.erase(it);
     }
+}
+
+void ReadMemo::clear()
+{
+    ++m_changes;
+    m_entries.clear();
 }
 
 bool ReadMemo::serves(const Entry& entry, Clock::time_point now) const
@@ -77,6 +83,14 @@ bool ReadMemo::isFresh(const RegisterPlace& place, Clock::time_point now) const
     return it != m_entries.end() && serves(it->second, now);
 }
 
+ReadMemo::Clock::time_point ReadMemo::freshUntil(const RegisterPlace& place, Clock::time_point now) const
+{
+    const auto it = m_entries.find(place);
+    const bool isKept =
+        it != m_entries.end() && it->second.reading.life == Life::Keep && serves(it->second, now);
+    return isKept ? it->second.reading.readAt + m_keepTime : Clock::time_point::min();
+}
+
 bool ReadMemo::isRecent(const RegisterPlace& place, Clock::time_point now) const
 {
     const auto it = m_entries.find(place);
@@ -92,12 +106,13 @@ const ReadMemo::Bytes* ReadMemo::lastKnown(const RegisterPlace& place) const
 
 void ReadMemo::store(const RegisterPlace& place, Reading reading)
 {
-    ++m_version;
     if (m_entries.size() >= maximumEntries)
-        m_entries.clear(); // a caller that walks through a window; what is forgotten is read again
+        clear(); // a caller that walks through a window; what is forgotten is read again
     m_aheadStored += reading.isAhead ? 1 : 0;
     const bool isAhead = reading.isAhead;
     const uint64_t call = isAhead ? noCall : m_call;
+    const auto known = m_entries.find(place);
+    m_changes += known != m_entries.end() && known->second.reading.bytes != reading.bytes ? 1 : 0;
     m_entries[place] = Entry{std::move(reading), call, m_writes, isAhead};
 }
 

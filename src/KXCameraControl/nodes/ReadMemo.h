@@ -40,7 +40,7 @@ public:
     void outdate();
     // As if what shares a byte with the range had never been read.
     void forget(uint64_t address, size_t size);
-    void clear() { m_entries.clear(); }
+    void clear();
 
     // What may serve the running call; null: nothing does. What has served a call serves it to its end.
     const Bytes* find(const RegisterPlace& place, Clock::time_point now);
@@ -55,13 +55,16 @@ public:
     const Bytes* findFor(Reader reader, size_t number, const RegisterPlace& place, Clock::time_point now);
     // Whether the reading may still serve anybody.
     bool isFresh(const RegisterPlace& place, Clock::time_point now) const;
+    // Until when it may, of what is kept beyond the running call; the clock's first moment for the rest.
+    Clock::time_point freshUntil(const RegisterPlace& place, Clock::time_point now) const;
     // Whether it was read within the span and after the last write, served or not.
     bool isRecent(const RegisterPlace& place, Clock::time_point now) const;
     // Whatever was read there last, however long ago; null when nothing was.
     const Bytes* lastKnown(const RegisterPlace& place) const;
     void store(const RegisterPlace& place, Reading reading);
-    // Another one as soon as lastKnown() may tell something else.
-    uint64_t version() const { return m_version; }
+    // Another one as soon as lastKnown() may tell something else of a register that it knew, or less is fresh
+    // than time alone takes away.
+    uint64_t changes() const { return m_changes; }
 
     // Of those that were stored as read ahead.
     uint64_t aheadStored() const { return m_aheadStored; }
@@ -85,7 +88,7 @@ private:
     std::map<RegisterPlace, Entry> m_entries;
     uint64_t m_call = 0;
     uint64_t m_writes = 0;
-    uint64_t m_version = 1;
+    uint64_t m_changes = 1;
     uint64_t m_aheadStored = 0;
     uint64_t m_aheadUsed = 0;
 };

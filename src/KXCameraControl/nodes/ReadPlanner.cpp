@@ -71,8 +71,10 @@ KX_Status RememberedLine::read(const RegisterPlace& place, uint8_t* data) const
 {
     const auto written = m_written.find(place);
     const auto* known = written != m_written.end() ? &written->second : m_memo.lastKnown(place);
-    if (!known)
+    if (!known) {
+        m_missed.push_back(place);
         return KX_E_GC_ACCESS;
+    }
     std::memcpy(data, known->data(), place.size);
     return KX_OK;
 }
@@ -183,13 +185,24 @@ void ReadPlanner::beginRound(ReadMemo::Clock::time_point now)
         states.clear();
     m_behindMissing.clear();
     m_values.beginCall();
+    m_line.takeMissed();
     m_now = now;
 }
 
 std::vector<RegisterPlace> ReadPlanner::placesOf(size_t position)
 {
     m_places.clear();
-    expand(*m_features[position], Use::Value, 0);
+    const Node* const feature = m_features[position];
+    const auto settled = m_settled.find(position);
+    if (settled != m_settled.end() && settled->second.changes == m_memo.changes() &&
+        m_now < settled->second.seen.until) {
+        m_states[static_cast<size_t>(Use::Value)].emplace(feature, settled->second.seen);
+        return {};
+    }
+    m_until = Until::max();
+    const State state = expand(*feature, Use::Value, 0);
+    if (m_places.empty())
+        m_settled[position] = {{state, m_until}, m_memo.changes()};
     return std::move(m_places);
 }
 
@@ -197,12 +210,17 @@ std::vector<RegisterPlace> ReadPlanner::placesOf(size_t position)
 ReadPlanner::State ReadPlanner::expand(const Node& node, Use use, unsigned depth)
 {
     auto& states = m_states[static_cast<size_t>(use)];
-    const auto [place, isNew] = states.try_emplace(&node, State::Known); // for ways that lead in circles
-    if (!isNew)
-        return place->second;
+    const auto [place, isNew] =
+        states.try_emplace(&node, Seen{State::Known, Until::min()}); // for ways that lead in circles
+    if (!isNew) {
+        m_until = std::min(m_until, place->second.until);
+        return place->second.state;
+    }
     const bool canBeUsed = node.anyFault() == FaultNone && depth < maximumDepth;
+    const Until others = std::exchange(m_until, Until::max());
     const State state = canBeUsed ? expandNew(node, use, depth + 1) : State::Missing;
-    states[&node] = state;
+    states[&node] = {state, m_until};
+    m_until = std::min(m_until, others);
     return state;
 }
 
@@ -292,10 +310,10 @@ ReadPlanner::State ReadPlanner::expandSource(const Node& node, Use use, unsigned
         const Node* source = m_values.sourceNode(node);
         return source ? expand(*source, use, depth) : State::Known;
     } catch (const NodeFailure&) {
-        return State::Missing;
     } catch (const FormulaError&) {
-        return State::Missing;
     }
+    m_until = Until::min(); // for want of a register, maybe
+    return State::Missing;
 }
 
 // Of a condition that is known; without one it holds.
@@ -307,10 +325,10 @@ bool ReadPlanner::isTrue(const Node& node, Tag condition)
     try {
         return m_values.value(*target).isTrue();
     } catch (const NodeFailure&) {
-        return false;
     } catch (const FormulaError&) {
-        return false;
     }
+    m_until = Until::min();
+    return false;
 }
 
 // The access mode tells "not implemented" from "not available" by all that the node refers to.
@@ -332,7 +350,7 @@ bool ReadPlanner::isSeenAs(State state, size_t position) const
 {
     const auto& states = m_states[static_cast<size_t>(Use::Value)];
     const auto seen = states.find(m_features[position]);
-    return seen != states.end() && seen->second == state;
+    return seen != states.end() && seen->second.state == state;
 }
 
 // What was read before a write, or long ago, is good enough to tell where registers lie, and not to tell
@@ -342,8 +360,11 @@ ReadPlanner::State ReadPlanner::want(const Node& node, Use use)
     const auto place = readablePlace(node);
     if (!place)
         return State::Missing;
-    if (mayBeReadAhead(node, use) && !m_memo.isFresh(*place, m_now))
+    const bool isWanted = mayBeReadAhead(node, use);
+    if (isWanted && !m_memo.isFresh(*place, m_now))
         m_places.push_back(*place);
+    if (isWanted || use == Use::Aside || !m_memo.lastKnown(*place))
+        m_until = std::min(m_until, m_memo.freshUntil(*place, m_now));
     const bool isKnown =
         use == Use::Aside ? m_memo.isRecent(*place, m_now) : m_memo.lastKnown(*place) != nullptr;
     return isKnown ? State::Known : State::Unread;
@@ -366,27 +387,35 @@ std::optional<RegisterPlace> ReadPlanner::placeOf(const Node& node)
             place->isByRegister = false;
         return place;
     } catch (const NodeFailure&) {
-        return std::nullopt;
     } catch (const FormulaError&) {
-        return std::nullopt;
     }
+    m_until = Until::min();
+    return std::nullopt;
 }
 
 // ---- by address ----
 
 const std::vector<ReadPlanner::RawPlace>& ReadPlanner::rawPlacesOf(size_t position)
 {
-    if (m_rawVersion != m_memo.version())
-        m_rawPlaces.clear();
-    m_rawVersion = m_memo.version();
-    const auto [known, isNew] = m_rawPlaces.try_emplace(position);
-    if (isNew) {
-        m_values.beginCall();
-        addRawPlaces(*m_features[position], known->second);
-        if (isSelected(position))
-            addSelected(*m_features[position], known->second);
-    }
-    return known->second;
+    RawPlaces& known = m_rawPlaces[position];
+    if (isCurrent(known))
+        return known.places;
+    known.places.clear();
+    m_line.takeMissed();
+    m_values.beginCall();
+    addRawPlaces(*m_features[position], known.places);
+    if (isSelected(position))
+        addSelected(*m_features[position], known.places);
+    known.missed = m_line.takeMissed();
+    known.changes = m_memo.changes();
+    return known.places;
+}
+
+bool ReadPlanner::isCurrent(const RawPlaces& known) const
+{
+    return known.changes == m_memo.changes() &&
+           std::none_of(known.missed.begin(), known.missed.end(),
+                        [this](const RegisterPlace& place) { return m_memo.lastKnown(place); });
 }
 
 void ReadPlanner::addRawPlaces(const Node& feature, std::vector<RawPlace>& places)

@@ -8,6 +8,7 @@
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
 namespace kx
 {
@@ -29,6 +30,8 @@ public:
     bool registersAreMemory() const override { return m_registersAreMemory; }
 
     void forgetWritten() { m_written.clear(); }
+    // What was asked for and is not known, since the last call.
+    std::vector<RegisterPlace> takeMissed() { return std::exchange(m_missed, {}); }
 
 private:
     KX_Status read(const RegisterPlace& place, uint8_t* data) const;
@@ -36,6 +39,7 @@ private:
     const ReadMemo& m_memo;
     const bool m_registersAreMemory;
     std::map<RegisterPlace, ReadMemo::Bytes> m_written;
+    mutable std::vector<RegisterPlace> m_missed;
 };
 
 // Plans what may be read though nobody has asked for it yet. Not planned is
@@ -95,6 +99,13 @@ private:
         Known
     };
     bool isSeenAs(State state, size_t position) const;
+    // Until when what was found holds if nothing changes but the time; the clock's first moment: not at all.
+    using Until = ReadMemo::Clock::time_point;
+    struct Seen
+    {
+        State state;
+        Until until;
+    };
     State expand(const Node& node, Use use, unsigned depth);
     State expandNew(const Node& node, Use use, unsigned depth);
     State expandConditions(const Node& node, unsigned depth);
@@ -124,11 +135,27 @@ private:
     std::unordered_set<const Node*> m_acting;
     std::unordered_set<const Node*> m_counters;
     std::unordered_map<const Node*, std::vector<const Node*>> m_selectors; // of a feature
-    std::unordered_map<size_t, std::vector<RawPlace>> m_rawPlaces;         // as long as nothing new is known
-    uint64_t m_rawVersion = 0;
+    // Serves until a register changes that it was worked out from, or one is known that was missed.
+    struct RawPlaces
+    {
+        std::vector<RawPlace> places;
+        std::vector<RegisterPlace> missed;
+        uint64_t changes = 0; // the memory's
+    };
+    bool isCurrent(const RawPlaces& known) const;
+    std::unordered_map<size_t, RawPlaces> m_rawPlaces;
+
+    // A feature of which nothing more is to be read, as long as nothing changes.
+    struct Settled
+    {
+        Seen seen;
+        uint64_t changes; // the memory's
+    };
+    std::unordered_map<size_t, Settled> m_settled;
 
     // Of this round
-    std::unordered_map<const Node*, State> m_states[2]; // by use
+    std::unordered_map<const Node*, Seen> m_states[2]; // by use
+    Until m_until = Until::max();                      // of all that is being looked at
     std::unordered_set<const Node*> m_behindMissing;
     std::vector<RegisterPlace> m_places;
     ReadMemo::Clock::time_point m_now;

@@ -66,8 +66,6 @@ void ObservedChanges::take(const KX_CallEvent& event)
         return;
     if (event.operation == KX_OP_OPEN) {
         m_description = QByteArray(static_cast<const char*>(event.value));
-        if (!m_description.isEmpty())
-            m_descriptionHash = QCryptographicHash::hash(m_description, QCryptographicHash::Sha256).toHex();
     } else if (event.operation == KX_OP_READ_MEMORY || event.operation == KX_OP_WRITE_MEMORY) {
         const Change thing{{}, true, event.address, {}, {}};
         takeValue(thing, event.operation == KX_OP_WRITE_MEMORY, textOf(event), m_registers[event.address]);
@@ -87,6 +85,13 @@ void ObservedChanges::takeValue(const Change& thing, bool isWrite, const QString
         m_changes.back().to = text;
     }
     known = text.isNull() ? QString("") : text;
+}
+
+QString ObservedChanges::descriptionHash() const
+{
+    return m_description.isEmpty()
+               ? QString()
+               : QString(QCryptographicHash::hash(m_description, QCryptographicHash::Sha256).toHex());
 }
 
 QString ObservedChanges::firmware() const

@@ -39,7 +39,7 @@ public:
     const std::set<QString>& seenFeatures() const { return m_seenFeatures; }
     const std::set<int64_t>& seenRegisters() const { return m_seenRegisters; }
     // SHA-256 in hexadecimal; empty before the camera was opened, or when it has none.
-    const QString& descriptionHash() const { return m_descriptionHash; }
+    QString descriptionHash() const;
     // Empty when there is none to read in.
     const QByteArray& description() const { return m_description; }
     // As the camera told it; empty when nobody asked.
@@ -55,7 +55,6 @@ private:
     std::set<QString> m_seenFeatures;
     std::set<int64_t> m_seenRegisters;
     QByteArray m_description;
-    QString m_descriptionHash;
 };
 
 } // namespace companion
