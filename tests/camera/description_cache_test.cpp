@@ -72,7 +72,7 @@ protected:
     {
         for (int i = 0; i < 16; ++i) {
             const std::string other = text('o') + std::to_string(i);
-            kx::rememberDescription(kx::digestOf(other), std::make_shared<kx::Description>(other, other),
+            kx::rememberDescription(digest::sha256(other), std::make_shared<kx::Description>(other, other),
                                     false);
         }
     }
@@ -370,7 +370,7 @@ TEST_F(DescriptionCache, servesManyProcessesAtOnce)
 TEST_F(DescriptionCache, theOldestFilesGoFirstAndNoOthers)
 {
     const kx::DescriptionFolder cache(folder / "cache");
-    const auto key = [](int i) { return kx::digestOf("key " + std::to_string(i)); };
+    const auto key = [](int i) { return digest::sha256("key " + std::to_string(i)); };
     const auto content = [](int i) { return std::string((6u << 20) - 10000, static_cast<char>('a' + i)); };
     cache.store(key(0), content(0));
     overwrite(folder / "cache" / "somebody's own", std::string(1000, 'x'));

@@ -33,7 +33,7 @@ ParsedDescription parse(const std::string& text)
 class Slots
 {
 public:
-    std::shared_ptr<Slot> of(const Digest& digest, size_t size)
+    std::shared_ptr<Slot> of(const digest::Sha256& digest, size_t size)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         std::shared_ptr<Slot> slot = m_byDigest[digest].lock();
@@ -72,7 +72,7 @@ private:
     }
 
     std::mutex m_mutex;
-    std::map<Digest, std::weak_ptr<Slot>> m_byDigest;
+    std::map<digest::Sha256, std::weak_ptr<Slot>> m_byDigest;
     std::list<std::shared_ptr<Slot>> m_kept; // the last used first
 };
 

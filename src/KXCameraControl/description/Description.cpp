@@ -10,7 +10,7 @@ namespace kx
 
 Description::Description(std::string memory, std::string text)
     : m_text(std::move(text)), m_isTextItself(memory == m_text),
-      m_memory(m_isTextItself ? std::string() : std::move(memory)), m_textDigest(digestOf(m_text))
+      m_memory(m_isTextItself ? std::string() : std::move(memory)), m_textDigest(digest::sha256(m_text))
 {}
 
 SharedDescription descriptionIn(std::string memory, bool isCalledZip, std::string& problem)

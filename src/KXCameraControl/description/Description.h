@@ -1,7 +1,7 @@
 // A camera's description, as it lies in the camera and as a text.
 #pragma once
 
-#include "KXCameraControl/description/Digest.h"
+#include "digest/Digest.h"
 
 #include <memory>
 #include <string>
@@ -19,13 +19,13 @@ public:
     const std::string& memory() const { return m_isTextItself ? m_text : m_memory; }
     // Without terminator.
     const std::string& text() const { return m_text; }
-    const Digest& textDigest() const { return m_textDigest; }
+    const digest::Sha256& textDigest() const { return m_textDigest; }
 
 private:
     std::string m_text;
     bool m_isTextItself;
     std::string m_memory;
-    Digest m_textDigest;
+    digest::Sha256 m_textDigest;
 };
 
 using SharedDescription = std::shared_ptr<const Description>;

@@ -16,7 +16,7 @@ namespace
 class LastDescriptions
 {
 public:
-    SharedDescription find(const Digest& key)
+    SharedDescription find(const digest::Sha256& key)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         const auto found =
@@ -24,7 +24,7 @@ public:
         return found == m_last.end() ? nullptr : found->description;
     }
 
-    SharedDescription keep(const Digest& key, SharedDescription description)
+    SharedDescription keep(const digest::Sha256& key, SharedDescription description)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         for (const Entry& entry : m_last) {
@@ -44,7 +44,7 @@ private:
 
     struct Entry
     {
-        Digest key;
+        digest::Sha256 key;
         SharedDescription description;
     };
 
@@ -73,15 +73,15 @@ LastDescriptions& lastDescriptions()
 } // namespace
 
 // Each text with its length in front: what stands in one cannot look like the next.
-Digest descriptionKey(const CameraNames& names, const std::string& url)
+digest::Sha256 descriptionKey(const CameraNames& names, const std::string& url)
 {
     std::string key;
     for (const std::string* text : {&names.manufacturer, &names.model, &names.deviceVersion, &url})
         key += std::to_string(text->size()) + ':' + *text;
-    return digestOf(key);
+    return digest::sha256(key);
 }
 
-SharedDescription rememberedDescription(const Digest& key, bool isCalledZip)
+SharedDescription rememberedDescription(const digest::Sha256& key, bool isCalledZip)
 {
     if (SharedDescription last = lastDescriptions().find(key))
         return last;
@@ -91,7 +91,7 @@ SharedDescription rememberedDescription(const Digest& key, bool isCalledZip)
     return memory ? descriptionIn(std::move(*memory), isCalledZip, problem) : nullptr;
 }
 
-SharedDescription rememberDescription(const Digest& key, SharedDescription description, bool isNew)
+SharedDescription rememberDescription(const digest::Sha256& key, SharedDescription description, bool isNew)
 {
     const auto folder = isNew ? DescriptionFolder::ofEnvironment() : std::nullopt;
     if (folder)

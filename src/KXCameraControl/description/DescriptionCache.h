@@ -9,12 +9,12 @@ namespace kx
 
 // Under which name a description is remembered: what a camera says of itself and of its description. `url` is
 // the whole text, the length in it. Cameras of one key are likely to have one description, no more.
-Digest descriptionKey(const CameraNames& names, const std::string& url);
+digest::Sha256 descriptionKey(const CameraNames& names, const std::string& url);
 
 // From any thread; no lock is held over a file. Nothing fails: what cannot be found, read or kept is not
 // there. Null: none. `isCalledZip` as in descriptionIn().
-SharedDescription rememberedDescription(const Digest& key, bool isCalledZip);
+SharedDescription rememberedDescription(const digest::Sha256& key, bool isCalledZip);
 // Gives the one that equal ones are shared by, for use in its place. On disk too: `isNew` to it.
-SharedDescription rememberDescription(const Digest& key, SharedDescription description, bool isNew);
+SharedDescription rememberDescription(const digest::Sha256& key, SharedDescription description, bool isNew);
 
 } // namespace kx

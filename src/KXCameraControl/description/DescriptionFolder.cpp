@@ -74,20 +74,20 @@ std::optional<DescriptionFolder> DescriptionFolder::ofEnvironment()
     return DescriptionFolder(data / "VELA" / "descriptions");
 }
 
-std::optional<std::string> DescriptionFolder::find(const Digest& key) const
+std::optional<std::string> DescriptionFolder::find(const digest::Sha256& key) const
 {
-    const auto name = readWhole(m_folder / (hexText(key) + keyEnding));
+    const auto name = readWhole(m_folder / (digest::hexText(key) + keyEnding));
     auto bytes = name ? readWhole(m_folder / *name) : std::nullopt;
-    return bytes && hexText(digestOf(*bytes)) == *name ? bytes : std::nullopt;
+    return bytes && digest::hexText(digest::sha256(*bytes)) == *name ? bytes : std::nullopt;
 }
 
-void DescriptionFolder::store(const Digest& key, const std::string& bytes) const
+void DescriptionFolder::store(const digest::Sha256& key, const std::string& bytes) const
 {
     std::error_code error;
     if (fs::create_directories(m_folder, error))
         fs::permissions(m_folder, fs::perms::owner_all, error);
-    const std::string name = hexText(digestOf(bytes));
-    if (write(name, bytes) && write(hexText(key) + keyEnding, name))
+    const std::string name = digest::hexText(digest::sha256(bytes));
+    if (write(name, bytes) && write(digest::hexText(key) + keyEnding, name))
         removeOldest();
 }
 

@@ -1,7 +1,7 @@
 // Descriptions of cameras on disk, kept over the end of the process.
 #pragma once
 
-#include "KXCameraControl/description/Digest.h"
+#include "digest/Digest.h"
 
 #include <filesystem>
 #include <optional>
@@ -25,10 +25,10 @@ public:
     static std::optional<DescriptionFolder> ofEnvironment();
 
     // Only bytes that have the digest they were stored under.
-    std::optional<std::string> find(const Digest& key) const;
+    std::optional<std::string> find(const digest::Sha256& key) const;
     // Replaces what was stored for the key. Removes the oldest files while the folder's are too many; files
     // of other names are left alone.
-    void store(const Digest& key, const std::string& bytes) const;
+    void store(const digest::Sha256& key, const std::string& bytes) const;
 
     // Of all files together, each counted in whole blocks of a disk.
     static constexpr uintmax_t maximumBytes = 64u << 20;

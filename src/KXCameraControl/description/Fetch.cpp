@@ -2,9 +2,10 @@
 #include "KXCameraControl/description/Fetch.h"
 
 #include "KXCameraControl/description/DescriptionCache.h"
-#include "KXCameraControl/description/Digest.h"
 #include "KXCameraControl/description/Evidence.h"
 #include "KXCameraControl/description/Unzip.h"
+
+#include "digest/Digest.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -93,7 +94,7 @@ KX_Status readWhole(Port& port, const LocalUrl& local, SharedDescription& descri
         problem = port.lastError();
         return status;
     }
-    if (!local.sha1.empty() && sha1Text(bytes) != local.sha1) {
+    if (!local.sha1.empty() && digest::sha1Text(bytes) != local.sha1) {
         problem = "its bytes do not have the SHA-1 digest that the camera gives of them";
         return KX_E_DESCRIPTION;
     }
@@ -113,7 +114,7 @@ KX_Status fetchFrom(Port& port, const std::string& url, SharedDescription& descr
     const CameraNames names = port.names();
     if (names.model.empty()) // it does not say what it is: nothing tells it from others
         return readWhole(port, local, description, problem);
-    const Digest key = descriptionKey(names, url);
+    const digest::Sha256 key = descriptionKey(names, url);
     SharedDescription found = rememberedDescription(key, local.isZip());
     bool isKnown = false;
     if (const KX_Status status = found ? compareWithCamera(port, local, *found, isKnown) : KX_OK) {

@@ -1,8 +1,8 @@
 #include "iefeatures/running/ObservedChanges.h"
 
-#include <SuiteTools/SuiteTools.h>
+#include "digest/Digest.h"
 
-#include <QCryptographicHash>
+#include <SuiteTools/SuiteTools.h>
 
 #include <cstring>
 
@@ -89,9 +89,10 @@ void ObservedChanges::takeValue(const Change& thing, bool isWrite, const QString
 
 QString ObservedChanges::descriptionHash() const
 {
-    return m_description.isEmpty()
-               ? QString()
-               : QString(QCryptographicHash::hash(m_description, QCryptographicHash::Sha256).toHex());
+    if (m_description.isEmpty())
+        return {};
+    const std::string_view text(m_description.constData(), size_t(m_description.size()));
+    return QString::fromStdString(digest::hexText(digest::sha256(text)));
 }
 
 QString ObservedChanges::firmware() const

@@ -1,10 +1,10 @@
 // The digest as the system's cryptography library computes it.
-#include "KXCameraControl/description/Digest.h"
+#include "digest/Digest.h"
 
 #include <new>
 #include <openssl/evp.h>
 
-namespace kx
+namespace digest
 {
 
 namespace
@@ -24,15 +24,15 @@ std::string hexOf(const std::array<uint8_t, Size>& bytes)
 
 } // namespace
 
-Digest digestOf(std::string_view bytes)
+Sha256 sha256(std::string_view bytes)
 {
-    Digest digest;
+    Sha256 digest;
     if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha256(), nullptr) != 1)
         throw std::bad_alloc();
     return digest;
 }
 
-std::string hexText(const Digest& digest)
+std::string hexText(const Sha256& digest)
 {
     return hexOf(digest);
 }
@@ -45,4 +45,4 @@ std::string sha1Text(std::string_view bytes)
     return hexOf(digest);
 }
 
-} // namespace kx
+} // namespace digest

@@ -6,17 +6,17 @@
 #include <string>
 #include <string_view>
 
-namespace kx
+namespace digest
 {
 
 // SHA-256 (FIPS 180-4): equal digests mean equal bytes.
-using Digest = std::array<uint8_t, 32>;
+using Sha256 = std::array<uint8_t, 32>;
 
-Digest digestOf(std::string_view bytes);
+Sha256 sha256(std::string_view bytes);
 // 64 lower-case hexadecimal digits.
-std::string hexText(const Digest& digest);
+std::string hexText(const Sha256& digest);
 
 // SHA-1 as 40 lower-case hexadecimal digits: what cameras give of their files, and good against faults alone.
 std::string sha1Text(std::string_view bytes);
 
-} // namespace kx
+} // namespace digest
