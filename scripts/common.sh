@@ -4,7 +4,7 @@ root_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 build_packages=(
     ccache cmake dpkg-dev file g++ ninja-build pkg-config
-    qtbase5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools qttranslations5-l10n fonts-lato fonts-wqy-microhei liblog4cxx-dev
+    qtbase5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools qttranslations5-l10n fonts-lato fonts-wqy-microhei
     libutf8proc-dev libssl-dev libxml2-dev libzip-dev libusb-1.0-0-dev
     libcli11-dev nlohmann-json3-dev
 )

@@ -1,28 +1,99 @@
+#include "LogFile.h"
+#include "LogPattern.h"
 #include "SuiteTools/SuiteTools.h"
 #include "SuiteTools/SuiteToolsWidgets.h"
 
+#include <QFile>
 #include <QFileInfo>
+#include <QMutex>
+#include <QThread>
 
-#include <log4cxx/logger.h>
-#include <log4cxx/propertyconfigurator.h>
-#include <log4cxx/spi/location/locationinfo.h>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+namespace VELAInterface
+{
 
 namespace
 {
 
-log4cxx::LevelPtr levelOf(QtMsgType type)
+// The files that all messages of the process go to; any thread.
+class Log
+{
+public:
+    // Opens the files of the settings. Keeps what was there where none can be opened.
+    bool configure(const LogSettings& settings)
+    {
+        std::vector<std::unique_ptr<LogFile>> files;
+        for (const LogAppender& appender : settings.appenders) {
+            auto file = std::make_unique<LogFile>(appender);
+            if (file->open())
+                files.push_back(std::move(file));
+            else
+                std::fprintf(stderr, "The log %s cannot be opened.\n", qUtf8Printable(appender.file));
+        }
+        if (files.empty())
+            return false;
+        const QMutexLocker lock(&m_mutex);
+        m_level = settings.level;
+        m_files = std::move(files);
+        return true;
+    }
+
+    void write(LogLevel level, const LogLine& line)
+    {
+        const QMutexLocker lock(&m_mutex);
+        if (level < m_level)
+            return;
+        for (const auto& file : m_files) {
+            if (level >= file->settings().threshold)
+                file->write(formatted(line, file->settings().pattern));
+        }
+    }
+
+private:
+    QMutex m_mutex;
+    LogLevel m_level = LogLevel::Off;
+    std::vector<std::unique_ptr<LogFile>> m_files;
+};
+
+// Never destroyed: other threads may still have something to say when the program ends.
+Log& theLog()
+{
+    static Log* const log = new Log;
+    return *log;
+}
+
+LogLevel levelOf(QtMsgType type)
 {
     switch (type) {
     case QtDebugMsg:
-        return log4cxx::Level::getDebug();
+        return LogLevel::Debug;
     case QtInfoMsg:
-        return log4cxx::Level::getInfo();
+        return LogLevel::Info;
     case QtWarningMsg:
-        return log4cxx::Level::getWarn();
+        return LogLevel::Warn;
     case QtCriticalMsg:
-        return log4cxx::Level::getError();
+        return LogLevel::Error;
     default:
-        return log4cxx::Level::getFatal();
+        return LogLevel::Fatal;
+    }
+}
+
+QByteArray wordOf(LogLevel level)
+{
+    switch (level) {
+    case LogLevel::Debug:
+        return "DEBUG";
+    case LogLevel::Info:
+        return "INFO";
+    case LogLevel::Warn:
+        return "WARN";
+    case LogLevel::Error:
+        return "ERROR";
+    default:
+        return "FATAL";
     }
 }
 
@@ -30,25 +101,28 @@ log4cxx::LevelPtr levelOf(QtMsgType type)
 // signature.
 void writeToLog(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    const log4cxx::LoggerPtr logger = log4cxx::Logger::getRootLogger();
-    const log4cxx::LevelPtr level = levelOf(type);
-    if (!logger->isEnabledFor(level))
-        return;
-    const char* file = context.file ? context.file : "";
-    const char* function = context.function ? context.function : "";
-    logger->forcedLog(level, message.toStdString(),
-                      log4cxx::spi::LocationInfo(file, file, function, context.line));
+    const LogLevel level = levelOf(type);
+    LogLine line;
+    line.time = QDateTime::currentDateTime();
+    line.level = wordOf(level);
+    line.thread = "0x" + QByteArray::number(reinterpret_cast<quintptr>(QThread::currentThreadId()), 16);
+    line.file = context.file;
+    line.line = context.line;
+    line.function = context.function;
+    line.text = message.toUtf8();
+    theLog().write(level, line);
 }
 
 } // namespace
 
-void VELAInterface::initLog4qtConfig(const QString& configFile)
+void initLog4qtConfig(const QString& configFile)
 {
-    if (!QFileInfo(configFile).isFile())
+    QFile file(configFile);
+    if (!QFileInfo(configFile).isFile() || !file.open(QIODevice::ReadOnly))
         return;
     qputenv("VELA_LOG_FOLDER", (userDataPath() + "/Log").toUtf8()); // the configuration names it
-    if (log4cxx::PropertyConfigurator::configure(configFile.toStdString()) ==
-        log4cxx::spi::ConfigurationStatus::NotConfigured)
-        return;
-    qInstallMessageHandler(writeToLog);
+    if (theLog().configure(readLogSettings(file.readAll())))
+        qInstallMessageHandler(writeToLog);
 }
+
+} // namespace VELAInterface
