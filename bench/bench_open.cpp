@@ -145,6 +145,36 @@ std::vector<bench::Cost> costsOfExports(const std::vector<emu::CameraConfig>& co
     return costs;
 }
 
+// What a generic tool that reads all values takes of the processor; 0 where there is none.
+double toolSeconds(const emu::CameraConfig& config)
+{
+    std::vector<double> values;
+    for (int run = 0; run < 5; ++run) {
+        rusage before, after;
+        getrusage(RUSAGE_CHILDREN, &before);
+        const std::string command = "arv-tool-0.8 -a " + config.address + " values > /dev/null 2>&1";
+        if (std::system(command.c_str()) != 0)
+            return 0;
+        getrusage(RUSAGE_CHILDREN, &after);
+        const auto seconds = [](const rusage& usage) {
+            return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+                   double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+        };
+        values.push_back(seconds(after) - seconds(before));
+    }
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+// Beside ours: how quick the machine is just now shows in both.
+void compareWithTool(const emu::CameraConfig& config, double processor)
+{
+    const double tool = toolSeconds(config);
+    if (tool > 0)
+        std::printf("  processor %.3f s, of arv-tool-0.8 values %.3f s: ratio %.2f (target: at most 1)\n",
+                    processor, tool, processor / tool);
+}
+
 void measureManyCameras(const QString& path)
 {
     useFolder("off");
@@ -169,6 +199,8 @@ void measureManyCameras(const QString& path)
             latency, median(one, &bench::Cost::seconds), median(one, &bench::Cost::processorSeconds),
             median(all, &bench::Cost::seconds), processor,
             median(all, &bench::Cost::seconds) / std::max(wire, processor / cores));
+        if (latency == 0)
+            compareWithTool(configs[0], median(one, &bench::Cost::processorSeconds));
         std::printf(
             "  peak memory %.1f MB for one, %.1f MB for sixteen: %.1f MB for each further camera (target: at "
             "most 10)\n",
