@@ -6,7 +6,7 @@ build_packages=(
     ccache cmake dpkg-dev file g++ ninja-build pkg-config
     qtbase5-dev libqt5svg5-dev qttools5-dev qttools5-dev-tools qttranslations5-l10n fonts-lato fonts-wqy-microhei
     libutf8proc-dev libssl-dev libxml2-dev libzip-dev libusb-1.0-0-dev
-    libcli11-dev nlohmann-json3-dev
+    libcli11-dev nlohmann-json3-dev libtomlplusplus-dev
 )
 test_packages=(libaravis-dev zlib1g-dev libgtest-dev libgmock-dev libx11-dev xvfb xdotool desktop-file-utils
     python3-jsonschema libumockdev-dev umockdev libpcap0.8 aravis-tools-cli iproute2)

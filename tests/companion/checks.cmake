@@ -1,9 +1,11 @@
 # What imports would do and have done: over a scripted camera library, and over the emulator.
-foreach(subject camera_check register_check identity_check entry_lines feature_nature)
+foreach(subject camera_check register_check identity_check entry_lines feature_nature inventory line_check)
     ie_add_test(${subject}_test LABEL companion
         SOURCES ${subject}_test.cpp ../support/gtest_qt_main.cpp
         LIBRARIES iefeatures_core SuiteTools scripted_camera GTest::gmock GTest::gtest)
 endforeach()
+target_compile_definitions(inventory_test PRIVATE
+    IE_INVENTORY_SCHEMA="${CMAKE_SOURCE_DIR}/docs/line-inventory.schema.json")
 ie_add_test(check_command_test LABEL companion
     SOURCES check_command_test.cpp
     LIBRARIES companion_fixture)

@@ -149,6 +149,12 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair(Arguments{"diff", "a.fpk", "b.fpk", "--ignore", ""}, "--ignore: Name a feature.\n"),
         std::pair(Arguments{"show"}, "FILE is required\n"),
         std::pair(Arguments{"show", ""}, "FILE: Name a file.\n"),
+        std::pair(Arguments{"line"}, "A subcommand is required\n"),
+        std::pair(Arguments{"line", "check"}, "FILE is required\n"),
+        std::pair(Arguments{"line", "check", ""}, "FILE: Name a file.\n"),
+        std::pair(Arguments{"line", "check", "f", "--metrics", ""}, "--metrics: Name a file.\n"),
+        std::pair(Arguments{"line", "init", "f", "--add", "--refresh", "A"}, "--add excludes --refresh\n"),
+        std::pair(Arguments{"line", "init", "f", "--all", "--name-by", "model"}, "--name-by: model not in {"),
         std::pair(Arguments{"list", "--interval", "2"}, "--interval requires --watch\n"),
         std::pair(Arguments{"list", "--watch", "--interval", "-1"}, "--interval: Value -1 not in range"),
         std::pair(Arguments{"import", "a.fpk"}, "At least 1 option from"),
@@ -163,6 +169,8 @@ TEST(ManPage, NamesEveryOption)
     for (const char* command : {"export", "import", "list", "plan", "verify", "rollback", "clone", "diff",
                                 "show", "get", "set", "run"})
         help += QString::fromStdString(runWithoutCameras({command, "--help"}).out);
+    for (const char* command : {"init", "check"})
+        help += QString::fromStdString(runWithoutCameras({"line", command, "--help"}).out);
     auto options = QRegularExpression("--[a-z-]+").globalMatch(help);
     int seen = 0;
     for (; options.hasNext(); ++seen) {

@@ -42,12 +42,22 @@ void CameraSelection::addOptions(CLI::App& app)
 
 void CameraSelection::addOptions(CLI::App& app, const char* more, const char* help)
 {
+    addChoice(app, more, help).require_option(1, 0);
+}
+
+void CameraSelection::addOptional(CLI::App& app)
+{
+    addChoice(app, nullptr, nullptr);
+}
+
+CLI::App& CameraSelection::addChoice(CLI::App& app, const char* more, const char* help)
+{
     auto* group = app.add_option_group("Cameras", "Which cameras; several options choose more cameras");
     if (more)
         group->add_option(more, m_more, help)->type_name("S")->check(companion::isGiven("Name a camera."));
     addSelectors(*group, group->add_flag("--all", m_all, "Every camera that is found"));
-    group->require_option(1, 0);
     addCount(app);
+    return *group;
 }
 
 void CameraSelection::addFilters(CLI::App& app)

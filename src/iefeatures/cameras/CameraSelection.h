@@ -28,6 +28,8 @@ public:
     void addOptions(CLI::App& app);
     // The same, and one option more that chooses cameras, by serial numbers or words such as "name:Gate 3".
     void addOptions(CLI::App& app, const char* more, const char* help);
+    // As addOptions(); none has to be given.
+    void addOptional(CLI::App& app);
     // --serial, --name, --address, --mac and --model; without any of them every camera is meant. And
     // --expect.
     void addFilters(CLI::App& app);
@@ -46,11 +48,14 @@ public:
     // Whether it means whoever is there, so that one that is not there goes unnoticed.
     bool isOpen() const { return takesAll() || !m_models.empty(); }
     bool takesAll() const { return m_all || (m_isFilter && words().empty()); }
+    // Of options that may be left out (addOptional): nobody is meant.
+    bool isEmpty() const { return !m_all && words().empty(); }
     // Of filters.
     bool isGiven() const { return !takesAll() || isCounted(); }
     bool isCounted() const { return m_expected.has_value(); } // by --expect
 
 private:
+    CLI::App& addChoice(CLI::App& app, const char* more, const char* help);
     void addSelectors(CLI::App& group, CLI::Option* all);
     void addCount(CLI::App& app);
     std::vector<CameraWord> words() const;

@@ -39,6 +39,20 @@ QString reasonOf(const KX_DeviceEntry& entry)
         .arg(qPopulationCount(entry.interfaceMask));
 }
 
+QString guidOf(const KX_DeviceInfo& device)
+{
+    if (device.transportType != KX_TRANSPORT_USB3)
+        return {};
+    const uint8_t(&guid)[64] = device.special.usb3.guid;
+    return QString::fromUtf8(camera_line::Field{guid, int(sizeof guid)}.content());
+}
+
+QString interfaceOf(const KX_DeviceEntry& entry)
+{
+    const QString name = QString::fromUtf8(entry.interfaceName);
+    return name == "unicast" ? QString() : name;
+}
+
 void findTwins(std::vector<ListedCamera>& cameras)
 {
     std::map<std::pair<QString, QString>, int> counts;
@@ -75,6 +89,8 @@ std::vector<ListedCamera> camerasFrom(const std::vector<KX_DeviceEntry>& entries
         camera.userName = camera_line::userNameField(entry.info).text();
         camera.address = camera_line::addressText(entry.info);
         camera.mac = camera_line::macText(entry.info);
+        camera.guid = guidOf(entry.info);
+        camera.interfaceName = interfaceOf(entry);
         camera.status = statusWord(entry.availability);
         camera.reason = reasonOf(entry);
     }

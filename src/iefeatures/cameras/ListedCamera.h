@@ -17,13 +17,15 @@ struct ListedCamera
     QString transport;       // "GigE", "U3V", "CL", or the layer's own name
     QString model;
     QString serial;
-    QString userName;     // empty where the transport has none
-    QString address;      // GigE: dotted quad; CL: the port or the producer's interface; U3V: empty
-    QString mac;          // GigE: "02:00:00:00:00:01"; else empty
-    QString status;       // "free", "in use", "unreachable"
-    QString reason;       // why it is unreachable, as far as the search tells
-    QString controller;   // once it was asked for, and where the camera tells: "10.0.0.5:49152"
-    bool hasTwin = false; // another one has the same model and serial number
+    QString userName;      // empty where the transport has none
+    QString address;       // GigE: dotted quad; CL: the port or the producer's interface; U3V: empty
+    QString mac;           // GigE: "02:00:00:00:00:01"; else empty
+    QString guid;          // U3V, where it can be read; else empty
+    QString interfaceName; // "eth1", "USB 2-1.4", ...; empty where it was asked by its address alone
+    QString status;        // "free", "in use", "unreachable"
+    QString reason;        // why it is unreachable, as far as the search tells
+    QString controller;    // once it was asked for, and where the camera tells: "10.0.0.5:49152"
+    bool hasTwin = false;  // another one has the same model and serial number
 
     // "model serial", for messages; where that is not enough " at 10.0.0.7" behind it.
     QString title() const;

@@ -6,6 +6,7 @@
 #include "iefeatures/commands/ExportCommand.h"
 #include "iefeatures/commands/GetCommand.h"
 #include "iefeatures/commands/ImportCommand.h"
+#include "iefeatures/commands/LineCommand.h"
 #include "iefeatures/commands/ListCommand.h"
 #include "iefeatures/commands/RollbackCommand.h"
 #include "iefeatures/commands/SetCommand.h"
@@ -44,6 +45,7 @@ Commands allCommands()
     commands.push_back(std::make_unique<GetCommand>());
     commands.push_back(std::make_unique<SetCommand>());
     commands.push_back(std::make_unique<RunCommand>());
+    commands.push_back(std::make_unique<LineCommand>());
     return commands;
 }
 
@@ -74,7 +76,10 @@ int tellUsage(Console& console, const CLI::App& app, const std::string& problem)
 
 bool wantsJson(const CLI::App& app, const Command& command)
 {
-    const CLI::Option* option = app.get_subcommand(command.name())->get_option_no_throw("--json");
+    const CLI::App* parser = app.get_subcommand(command.name());
+    while (!parser->get_subcommands().empty())
+        parser = parser->get_subcommands().front();
+    const CLI::Option* option = parser->get_option_no_throw("--json");
     return option && option->count() > 0;
 }
 

@@ -1,11 +1,27 @@
 #include "iefeatures/console/ExitCode.h"
 
+#include <initializer_list>
 #include <iomanip>
 #include <sstream>
 #include <utility>
 
 namespace companion
 {
+namespace
+{
+
+using Rows = std::initializer_list<std::pair<ExitCode, const char*>>;
+
+std::string tableOf(const Rows& rows)
+{
+    std::ostringstream text;
+    text << "Exit codes:\n";
+    for (const auto& [code, meaning] : rows)
+        text << "  " << std::left << std::setw(5) << code << meaning << '\n';
+    return text.str();
+}
+
+} // namespace
 
 ExitCode exitCodeOf(CameraVerdict verdict)
 {
@@ -31,7 +47,7 @@ ExitCode exitCodeOf(CameraVerdict verdict)
 
 std::string exitCodeTable()
 {
-    static const std::pair<ExitCode, const char*> rows[] = {
+    return tableOf({
         {ExitWell, "all went well"},
         {ExitJobFailed,
          "a job failed; the others went on; or a clone that was asked about was refused; or what was "
@@ -46,12 +62,22 @@ std::string exitCodeTable()
         {ExitInputOutput, "input or output failed (network, a file or folder, log file, standard output), or "
                           "memory ran out"},
         {ExitInterrupted, "interrupted"},
-    };
-    std::ostringstream text;
-    text << "Exit codes:\n";
-    for (const auto& [code, meaning] : rows)
-        text << "  " << std::left << std::setw(5) << code << meaning << '\n';
-    return text.str();
+    });
+}
+
+// The gravest of a line's cameras has the last word; the order is that of this table.
+std::string lineExitCodeTable()
+{
+    return tableOf({
+        {ExitWell, "all is in order"},
+        {ExitUsage, "wrong usage, or cameras that cannot be told apart by name; nothing was done"},
+        {ExitNotAllApplied, "a camera differs, is elsewhere, is not in the inventory, or is back"},
+        {ExitIncompatible, "a camera has another model or firmware"},
+        {ExitNoSuchCamera, "a camera is missing"},
+        {ExitJobFailed, "a camera could not be judged, or could not be exported"},
+        {ExitInputOutput, "the inventory or a file cannot be read, or written"},
+        {ExitInterrupted, "interrupted"},
+    });
 }
 
 } // namespace companion

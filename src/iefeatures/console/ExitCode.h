@@ -25,5 +25,7 @@ ExitCode exitCodeOf(CameraVerdict verdict);
 
 // The table for people, one line a code.
 std::string exitCodeTable();
+// Of the commands that work on an inventory.
+std::string lineExitCodeTable();
 
 } // namespace companion

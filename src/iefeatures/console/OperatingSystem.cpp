@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <ifaddrs.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <pwd.h>
 #include <sys/file.h>
@@ -15,6 +17,7 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -64,6 +67,43 @@ void removeIn(int folder, const char* name, int depth)
     }
     close(inner);
     unlinkat(folder, name, AT_REMOVEDIR);
+}
+#endif
+
+#if !defined(_WIN32)
+// Linux, ip-sysctl "rp_filter": the larger of both counts, and 1 is strict.
+int reversePathFilter(const QString& interfaceName)
+{
+    int strictest = 0;
+    for (const QString& name : {QString("all"), interfaceName}) {
+        QFile file("/proc/sys/net/ipv4/conf/" + name + "/rp_filter");
+        if (file.open(QIODevice::ReadOnly))
+            strictest = std::max(strictest, file.readAll().trimmed().toInt());
+    }
+    return strictest;
+}
+
+// RFC 3927, 169.254.0.0/16
+bool isLinkLocal(const sockaddr* address)
+{
+    if (!address || address->sa_family != AF_INET)
+        return false;
+    const auto* internet = reinterpret_cast<const sockaddr_in*>(address);
+    return (ntohl(internet->sin_addr.s_addr) >> 16) == 0xA9FE;
+}
+
+QStringList linkLocalInterfaces()
+{
+    QStringList names;
+    ifaddrs* first = nullptr;
+    if (getifaddrs(&first) != 0)
+        return names;
+    for (const ifaddrs* one = first; one; one = one->ifa_next)
+        if (isLinkLocal(one->ifa_addr))
+            names += QString::fromUtf8(one->ifa_name);
+    freeifaddrs(first);
+    names.removeDuplicates();
+    return names;
 }
 #endif
 
@@ -182,6 +222,24 @@ bool awaitInput(const std::function<bool()>& mayWait)
             return true;
     return false;
 #endif
+}
+
+QStringList hostObstacles(const QString& interfaceName)
+{
+    QStringList found;
+#if !defined(_WIN32)
+    constexpr int kStrict = 1;
+    if (!interfaceName.isEmpty() && !interfaceName.contains('/') &&
+        reversePathFilter(interfaceName) == kStrict)
+        found += interfaceName + " filters reverse paths strictly (rp_filter), so that answers from other "
+                                 "networks are dropped";
+    if (const QStringList names = linkLocalInterfaces(); names.size() > 1)
+        found +=
+            names.join(" and ") + " have link-local addresses, so that packets may leave by the wrong one";
+#else
+    Q_UNUSED(interfaceName)
+#endif
+    return found;
 }
 
 } // namespace companion

@@ -3,6 +3,7 @@
 
 #include <QFile>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 
@@ -37,6 +38,11 @@ void removeTree(const char* path);
 void failWritesBeyondLimit();
 // Whether one did, where that limit was not ignored already.
 bool wasLimitMet();
+
+// What of this host's network may keep packets from a camera that is, or should be, behind the interface
+// ("eth1"; empty: not known): strict filtering of reverse paths there, link-local addresses on two
+// interfaces. What can follow "; ", each; empty where nothing is known.
+QStringList hostObstacles(const QString& interfaceName);
 
 // Waits until there is something to read on the standard input; false when `mayWait` says no first. It is
 // asked ten times a second: a signal alone does not end a read.

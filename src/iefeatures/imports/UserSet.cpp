@@ -46,6 +46,12 @@ bool exists(KX_HANDLE handle, const char* name)
 
 } // namespace
 
+bool hasUserSet(const ListedCamera& camera, const QString& name)
+{
+    const CameraConnection line(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
+    return line.status() == KX_OK && entryValue(line.handle(), "UserSetSelector", name).has_value();
+}
+
 QString saveUserSet(const ListedCamera& camera, const UserSet& set)
 {
     const CameraConnection line(camera.device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);

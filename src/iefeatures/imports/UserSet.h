@@ -15,6 +15,9 @@ struct UserSet
     bool isForStartUp = false; // the camera loads it when it is switched on
 };
 
+// Whether the camera has such a set now. Opens it for monitoring; false as well where it does not tell.
+bool hasUserSet(const ListedCamera& camera, const QString& name);
+
 // Selects the set and saves into it; for start-up sets UserSetDefault (before SFNC 2.0:
 // UserSetDefaultSelector) as well. The set stays selected. Takes the camera exclusively, blocks until the
 // camera has answered. Gives what went wrong as a sentence, or an empty text.

@@ -1,0 +1,310 @@
+// iefeatures line, over emulated cameras.
+#include "companion/ImportCompanion.h"
+#include "iefeatures/line/Inventory.h"
+
+#include <nlohmann/json.hpp>
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <cstdio>
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using ::testing::StartsWith;
+using tests::Arguments;
+using tests::Json;
+using tests::lastObject;
+using tests::objects;
+using tests::Result;
+using tests::runInProcess;
+
+namespace
+{
+
+constexpr uint32_t kGainOfAll = 0x13000; // of the emulator's description
+
+class LineOfCameras : public tests::ImportCompanion
+{
+protected:
+    emu::EmulatedCamera& addNamed(const std::string& serial, const std::string& name,
+                                  const std::string& model = "EMU-1")
+    {
+        return addCamera(serial, [&](emu::CameraConfig& config) {
+            config.userName = name;
+            config.model = model;
+        });
+    }
+
+    std::string file() const { return path("hall.toml"); }
+
+    Result line(Arguments arguments, const Arguments& more = {}) const
+    {
+        arguments.insert(arguments.begin(), "line");
+        arguments.insert(arguments.begin() + 2, file());
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runInProcess(arguments);
+    }
+    Result init(const Arguments& more = {"--all"}) const { return line({"init", "--pause", "0"}, more); }
+    Result check(const Arguments& more = {}) const { return line({"check"}, more); }
+
+    companion::Inventory inventory() const
+    {
+        const auto reading = companion::readInventory(QString::fromStdString(file()));
+        EXPECT_TRUE(reading.isGood());
+        return reading.inventory;
+    }
+
+    // What is told of each camera, "Gate 1: in order".
+    std::vector<std::string> states(const Arguments& more = {}) const
+    {
+        Arguments arguments{"--json"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        std::vector<std::string> found;
+        for (const Json& object : objects(check(arguments)))
+            if (object["kind"] == "line")
+                found.push_back((object["name"].is_null() ? "-" : object["name"].get<std::string>()) + ": " +
+                                object["state"].get<std::string>());
+        return found;
+    }
+
+    uint64_t writes()
+    {
+        uint64_t count = 0;
+        for (const emu::EmulatedCamera& camera : cameras())
+            count += camera.counters().settingWrites;
+        return count;
+    }
+};
+
+} // namespace
+
+TEST_F(LineOfCameras, IsTakenAsItIsAndInOrderThen)
+{
+    const std::string first = addNamed("S1", "Gate 1").config().address;
+    addNamed("S2", "Gate 2");
+    const Result run = init();
+    ASSERT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(run.out, "2 cameras in " + file() + '\n');
+    const companion::Inventory line = inventory();
+    EXPECT_EQ(line.name, "hall");
+    ASSERT_EQ(line.cameras.size(), 2u);
+    const companion::InventoryCamera& gate = line.cameras[0];
+    EXPECT_EQ(gate.name, "Gate 1");
+    EXPECT_EQ(gate.model, "EMU-1");
+    EXPECT_EQ(gate.serial, "S1");
+    EXPECT_EQ(gate.address.toStdString(), first);
+    EXPECT_EQ(gate.mask, "255.0.0.0");
+    EXPECT_EQ(gate.usesDhcp, false);
+    EXPECT_EQ(gate.usesLla, true);
+    EXPECT_EQ(gate.firmware, "1.2.3");
+    EXPECT_EQ(gate.userSet, "UserSet1");
+    EXPECT_EQ(gate.featuresFile, "hall-files/features/Gate 1.fpk");
+    EXPECT_EQ(gate.bagFile, "hall-files/bags/Gate 1.fpk");
+    EXPECT_EQ(gate.featuresHash.size(), 64);
+    EXPECT_EQ(gate.bagHash.size(), 64);
+    EXPECT_FALSE(gate.userName.has_value());
+    EXPECT_TRUE(gate.ignored.isEmpty());
+    EXPECT_TRUE(fileText("hall-files/bags/Gate 1.fpk").startsWith("#"));
+
+    const Result checked = check();
+    EXPECT_EQ(checked.code, 0);
+    EXPECT_THAT(checked.out, EndsWith("2 cameras: 2 in order\n"));
+    EXPECT_EQ(checked.err, "");
+}
+
+TEST_F(LineOfCameras, IsOnlyReadByACheck)
+{
+    addNamed("S1", "Gate 1");
+    addNamed("S2", "Gate 2");
+    ASSERT_EQ(init().code, 0);
+    const uint64_t before = writes();
+    for (emu::EmulatedCamera& camera : cameras())
+        ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    EXPECT_EQ(check().code, 4);
+    EXPECT_EQ(writes(), before);
+    for (emu::EmulatedCamera& camera : cameras())
+        EXPECT_EQ(controlOf(camera), 0u);
+}
+
+TEST_F(LineOfCameras, TellsWhatDiffersFromWhatASessionHasSet)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    ASSERT_EQ(camera.setNode("GevSCPSPacketSize", int64_t(9000)), "");
+    const Result streaming = check({"--json"});
+    EXPECT_EQ(streaming.code, 0);
+    EXPECT_EQ(lastObject(streaming, "line")["aside"]["session"], 1);
+    EXPECT_EQ(check({"--strict"}).code, 4);
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    const Result run = check();
+    EXPECT_EQ(run.code, 4);
+    EXPECT_THAT(run.out, HasSubstr("Gate 1: differs\n"));
+    EXPECT_THAT(run.out, HasSubstr("Height: camera 16, file 480"));
+    EXPECT_THAT(run.out, Not(HasSubstr("PacketSize")));
+}
+
+TEST_F(LineOfCameras, IsInOrderWhileAnAutomaticFunctionMovesItsValue)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(camera.setNode("GainAuto", int64_t(2)), "");
+    ASSERT_EQ(init().code, 0);
+    camera.pokeWord(kGainOfAll, 7);
+    const Result run = check({"--json"});
+    EXPECT_EQ(run.code, 0) << run.out;
+    EXPECT_GE(lastObject(run, "line")["aside"]["automatic"], 1);
+}
+
+TEST_F(LineOfCameras, LacksWhoIsNotThereAndKnowsWhoIsNotItsOwn)
+{
+    addNamed("S1", "Gate 1");
+    addNamed("S2", "Gate 2");
+    ASSERT_EQ(init({"--name", "Gate 1"}).code, 0);
+    EXPECT_THAT(states(), ElementsAre("Gate 1: in order", "-: not in the inventory"));
+    EXPECT_EQ(check().code, 4);
+    ASSERT_EQ(init({"--add", "--name", "Gate 2"}).code, 0);
+    EXPECT_EQ(check().code, 0);
+    cameras().front().stop();
+    EXPECT_THAT(states(), ElementsAre("Gate 1: missing", "Gate 2: in order"));
+    EXPECT_EQ(check().code, 3);
+}
+
+TEST_F(LineOfCameras, IsNotJudgedWhereAnotherHostForbidsToRead)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    camera.stealControl(true);
+    const Result run = check({"--json"});
+    EXPECT_EQ(run.code, 1);
+    EXPECT_EQ(lastObject(run, "line")["state"], "not judged");
+    EXPECT_THAT(lastObject(run, "line")["reason"].get<std::string>(),
+                StartsWith("Another application controls the camera"));
+    // One that others may read beside is judged.
+    camera.stealControl(false);
+    EXPECT_EQ(check().code, 0);
+}
+
+TEST_F(LineOfCameras, NeedsItsFiles)
+{
+    addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    ASSERT_TRUE(QFile::remove(QString::fromStdString(path("hall-files/features/Gate 1.fpk"))));
+    EXPECT_THAT(states(), ElementsAre("Gate 1: bad files"));
+    EXPECT_EQ(check().code, 6);
+}
+
+TEST_F(LineOfCameras, GivesNamesToThoseThatHaveNone)
+{
+    addCamera("S1");
+    addNamed("S2", "Gate 2");
+    const Result refused = init();
+    EXPECT_EQ(refused.code, 2);
+    EXPECT_EQ(refused.err, "EMU-1 S1: it has no name; --name-by gives it one.\nNothing was written.\n");
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(file())));
+    ASSERT_EQ(init({"--all", "--name-by", "serial"}).code, 0);
+    EXPECT_EQ(inventory().cameras[0].name, "S1");
+    EXPECT_EQ(inventory().cameras[0].userName, QString(""));
+    EXPECT_EQ(inventory().cameras[1].userName, QString("Gate 2"));
+    EXPECT_EQ(check().code, 0);
+}
+
+TEST_F(LineOfCameras, RefusesTwoOfOneNameAndAnInventoryThatIsThere)
+{
+    addNamed("S1", "Gate");
+    addNamed("S2", "Gate");
+    const Result twice = init();
+    EXPECT_EQ(twice.code, 2);
+    EXPECT_THAT(twice.err, HasSubstr("EMU-1 S2: another camera is called \"Gate\" too.\n"));
+    ASSERT_EQ(init({"--serial", "S1"}).code, 0);
+    const QByteArray text = fileText("hall.toml");
+    const Result there = init({"--serial", "S1"});
+    EXPECT_EQ(there.code, 6);
+    EXPECT_EQ(there.err, file() + " is there already; --add or --refresh change it.\n");
+    const Result again = init({"--add", "--serial", "S1"});
+    EXPECT_EQ(again.code, 2);
+    EXPECT_THAT(again.err, HasSubstr("it is in the inventory, as \"Gate\"; --refresh takes it again.\n"));
+    EXPECT_EQ(fileText("hall.toml"), text);
+    EXPECT_EQ(init({}).code, 2);
+    EXPECT_EQ(init({"--all", "--refresh", "Gate"}).code, 2);
+}
+
+TEST_F(LineOfCameras, IsNotLeftByHostileNames)
+{
+    addNamed("S1", "../../x");
+    const Result run = init();
+    EXPECT_EQ(run.code, 2);
+    EXPECT_THAT(run.err, HasSubstr("its file would lie outside of the folder"));
+    ASSERT_EQ(init({"--all", "--name-by", "order"}).code, 0);
+    EXPECT_EQ(inventory().cameras[0].name, "Camera 1");
+    EXPECT_EQ(check().code, 0);
+}
+
+TEST_F(LineOfCameras, KeepsWhatPeopleWroteWhenACameraIsTakenAgain)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    addNamed("S2", "Gate 2");
+    ASSERT_EQ(init().code, 0);
+    QByteArray text =
+        "# ours\r\n" + fileText("hall.toml").replace("firmware", "ignored = ['X']  # so\nfirmware");
+    write("hall.toml", text);
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    EXPECT_EQ(check().code, 4);
+    const QString before = inventory().cameras[0].featuresHash;
+    const Result run = init({"--refresh", "Gate 1"});
+    ASSERT_EQ(run.code, 0) << run.err;
+    const companion::Inventory line = inventory();
+    EXPECT_NE(line.cameras[0].featuresHash, before);
+    QByteArray back = fileText("hall.toml");
+    back.replace(line.cameras[0].featuresHash.toUtf8(), before.toUtf8());
+    const auto bagSpan = line.cameras[0].bagHash.toUtf8();
+    EXPECT_EQ(
+        back.replace(bagSpan, companion::parseInventory(text, "x").inventory.cameras[0].bagHash.toUtf8()),
+        text);
+    EXPECT_EQ(check().code, 0);
+    EXPECT_EQ(init({"--refresh", "Gate 9"}).code, 2);
+}
+
+TEST_F(LineOfCameras, IsReportedInFiles)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    const Result run =
+        check({"--junit", path("j.xml"), "--report", path("r.html"), "--metrics", path("m.prom")});
+    EXPECT_EQ(run.code, 4);
+    EXPECT_THAT(fileText("j.xml").toStdString(), HasSubstr("<failure message=\"differs\">"));
+    EXPECT_THAT(fileText("r.html").toStdString(), HasSubstr("Height: camera 16, file 480"));
+    EXPECT_THAT(
+        fileText("m.prom").toStdString(),
+        HasSubstr("iefeatures_line_camera_state{line=\"hall\",camera=\"Gate 1\",state=\"differs\"} 1\n"));
+    EXPECT_EQ(check({"--report", path("none/r.html")}).code, 6);
+    EXPECT_EQ(check({"--quiet"}).out, "1 camera: 1 differs\n");
+    if (QStandardPaths::findExecutable("promtool").isEmpty())
+        std::puts("SKIPPED: no promtool, so nobody else has looked at the metrics");
+    else
+        EXPECT_EQ(
+            QProcess::execute("/bin/sh", {"-c", "promtool check metrics < \"$0\"", path("m.prom").c_str()}),
+            0);
+}
+
+TEST_F(LineOfCameras, TellsWhereItsInventoryIsWrongAndThatTheRunHasFailed)
+{
+    write("hall.toml", "[line]\nname = 1\n");
+    const Result run = check({"--metrics", path("m.prom"), "--json"});
+    EXPECT_EQ(run.code, 6);
+    EXPECT_EQ(run.err, file() + ":2:8: name has to be a text.\n");
+    EXPECT_THAT(fileText("m.prom").toStdString(), HasSubstr("iefeatures_line_check_success{line=\"\"} 0\n"));
+}
+
+TEST_F(LineOfCameras, HasCommandsOfItsOwn)
+{
+    EXPECT_EQ(runInProcess({"line"}).code, 2);
+    EXPECT_EQ(runInProcess({"line", "nonsense"}).code, 2);
+    const Result help = runInProcess({"line", "check", "--help"});
+    EXPECT_EQ(help.code, 0);
+    EXPECT_THAT(help.out, HasSubstr("  0    all is in order\n"));
+}
