@@ -7,11 +7,11 @@
 namespace emu
 {
 
-CameraCore::CameraCore(const CameraConfig& wanted)
+CameraCore::CameraCore(const CameraConfig& wanted, const std::string& builtIn)
     : config(wanted), m_isBuiltIn(wanted.description.empty() && wanted.descriptionFile.empty())
 {
     if (m_isBuiltIn) {
-        description = builtInDescription();
+        description = builtIn;
     } else if (!config.description.empty()) {
         description = config.description;
     } else {

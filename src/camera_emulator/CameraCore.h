@@ -16,7 +16,8 @@ namespace emu
 
 struct CameraCore
 {
-    explicit CameraCore(const CameraConfig& wanted);
+    // `builtIn`: the description of a configuration that names none.
+    CameraCore(const CameraConfig& wanted, const std::string& builtIn);
 
     // First contents; bootstrap registers and description lie there already.
     void seed(Memory& memory);

@@ -1,6 +1,7 @@
 #include "camera_emulator/EmulatedCamera.h"
 
 #include "camera_emulator/Bootstrap.h"
+#include "camera_emulator/BuiltIn.h"
 #include "camera_emulator/CameraCore.h"
 #include "camera_emulator/Responder.h"
 #include "camera_emulator/Seed.h"
@@ -68,7 +69,7 @@ struct EmulatedCamera::State
 };
 
 EmulatedCamera::State::State(const CameraConfig& wanted)
-    : core(wanted), address(gvcp::parseAddress(wanted.address))
+    : core(wanted, builtInDescription()), address(gvcp::parseAddress(wanted.address))
 {
     if (!address)
         core.problem = "\"" + wanted.address + "\" is no IPv4 address.";

@@ -1,10 +1,12 @@
 #include "camera_emulator/GenCpShell.h"
 
+#include "camera_emulator/BuiltIn.h"
+
 namespace emu
 {
 
 GenCpShell::GenCpShell(const CameraConfig& config, gencp::ByteOrder order)
-    : m_core(config), m_responder(order)
+    : m_core(config, builtInDescriptionOverGenCp()), m_responder(order)
 {
     m_responder.latency = config.latency;
     m_responder.readOnly = m_core.nodes->readOnlyRegisters();
