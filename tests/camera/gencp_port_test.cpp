@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <deque>
 #include <map>
+#include <thread>
 
 using namespace gencp;
 using namespace kx;
@@ -100,10 +101,12 @@ public:
         packet = reply.packet;
         return reply.outcome;
     }
+    bool tellsOfLoss() const override { return doesTellOfLoss; }
     std::string name() const override { return "link"; }
     std::string errorText() const override { return "the system says no"; }
 
     Clock::time_point lastDeadline;
+    bool doesTellOfLoss = true;
 
 private:
     Device& m_device;
@@ -421,6 +424,62 @@ TEST_F(GenCp, aLossIsToldOnceAndEndsEveryFurtherCall)
     device.script = nullptr;
     EXPECT_EQ(port->open(KX_ACCESS_EXCLUSIVE, 0), KX_OK);
     EXPECT_EQ(port->readRegister(0x10000, value), KX_OK);
+}
+
+// A row of requests that nobody answers, at least two of them and at least a second.
+TEST_F(GenCp, silenceThatLastsIsALossWhereTheLinkTellsOfNone)
+{
+    for (const Outcome outcome : {Outcome::TimedOut, Outcome::Failed}) {
+        open();
+        link->doesTellOfLoss = false;
+        device.script = [&](const CommandPacket&) { return std::vector<Reply>{{outcome, {}}}; };
+        uint32_t value = 0;
+        const auto began = std::chrono::steady_clock::now();
+        KX_Status status = KX_OK;
+        unsigned requests = 0;
+        do {
+            status = port->readRegister(0x10000, value);
+            ++requests;
+            std::this_thread::sleep_for(milliseconds(10));
+        } while (status != KX_E_CONNECTION_LOST &&
+                 std::chrono::steady_clock::now() - began < std::chrono::seconds(30));
+        EXPECT_EQ(status, KX_E_CONNECTION_LOST);
+        EXPECT_EQ(port->lastError(), "the connection is lost: link does not answer any more");
+        EXPECT_GE(requests, 2u);
+        EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::seconds(1));
+        device.script = nullptr;
+        EXPECT_EQ(port->readRegister(0x10000, value), KX_E_CONNECTION_LOST) << "until it is opened again";
+        port->close();
+        ASSERT_EQ(port->open(KX_ACCESS_EXCLUSIVE, 0), KX_OK) << "its silence is of the past";
+        port->close();
+    }
+}
+
+// One request may take as long as it likes, and so may a camera that answers now and then, or too late.
+TEST_F(GenCp, whoeverIsHeardIsNotLost)
+{
+    open();
+    link->doesTellOfLoss = false;
+    device.script = [&](CommandPacket command) {
+        --command.id; // of the request before
+        return std::vector<Reply>{device.good(command)};
+    };
+    uint32_t value = 0;
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(port->readRegister(0x10000, value), KX_E_NO_ANSWER) << i;
+        std::this_thread::sleep_for(milliseconds(300));
+    }
+}
+
+TEST_F(GenCp, silenceIsNoLossWhereTheLinkTellsOfLosses)
+{
+    open();
+    device.script = [](const CommandPacket&) { return std::vector<Reply>{}; };
+    uint32_t value = 0;
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(port->readRegister(0x10000, value), KX_E_NO_ANSWER) << i;
+        std::this_thread::sleep_for(milliseconds(300));
+    }
 }
 
 TEST_F(GenCp, whatTheSystemRefusesIsNoLoss)

@@ -248,6 +248,31 @@ TEST_P(Serial, refusalsAndDelaysAreToldAsTheyAre)
     EXPECT_EQ(open->readRegister(kSomewhere, value), KX_OK) << "an answer too late is no loss";
 }
 
+// Neither a terminal nor a library tells that the camera's cable was pulled.
+TEST_P(Serial, aCameraThatFallsSilentIsLostAfterTwoRequests)
+{
+    start();
+    auto open = port();
+    ASSERT_EQ(open->open(KX_ACCESS_EXCLUSIVE, 0), KX_OK);
+    std::atomic<int> losses{0};
+    open->setConnectionLostHandler([&](KX_Status) { ++losses; });
+    emu::Faults faults;
+    faults.silence = emu::Silence{};
+    camera->setFaults(faults);
+    uint32_t value = 0;
+    EXPECT_EQ(open->readRegister(kSomewhere, value), KX_E_NO_ANSWER);
+    EXPECT_EQ(open->readRegister(kSomewhere, value), KX_E_CONNECTION_LOST);
+    EXPECT_EQ(open->lastError(), "the connection is lost: " + lineName() + " does not answer any more");
+    const uint64_t requests = open->requestCount();
+    EXPECT_EQ(open->writeRegister(kSomewhere, value), KX_E_CONNECTION_LOST);
+    EXPECT_EQ(open->requestCount(), requests) << "nothing is sent any more";
+    open->close(); // waits for the handler
+    EXPECT_EQ(losses, 1);
+    camera->setFaults({});
+    ASSERT_EQ(open->open(KX_ACCESS_EXCLUSIVE, 0), KX_OK) << open->lastError();
+    expectWritesComeBack(*open, 2);
+}
+
 TEST_P(Serial, anotherCameraAtTheLineIsNotTaken)
 {
     start();

@@ -1,7 +1,7 @@
 // A GenCP camera behind a serial line: finds the rate that it listens at, and raises it.
 //
-// The line has no way of telling that a camera was unplugged: requests fail one by one. Only a line that goes
-// away itself (an adapter that is pulled) is a lost connection.
+// The line has no way of telling that a camera was unplugged: a row of requests without an answer does
+// (Silence.h). A line that goes away itself (an adapter that is pulled) is a lost connection at once.
 #pragma once
 
 #include "KXCameraControl/ports/cameralink/SerialLink.h"

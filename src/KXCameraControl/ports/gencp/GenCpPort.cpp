@@ -88,6 +88,8 @@ KX_Status GenCpPort::openAs(uint32_t accessMode)
     if (const KX_Status status = m_link->open())
         return fail(status, m_link->errorText());
     m_readOnly = accessMode == KX_ACCESS_MONITOR;
+    m_isSettled = false;
+    m_silence.end();
     m_longestResponse = milliseconds(0);
     m_maxCommand = m_maxAck = kSmallestLimit;
     // Nothing has to be kept alive; the thread is there to tell of a loss.
@@ -98,7 +100,10 @@ KX_Status GenCpPort::openAs(uint32_t accessMode)
         status = readLongestResponse();
     if (status == KX_OK)
         status = readLimits();
-    return status == KX_OK ? checkCamera() : status;
+    if (status == KX_OK)
+        status = checkCamera();
+    m_isSettled = status == KX_OK;
+    return status;
 }
 
 void GenCpPort::close()
@@ -174,9 +179,9 @@ KX_Status GenCpPort::request(uint16_t command, Bytes scd, size_t ackSize, Bytes&
 {
     if (const KX_Status status = checkUsable())
         return status;
-    Exchange exchange{{AckRequired, command, ++m_lastId, std::move(scd)},
-                      ackSize,
-                      Clock::now() + m_timeouts.longestPending};
+    const Clock::time_point begin = Clock::now();
+    Exchange exchange{
+        {AckRequired, command, ++m_lastId, std::move(scd)}, ackSize, begin + m_timeouts.longestPending};
     Answer result;
     for (unsigned left = m_timeouts.tries; left > 0; --left) {
         result = tryOnce(exchange);
@@ -194,13 +199,22 @@ KX_Status GenCpPort::request(uint16_t command, Bytes scd, size_t ackSize, Bytes&
         answer = std::move(result.scd);
         return KX_OK;
     }
-    if (result.status == KX_E_CONNECTION_LOST)
+    const bool isUnanswered = result.status == KX_E_NO_ANSWER || result.status == KX_E_NETWORK;
+    if (result.status == KX_E_CONNECTION_LOST || (isUnanswered && isLostBySilence(begin)))
         return checkUsable();
     if (result.status == KX_E_NO_ANSWER && exchange.sawMalformed)
         result = {KX_E_MALFORMED_ANSWER, {}, "malformed answer"};
     else if (result.status == KX_E_NO_ANSWER)
         result.text = "no answer in " + std::to_string(m_timeouts.tries) + " tries";
     return fail(result.status, describe(exchange.command, *m_link) + ": " + result.text);
+}
+
+bool GenCpPort::isLostBySilence(Clock::time_point begin)
+{
+    if (m_link->tellsOfLoss() || !m_isSettled || !m_silence.isTooLong(begin))
+        return false;
+    reportLoss(m_link->name() + " does not answer any more");
+    return true;
 }
 
 GenCpPort::Answer GenCpPort::tryOnce(Exchange& exchange)
@@ -236,6 +250,8 @@ GenCpPort::Answer GenCpPort::tryOnce(Exchange& exchange)
 bool GenCpPort::judge(Exchange& exchange, const Bytes& packet, Clock::time_point& deadline, Answer& answer)
 {
     auto ack = decodeAck(packet.data(), packet.size(), m_link->byteOrder());
+    if (ack)
+        m_silence.end();
     if (ack && ack->id != exchange.command.id)
         return false; // late answer to an earlier command
     if (ack && ack->command == PendingAck) {

@@ -1,11 +1,13 @@
 // A camera that speaks GenCP, whatever carries the packets.
 //
 // Who opens the link has the camera for itself: there is no control to take and no heartbeat, and a monitor
-// shares it no more than others do. The connection is lost when the link says that the device is gone.
+// shares it no more than others do. The connection is lost when the link says that the device is gone; where
+// a link does not tell of that, when the camera is silent for too long (Silence.h).
 #pragma once
 
 #include "KXCameraControl/ports/ControlThread.h"
 #include "KXCameraControl/ports/Port.h"
+#include "KXCameraControl/ports/Silence.h"
 #include "KXCameraControl/ports/gencp/GenCpLink.h"
 
 #include <atomic>
@@ -89,6 +91,7 @@ private:
     KX_Status checkUsable();
     KX_Status request(uint16_t command, gencp::Bytes scd, size_t ackSize, gencp::Bytes& answer);
     Answer tryOnce(Exchange& exchange);
+    bool isLostBySilence(GenCpLink::Clock::time_point begin);
     bool judge(Exchange& exchange, const gencp::Bytes& packet, GenCpLink::Clock::time_point& deadline,
                Answer& answer);
     KX_Status readPiece(uint64_t address, uint8_t* data, size_t size);
@@ -99,6 +102,8 @@ private:
     const std::string m_serialNumber;
     ControlThread m_watch;
     bool m_readOnly = false;
+    bool m_isSettled = false; // what opening tries may go unanswered
+    Silence m_silence;
     PortTimeouts m_timeouts;
     std::chrono::milliseconds m_longestResponse{0}; // the camera's own word
     CameraNames m_names;
