@@ -5,10 +5,18 @@
 #include "support/RealExport.h"
 #include "support/RunProgram.h"
 
+#include <KXCameraControl/KXCameraControl.h>
+
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <thread>
 
 using tests::afterRequests;
 using tests::Cable;
@@ -64,6 +72,69 @@ std::string changesOver(Transport transport)
     return QJsonDocument(changes).toJson().toStdString();
 }
 
+const char* const kControlledByAnother =
+    "the camera could not be opened: Another application controls the camera.";
+
+// Holds the jobs of this process in the call of which `isTime` says so, until they are let go.
+class HeldJob
+{
+public:
+    HeldJob(std::function<bool(const KX_CallEvent&)> isTime, std::function<void()> job)
+        : m_isTime(std::move(isTime))
+    {
+        KX_CC_SetCallObserver(nullptr, &HeldJob::observe, this);
+        m_thread = std::thread(std::move(job));
+        std::unique_lock lock(m_mutex);
+        EXPECT_TRUE(m_changed.wait_for(lock, std::chrono::seconds(30), [this] { return m_isHeld; }));
+    }
+    ~HeldJob() { letGo(); }
+    HeldJob(const HeldJob&) = delete;
+    HeldJob& operator=(const HeldJob&) = delete;
+
+    // Returns when the job is over.
+    void letGo()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_isOver = true;
+        }
+        m_changed.notify_all();
+        if (m_thread.joinable())
+            m_thread.join();
+        KX_CC_SetCallObserver(nullptr, nullptr, nullptr);
+    }
+
+private:
+    static int observe(void* user, const KX_CallEvent* event)
+    {
+        auto* self = static_cast<HeldJob*>(user);
+        std::unique_lock lock(self->m_mutex);
+        if (!self->m_isHeld && self->m_isTime(*event)) {
+            self->m_isHeld = true;
+            self->m_changed.notify_all();
+            self->m_changed.wait(lock, [self] { return self->m_isOver; });
+        }
+        return 0;
+    }
+
+    const std::function<bool(const KX_CallEvent&)> m_isTime;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_isHeld = false;
+    bool m_isOver = false;
+    std::thread m_thread;
+};
+
+bool hasSetHeight(const KX_CallEvent& event)
+{
+    return event.operation == KX_OP_SET_INT && event.finished == 1 && event.nodeName == std::string("Height");
+}
+
+bool isAskedForHeight(const KX_CallEvent& event)
+{
+    return event.operation == KX_OP_GET_INT && event.finished == 0 && event.nodeName == std::string("Height");
+}
+
 class EachTransport : public testing::TestWithParam<Transport>
 {
 protected:
@@ -74,6 +145,14 @@ protected:
     {
         config.serial = "CAMERA";
         return line.add(GetParam(), config);
+    }
+    static void expectAnotherProgramIsKeptOut(const QStringList& arguments)
+    {
+        const Ran list = tests::runProgram(IEFEATURES, {"list"});
+        EXPECT_EQ(list.output.count(" in use\n"), 1) << list;
+        const Ran ran = tests::runProgram(IEFEATURES, arguments);
+        EXPECT_EQ(ran.code, 1) << ran;
+        EXPECT_TRUE((ran.output + ran.errors).contains(kControlledByAnother)) << ran;
     }
     tests::ExportOutcome exported() const { return tests::exportCamera(jobRecord("CAMERA"), folder.path()); }
 
@@ -158,6 +237,72 @@ TEST_P(EachTransport, whatTheCameraRefusesInAnImportKeepsNothingElseBack)
     tests::importFile(jobRecord("CAMERA"), first.path);
     EXPECT_EQ(camera.node("Width"), emu::NodeValue(int64_t(320)));
     EXPECT_EQ(camera.node("Height"), height);
+}
+
+TEST_P(EachTransport, anotherProgramInTheMiddleOfAnExportIsKeptOutAndCostsNothing)
+{
+    add();
+    const tests::ExportOutcome wanted = exported();
+    ASSERT_FALSE(wanted.file.isEmpty());
+    tests::ExportOutcome outcome;
+    HeldJob job(isAskedForHeight, [&] { outcome = exported(); });
+    expectAnotherProgramIsKeptOut({"set", "Width=320", "--all", "--no-audit"});
+    QTemporaryDir others;
+    expectAnotherProgramIsKeptOut({"export", "--to", others.path(), "--all"});
+    EXPECT_TRUE(QDir(others.path()).isEmpty());
+    job.letGo();
+    EXPECT_EQ(outcome.messages, QStringList());
+    EXPECT_EQ(outcome.file, wanted.file);
+}
+
+TEST_P(EachTransport, anotherProgramInTheMiddleOfAnImportIsKeptOutAndCostsNothing)
+{
+    emu::Shell& camera = add();
+    const tests::ExportOutcome first = exported();
+    ASSERT_FALSE(first.file.isEmpty());
+    EXPECT_EQ(camera.change(changesOver(GetParam())), std::vector<std::string>());
+    tests::ImportOutcome imported;
+    HeldJob job(hasSetHeight, [&] { imported = tests::importFile(jobRecord("CAMERA"), first.path); });
+    expectAnotherProgramIsKeptOut({"set", "Height=200", "--all", "--no-audit"});
+    expectAnotherProgramIsKeptOut({"import", first.path, "--all", "--no-audit"});
+    job.letGo();
+    EXPECT_EQ(imported.errorCode, 0u);
+    EXPECT_EQ(imported.messages, QStringList());
+    EXPECT_EQ(exported().file, first.file);
+}
+
+// It cannot be asked who it is while somebody else has its line.
+TEST_P(EachTransport, whoWantsACameraInUseByItsNumberIsTold)
+{
+    add();
+    HeldJob job(isAskedForHeight, [&] { exported(); });
+    const Ran ran = tests::runProgram(IEFEATURES, {"set", "Width=320", "--serial", "CAMERA", "--no-audit"});
+    const bool isNameless = GetParam() == Transport::Serial || GetParam() == Transport::Clser;
+    EXPECT_EQ(ran.code, isNameless ? 3 : 1) << ran;
+    EXPECT_TRUE(
+        (ran.output + ran.errors)
+            .contains(isNameless ? "is in use, and tells nobody else which one it is" : kControlledByAnother))
+        << ran;
+}
+
+// The only transport on which a camera gives control to another host while the first one has it.
+TEST(ControlOverGigE, thatAnotherHostTakesInTheMiddleOfAJobIsTold)
+{
+    tests::AllTransports line;
+    QTemporaryDir folder;
+    emu::CameraConfig config;
+    config.serial = "CAMERA";
+    emu::Shell& camera = line.add(Transport::Gige, config);
+    const tests::ExportOutcome first = tests::exportCamera(jobRecord("CAMERA"), folder.path());
+    ASSERT_FALSE(first.file.isEmpty());
+    EXPECT_EQ(camera.change(changesOver(Transport::Gige)), std::vector<std::string>());
+    emu::Faults faults;
+    faults.stealControlAfter = 40;
+    camera.setFaults(faults);
+    const Ran ran = tests::runProgram(IEFEATURES, {"import", first.path, "--all", "--no-audit"});
+    EXPECT_EQ(ran.code, 1) << ran;
+    EXPECT_TRUE(ran.errors.contains("another host has taken control of the camera at ")) << ran;
+    EXPECT_TRUE(ran.errors.contains("A part of the file may have been applied.")) << ran;
 }
 
 INSTANTIATE_TEST_SUITE_P(Over, EachTransport, tests::everyTransport(), tests::transportName);

@@ -64,8 +64,15 @@ void findTwins(std::vector<ListedCamera>& cameras)
 
 } // namespace
 
+bool ListedCamera::isNameless() const
+{
+    return model.isEmpty() && serial.isEmpty() && userName.isEmpty();
+}
+
 QString ListedCamera::title() const
 {
+    if (isNameless())
+        return printable("camera at " + address);
     const bool isToldApart = hasTwin && !address.isEmpty();
     return printable(model + ' ' + serial + (isToldApart ? " at " + address : QString()));
 }

@@ -27,7 +27,10 @@ struct ListedCamera
     QString controller;    // once it was asked for, and where the camera tells: "10.0.0.5:49152"
     bool hasTwin = false;  // another one has the same model and serial number
 
-    // "model serial", for messages; where that is not enough " at 10.0.0.7" behind it.
+    // Nobody can ask it who it is: another program has its line.
+    bool isNameless() const;
+    // "model serial", for messages; where that is not enough " at 10.0.0.7" behind it. Of one that is
+    // nameless "camera at /dev/ttyS0".
     QString title() const;
 };
 

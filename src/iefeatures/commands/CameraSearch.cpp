@@ -112,7 +112,7 @@ bool CameraSearch::isWorthWaiting() const
 
 void CameraSearch::tellWaiting() const
 {
-    QStringList reasons = m_choice.misses;
+    QStringList reasons = namelessCameras() + m_choice.misses;
     for (const ListedCamera& camera : m_choice.cameras)
         if (!isFree(camera))
             reasons += camera.title() + " is " + camera.status + '.';
@@ -129,7 +129,7 @@ void CameraSearch::tellMisses() const
         tellSilence();
         tellProblems(m_world.console);
     }
-    for (const QString& sentence : m_choice.misses + m_choice.lacks + m_choice.refusals)
+    for (const QString& sentence : namelessCameras() + m_choice.misses + m_choice.lacks + m_choice.refusals)
         m_world.console.err(sentence + '\n');
 }
 
@@ -137,6 +137,17 @@ void CameraSearch::tellSilence() const
 {
     for (const QString& address : silentAddresses(m_found))
         m_world.console.err(noAnswerAt(address) + '\n');
+}
+
+// Any of them may be the one that is missing.
+QStringList CameraSearch::namelessCameras() const
+{
+    QStringList sentences;
+    for (const ListedCamera& camera : m_found)
+        if (!m_choice.misses.isEmpty() && camera.isNameless())
+            sentences += QString("The %1 is %2, and tells nobody else which one it is.")
+                             .arg(camera.title(), camera.status);
+    return sentences;
 }
 
 int CameraSearch::codeOf(int code) const

@@ -55,6 +55,7 @@ private:
     void tellWaiting() const;
     void tellMisses() const;
     void tellSilence() const;
+    QStringList namelessCameras() const;
 
     World& m_world;
     const SearchOptions m_options;
