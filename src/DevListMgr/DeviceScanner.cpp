@@ -1,8 +1,10 @@
 #include "DeviceScanner.h"
 
 #include "camera_line/Enumeration.h"
+#include "camera_line/SearchProblems.h"
 
 #include <QDeadlineTimer>
+#include <QDebug>
 
 namespace
 {
@@ -56,7 +58,18 @@ void DeviceScanner::run()
             m_again = false;
         }
         emit scanned(search(transports));
+        if (transports)
+            tellProblems();
     } while (pause());
+}
+
+void DeviceScanner::tellProblems()
+{
+    const QStringList problems = camera_line::searchProblems();
+    for (const QString& problem : problems)
+        if (!m_problems.contains(problem))
+            qWarning().noquote() << problem;
+    m_problems = problems;
 }
 
 // Until the interval is over, or the transports or the machine's network interfaces change.

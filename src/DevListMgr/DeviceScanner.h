@@ -1,9 +1,11 @@
-// Looks for cameras again and again on a thread of its own.
+// Looks for cameras again and again on a thread of its own. What stands in the way of a search goes to the
+// log once, as long as it does.
 #pragma once
 
 #include <KXCameraControl/KXCameraControl.h>
 
 #include <QMutex>
+#include <QStringList>
 #include <QThread>
 #include <QWaitCondition>
 
@@ -30,6 +32,7 @@ protected:
     void run() override;
 
 private:
+    void tellProblems();
     bool pause(); // false: the thread is to end
 
     QMutex m_mutex;
@@ -37,4 +40,5 @@ private:
     unsigned int m_transports = 0;
     bool m_again = false;
     bool m_end = false;
+    QStringList m_problems; // of the last search; the thread's alone
 };

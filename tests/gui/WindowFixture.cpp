@@ -47,6 +47,12 @@ extern "C" uint32_t KX_CC_GetInterfaceStamp(void)
     return 1;
 }
 
+extern "C" KX_Status KX_CC_GetSearchProblems(char*, uint32_t, uint32_t* length)
+{
+    *length = 0;
+    return KX_OK;
+}
+
 KX_DeviceEntry entryOf(const Camera& camera)
 {
     KX_DeviceEntry entry;

@@ -14,11 +14,20 @@ namespace
 
 QMutex g_lock;
 QVector<KX_DeviceEntry> g_entries;
+QByteArray g_problems; // of searches
 unsigned int g_mask = 0;
 std::atomic<int> g_searches{0}; // begun
 std::atomic<int> g_posted{0};   // of them, those whose findings are on their way
 std::atomic<uint32_t> g_stamp{1};
 std::atomic<QThread*> g_searchThread{nullptr};
+
+QStringList g_messages; // but for those of Qt itself
+
+void takeMessage(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    QMutexLocker lock(&g_lock);
+    g_messages << QString(type == QtWarningMsg ? "warning " : "other ") + text;
+}
 
 template <std::size_t Size>
 void copyText(uint8_t (&field)[Size], const char* text)
@@ -96,6 +105,16 @@ KX_Status KX_CC_EnumDevices(uint32_t mask, KX_DeviceEntry* entries, uint32_t cap
     return KX_OK;
 }
 
+KX_Status KX_CC_GetSearchProblems(char* text, uint32_t capacity, uint32_t* length)
+{
+    QMutexLocker lock(&g_lock);
+    *length = uint32_t(g_problems.size());
+    if (capacity <= *length)
+        return KX_E_BUFFER_TOO_SMALL;
+    std::memcpy(text, g_problems.constData(), *length + 1);
+    return KX_OK;
+}
+
 uint32_t KX_CC_GetInterfaceStamp(void)
 {
     g_posted = g_searches.load(); // the search thread asks between its searches
@@ -121,6 +140,17 @@ class DeviceTreeTest : public QObject
         while (g_posted <= searchesBefore && !limit.hasExpired())
             QThread::msleep(1);
         return g_posted > searchesBefore;
+    }
+
+    // One more search ends in that.
+    static bool searchWith(const char* problems)
+    {
+        QMutexLocker lock(&g_lock);
+        g_problems = problems;
+        const int before = g_searches;
+        ++g_stamp;
+        lock.unlock();
+        return waitForScan(before);
     }
 
     static bool takeScan(int searchesBefore)
@@ -179,6 +209,22 @@ private slots:
         show({gige("1"), gige("2")});
         QTRY_COMPARE(log.mid(3), (QStringList{"new 1", "new 2"}));
         QVERIFY(tree.findCameraItem(1) && tree.findCameraItem(2));
+    }
+
+    void whatStandsInTheWayOfASearchIsLoggedOnceAsLongAsItDoes()
+    {
+        g_messages.clear();
+        QtMessageHandler before = qInstallMessageHandler(takeMessage);
+        VELADeviceTree tree;
+        tree.updateDeviceTypes(5, true);
+        for (const char* problems : {"", "The producer a crashed.", "The producer a crashed.",
+                                     "The producer a crashed.\nThe library b hung.", "The library b hung.",
+                                     "", "The library b hung."})
+            QVERIFY(searchWith(problems));
+        qInstallMessageHandler(before);
+        QMutexLocker lock(&g_lock);
+        QCOMPARE(g_messages, (QStringList{"warning The producer a crashed.", "warning The library b hung.",
+                                          "warning The library b hung."}));
     }
 
     void groupsByTransportAndInterface()

@@ -5,7 +5,6 @@
 #include "camera_line/RecordTexts.h"
 
 #include <algorithm>
-#include <string>
 
 namespace companion
 {
@@ -35,15 +34,6 @@ bool answered(uint32_t address, const ListedCamera& camera)
 QStringList searchObjections()
 {
     return KX_CC_CheckSearchPlaces() == KX_OK ? QStringList() : lastErrorText().split('\n');
-}
-
-QStringList searchProblems()
-{
-    uint32_t length = 0;
-    KX_CC_GetSearchProblems(nullptr, 0, &length);
-    std::string text(length + 1, '\0');
-    const bool isKnown = KX_CC_GetSearchProblems(text.data(), length + 1, &length) == KX_OK && length > 0;
-    return isKnown ? QString::fromUtf8(text.c_str()).split('\n') : QStringList();
 }
 
 QString noAnswerAt(const QString& address)

@@ -13,9 +13,6 @@ namespace companion
 // A sentence for each value of KX_CAMERA_INTERFACES and KX_CAMERA_ADDRESSES that nobody can follow.
 QStringList searchObjections();
 
-// What hid cameras from the last search: a sentence for each producer of cameras that failed.
-QStringList searchProblems();
-
 QString noAnswerAt(const QString& address); // a sentence
 // The addresses of KX_CAMERA_ADDRESSES that none of the cameras answered from.
 QStringList silentAddresses(const std::vector<ListedCamera>& cameras);

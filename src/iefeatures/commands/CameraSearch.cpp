@@ -5,6 +5,8 @@
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/Text.h"
 
+#include "camera_line/SearchProblems.h"
+
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -64,7 +66,7 @@ int CameraSearch::findAll(World& world, std::vector<ListedCamera>& cameras)
 
 void CameraSearch::tellProblems(Console& console)
 {
-    for (const QString& problem : searchProblems())
+    for (const QString& problem : camera_line::searchProblems())
         console.err(printable(problem) + '\n');
 }
 
