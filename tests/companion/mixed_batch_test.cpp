@@ -122,6 +122,26 @@ TEST_F(EightCameras, areListedExportedPlannedImportedRolledBackAndCloned)
     EXPECT_EQ(withWidth(480), "12345678");
 }
 
+// Words of registers would be turned, and GigE Vision's own features have no meaning elsewhere.
+TEST_F(EightCameras, areClonedFromToThoseOfTheirKindOnly)
+{
+    for (const size_t from : {size_t(0), size_t(3), size_t(6)}) {
+        cameras[from]->change(R"({"nodes": {"Width": 480}})");
+        const Ran ran =
+            run({"clone", "--from", QString("CAM%1").arg(from + 1), "--all", "--yes", "--no-audit"});
+        EXPECT_EQ(ran.code, 5) << ran;
+        cameras[from]->change(R"({"nodes": {"Width": 640}})");
+        const QString alike = withWidth(480);
+        EXPECT_EQ(alike, from == 0 ? "2" : from == 3 ? "356" : "8") << ran;
+        EXPECT_EQ(ran.output.count("registers are in the order of their transport."), 7 - alike.size())
+            << ran;
+        EXPECT_EQ(ran.errors.count("registers are in the order of their transport."), 7 - alike.size())
+            << ran;
+        for (emu::Shell* camera : cameras)
+            camera->change(R"({"nodes": {"Width": 640}})");
+    }
+}
+
 TEST_F(EightSlowCameras, oneThatLeavesInTheMiddleCostsNoOther)
 {
     const QString whole = filesIn("whole");

@@ -1,6 +1,7 @@
 #include "iefeatures/commands/CloneCommand.h"
 
 #include "iefeatures/check/CheckReport.h"
+#include "iefeatures/check/KindCheck.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
@@ -21,11 +22,19 @@ namespace
 {
 
 // To people on the message stream: what it looks like is theirs to judge, the results come later.
-void tellPlan(Console& console, const std::vector<ListedCamera>& targets, const ie::FeaturesContent& content,
-              const ImportOptions& options)
+void tellPlan(Console& console, const ListedCamera& source, const std::vector<ListedCamera>& targets,
+              const ie::FeaturesContent& content, const ImportOptions& options)
 {
-    const auto plan = checkCameras(console, targets, content, {CheckMode::Plan, false, options.ignored()},
-                                   [] { return !Interrupt::isRequested(); });
+    std::vector<ListedCamera> alike;
+    std::vector<CameraCheck> refused;
+    for (const ListedCamera& target : targets)
+        if (const auto refusal = refusalOfOtherKind(target, source))
+            refused.push_back(*refusal);
+        else
+            alike.push_back(target);
+    auto plan = checkCameras(console, alike, content, {CheckMode::Plan, false, options.ignored()},
+                             [] { return !Interrupt::isRequested(); });
+    plan.insert(plan.end(), refused.begin(), refused.end());
     for (const CameraCheck& check : plan)
         console.object("plan", checkJson(check));
     if (!console.isJson())
@@ -122,7 +131,7 @@ int CloneCommand::clone(World& world, const Roles& roles) const
         world.console.err(roles.source().title() + ": its export cannot be read as a features file.\n");
         return ExitJobFailed;
     }
-    tellPlan(world.console, roles.targets, input.content, m_options);
+    tellPlan(world.console, roles.source(), roles.targets, input.content, m_options);
     int code = ExitWell;
     if (!m_isAgreed && !isAgreedTo(world, roles, code))
         return code;

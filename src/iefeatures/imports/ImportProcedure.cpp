@@ -3,6 +3,7 @@
 #include "iefeatures/cameras/InParallel.h"
 #include "iefeatures/check/EntryNature.h"
 #include "iefeatures/check/ImportProof.h"
+#include "iefeatures/check/KindCheck.h"
 #include "iefeatures/check/WriteSafety.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
@@ -105,7 +106,9 @@ int ImportProcedure::run(const std::vector<ImportJob>& jobs)
         std::all_of(jobs.begin(), jobs.end(), [](const ImportJob& job) { return job.files->input.isGood(); });
     if (!isGood)
         refuse();
-    else if (!m_task.isForced)
+    else
+        refuseOtherKinds();
+    if (isGood && !m_task.isForced)
         refuseDangers();
     if (!beginAudit())
         return ExitInputOutput;
@@ -140,12 +143,22 @@ void ImportProcedure::refuse()
         m_console.err(error + '\n');
 }
 
+void ImportProcedure::refuseOtherKinds()
+{
+    if (!m_task.source)
+        return;
+    for (CameraImport& result : m_results) {
+        result.check = refusalOfOtherKind(result.camera, *m_task.source);
+        result.isRefused = result.check.has_value();
+    }
+}
+
 // Over connections that only read. A camera that cannot be asked is told by its job.
 void ImportProcedure::refuseDangers()
 {
     inParallel(m_results.size(), [&](size_t i) {
         const ie::FeaturesContent& content = m_results[i].files->input.content;
-        if (!mayHoldDangers(content))
+        if (m_results[i].isRefused || !mayHoldDangers(content))
             return;
         const auto refused = refusal(m_results[i].camera, content);
         if (!refused)

@@ -50,6 +50,7 @@ private:
     Cameras going();
 
     void refuse();
+    void refuseOtherKinds();
     void refuseDangers();
     std::vector<AuditFile> auditFilesOf(const ImportFiles& files);
     bool beginAudit();
