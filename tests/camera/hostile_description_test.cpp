@@ -1,6 +1,7 @@
 // Descriptions that are no worse than the standard allows and far beyond what anybody makes: what they cost
 // stays bounded, and what cannot be done has a status.
 #include "camera/FakePort.h"
+#include "support/RegisterByRegister.h"
 
 #include <gtest/gtest.h>
 
@@ -124,6 +125,7 @@ void setUnhurried(tests::FakeDevice& device)
 
 TEST(HostileDescription, aWalkOverFiftyThousandFeaturesTakesARequestForMoreThanAHundredOfThem)
 {
+    const tests::ReadingAhead on(true);
     std::string list = "<Category Name=\"Root\">";
     std::string nodes;
     std::vector<std::string> names;
@@ -150,6 +152,7 @@ TEST(HostileDescription, aWalkOverFiftyThousandFeaturesTakesARequestForMoreThanA
 // before it says.
 TEST(HostileDescription, aWalkOverFeaturesBehindTwentySelectorsGoesDownTheChainOnce)
 {
+    const tests::ReadingAhead on(true);
     constexpr int kFeatures = 400;
     std::string list = "<Category Name=\"Root\">";
     std::string nodes;
@@ -189,6 +192,7 @@ TEST(HostileDescription, aWalkOverFeaturesBehindTwentySelectorsGoesDownTheChainO
 // Who asks by address cuts to 32 bits what his line has no more of. That is a row of reads as well.
 TEST(HostileDescription, whatLiesBehindAPlaceThatTheLineHasNotIsReadByAddressInARow)
 {
+    const tests::ReadingAhead on(true);
     constexpr uint64_t far = 0xFFFFD0000000;
     constexpr int kFeatures = 40;
     const auto condition = [](const std::string& text) { return "<pIsAvailable>Reg0</pIsAvailable>" + text; };

@@ -1,6 +1,7 @@
 // Reading ahead: the same answers and the same writes as without, in fewer requests, and nothing read that
 // must not be.
 #include "camera/FakePort.h"
+#include "support/RegisterByRegister.h"
 
 #include <gtest/gtest.h>
 
@@ -126,16 +127,6 @@ const std::vector<std::string> kNames = {
     "OneOfMany",  "Placed",   "PolledCount", "Real",    "Selector", "Started", "Switch",   "Text",
     "Wide",       "WriteOnly"};
 
-// A setting of the process, as long as it lives.
-class ReadingAhead
-{
-public:
-    explicit ReadingAhead(bool isOn) { setenv("KX_CAMERA_READ_AHEAD", isOn ? "1" : "0", 1); }
-    ~ReadingAhead() { unsetenv("KX_CAMERA_READ_AHEAD"); }
-    ReadingAhead(const ReadingAhead&) = delete;
-    ReadingAhead& operator=(const ReadingAhead&) = delete;
-};
-
 class Camera
 {
 public:
@@ -233,7 +224,7 @@ public:
     }
 
 private:
-    ReadingAhead m_setting;
+    tests::ReadingAhead m_setting;
 
 public:
     tests::FakeCamera camera;
@@ -455,7 +446,7 @@ TEST(ReadAhead, aCallerByAddressSeesWhatIsThereNowWhenHeAsksAgain)
 
 TEST(ReadAhead, registersOfALittleEndianCameraAreNotMixedWithItsMemory)
 {
-    const ReadingAhead on(true);
+    const tests::ReadingAhead on(true);
     tests::FakeCamera camera(description(20), KX_ACCESS_EXCLUSIVE, [](tests::FakeDevice& device) {
         device.registersPerRequest = 128;
         device.registersAreMemory = false;

@@ -1,5 +1,6 @@
 // The companion and cameras behind GenTL producers, bad ones among them.
 #include "camera/GentlStage.h"
+#include "support/RegisterByRegister.h"
 #include "support/RunProgram.h"
 
 #include <QFile>
@@ -64,8 +65,9 @@ TEST_F(GentlCompanion, theCompanionExportsPlansImportsAndVerifies)
 
 TEST_F(GentlCompanion, inOneBatchABadProducerFailsAloneAndTheOthersGoOn)
 {
+    const tests::RegisterByRegister oneByOne;
     setenv("KX_GENTL_TIMEOUT", "1500", 1);
-    stage.setFaults("bad:GCReadPortStacked=hang@3,worse:GCReadPort=crash@30");
+    stage.setFaults("bad:GCReadPort=hang@60,worse:GCReadPort=crash@30");
     for (const char* name : {"good", "bad", "worse"})
         stage.addProducer(name);
     stage.addCamera("A", "good");

@@ -3,6 +3,7 @@
 #include "camera_emulator/SerialCamera.h"
 #include "support/QtPrinting.h"
 #include "support/RealExport.h"
+#include "support/RegisterByRegister.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -60,10 +61,11 @@ TEST_F(GentlJobs, anExportIsThatOfTheSameCameraBehindASerialLine)
 
 TEST_F(GentlJobs, aProducerThatCrashesOrHangsInAnExportEndsItWithoutAFile)
 {
+    const tests::RegisterByRegister oneByOne;
     for (const char* kind : {"crash", "hang"}) {
         GentlStage own;
         setenv("KX_GENTL_TIMEOUT", "800", 1);
-        own.setFaults(std::string("GCReadPortStacked=") + kind + "@3");
+        own.setFaults(std::string("GCReadPort=") + kind + "@60");
         own.addProducer();
         own.addCamera("A");
         const tests::ExportOutcome outcome = tests::exportCamera(recordOf("A"), folder.path());
