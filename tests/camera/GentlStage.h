@@ -26,9 +26,11 @@ public:
         m_folder = std::filesystem::temp_directory_path() /
                    ("gentl_" + std::to_string(getpid()) + "_" + std::to_string(++count));
         std::filesystem::create_directories(m_folder);
-        // Helpers that crash shall do so at once, also where AddressSanitizer would first write it all down.
-        const char* const options = std::getenv("ASAN_OPTIONS");
-        setenv("ASAN_OPTIONS", ((options ? options : "") + std::string(":handle_segv=0")).c_str(), 1);
+        // Helpers that crash shall do so at once, also where a sanitizer would first write it all down.
+        for (const char* sanitizer : {"ASAN_OPTIONS", "TSAN_OPTIONS"}) {
+            const char* const options = std::getenv(sanitizer);
+            setenv(sanitizer, ((options ? options : "") + std::string(":handle_segv=0")).c_str(), 1);
+        }
         setenv("KX_CAMERA_INTERFACES", "none", 1);
         setenv("GENICAM_GENTL64_PATH", m_folder.c_str(), 1);
         for (const char* name : {"KX_GENTL_HOST", "KX_GENTL_LOG", "KX_GENTL_MEMORY", "KX_GENTL_SETTINGS",
