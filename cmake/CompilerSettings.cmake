@@ -8,6 +8,16 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
+# What a system does its own way stands in a file for each, NAME_posix.cpp and NAME_windows.cpp.
+if(WIN32)
+    set(IE_SYSTEM windows)
+    set(IE_NETWORK_LIBRARIES ws2_32 iphlpapi)
+    # Windows 10, and texts of the system as it has them.
+    add_compile_definitions(_WIN32_WINNT=0x0A00 WINVER=0x0A00 UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
+else()
+    set(IE_SYSTEM posix)
+endif()
+
 # Programs find their resources beside themselves, so everything that runs lies in one folder.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")

@@ -7,11 +7,6 @@
 #include "camera_emulator/Seed.h"
 #include "camera_emulator/UdpSocket.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -28,21 +23,6 @@ struct Waiting
     Peer peer;
     Bytes packet;
 };
-
-// Blocks until a socket or the wake pipe has something, or `due` has come.
-void waitForTraffic(const UdpSocket& unicast, const UdpSocket& broadcast, int wake,
-                    std::optional<Clock::time_point> due)
-{
-    // poll() leaves negative descriptors out.
-    pollfd entries[] = {
-        {unicast.descriptor(), POLLIN, 0}, {broadcast.descriptor(), POLLIN, 0}, {wake, POLLIN, 0}};
-    int timeout = -1;
-    if (due) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due - Clock::now()).count();
-        timeout = static_cast<int>(std::clamp<int64_t>(left, 0, 60000));
-    }
-    (void)::poll(entries, 3, timeout);
-}
 
 } // namespace
 
@@ -64,7 +44,7 @@ struct EmulatedCamera::State
     UdpSocket unicast;
     UdpSocket broadcast;
 
-    int wake[2] = {-1, -1}; // closed at its writing end to end the thread
+    EndSignal ending;
     std::thread thread;
 };
 
@@ -111,10 +91,9 @@ void EmulatedCamera::State::sendDue()
 void EmulatedCamera::State::run()
 {
     for (;;) {
-        waitForTraffic(unicast, broadcast, wake[0],
+        waitForTraffic(unicast, broadcast, ending,
                        outgoing.empty() ? std::nullopt : std::make_optional(outgoing.begin()->first));
-        char byte;
-        if (::read(wake[0], &byte, 1) == 0)
+        if (ending.isRaised())
             return;
         takePackets(unicast);
         takePackets(broadcast);
@@ -139,8 +118,8 @@ StartResult EmulatedCamera::start()
     std::optional<std::string> reason = state.unicast.bind(*state.address, gvcp::kPort, false);
     if (!reason && state.core.config.broadcast)
         reason = state.broadcast.bind(kEverybody, gvcp::kPort, true);
-    if (!reason && ::pipe2(state.wake, O_CLOEXEC | O_NONBLOCK) != 0)
-        reason = "no pipe";
+    if (!reason)
+        reason = state.ending.open();
     if (reason) {
         state.unicast.close();
         state.broadcast.close();
@@ -157,9 +136,9 @@ void EmulatedCamera::stop()
     State& state = *m_state;
     if (!state.thread.joinable())
         return;
-    ::close(state.wake[1]);
+    state.ending.raise();
     state.thread.join();
-    ::close(state.wake[0]);
+    state.ending.close();
     state.unicast.close();
     state.broadcast.close();
     state.outgoing.clear();

@@ -1,15 +1,17 @@
 #include "camera_emulator/Files.h"
 
-#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
 namespace emu
 {
 
+namespace fs = std::filesystem;
+
 std::optional<std::string> readFile(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(fs::u8path(path), std::ios::binary);
     std::ostringstream text;
     if (file.peek() != std::ifstream::traits_type::eof())
         text << file.rdbuf();
@@ -21,11 +23,14 @@ std::optional<std::string> readFile(const std::string& path)
 
 bool writeFile(const std::string& path, const std::string& text)
 {
-    const std::string temporary = path + ".part";
+    const fs::path temporary = fs::u8path(path + ".part");
     std::ofstream file(temporary, std::ios::binary);
     file << text;
     file.close();
-    return file && std::rename(temporary.c_str(), path.c_str()) == 0;
+    std::error_code failure;
+    if (file)
+        fs::rename(temporary, fs::u8path(path), failure); // over an older one
+    return file && !failure;
 }
 
 } // namespace emu

@@ -1,9 +1,9 @@
 #include "camera_emulator/GenCpResponder.h"
 
 #include "camera_emulator/Zip.h"
+#include "digest/Digest.h"
 
 #include <algorithm>
-#include <openssl/evp.h>
 
 namespace emu
 {
@@ -123,9 +123,8 @@ void writeTexts(const CameraConfig& config, Memory& memory)
 // Of the first `size` bytes.
 Bytes sha1Of(const Bytes& bytes, size_t size)
 {
-    Bytes digest(kSha1Size);
-    EVP_Digest(bytes.data(), size, digest.data(), nullptr, EVP_sha1(), nullptr);
-    return digest;
+    const digest::Sha1 sum = digest::sha1({reinterpret_cast<const char*>(bytes.data()), size});
+    return {sum.begin(), sum.end()};
 }
 
 // The form that the configuration asks for comes first.

@@ -1,10 +1,8 @@
-#include "camera_emulator/EmulatedCamera.h"
 #include "camera_emulator/Files.h"
-#include "camera_emulator/GrabberCamera.h"
+#include "camera_emulator/NewCamera.h"
 #include "camera_emulator/Options.h"
-#include "camera_emulator/SerialCamera.h"
+#include "camera_emulator/ProgramSignals.h"
 
-#include <csignal>
 #include <iostream>
 #include <memory>
 #include <vector>
@@ -30,36 +28,19 @@ std::string statistics(const Cameras& cameras)
     return text + "]\n";
 }
 
-// The program's signals are blocked before any thread starts, so that sigwait() alone sees them.
-sigset_t blockSignals()
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGUSR1);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return signals;
-}
-
 void tellProblem(const emu::Shell& camera, const std::string& problem)
 {
     std::cerr << "camera_emulator: " << camera.place() << ": " << problem << std::endl;
 }
 
-std::unique_ptr<emu::Shell> newCamera(const emu::CameraOptions& wanted)
-{
-    if (!wanted.serial.link.empty())
-        return std::make_unique<emu::SerialCamera>(wanted.config, wanted.serial);
-    if (!wanted.grabber.socket.empty())
-        return std::make_unique<emu::GrabberCamera>(wanted.config, wanted.grabber);
-    return std::make_unique<emu::EmulatedCamera>(wanted.config);
-}
-
 int startAll(const emu::Options& options, Cameras& cameras)
 {
     for (const emu::CameraOptions& wanted : options.cameras) {
-        cameras.push_back(newCamera(wanted));
+        cameras.push_back(emu::newCamera(wanted));
+        if (!cameras.back()) {
+            std::cerr << "camera_emulator: this system has cameras with --address only." << std::endl;
+            return Usage;
+        }
         emu::Shell& camera = *cameras.back();
         for (const std::string& remark : camera.seedRemarks())
             tellProblem(camera, remark);
@@ -96,7 +77,7 @@ void changeAll(const emu::Options& options, const Cameras& cameras)
 
 int run(const emu::Options& options)
 {
-    const sigset_t signals = blockSignals();
+    emu::ProgramSignals signals;
     Cameras cameras;
     if (const int code = startAll(options, cameras))
         return code;
@@ -106,8 +87,7 @@ int run(const emu::Options& options)
     }
     std::cout << "ready" << std::endl;
 
-    int signal = 0;
-    while (sigwait(&signals, &signal) == 0 && signal == SIGUSR1)
+    while (signals.wait() == emu::Request::Change)
         changeAll(options, cameras);
     for (const auto& camera : cameras)
         camera->stop();
@@ -122,7 +102,7 @@ int run(const emu::Options& options)
 
 int main(int argc, char** argv)
 {
-    const emu::ParsedOptions parsed = emu::parseOptions({argv + 1, argv + argc});
+    const emu::ParsedOptions parsed = emu::parseOptions(emu::programArguments(argc, argv));
     if (parsed.options)
         return run(*parsed.options);
     if (parsed.isHelp) {

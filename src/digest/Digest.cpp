@@ -1,8 +1,4 @@
-// The digest as the system's cryptography library computes it.
 #include "digest/Digest.h"
-
-#include <new>
-#include <openssl/evp.h>
 
 namespace digest
 {
@@ -24,14 +20,6 @@ std::string hexOf(const std::array<uint8_t, Size>& bytes)
 
 } // namespace
 
-Sha256 sha256(std::string_view bytes)
-{
-    Sha256 digest;
-    if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha256(), nullptr) != 1)
-        throw std::bad_alloc();
-    return digest;
-}
-
 std::string hexText(const Sha256& digest)
 {
     return hexOf(digest);
@@ -39,10 +27,7 @@ std::string hexText(const Sha256& digest)
 
 std::string sha1Text(std::string_view bytes)
 {
-    std::array<uint8_t, 20> digest{};
-    if (EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha1(), nullptr) != 1)
-        throw std::bad_alloc();
-    return hexOf(digest);
+    return hexOf(sha1(bytes));
 }
 
 } // namespace digest

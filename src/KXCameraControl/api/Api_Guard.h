@@ -14,13 +14,17 @@ namespace kx::api
 {
 
 // Of the last failure on the calling thread.
-inline thread_local std::string lastThreadError;
+inline std::string& lastThreadError()
+{
+    static thread_local std::string text;
+    return text;
+}
 
 inline KX_Status failed(Camera* camera, KX_Status status, std::string text)
 {
     if (text.empty())
         text = statusText(status);
-    lastThreadError = text;
+    lastThreadError() = text;
     if (camera)
         camera->setErrorText(std::move(text));
     return status;

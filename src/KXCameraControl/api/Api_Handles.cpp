@@ -91,7 +91,7 @@ KX_Status KX_CC_GetLastErrorText(KX_HANDLE handle, char* text, uint32_t capacity
         if (!length || (!text && capacity > 0))
             return KX_E_PARAMETER;
         if (!handle)
-            return copyText(lastThreadError, text, capacity, length);
+            return copyText(lastThreadError(), text, capacity, length);
         const auto camera = findHandle(handle);
         return camera ? copyText(camera->errorText(), text, capacity, length) : KX_E_HANDLE;
     });

@@ -1,6 +1,8 @@
 // Walking a camera through its selectors, and the file.
 #include "KXCameraControl/bag/BagSaver.h"
 
+#include "KXCameraControl/bag/ReplaceFile.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -239,11 +241,11 @@ KX_Status writeFile(const std::string& path, const std::string& text, std::strin
         ok = std::fwrite(text.data(), 1, text.size(), file) == text.size();
         ok = std::fflush(file) == 0 && ok;
         ok = std::fclose(file) == 0 && ok;
-        ok = ok && std::rename(temporary.c_str(), path.c_str()) == 0;
     }
-    if (ok)
+    const std::string reason = ok ? replaceFile(temporary, path) : std::strerror(errno);
+    if (reason.empty())
         return KX_OK;
-    message = "The feature file " + path + " cannot be written: " + std::strerror(errno);
+    message = "The feature file " + path + " cannot be written: " + reason;
     if (file)
         std::remove(temporary.c_str());
     return KX_E_FILE;

@@ -1,7 +1,7 @@
 // Which port a camera gets.
 #include "KXCameraControl/camera/PortFactory.h"
 
-#include "KXCameraControl/camera/ModuleFeatures.h"
+#include "KXCameraControl/camera/PortNeeds.h"
 #include "KXCameraControl/ports/Transport.h"
 
 #include <mutex>
@@ -15,8 +15,8 @@ namespace
 std::mutex factoryMutex;
 PortFactory factoryInUse;
 
-// Ports know no nodes: what stands here, in the library from its load on, sets features for them.
-[[maybe_unused]] const bool setterIsKnown = (setModuleSetter(setModuleFeatures), true);
+// In the library from its load on.
+[[maybe_unused]] const bool areServed = (servePorts(), true);
 
 } // namespace
 

@@ -1,10 +1,10 @@
 // Files of descriptions: where they lie, reading and writing them, and which have to go.
 #include "KXCameraControl/description/DescriptionFolder.h"
 
+#include "KXCameraControl/description/DataFolder.h"
 #include "KXCameraControl/description/Unzip.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <random>
 #include <vector>
@@ -52,23 +52,14 @@ uintmax_t sizeOnDisk(const fs::directory_entry& file)
     return error ? 0 : (size / block + 1) * block;
 }
 
-fs::path absoluteFolder(const char* variable)
-{
-    const char* value = std::getenv(variable);
-    const fs::path folder = value ? value : "";
-    return folder.is_absolute() ? folder : fs::path();
-}
-
 } // namespace
 
 std::optional<DescriptionFolder> DescriptionFolder::ofEnvironment()
 {
-    const char* chosen = std::getenv("KX_DESCRIPTION_CACHE");
-    if (chosen && *chosen)
-        return std::string(chosen) == "off" ? std::nullopt : std::optional(DescriptionFolder(chosen));
-    fs::path data = absoluteFolder("XDG_DATA_HOME");
-    if (data.empty() && !absoluteFolder("HOME").empty())
-        data = absoluteFolder("HOME") / ".local/share";
+    const fs::path chosen = environmentPath("KX_DESCRIPTION_CACHE");
+    if (!chosen.empty())
+        return chosen == "off" ? std::nullopt : std::optional(DescriptionFolder(chosen));
+    const fs::path data = userDataFolder();
     if (data.empty())
         return std::nullopt;
     return DescriptionFolder(data / "VELA" / "descriptions");

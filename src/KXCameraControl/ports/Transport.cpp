@@ -1,21 +1,9 @@
 #include "KXCameraControl/ports/Transport.h"
 
-#include "KXCameraControl/ports/cameralink/SerialDiscovery.h"
-#include "KXCameraControl/ports/gentl/GenTlDiscovery.h"
-#include "KXCameraControl/ports/gige/GigeDiscovery.h"
-#include "KXCameraControl/ports/usb3/Usb3Discovery.h"
-
 #include <algorithm>
 
 namespace kx
 {
-
-const std::vector<Transport>& transports()
-{
-    static const std::vector<Transport> table{gigeTransport(), usb3Transport(), serialTransport(),
-                                              gentlTransport()};
-    return table;
-}
 
 const Transport* transportOf(const KX_DeviceInfo& device)
 {

@@ -31,6 +31,7 @@ struct Transport
     std::vector<std::string> (*problems)() = nullptr;
 };
 
+// Those of this system (Transports_posix.cpp, Transports_windows.cpp).
 const std::vector<Transport>& transports();
 // Null: a transport that this library has no port for.
 const Transport* transportOf(const KX_DeviceInfo& device);

@@ -1,5 +1,5 @@
 // What the network ports need of the operating system, and nothing more. Everything that names a system call
-// is in Socket.cpp; a Winsock half goes there. Addresses and port numbers are in host byte order.
+// is in Socket_posix.cpp or Socket_windows.cpp. Addresses and port numbers are in host byte order.
 #pragma once
 
 #include <chrono>

@@ -3,9 +3,11 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -86,6 +88,45 @@ void UdpSocket::send(const Bytes& packet, Peer to)
     // UDP promises nothing: a packet that cannot be sent is a lost one.
     (void)::sendto(m_descriptor, packet.data(), packet.size(), 0, reinterpret_cast<const sockaddr*>(&name),
                    sizeof name);
+}
+
+std::optional<std::string> EndSignal::open()
+{
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
+        return std::strerror(errno);
+    close();
+    m_isRaised = false;
+    m_readEnd = ends[0];
+    m_writeEnd = ends[1];
+    return std::nullopt;
+}
+
+void EndSignal::raise()
+{
+    m_isRaised = true;
+    (void)!::write(m_writeEnd, "", 1);
+}
+
+void EndSignal::close()
+{
+    for (int* end : {&m_readEnd, &m_writeEnd})
+        if (*end >= 0)
+            ::close(std::exchange(*end, -1));
+}
+
+void waitForTraffic(const UdpSocket& unicast, const UdpSocket& broadcast, const EndSignal& end,
+                    std::optional<Clock::time_point> due)
+{
+    // poll() leaves negative descriptors out.
+    pollfd entries[] = {
+        {unicast.descriptor(), POLLIN, 0}, {broadcast.descriptor(), POLLIN, 0}, {end.m_readEnd, POLLIN, 0}};
+    int timeout = -1;
+    if (due) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(*due - Clock::now()).count();
+        timeout = static_cast<int>(std::clamp<int64_t>(left, 0, 60000));
+    }
+    (void)::poll(entries, 3, timeout);
 }
 
 } // namespace emu

@@ -1,0 +1,8 @@
+#include "KXCameraControl/camera/PortNeeds.h"
+
+namespace kx
+{
+
+void servePorts() {}
+
+} // namespace kx

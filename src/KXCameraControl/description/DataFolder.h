@@ -1,0 +1,14 @@
+// Where the system has a place for what programs keep for a user.
+#pragma once
+
+#include <filesystem>
+
+namespace kx
+{
+
+// The value of an environment variable as a path, in whatever letters; empty without one.
+std::filesystem::path environmentPath(const char* variable);
+// The user's folder for programs' data; empty where the environment names none.
+std::filesystem::path userDataFolder();
+
+} // namespace kx

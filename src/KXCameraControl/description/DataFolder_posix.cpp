@@ -1,0 +1,33 @@
+// As the XDG Base Directory Specification has it.
+#include "KXCameraControl/description/DataFolder.h"
+
+#include <cstdlib>
+
+namespace kx
+{
+
+namespace
+{
+
+std::filesystem::path absoluteFolder(const char* variable)
+{
+    const std::filesystem::path folder = environmentPath(variable);
+    return folder.is_absolute() ? folder : std::filesystem::path();
+}
+
+} // namespace
+
+std::filesystem::path environmentPath(const char* variable)
+{
+    const char* value = std::getenv(variable);
+    return value ? value : "";
+}
+
+std::filesystem::path userDataFolder()
+{
+    const std::filesystem::path data = absoluteFolder("XDG_DATA_HOME");
+    const std::filesystem::path home = absoluteFolder("HOME");
+    return data.empty() && !home.empty() ? home / ".local/share" : data;
+}
+
+} // namespace kx

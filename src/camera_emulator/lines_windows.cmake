@@ -1,0 +1,1 @@
+# Cameras behind serial lines and frame grabbers take what POSIX systems have.
