@@ -10,6 +10,8 @@
 #include <QStandardPaths>
 
 #include <cstdio>
+#include <sstream>
+#include <thread>
 
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
@@ -70,6 +72,17 @@ protected:
                 found.push_back((object["name"].is_null() ? "-" : object["name"].get<std::string>()) + ": " +
                                 object["state"].get<std::string>());
         return found;
+    }
+
+    // With a person at the terminal.
+    static Result runAsked(const Arguments& arguments, const companion::Ask& ask)
+    {
+        std::ostringstream out, err;
+        companion::Console console(out, err, false, false);
+        companion::World world{console};
+        world.ask = ask;
+        const int code = companion::runCompanion(arguments, world);
+        return {code, out.str(), err.str()};
     }
 
     uint64_t writes()
@@ -197,6 +210,27 @@ TEST_F(LineOfCameras, NeedsItsFiles)
     EXPECT_EQ(check().code, 6);
 }
 
+// Between the two looks; the bag is the last that is written before the second.
+TEST_F(LineOfCameras, ProposesToIgnoreWhatMovesByItself)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    const QString bag = QString::fromStdString(path("hall-files/bags/Gate 1.fpk"));
+    std::thread mover([&] {
+        for (int i = 0; i < 600 && !QFile::exists(bag); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_EQ(camera.setNode("Height", int64_t(16)), "");
+    });
+    const Result run = line({"init"}, {"--all", "--pause", "6"});
+    mover.join();
+    ASSERT_EQ(run.code, 0) << run.err;
+    EXPECT_THAT(run.err,
+                HasSubstr("EMU-1 S1: Height moved by itself from 480 to 16; it is proposed as ignored.\n"));
+    EXPECT_THAT(fileText("hall.toml").toStdString(),
+                HasSubstr("ignored = [\n    \"Height\", # moved by itself from 480 to 16\n]\n"));
+    EXPECT_EQ(inventory().cameras[0].ignored, QStringList{"Height"});
+    EXPECT_EQ(check().code, 0);
+}
+
 TEST_F(LineOfCameras, GivesNamesToThoseThatHaveNone)
 {
     addCamera("S1");
@@ -240,6 +274,18 @@ TEST_F(LineOfCameras, IsNotLeftByHostileNames)
     EXPECT_THAT(run.err, HasSubstr("its file would lie outside of the folder"));
     ASSERT_EQ(init({"--all", "--name-by", "order"}).code, 0);
     EXPECT_EQ(inventory().cameras[0].name, "Camera 1");
+    EXPECT_EQ(check().code, 0);
+}
+
+// The camera library takes no such path for a bag.
+TEST_F(LineOfCameras, HasOtherNamesForCamerasWhoseBagsCouldNotBeWritten)
+{
+    addNamed("S1", "\xE9\x95\x9C\xE5\xA4\xB4"); // two Chinese characters
+    const Result run = init();
+    EXPECT_EQ(run.code, 1);
+    EXPECT_THAT(run.err, HasSubstr("Latin-1"));
+    EXPECT_THAT(run.err, EndsWith("The inventory was not written.\n"));
+    EXPECT_EQ(init({"--all", "--name-by", "serial"}).code, 0);
     EXPECT_EQ(check().code, 0);
 }
 
@@ -298,6 +344,133 @@ TEST_F(LineOfCameras, TellsWhereItsInventoryIsWrongAndThatTheRunHasFailed)
     EXPECT_EQ(run.code, 6);
     EXPECT_EQ(run.err, file() + ":2:8: name has to be a text.\n");
     EXPECT_THAT(fileText("m.prom").toStdString(), HasSubstr("iefeatures_line_check_success{line=\"\"} 0\n"));
+}
+
+TEST_F(LineOfCameras, IsSetAsTheInventorySays)
+{
+    for (const char* serial : {"S1", "S2", "S3"})
+        addNamed(serial, std::string("Gate ") + serial);
+    ASSERT_EQ(init().code, 0);
+    for (emu::EmulatedCamera& camera : cameras())
+        ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    ASSERT_EQ(check().code, 4);
+    const Result run = line({"apply"}, {"--yes"});
+    EXPECT_EQ(run.code, 0) << run.err << run.out;
+    EXPECT_THAT(run.err, HasSubstr("would change: Height: 16 -> 480"));
+    EXPECT_EQ(check().code, 0);
+    // Snapshots of what was there before, audit lines, the user set.
+    const QDir snapshots(QString::fromStdString(path("hall-files/snapshots")));
+    EXPECT_EQ(snapshots.entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 3);
+    EXPECT_THAT(lastAuditLine(), HasSubstr("\"command\":\"line apply\""));
+    EXPECT_THAT(lastAuditLine(), HasSubstr("\"user_set\":\"UserSet1\""));
+    const Result again = line({"apply"}, {"--yes"});
+    EXPECT_EQ(again.code, 0);
+    EXPECT_THAT(again.err, HasSubstr("Gate S1: in order\n"));
+}
+
+TEST_F(LineOfCameras, IsNotSetWithoutAgreement)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    const uint64_t before = writes();
+    const Result dry = line({"apply"}, {"--dry-run"});
+    EXPECT_EQ(dry.code, 0);
+    EXPECT_THAT(dry.out, HasSubstr("would change: Height: 16 -> 480"));
+    const Result asked = line({"apply"}); // nobody is there to be asked
+    EXPECT_EQ(asked.code, 2);
+    EXPECT_THAT(asked.err, HasSubstr("There is no terminal to ask on"));
+    EXPECT_EQ(line({"apply"}, {"--camera", "Gate 9", "--yes"}).code, 2);
+    EXPECT_EQ(writes(), before);
+}
+
+TEST_F(LineOfCameras, LeavesAloneWhoIsNotItsOwnAndTellsWhoIsMissing)
+{
+    emu::EmulatedCamera& gone = addNamed("S1", "Gate 1");
+    emu::EmulatedCamera& here = addNamed("S2", "Gate 2");
+    ASSERT_EQ(init().code, 0);
+    emu::EmulatedCamera& stranger = addNamed("S3", "Gate 3");
+    gone.stop();
+    ASSERT_EQ(here.setNode("Height", int64_t(16)), "");
+    ASSERT_EQ(stranger.setNode("Height", int64_t(16)), "");
+    const uint64_t before = stranger.counters().settingWrites;
+    const Result run = line({"apply"}, {"--yes"});
+    EXPECT_EQ(run.code, 3);
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S3: not in the inventory; it is left alone.\n"));
+    EXPECT_THAT(run.err, HasSubstr("Gate 1: missing\n"));
+    EXPECT_EQ(stranger.counters().settingWrites, before);
+    EXPECT_THAT(states(), ElementsAre("Gate 1: missing", "Gate 2: in order", "-: not in the inventory"));
+}
+
+TEST_F(LineOfCameras, TellsOfNamesAndAddressesThatStayAsTheyAre)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    write("hall.toml", fileText("hall.toml").replace("[camera.\"Gate 1\"]", "[camera.\"Gate 2\"]"));
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    const Result run = line({"apply"}, {"--yes"});
+    EXPECT_EQ(run.code, 4);
+    EXPECT_THAT(run.err, HasSubstr("Gate 2: name: Gate 1, should be Gate 2; that stays as it is.\n"));
+    EXPECT_THAT(states(), ElementsAre("Gate 2: elsewhere"));
+    EXPECT_THAT(check().out, Not(HasSubstr("Height")));
+}
+
+// The first one proves the files.
+TEST_F(LineOfCameras, StopsWhatHasNotBegunWhenTheFirstOneFails)
+{
+    emu::EmulatedCamera& first = addNamed("S1", "Gate 1");
+    emu::EmulatedCamera& second = addNamed("S2", "Gate 2");
+    ASSERT_EQ(init().code, 0);
+    for (emu::EmulatedCamera& camera : cameras())
+        ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    first.stealControl(false); // it can be read, and not written to
+    const uint64_t before = second.counters().settingWrites;
+    const Result run = line({"apply"}, {"--yes"});
+    EXPECT_EQ(run.code, 1);
+    EXPECT_THAT(run.err, HasSubstr("Gate 2: not begun.\n"));
+    EXPECT_EQ(second.counters().settingWrites, before);
+    first.releaseControl();
+    EXPECT_EQ(line({"apply"}, {"--yes", "--all-at-once"}).code, 0);
+    EXPECT_EQ(check().code, 0);
+}
+
+// Somebody sets a camera while the question is asked.
+TEST_F(LineOfCameras, IsLookedAtAgainBeforeTheFirstWrite)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    const auto meddle = [&](companion::Console&, const std::string&) {
+        EXPECT_EQ(camera.setNode("Height", int64_t(32)), "");
+        return std::optional<std::string>("y");
+    };
+    const uint64_t before = writes();
+    const Result run = runAsked({"line", "apply", file()}, meddle);
+    EXPECT_EQ(run.code, 1);
+    EXPECT_THAT(run.err, HasSubstr("Gate 1: it has changed since it was planned; nothing was written.\n"));
+    EXPECT_EQ(writes(), before);
+}
+
+TEST_F(LineOfCameras, LetsWhatACameraHasNowBecomeRight)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    addNamed("S2", "Gate 2");
+    ASSERT_EQ(init().code, 0);
+    const QByteArray old = fileText("hall-files/features/Gate 1.fpk");
+    EXPECT_THAT(line({"adopt"}, {"--camera", "Gate 1", "--yes"}).err,
+                HasSubstr("Gate 1 is as the inventory says.\n"));
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    const Result run = line({"adopt"}, {"--camera", "Gate 1", "--yes", "--pause", "0"});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("Height: camera 16, file 480"));
+    EXPECT_EQ(check().code, 0);
+    const QDir files(QString::fromStdString(path("hall-files/features")));
+    const QStringList kept = files.entryList({"Gate 1.2*Z.fpk"});
+    ASSERT_EQ(kept.size(), 1);
+    EXPECT_EQ(fileText("hall-files/features/" + kept.front().toStdString()), old);
+    EXPECT_EQ(line({"adopt"}, {"--camera", "Gate 9", "--yes"}).code, 2);
+    cameras().front().stop();
+    EXPECT_EQ(line({"adopt"}, {"--camera", "Gate 1", "--yes"}).code, 3);
 }
 
 TEST_F(LineOfCameras, HasCommandsOfItsOwn)

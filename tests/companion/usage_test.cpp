@@ -169,7 +169,7 @@ TEST(ManPage, NamesEveryOption)
     for (const char* command : {"export", "import", "list", "plan", "verify", "rollback", "clone", "diff",
                                 "show", "get", "set", "run"})
         help += QString::fromStdString(runWithoutCameras({command, "--help"}).out);
-    for (const char* command : {"init", "check"})
+    for (const char* command : {"init", "check", "apply", "adopt"})
         help += QString::fromStdString(runWithoutCameras({"line", command, "--help"}).out);
     auto options = QRegularExpression("--[a-z-]+").globalMatch(help);
     int seen = 0;

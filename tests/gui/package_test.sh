@@ -18,6 +18,7 @@ dpkg-deb -x "$package" "$root"
 dpkg-deb -f "$package" Depends | grep -q libqt5widgets5 || fail "the package does not name what it needs"
 
 for file in share/applications/import-export-features.desktop share/man/man1/iefeatures.1 share/man/man1/camera_emulator.1 \
+    share/bash-completion/completions/iefeatures share/doc/import-export-features/line-inventory.schema.json \
     share/doc/import-export-features/LICENSE share/doc/import-export-features/LICENSE.Lato \
     share/icons/hicolor/{16x16,24x24,32x32,48x48,64x64,128x128,256x256}/apps/import-export-features.png \
     lib/import-export-features/Translation/qt_zh_CN.qm lib/import-export-features/FontLato/Lato-Regular.ttf; do

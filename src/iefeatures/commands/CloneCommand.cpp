@@ -2,6 +2,7 @@
 
 #include "iefeatures/check/CheckReport.h"
 #include "iefeatures/check/KindCheck.h"
+#include "iefeatures/commands/Agreement.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
@@ -132,9 +133,12 @@ int CloneCommand::clone(World& world, const Roles& roles) const
         return ExitJobFailed;
     }
     tellPlan(world.console, roles.source(), roles.targets, input.content, m_options);
-    int code = ExitWell;
-    if (!m_isAgreed && !isAgreedTo(world, roles, code))
-        return code;
+    if (!m_isAgreed) {
+        const QString question =
+            QString("Set %1 camera(s) as %2 is set?").arg(roles.targets.size()).arg(roles.source().title());
+        if (const int code = askForAgreement(world, question))
+            return code;
+    }
 
     ImportTask task;
     task.command = name();
@@ -157,28 +161,6 @@ QString CloneCommand::exportSource(Console& console, const ListedCamera& source,
     if (!done.isWhole())
         console.err(source.title() + ": could not be exported, so no camera was set.\n");
     return done.isWhole() ? done.result.job.path : QString();
-}
-
-bool CloneCommand::isAgreedTo(World& world, const Roles& roles, int& code) const
-{
-    if (Interrupt::isRequested()) {
-        code = ExitInterrupted;
-        return false;
-    }
-    const QString question = QString("Set %1 camera(s) as %2 is set? [y/N] ")
-                                 .arg(roles.targets.size())
-                                 .arg(roles.source().title());
-    const std::optional<std::string> answer = world.ask(world.console, question.toStdString());
-    if (!answer) {
-        world.console.err(std::string("There is no terminal to ask on; --yes goes on without.\n"));
-        code = ExitUsage;
-        return false;
-    }
-    const bool isYes = *answer == "y" || *answer == "Y" || *answer == "yes";
-    if (!isYes)
-        world.console.err(std::string("Nothing was written.\n"));
-    code = Interrupt::isRequested() ? ExitInterrupted : isYes ? ExitWell : ExitJobFailed;
-    return isYes && !Interrupt::isRequested();
 }
 
 } // namespace companion

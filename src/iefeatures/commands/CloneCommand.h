@@ -31,7 +31,6 @@ private:
     int objectTo(Console& console, const Roles& roles) const;
     int clone(World& world, const Roles& roles) const;
     QString exportSource(Console& console, const ListedCamera& source, const QString& folder) const;
-    bool isAgreedTo(World& world, const Roles& roles, int& code) const;
 
     std::string m_source;
     CameraSelection m_targets;

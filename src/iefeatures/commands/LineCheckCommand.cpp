@@ -1,6 +1,7 @@
 #include "iefeatures/commands/LineCheckCommand.h"
 
 #include "iefeatures/commands/CameraSearch.h"
+#include "iefeatures/commands/LineFile.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
@@ -22,16 +23,6 @@ QString writeReport(const std::string& file, const QByteArray& text)
 }
 
 } // namespace
-
-bool readInventoryOrTell(Console& console, const std::string& file, Inventory& inventory)
-{
-    const QString path = QString::fromStdString(file);
-    const InventoryReading reading = readInventory(path);
-    for (const InventoryFault& fault : reading.faults)
-        console.err(faultText(path, fault) + '\n');
-    inventory = reading.inventory;
-    return reading.isGood();
-}
 
 void LineCheckCommand::addOptions(CLI::App& app)
 {

@@ -36,7 +36,4 @@ private:
     bool m_json = false;
 };
 
-// The faults, a line each, to the message stream. False: there are some.
-bool readInventoryOrTell(Console& console, const std::string& file, Inventory& inventory);
-
 } // namespace companion

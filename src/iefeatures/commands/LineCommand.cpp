@@ -1,5 +1,7 @@
 #include "iefeatures/commands/LineCommand.h"
 
+#include "iefeatures/commands/LineAdoptCommand.h"
+#include "iefeatures/commands/LineApplyCommand.h"
 #include "iefeatures/commands/LineCheckCommand.h"
 #include "iefeatures/commands/LineInitCommand.h"
 #include "iefeatures/console/ExitCode.h"
@@ -13,6 +15,8 @@ LineCommand::LineCommand()
 {
     m_parts.push_back({std::make_unique<LineInitCommand>()});
     m_parts.push_back({std::make_unique<LineCheckCommand>()});
+    m_parts.push_back({std::make_unique<LineApplyCommand>()});
+    m_parts.push_back({std::make_unique<LineAdoptCommand>()});
 }
 
 void LineCommand::addOptions(CLI::App& app)

@@ -1,21 +1,17 @@
 #include "iefeatures/commands/LineInitCommand.h"
 
-#include "iefeatures/cameras/CameraJson.h"
-#include "iefeatures/commands/LineCheckCommand.h"
+#include "iefeatures/commands/LineFile.h"
+#include "iefeatures/commands/LineTaking.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
-#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
 #include "iefeatures/console/Text.h"
-#include "iefeatures/line/InventoryEdit.h"
 #include "iefeatures/line/LineMatch.h"
 #include "iefeatures/running/JobRun.h"
 
 #include <CLI/CLI.hpp>
 
 #include <QFileInfo>
-
-#include <algorithm>
 
 namespace companion
 {
@@ -28,32 +24,6 @@ LineNaming namingOf(const std::string& word)
            : word == "address" ? LineNaming::Address
            : word == "order"   ? LineNaming::Order
                                : LineNaming::Name;
-}
-
-// False: none has.
-bool tellProblems(Console& console, const std::vector<CapturedCamera>& cameras)
-{
-    bool hasAny = false;
-    for (const CapturedCamera& one : cameras)
-        for (const QString& problem : one.problems) {
-            console.err(one.camera.title() + ": " + printable(problem) + '\n');
-            hasAny = true;
-        }
-    return hasAny;
-}
-
-// Who goes by another name, or is at another address, than at the first look.
-void compareLooks(const std::vector<ListedCamera>& now, std::vector<CapturedCamera>& cameras)
-{
-    for (CapturedCamera& one : cameras) {
-        const ListedCamera& before = one.camera;
-        const bool isAlike = std::any_of(now.begin(), now.end(), [&](const ListedCamera& camera) {
-            return camera.mac == before.mac && camera.guid == before.guid && camera.serial == before.serial &&
-                   camera.userName == before.userName && camera.address == before.address;
-        });
-        if (!isAlike)
-            one.problems += "its name or address was another one at the second look, or it was gone.";
-    }
 }
 
 } // namespace
@@ -94,7 +64,10 @@ int LineInitCommand::execute(World& world)
     Inventory inventory;
     if (const int code = prepare(world.console, inventory))
         return code;
-    return runLogged(world.console, m_log, [&] { return take(world, inventory); });
+    std::vector<CapturedCamera> cameras(1);
+    if (const int code = find(world, inventory, cameras))
+        return code;
+    return runLogged(world.console, m_log, [&] { return take(world, inventory, cameras); });
 }
 
 // Before any camera is asked.
@@ -108,11 +81,9 @@ int LineInitCommand::prepare(Console& console, Inventory& inventory) const
     if (!isNew()) {
         if (!readInventoryOrTell(console, m_file, inventory))
             return ExitInputOutput;
-        if (m_refreshed.empty() || inventory.find(QString::fromStdString(m_refreshed)))
-            return ExitWell;
-        console.err(printable(path) + " has no camera \"" + printable(QString::fromStdString(m_refreshed)) +
-                    "\".\n");
-        return ExitUsage;
+        const bool isThere =
+            m_refreshed.empty() || hasCameras(console, inventory, {QString::fromStdString(m_refreshed)});
+        return isThere ? ExitWell : ExitUsage;
     }
     if (QFileInfo::exists(path) || QFileInfo(path).isSymLink()) {
         console.err(printable(path) + " is there already; --add or --refresh change it.\n");
@@ -122,20 +93,31 @@ int LineInitCommand::prepare(Console& console, Inventory& inventory) const
     return ExitWell;
 }
 
-int LineInitCommand::take(World& world, const Inventory& inventory) const
+int LineInitCommand::find(World& world, const Inventory& inventory,
+                          std::vector<CapturedCamera>& cameras) const
 {
-    std::vector<CapturedCamera> cameras;
-    const int chosen = isNew() || m_isAdded ? choose(world, inventory, cameras)
-                                            : chooseForRefresh(world, inventory, cameras);
-    if (chosen != ExitWell)
-        return chosen;
-    if (tellProblems(world.console, cameras)) {
-        world.console.err(std::string("Nothing was written.\n"));
-        return ExitUsage;
-    }
-    if (const int code = captureAll(world, inventory, cameras))
+    const QString refreshed = QString::fromStdString(m_refreshed);
+    const int code = refreshed.isEmpty()
+                         ? choose(world, inventory, cameras)
+                         : findCameraOf(world, m_search, inventory, refreshed, cameras.front());
+    if (code != ExitWell || !tellProblems(world.console, cameras))
         return code;
-    return write(world.console, inventory, cameras);
+    world.console.err(std::string("Nothing was written.\n"));
+    return ExitUsage;
+}
+
+int LineInitCommand::take(World& world, const Inventory& inventory,
+                          std::vector<CapturedCamera>& cameras) const
+{
+    CaptureTask task;
+    task.userSet = QString::fromStdString(m_userSet);
+    task.isJson = m_json;
+    task.pause = std::chrono::milliseconds(qint64(m_pause * 1000));
+    task.mayGoOn = [] { return !Interrupt::isRequested(); };
+    if (const int code = captureAll(world, inventory, task, cameras))
+        return code;
+    const Taken taken = isNew() ? Taken::AsNew : m_isAdded ? Taken::Added : Taken::Refreshed;
+    return saveCaptured(world.console, inventory, cameras, taken);
 }
 
 // Those that an inventory has already have to be left out by whoever adds to it.
@@ -155,84 +137,6 @@ int LineInitCommand::choose(World& world, const Inventory& inventory,
                 if (one.camera.device.nDeviceID == match.camera->device.nDeviceID)
                     one.problems = QStringList("it is in the inventory, as \"" + match.wanted->name +
                                                "\"; --refresh takes it again.");
-    return ExitWell;
-}
-
-int LineInitCommand::chooseForRefresh(World& world, const Inventory& inventory,
-                                      std::vector<CapturedCamera>& cameras) const
-{
-    const QString name = QString::fromStdString(m_refreshed);
-    std::optional<ListedCamera> meant;
-    CameraSearch search(world, m_search, {true, false});
-    const int code = search.run([&](const std::vector<ListedCamera>& found) {
-        CameraSearch::Choice choice;
-        for (const LineMatch& match : matchLine(inventory, found))
-            if (match.wanted && match.wanted->name == name && match.camera && !match.isOther)
-                choice.cameras.push_back(*match.camera);
-        if (choice.cameras.empty())
-            choice.misses += "The camera \"" + printable(name) + "\" of the inventory is not there.";
-        return choice;
-    });
-    if (code != ExitWell)
-        return code;
-    cameras = nameCameras(search.cameras(), LineNaming::Name, {});
-    CapturedCamera& one = cameras.front();
-    one.entry.name = name;
-    one.entry.userName = one.camera.userName;
-    one.problems.clear();
-    return ExitWell;
-}
-
-int LineInitCommand::captureAll(World& world, const Inventory& inventory,
-                                std::vector<CapturedCamera>& cameras) const
-{
-    const Interrupt interrupt;
-    CaptureTask task;
-    task.userSet = QString::fromStdString(m_userSet);
-    task.isJson = m_json;
-    task.pause = std::chrono::milliseconds(qint64(m_pause * 1000));
-    task.mayGoOn = [] { return !Interrupt::isRequested(); };
-    capture(world.console, inventory, task, cameras);
-    if (!Interrupt::isRequested()) {
-        std::vector<ListedCamera> now;
-        if (const int code = CameraSearch::findAll(world, now))
-            return code;
-        compareLooks(now, cameras);
-    }
-    const bool hasProblems = tellProblems(world.console, cameras);
-    if (!hasProblems && !Interrupt::isRequested())
-        return ExitWell;
-    world.console.err(std::string("The inventory was not written.\n"));
-    return Interrupt::isRequested() ? ExitInterrupted : ExitJobFailed;
-}
-
-int LineInitCommand::write(Console& console, const Inventory& inventory,
-                           const std::vector<CapturedCamera>& cameras) const
-{
-    QString problem;
-    const QByteArray text = m_refreshed.empty() ? withCaptured(inventory, cameras, problem)
-                                                : withRefreshed(inventory, cameras.front(), problem);
-    if (problem.isEmpty())
-        problem = saveInventory(inventory, text, isNew());
-    if (!problem.isEmpty()) {
-        console.err(problem + '\n');
-        return ExitInputOutput;
-    }
-    for (const CapturedCamera& one : cameras) {
-        console.object("line_camera", {{"name", json(one.entry.name)},
-                                       {"camera", cameraJson(one.camera)},
-                                       {"features", json(one.entry.featuresFile)},
-                                       {"bag", json(one.entry.bagFile)},
-                                       {"moved", json(QStringList(one.entry.remarks.keys()))}});
-        for (auto it = one.entry.remarks.cbegin(); it != one.entry.remarks.cend(); ++it)
-            console.err(one.camera.title() + ": " + printable(it.key() + ' ' + it.value()) +
-                        (m_refreshed.empty() ? "; it is proposed as ignored.\n" : ".\n"));
-    }
-    if (!m_json)
-        console.out(QString("%1 camera%2 in %3\n")
-                        .arg(cameras.size())
-                        .arg(cameras.size() == 1 ? "" : "s")
-                        .arg(printable(inventory.path)));
     return ExitWell;
 }
 

@@ -23,12 +23,9 @@ public:
 
 private:
     int prepare(Console& console, Inventory& inventory) const;
-    int take(World& world, const Inventory& inventory) const;
+    int find(World& world, const Inventory& inventory, std::vector<CapturedCamera>& cameras) const;
+    int take(World& world, const Inventory& inventory, std::vector<CapturedCamera>& cameras) const;
     int choose(World& world, const Inventory& inventory, std::vector<CapturedCamera>& cameras) const;
-    int chooseForRefresh(World& world, const Inventory& inventory,
-                         std::vector<CapturedCamera>& cameras) const;
-    int captureAll(World& world, const Inventory& inventory, std::vector<CapturedCamera>& cameras) const;
-    int write(Console& console, const Inventory& inventory, const std::vector<CapturedCamera>& cameras) const;
     bool isNew() const { return !m_isAdded && m_refreshed.empty(); }
 
     std::string m_file;

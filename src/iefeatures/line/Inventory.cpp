@@ -112,6 +112,11 @@ QString InventoryCamera::nameInCamera() const
     return userName.value_or(name);
 }
 
+QString Inventory::filesFolder() const
+{
+    return folder.isEmpty() ? QFileInfo(path).completeBaseName() + "-files" : folder;
+}
+
 QString Inventory::resolved(const QString& relative) const
 {
     return QDir::cleanPath(QFileInfo(path).absoluteDir().absoluteFilePath(relative));

@@ -61,6 +61,8 @@ struct Inventory
     QMap<QString, QStringList> ignored;   // by model, beside each camera's own
     std::vector<InventoryCamera> cameras; // in the file's order
 
+    // The folder, or the usual one for an inventory of its name; as it would stand there.
+    QString filesFolder() const;
     // A path of the inventory from here: they are relative to its file.
     QString resolved(const QString& relative) const;
     const InventoryCamera* find(const QString& name) const; // null: there is none

@@ -6,7 +6,7 @@
 #include "iefeatures/check/CameraCheck.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/exports/WholeExport.h"
-#include "iefeatures/files/FeaturesFileInput.h"
+#include "iefeatures/files/FeatureBagInput.h"
 #include "iefeatures/imports/UserSet.h"
 #include "iefeatures/line/InventoryEdit.h"
 #include "iefeatures/line/InventoryText.h"
@@ -28,11 +28,6 @@ namespace
 
 const char* const kUsualSet = "UserSet1"; // SFNC, "User Set Control"
 constexpr std::chrono::milliseconds kTick{50};
-
-QString usualFolder(const QString& inventory)
-{
-    return QFileInfo(inventory).completeBaseName() + "-files";
-}
 
 // Without its name.
 InventoryCamera entryOf(const ListedCamera& camera)
@@ -106,8 +101,7 @@ private:
     void exportAll(const char* subFolder, ExportTask::Format format, QString InventoryCamera::*file,
                    QString InventoryCamera::*hash)
     {
-        const QString& known = m_inventory.folder;
-        const QString relative = (known.isEmpty() ? usualFolder(m_inventory.path) : known) + '/' + subFolder;
+        const QString relative = m_inventory.filesFolder() + '/' + subFolder;
         const QString folder = m_inventory.resolved(relative);
         std::vector<ListedCamera> cameras;
         std::vector<CapturedCamera*> taken;
@@ -122,6 +116,10 @@ private:
         }
         ExportTask task{format, [&](const StructDeviceInfo&) { return folder; }, m_task.isJson};
         task.naming = FileNaming::Name;
+        if (format == ExportTask::Format::FeatureBag)
+            task.objection = [&](const ListedCamera& camera) {
+                return bagPathProblem(folder + '/' + fileNameOf(camera, FileNaming::Name));
+            };
         const std::vector<CameraExport> done = runExports(m_console, cameras, task);
         for (size_t i = 0; i < taken.size(); ++i) {
             taken[i]->problems += problemsOf(done[i]);
@@ -236,7 +234,7 @@ Inventory newInventory(const QString& path, const QString& name)
     Inventory line;
     line.path = QFileInfo(path).absoluteFilePath();
     line.name = name.isEmpty() ? QFileInfo(path).completeBaseName() : name;
-    line.folder = usualFolder(path);
+    line.folder = line.filesFolder();
     line.text =
         "# What should be on this line; \"iefeatures line check\" compares it with what is.\n\n[line]\n"
         "name = " +
