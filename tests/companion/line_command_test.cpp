@@ -473,6 +473,47 @@ TEST_F(LineOfCameras, LetsWhatACameraHasNowBecomeRight)
     EXPECT_EQ(line({"adopt"}, {"--camera", "Gate 1", "--yes"}).code, 3);
 }
 
+// --line and --camera of the other commands.
+TEST_F(LineOfCameras, ChoosesCamerasForOtherCommands)
+{
+    addNamed("S1", "Gate 1");
+    addNamed("S2", "Gate 2");
+    ASSERT_EQ(init().code, 0);
+    emu::EmulatedCamera& stranger = addNamed("S3", "Gate 3");
+    const std::string features = path("hall-files/features");
+    EXPECT_EQ(objects(runInProcess({"list", "--line", file(), "--json"})).size(), 3u); // and the end
+    const Result verified = runInProcess({"verify", features, "--by", "name", "--line", file()});
+    EXPECT_EQ(verified.code, 0) << verified.err;
+    EXPECT_THAT(verified.out, EndsWith("2 applied\n"));
+    const Result one =
+        runInProcess({"verify", features, "--by", "name", "--line", file(), "--camera", "Gate 2"});
+    EXPECT_EQ(one.code, 0);
+    EXPECT_THAT(one.out, EndsWith("1 applied\n"));
+    EXPECT_EQ(runInProcess({"diff", features, "--by", "name", "--line", file()}).code, 0);
+    EXPECT_EQ(runInProcess({"export", "--to", folder(), "--line", file(), "--camera", "Gate 1"}).code, 0);
+    EXPECT_EQ(filesInFolder(), (QStringList{"EMU-1_S1.fpk", "hall.toml"}));
+    EXPECT_EQ(runInProcess({"import", path("EMU-1_S1.fpk"), "--line", file()}).code, 0);
+    EXPECT_EQ(stranger.counters().settingWrites, 0u);
+}
+
+TEST_F(LineOfCameras, ChoosesNobodyWhoIsNotThere)
+{
+    addNamed("S1", "Gate 1");
+    addNamed("S2", "Gate 2");
+    ASSERT_EQ(init().code, 0);
+    cameras().front().stop();
+    const Result run = runInProcess({"export", "--to", folder(), "--line", file()});
+    EXPECT_EQ(run.code, 3);
+    EXPECT_THAT(run.err, EndsWith("The camera \"Gate 1\" of the inventory is not there.\n"));
+    EXPECT_EQ(runInProcess({"list", "--line", file()}).code, 3);
+    EXPECT_EQ(runInProcess({"export", "--to", folder(), "--line", file(), "--keep-going"}).code, 3);
+    EXPECT_TRUE(filesInFolder().contains("EMU-1_S2.fpk"));
+    EXPECT_EQ(runInProcess({"list", "--line", file(), "--camera", "Gate 9"}).code, 2);
+    EXPECT_EQ(runInProcess({"list", "--camera", "Gate 1"}).code, 2);
+    EXPECT_EQ(runInProcess({"export", "--to", folder(), "--line", file(), "--all"}).code, 2);
+    EXPECT_EQ(runInProcess({"list", "--line", path("none.toml")}).code, 6);
+}
+
 TEST_F(LineOfCameras, HasCommandsOfItsOwn)
 {
     EXPECT_EQ(runInProcess({"line"}).code, 2);

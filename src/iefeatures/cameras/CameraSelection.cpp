@@ -18,6 +18,13 @@ QString otherNumber(unsigned expected, size_t found)
         .arg(found == 1 ? QString("1 was") : QString("%1 were").arg(found));
 }
 
+bool contains(const std::vector<ListedCamera>& cameras, const ListedCamera& one)
+{
+    return std::any_of(cameras.begin(), cameras.end(), [&](const ListedCamera& camera) {
+        return camera.device.nDeviceID == one.device.nDeviceID;
+    });
+}
+
 } // namespace
 
 void CameraSelection::addSelectors(CLI::App& group, CLI::Option* all)
@@ -52,7 +59,7 @@ void CameraSelection::addOptional(CLI::App& app)
 
 CLI::App& CameraSelection::addChoice(CLI::App& app, const char* more, const char* help)
 {
-    auto* group = app.add_option_group("Cameras", "Which cameras; several options choose more cameras");
+    auto* group = app.add_option_group(kGroup, "Which cameras; several options choose more cameras");
     if (more)
         group->add_option(more, m_more, help)->type_name("S")->check(companion::isGiven("Name a camera."));
     addSelectors(*group, group->add_flag("--all", m_all, "Every camera that is found"));
@@ -63,7 +70,7 @@ CLI::App& CameraSelection::addChoice(CLI::App& app, const char* more, const char
 void CameraSelection::addFilters(CLI::App& app)
 {
     m_isFilter = true;
-    addSelectors(*app.add_option_group("Cameras", "Of a folder: which cameras; every one without these"),
+    addSelectors(*app.add_option_group(kGroup, "Of a folder: which cameras; every one without these"),
                  nullptr);
     addCount(app);
 }
@@ -100,15 +107,18 @@ std::vector<CameraWord> CameraSelection::words() const
 CameraSelection::Choice CameraSelection::choose(const std::vector<ListedCamera>& cameras) const
 {
     Choice choice;
+    const Choice others = m_other ? m_other(cameras) : Choice();
     const std::vector<CameraWord> wanted = words();
     for (const ListedCamera& camera : cameras)
-        if (takesAll() || std::any_of(wanted.begin(), wanted.end(),
-                                      [&](const CameraWord& word) { return word.fits(camera); }))
+        if (takesAll() || contains(others.cameras, camera) ||
+            std::any_of(wanted.begin(), wanted.end(),
+                        [&](const CameraWord& word) { return word.fits(camera); }))
             choice.cameras.push_back(camera);
     for (const CameraWord& word : wanted)
         if (std::none_of(cameras.begin(), cameras.end(),
                          [&](const ListedCamera& camera) { return word.fits(camera); }))
             choice.misses += word.missing();
+    choice.misses += others.misses;
     if (takesAll() && cameras.empty())
         choice.misses += "No camera was found.";
     if (m_expected && *m_expected != choice.cameras.size())

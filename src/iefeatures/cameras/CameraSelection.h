@@ -5,6 +5,7 @@
 
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,6 +23,7 @@ class CameraSelection
 {
 public:
     using Words = std::vector<std::string>;
+    static constexpr char kGroup[] = "Cameras"; // of the options that choose
 
     // --all, or any number of --serial, --name, --address, --mac and --model, one of which must be given; and
     // --expect.
@@ -45,9 +47,12 @@ public:
         QStringList refusals = {}; // a sentence for each reason why nothing may be done
     };
     Choice choose(const std::vector<ListedCamera>& cameras) const;
+    // One way more to choose; nobody has to be meant otherwise then.
+    using Chooser = std::function<Choice(const std::vector<ListedCamera>& cameras)>;
+    void chooseAlsoBy(const Chooser& other) { m_other = other; }
     // Whether it means whoever is there, so that one that is not there goes unnoticed.
     bool isOpen() const { return takesAll() || !m_models.empty(); }
-    bool takesAll() const { return m_all || (m_isFilter && words().empty()); }
+    bool takesAll() const { return m_all || (m_isFilter && words().empty() && !m_other); }
     // Of options that may be left out (addOptional): nobody is meant.
     bool isEmpty() const { return !m_all && words().empty(); }
     // Of filters.
@@ -68,6 +73,7 @@ private:
     Words m_macs;
     Words m_models;
     Words m_more;
+    Chooser m_other; // empty: none
     std::optional<unsigned> m_expected;
 };
 

@@ -78,6 +78,7 @@ void CheckCommand::addOptions(CLI::App& app)
         ->check([](const std::string& file) { return std::string(file.empty() ? "Name a file." : ""); });
     m_folder.addOptions(app);
     m_selection.addOptions(app);
+    m_line.addOptions(app, *app.get_option_group(CameraSelection::kGroup));
     m_search.addWait(app);
     m_search.addKeepGoing(app);
     app.add_flag("--strict", m_isStrict, "Count also what streaming programs and automatic functions set");
@@ -91,6 +92,8 @@ int CheckCommand::execute(World& world)
 {
     const QString path = QString::fromStdString(m_file);
     if (const int code = m_folder.setPath(world.console, path))
+        return code;
+    if (const int code = m_line.prepare(world.console, m_selection))
         return code;
     CameraSearch search(world, m_search, {false, m_selection.isOpen()});
     const auto choose = [&](const std::vector<ListedCamera>& found) {

@@ -5,6 +5,7 @@
 #include "iefeatures/check/CheckReport.h"
 #include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/commands/FolderOption.h"
+#include "iefeatures/commands/LineOption.h"
 #include "iefeatures/commands/ReportOptions.h"
 #include "iefeatures/imports/ImportFiles.h"
 
@@ -39,6 +40,7 @@ private:
     std::vector<ImportJob> jobs(const std::vector<ListedCamera>& cameras) const;
 
     CameraSelection m_selection;
+    LineOption m_line;
     SearchOptions m_search;
     FolderOption m_folder;
     std::string m_file;

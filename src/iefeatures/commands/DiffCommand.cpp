@@ -148,6 +148,7 @@ void DiffCommand::addOptions(CLI::App& app)
     app.add_flag("--json", m_json, "JSON lines instead of text");
     m_folder.addOptions(app);
     m_selection.addFilters(app);
+    m_line.addOptions(app, *app.get_option_group(CameraSelection::kGroup));
     m_search.addWait(app);
     m_search.addKeepGoing(app);
     m_log.addOptions(app);
@@ -157,7 +158,7 @@ void DiffCommand::addOptions(CLI::App& app)
             throw CLI::ValidationError("B", "A folder is compared with its files' cameras alone.");
         if (!isFolder && m_b.empty())
             throw CLI::RequiredError("B");
-        if (!isFolder && (m_selection.isGiven() || m_search.isKeptGoing))
+        if (!isFolder && (m_selection.isGiven() || m_line.isGiven() || m_search.isKeptGoing))
             throw CLI::ValidationError("A", "Only of a folder can cameras be chosen by options.");
     });
 }
@@ -188,6 +189,8 @@ int DiffCommand::compareTwo(World& world) const
 
 int DiffCommand::compareFolder(World& world)
 {
+    if (const int code = m_line.prepare(world.console, m_selection))
+        return code;
     CameraSearch search(world, m_search, {false, m_selection.isOpen()});
     if (const int code = search.run([&](const auto& found) { return m_folder.pair(m_selection, found); })) {
         m_folder.tellSummary(world.console, {});

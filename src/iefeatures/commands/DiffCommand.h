@@ -4,6 +4,7 @@
 
 #include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/commands/FolderOption.h"
+#include "iefeatures/commands/LineOption.h"
 #include "iefeatures/commands/ReportOptions.h"
 #include "iefeatures/compare/FeatureComparison.h"
 #include "iefeatures/compare/FeatureSource.h"
@@ -59,6 +60,7 @@ private:
     SearchOptions m_search;
     FolderOption m_folder;
     CameraSelection m_selection; // of a folder
+    LineOption m_line;
     LogOptions m_log;
 };
 

@@ -18,6 +18,7 @@ void tellAll(Console& console, const QStringList& sentences)
 void JobCommand::addOptions(CLI::App& app)
 {
     m_selection.addOptions(app);
+    m_line.addOptions(app, *app.get_option_group(CameraSelection::kGroup));
     m_search.addWait(app);
     m_search.addKeepGoing(app);
     app.add_option("--format", m_format, formatHelp())
@@ -35,6 +36,8 @@ int JobCommand::execute(World& world)
         return ExitInputOutput;
     }
     if (const int code = prepare(world.console))
+        return code;
+    if (const int code = m_line.prepare(world.console, m_selection))
         return code;
     CameraSearch search(world, m_search, {takesControl(), m_selection.isOpen()});
     if (const int code = search.run([&](const auto& found) { return choose(m_selection, found); })) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "iefeatures/commands/CameraSearch.h"
+#include "iefeatures/commands/LineOption.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/running/JobRun.h"
 
@@ -43,6 +44,7 @@ protected:
 
 private:
     CameraSelection m_selection;
+    LineOption m_line;
     SearchOptions m_search;
     LogOptions m_log;
     std::string m_format; // empty: as the command has it

@@ -126,6 +126,8 @@ void ListCommand::addOptions(CLI::App& app)
         ->needs(watch);
     m_search.addWait(app);
     m_selection.addExpect(app);
+    m_line.addOptions(app, app);
+    app.get_option("--line")->excludes(watch);
     app.get_option("--wait")->excludes(watch);
     app.get_option("--expect")->excludes(watch);
 }
@@ -134,6 +136,8 @@ int ListCommand::execute(World& world)
 {
     if (m_isWatch)
         return watch(world);
+    if (const int code = m_line.prepare(world.console, m_selection))
+        return code;
     CameraSearch search(world, m_search, {false, true});
     const int code = search.run([&](const auto& found) { return m_selection.choose(found); });
     if (code != ExitWell && code != ExitNoSuchCamera)
@@ -144,7 +148,7 @@ int ListCommand::execute(World& world)
         world.console.object("camera", fieldsOf(camera));
     if (!m_json && !cameras.empty())
         world.console.out(tableText(cameras));
-    return m_selection.isCounted() ? code : ExitWell; // nobody there is an answer, too
+    return m_selection.isGiven() ? code : ExitWell; // nobody there is an answer, too
 }
 
 int ListCommand::watch(World& world) const

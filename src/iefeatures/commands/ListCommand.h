@@ -3,6 +3,7 @@
 
 #include "iefeatures/cameras/LineWatch.h"
 #include "iefeatures/commands/CameraSearch.h"
+#include "iefeatures/commands/LineOption.h"
 
 namespace companion
 {
@@ -24,6 +25,7 @@ private:
     bool m_json = false;
     SearchOptions m_search;
     CameraSelection m_selection; // of all
+    LineOption m_line;
     bool m_isWatch = false;
     double m_interval = 1; // seconds between two looks
 };
