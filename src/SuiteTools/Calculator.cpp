@@ -64,6 +64,7 @@ std::string textOf(const formula::Fault& fault)
         return "the value is not a finite number";
     case Kind::None:
     case Kind::TooLong: // the nodes' alone are, and their operands
+    case Kind::TooLongTogether:
     case Kind::TooWide:
         break;
     }

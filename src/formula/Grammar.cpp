@@ -75,6 +75,7 @@ private:
     void readOperand();
     void readName();
     bool readDeclared(std::string_view name);
+    void charge();
     void readConstant(std::string_view name, double value);
     void readLiteral();
     void readOperator();
@@ -119,10 +120,11 @@ private:
 
 Parsed Parser::run()
 {
+    charge();
     skipBlanks();
     if (m_position == m_text.size())
         fail(Fault::Kind::Empty);
-    else
+    else if (!failed())
         readParts();
     return {std::move(m_program), m_fault};
 }
@@ -203,7 +205,18 @@ bool Parser::readDeclared(std::string_view name)
     m_outer.push_back({m_text, m_position});
     m_text = expression->second;
     m_position = 0;
+    charge();
     return true;
+}
+
+// The text that begins.
+void Parser::charge()
+{
+    if (!m_scope.characters)
+        return;
+    if (*m_scope.characters < m_text.size())
+        return fail(Fault::Kind::TooLongTogether);
+    *m_scope.characters -= m_text.size();
 }
 
 void Parser::readConstant(std::string_view name, double value)

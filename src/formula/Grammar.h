@@ -27,6 +27,9 @@ struct Scope
 {
     std::vector<std::string> variables;
     std::map<std::string, std::string, std::less<>> expressions; // named parts and constants, as formulas
+    // Of this formula and others: characters that may still be read, those of a named part each time that it
+    // is met. Counted down; null: any number.
+    std::size_t* characters = nullptr;
 };
 
 struct Parsed

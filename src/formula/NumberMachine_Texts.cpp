@@ -48,6 +48,8 @@ std::string textOf(const Fault& fault)
         return "it is nested too deeply";
     case Fault::Kind::TooLong:
         return "it is too long";
+    case Fault::Kind::TooLongTogether:
+        return "it and the formulas before it are too long together";
     case Fault::Kind::DivisionByZero:
         return "a division by zero";
     case Fault::Kind::ShiftCount:

@@ -120,6 +120,7 @@ struct Fault
         ArgumentOfConstant,     // `rest` is the constant's name, `position` that of the argument
         TooDeep,
         TooLong,
+        TooLongTogether, // with the formulas that share its count of characters
         // The numbers.
         DivisionByZero,
         ShiftCount, // `count` is not in 0..63

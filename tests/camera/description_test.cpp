@@ -188,6 +188,23 @@ std::string nested(unsigned depth)
     return text;
 }
 
+// So many in all.
+std::string elements(size_t count)
+{
+    std::string text = "<r>";
+    for (size_t i = 1; i < count; ++i)
+        text += "<a/>";
+    return text + "</r>";
+}
+
+std::string attributes(size_t count)
+{
+    std::string text = "<r";
+    for (size_t i = 0; i < count; ++i)
+        text += " a" + std::to_string(i) + "='\"'";
+    return text + "/>";
+}
+
 TEST(DescriptionCheck, letsWellFormedTextsThrough)
 {
     EXPECT_EQ(problemOf(plain), "none");
@@ -211,6 +228,10 @@ TEST(DescriptionCheck, tellsWhatIsWrong)
     EXPECT_EQ(problemOf(nested(1001)), start + "it is nested too deeply.");
     EXPECT_EQ(problemOf(nested(100000)), start + "it is nested too deeply.");
     EXPECT_EQ(problemOf("<a>" + std::string(20 << 20, ' ') + "</a>"), start + "it is too long.");
+    EXPECT_EQ(problemOf(elements(1'000'000)), "none");
+    EXPECT_EQ(problemOf(elements(1'000'001)), start + "it has too many elements.");
+    EXPECT_EQ(problemOf(attributes(256)), "none");
+    EXPECT_EQ(problemOf(attributes(257)), start + "an element has too many attributes.");
     EXPECT_EQ(problemOf("<a><!ENTITY b \"c\"></a>"), start + "it is no XML.");
     EXPECT_EQ(problemOf("<a/><!DOCTYPE a>"), start + "it is no XML.");
     for (size_t length = 1; length < plain.size() - 1; ++length)

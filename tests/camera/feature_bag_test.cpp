@@ -312,6 +312,29 @@ TEST(FeatureBagSave, combinationsBeyondTheLimitAreToldNotLeftOutInSilence)
                                         "for the first ones."}));
 }
 
+// Each selects the next one.
+TEST(FeatureBagSave, whatIsBehindThirtyTwoSelectorsIsSavedAndBehindMoreForTheirValues)
+{
+    FakeNodes fake;
+    for (int i = 0; i < 34; ++i)
+        fake.addSelector("S" + std::to_string(10 + i), {"1"}, {"S" + std::to_string(11 + i)});
+    fake.nodes["S44"].value = "end";
+    fake.order = {"S42", "S43", "S44"}; // behind 32, 33 and 34
+    Bag bag;
+    EXPECT_EQ(collectBag(fake, bag), KX_OK);
+    EXPECT_EQ(bag.cuts,
+              (std::vector<std::string>{"There are features behind more than 32 selectors: they are "
+                                        "saved for the values that those have."}));
+    std::vector<std::string> names;
+    for (const BagEntry& entry : bag.entries)
+        names.push_back(entry.name);
+    const std::vector<std::string> plain(names.begin(), names.begin() + 1);
+    EXPECT_EQ(plain, std::vector<std::string>{"S44"}); // with no selector before it
+    EXPECT_EQ(std::count(names.begin(), names.end(), "S42"), 1);
+    EXPECT_EQ(std::count(names.begin(), names.end(), "S41"), 2); // set, and set back
+    EXPECT_EQ(names.back(), "S43");
+}
+
 TEST(FeatureBagLoad, unchangedValuesAreNotWritten)
 {
     FakeNodes fake = channels();

@@ -1,5 +1,6 @@
 // Descriptions that are no worse than the standard allows and far beyond what anybody makes: what they cost
 // stays bounded, and what cannot be done has a status.
+#include "KXCameraControl/nodes/NodeTable.h"
 #include "camera/FakePort.h"
 #include "support/RegisterByRegister.h"
 
@@ -92,6 +93,79 @@ TEST(HostileDescription, aChainBeyondAllUseHasAStatusAndCostsNothing)
     EXPECT_FALSE(camera.lastError().empty());
     EXPECT_TRUE(camera.device.requests.empty());
     EXPECT_EQ(read(camera, "Sel1000", value), KX_OK);
+}
+
+std::string structReg(size_t entries, size_t shared)
+{
+    std::string text = "<StructReg><Address>0x100</Address><Length>4</Length><pPort>Device</pPort>";
+    for (size_t i = 0; i < shared; ++i)
+        text += "<pInvalidator>E0</pInvalidator>";
+    for (size_t i = 0; i < entries; ++i)
+        text += "<StructEntry Name=\"E" + std::to_string(i) + "\"><Bit>1</Bit></StructEntry>";
+    return around(text + "</StructReg>");
+}
+
+// What each entry takes over would be twenty million properties, of a text of 600 kB.
+TEST(HostileDescription, aStructRegThatMultipliesIsRefusedBeforeItGrows)
+{
+    kx::NodeTable table;
+    std::string problem;
+    EXPECT_FALSE(table.load(structReg(4500, 4500), problem));
+    EXPECT_EQ(problem, "its StructRegs say too much, for too many entries");
+    EXPECT_TRUE(table.nodes().empty());
+    EXPECT_TRUE(table.load(structReg(900, 900), problem)); // 813,600
+}
+
+// Each write would be 2^40 of them.
+TEST(HostileDescription, copiesOfCopiesAreWrittenWithinBounds)
+{
+    const auto copies = [](int depth) {
+        std::string nodes;
+        for (int i = 0; i < depth; ++i) {
+            const std::string next = i + 1 == depth ? "Reg" : "N" + std::to_string(i + 1);
+            nodes += "<Integer Name=\"N" + std::to_string(i) + "\"><pValue>" + next +
+                     "</pValue><pValueCopy>" + next + "</pValueCopy></Integer>";
+        }
+        return around(nodes + "<IntReg Name=\"Reg\"><Address>0x100</Address><Length>4</Length><AccessMode>RW"
+                              "</AccessMode><pPort>Device</pPort><Endianess>BigEndian</Endianess></IntReg>");
+    };
+    tests::FakeCamera few(copies(5));
+    EXPECT_EQ(KX_CC_SetIntValueEx(few.handle, "N0", 7), KX_OK) << few.lastError();
+    EXPECT_EQ(few.device.get32(0x100), 7u);
+    tests::FakeCamera many(copies(40));
+    many.device.requests.clear();
+    EXPECT_EQ(KX_CC_SetIntValueEx(many.handle, "N0", 7), KX_E_GC_RUNTIME);
+    EXPECT_NE(many.lastError().find("it has too many copies"), std::string::npos) << many.lastError();
+    EXPECT_EQ(many.device.get32(0x100), 0u);
+}
+
+// Named parts that double fourteen times, in each of many formulas; and one of blanks that is met time and
+// again.
+TEST(HostileDescription, formulasAreReadUpToABoundOfAllTogether)
+{
+    const auto knife = [](int number, const std::string& first, int doublings) {
+        std::string text = "<IntSwissKnife Name=\"K" + std::to_string(number) +
+                           "\"><Expression Name=\"A0\">" + first + "</Expression>";
+        for (int i = 1; i <= doublings; ++i) {
+            const std::string before = "(A" + std::to_string(i - 1) + ")";
+            text +=
+                "<Expression Name=\"A" + std::to_string(i) + "\">" + before + "+" + before + "</Expression>";
+        }
+        return text + "<Formula>A" + std::to_string(doublings) + "</Formula></IntSwissKnife>";
+    };
+    std::string nodes;
+    for (int i = 0; i < 200; ++i)
+        nodes += knife(i, "1", 14);
+    tests::FakeCamera camera(around(nodes));
+    int64_t value = 0;
+    EXPECT_EQ(read(camera, "K0", value), KX_OK) << camera.lastError();
+    EXPECT_EQ(value, 16384);
+    EXPECT_EQ(read(camera, "K199", value), KX_E_GC_RUNTIME);
+    EXPECT_NE(camera.lastError().find("it and the formulas before it are too long together"),
+              std::string::npos)
+        << camera.lastError();
+    tests::FakeCamera blank(around(knife(0, "1" + std::string(50000, ' ') + "+0", 15) + knife(1, "1", 1)));
+    EXPECT_EQ(read(blank, "K0", value), KX_E_GC_RUNTIME);
 }
 
 TEST(HostileDescription, fiftyThousandFeaturesAreReadLikeAnyOther)

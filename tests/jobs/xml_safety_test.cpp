@@ -42,6 +42,20 @@ TEST(XmlSafety, CountsNestingAndNotElements)
     EXPECT_TRUE(ie::isSafeToParse("<r>" + QString("<a x=\"1\" />").repeated(5000) + "</r>"));
 }
 
+TEST(XmlSafety, RefusesMoreThanADocumentCanHold)
+{
+    const auto withAttributes = [](int count) {
+        QString attributes;
+        for (int i = 0; i < count; ++i)
+            attributes += QString(" a%1='\"'").arg(i);
+        return "<r" + attributes + "/>";
+    };
+    EXPECT_TRUE(ie::isSafeToParse(withAttributes(256)));
+    EXPECT_FALSE(ie::isSafeToParse(withAttributes(257)));
+    EXPECT_TRUE(ie::isSafeToParse("<r>" + QString("<a/>").repeated(999999) + "</r>"));
+    EXPECT_FALSE(ie::isSafeToParse("<r>" + QString("<a/>").repeated(1000000) + "</r>"));
+}
+
 TEST(XmlSafety, LooksThroughWhatIsNoElement)
 {
     const QString many = QString("<a>").repeated(2000);

@@ -18,6 +18,8 @@ namespace
 // A selector with more values than this (a look-up table's index, say) is not enumerated: its features are
 // saved for the value it has.
 constexpr size_t kMaxSelectorValues = 65536;
+// Of one feature, those of its selectors included; one that has more is saved for the values that they have.
+constexpr size_t kMaxSelectors = 32;
 // Combinations of one group of selectors; those behind are left out.
 constexpr size_t kMaxCombinations = 262144;
 
@@ -46,28 +48,32 @@ public:
         }
     }
 
-    Selectors selectorsOf(const std::string& feature) const
+    // None where there are too many, with `isBeyond`.
+    Selectors selectorsOf(const std::string& feature, bool& isBeyond) const
     {
         Selectors order;
         std::set<std::string> visited{feature};
-        collect(feature, visited, order);
-        return order;
+        isBeyond = !collect(feature, visited, order);
+        return isBeyond ? Selectors() : order;
     }
 
     bool isSelector(const std::string& feature) const { return m_isSelector.count(feature) > 0; }
 
 private:
-    void collect(const std::string& feature, std::set<std::string>& visited, Selectors& order) const
+    // False: there are too many.
+    bool collect(const std::string& feature, std::set<std::string>& visited, Selectors& order) const
     {
         const auto found = m_selectorsOf.find(feature);
         if (found == m_selectorsOf.end())
-            return;
+            return true;
         for (const std::string& selector : found->second) {
             if (!visited.insert(selector).second)
                 continue; // a circle of selectors: each is taken once
-            collect(selector, visited, order);
+            if (visited.size() > kMaxSelectors + 1 || !collect(selector, visited, order))
+                return false;
             order.push_back(selector);
         }
+        return true;
     }
 
     std::map<std::string, std::set<std::string>> m_selectorsOf;
@@ -84,19 +90,27 @@ public:
         const std::vector<std::string> features = m_nodes.streamableFeatures();
         const SelectorTree tree(m_nodes);
         std::map<Selectors, std::vector<std::string>> groups;
+        std::vector<std::string> outermost; // selectors that no others select
+        bool isAnyBeyond = false;
         for (const std::string& feature : features) {
-            const Selectors selectors = tree.selectorsOf(feature);
-            if (selectors.empty() && !tree.isSelector(feature))
-                take(feature);
-            else if (!selectors.empty())
+            bool isBeyond = false;
+            const Selectors selectors = tree.selectorsOf(feature, isBeyond);
+            isAnyBeyond = isAnyBeyond || isBeyond;
+            if (!selectors.empty())
                 groups[selectors].push_back(feature);
+            else if (tree.isSelector(feature))
+                outermost.push_back(feature);
+            else
+                take(feature);
         }
+        if (isAnyBeyond)
+            tellCuts({"There are features behind more than " + std::to_string(kMaxSelectors) +
+                      " selectors: they are saved for the values that those have."});
         for (const auto& [selectors, selected] : groups)
             takeGroup(selectors, selected);
         // Selectors themselves come last, as they were found: loading leaves them so.
-        for (const std::string& feature : features)
-            if (tree.isSelector(feature) && tree.selectorsOf(feature).empty())
-                take(feature);
+        for (const std::string& feature : outermost)
+            take(feature);
         return m_status;
     }
 

@@ -3,6 +3,7 @@
 #include "KXCameraControl/description/Check.h"
 
 #include "xml_entities/Entities.h"
+#include "xml_entities/Limits.h"
 
 #include <algorithm>
 #include <string_view>
@@ -180,9 +181,14 @@ private:
         if (name.empty() || (m_open.empty() && m_rootSeen))
             return "it is no XML";
         m_rootSeen = true;
+        if (++m_elements > xml_entities::maximumElements)
+            return "it has too many elements";
         const size_t attributes = m_at;
-        if (!skipAttributes())
+        size_t count = 0;
+        if (!skipAttributes(count))
             return m_at >= m_text.size() ? "it is cut short" : "its tags do not match";
+        if (count > xml_entities::maximumAttributes)
+            return "an element has too many attributes";
         if (const char* problem = expand(m_text.substr(attributes, m_at - attributes)))
             return problem;
         const bool isEmptyElement = m_text[m_at - 1] == '/';
@@ -196,14 +202,16 @@ private:
     }
 
     // Stops on the '>' of the tag; a '>' within quotes does not end it.
-    bool skipAttributes()
+    bool skipAttributes(size_t& count)
     {
         for (; m_at < m_text.size() && m_text[m_at] != '>'; ++m_at) {
             const char c = m_text[m_at];
             if (c == '<')
                 return false;
-            if (c == '"' || c == '\'')
+            if (c == '"' || c == '\'') {
                 m_at = std::min(m_text.find(c, m_at + 1), m_text.size() - 1);
+                ++count;
+            }
         }
         return m_at < m_text.size();
     }
@@ -211,6 +219,7 @@ private:
     std::string_view m_text;
     size_t m_at = 0;
     bool m_rootSeen = false;
+    size_t m_elements = 0;
     xml_entities::Entities m_entities;
     size_t m_expansion = 0; // bytes that the entities grow to
     std::vector<std::string_view> m_open;

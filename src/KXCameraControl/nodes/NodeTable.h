@@ -155,6 +155,11 @@ public:
     // dangling references found here; they fail no load, but their nodes.
     bool load(const std::string& xml, std::string& problem);
 
+    // Of all nodes together, what the entries of a StructReg take over counted for each of them: some 150 MB.
+    static constexpr size_t maximumProperties = 1'000'000;
+    // Characters of all formulas, a named part's each time that it is met. Later formulas fail their nodes.
+    static constexpr size_t maximumFormulas = 16u << 20;
+
     const Node* find(const std::string& name) const;
     const std::deque<Node>& nodes() const { return m_nodes; }
     // Of the description's schema.

@@ -73,6 +73,7 @@ void NodeTable::resolveLinks()
 
 void NodeTable::compileFormulas()
 {
+    std::size_t characters = maximumFormulas;
     for (Node& node : m_nodes) {
         const bool isKnife = node.kind == NodeKind::IntSwissKnife || node.kind == NodeKind::SwissKnife;
         const bool isConverter = node.kind == NodeKind::IntConverter || node.kind == NodeKind::Converter;
@@ -81,6 +82,7 @@ void NodeTable::compileFormulas()
         const bool isInteger = node.kind == NodeKind::IntSwissKnife || node.kind == NodeKind::IntConverter;
         const Arithmetic arithmetic = isInteger ? Arithmetic::Integer : Arithmetic::Real;
         formula::Scope scope;
+        scope.characters = &characters;
         for (const Property& property : node.properties) {
             if (property.tag == Tag::pVariable)
                 scope.variables.push_back(property.attribute);

@@ -139,11 +139,13 @@ public:
         xmlParseDocument(parser.get());
         if (m_isOutOfMemory || parser->errNo == XML_ERR_NO_MEMORY)
             throw std::bad_alloc();
-        if (!parser->wellFormed)
+        if (m_properties > NodeTable::maximumProperties)
+            problem = "its StructRegs say too much, for too many entries";
+        else if (!parser->wellFormed)
             problem = "it is no well-formed XML";
         else if (!m_rootSeen)
             problem = "its document element is no RegisterDescription";
-        return parser->wellFormed && m_rootSeen;
+        return m_properties <= NodeTable::maximumProperties && parser->wellFormed && m_rootSeen;
     }
 
 private:
@@ -204,7 +206,7 @@ private:
         const auto parser = static_cast<xmlParserCtxtPtr>(context);
         auto& reader = *static_cast<DescriptionReader*>(parser->_private);
         try {
-            if (!reader.m_isOutOfMemory)
+            if (!reader.m_isOutOfMemory && reader.m_properties <= NodeTable::maximumProperties)
                 body(reader);
         } catch (const std::bad_alloc&) {
             reader.m_isOutOfMemory = true;
@@ -322,6 +324,7 @@ private:
         if (property.tag == Tag::pIndex)
             property.offsetName = attributes.get("pOffset");
         m_frames.back().node->properties.push_back(std::move(property));
+        ++m_properties;
         m_propertyDepth = depth;
     }
 
@@ -336,6 +339,9 @@ private:
         // What a StructReg says holds for its entries where they say nothing themselves; so it comes last.
         for (Node* entry : m_frames.back().structEntries) {
             const auto& shared = m_frames.back().node->properties;
+            m_properties += shared.size();
+            if (m_properties > NodeTable::maximumProperties)
+                return;
             entry->properties.insert(entry->properties.end(), shared.begin(), shared.end());
         }
         m_frames.pop_back();
@@ -357,6 +363,7 @@ private:
     std::string m_text; // since the last markup
     std::vector<Frame> m_frames;
     int m_propertyDepth = -1;
+    size_t m_properties = 0; // of all nodes
 };
 
 bool NodeTable::load(const std::string& xml, std::string& problem)

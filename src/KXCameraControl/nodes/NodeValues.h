@@ -100,10 +100,13 @@ private:
 
     // Copies of a value (pValueCopy) may lead in circles.
     static constexpr unsigned maximumWriteDepth = 100;
+    // Nodes that one write comes to, each time that it does: copies of copies multiply.
+    static constexpr unsigned maximumWriteSteps = 10000;
 
     const NodeTable& m_table;
     Registers m_registers;
     unsigned m_writeDepth = 0;
+    unsigned m_writeSteps = 0;
     // Of this call.
     std::unordered_map<const Node*, Number> m_values;
     std::unordered_map<const Node*, Range> m_ranges;

@@ -80,6 +80,9 @@ void NodeValues::follow(const Node& node, const Number& number, Intent intent)
     requireSound(node, AspectValue);
     if (++m_writeDepth > maximumWriteDepth)
         throw NodeFailure{KX_E_GC_RUNTIME, node.name + ": its copies lead in a circle."};
+    m_writeSteps = m_writeDepth == 1 ? 0 : m_writeSteps + 1;
+    if (m_writeSteps > maximumWriteSteps)
+        throw NodeFailure{KX_E_GC_RUNTIME, node.name + ": it has too many copies."};
     Number checked = number;
     try {
         checkRange(node, checked);

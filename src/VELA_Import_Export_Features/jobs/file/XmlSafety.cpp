@@ -1,6 +1,7 @@
 #include "jobs/file/XmlSafety.h"
 
 #include "xml_entities/Entities.h"
+#include "xml_entities/Limits.h"
 
 #include <QStringView>
 
@@ -75,7 +76,9 @@ private:
 
     bool takeStartTag()
     {
-        skipQuotedUpTo('>', '>');
+        const size_t attributes = skipQuotedUpTo('>', '>');
+        if (++m_elements > xml_entities::maximumElements || attributes > xml_entities::maximumAttributes)
+            return false;
         const bool isEmptyElement = m_pos > 0 && m_pos < m_text.size() && m_text.at(m_pos - 1) == '/';
         const int depth = m_depth + 1;
         if (!isEmptyElement)
@@ -83,18 +86,24 @@ private:
         return depth <= kMaximumXmlDepth;
     }
 
-    // To the next `end` or `otherEnd` that stands outside quotes; to the text's end when there is none.
-    void skipQuotedUpTo(ushort end, ushort otherEnd)
+    // To the next `end` or `otherEnd` that stands outside quotes; to the text's end when there is none. Gives
+    // the number of pieces in quotes.
+    size_t skipQuotedUpTo(ushort end, ushort otherEnd)
     {
+        size_t quoted = 0;
         const ushort* text = m_text.utf16();
         const int size = m_text.size();
         for (++m_pos; m_pos < size; ++m_pos) {
             const ushort c = text[m_pos];
             if (c == end || c == otherEnd)
-                return;
-            if ((c == '"' || c == '\'') && (m_pos = m_text.indexOf(QChar(c), m_pos + 1)) < 0)
+                break;
+            if (c != '"' && c != '\'')
+                continue;
+            ++quoted;
+            if ((m_pos = m_text.indexOf(QChar(c), m_pos + 1)) < 0)
                 m_pos = size;
         }
+        return quoted;
     }
 
     bool takeDocumentType()
@@ -160,6 +169,7 @@ private:
     const QString& m_text;
     int m_pos = 0;
     int m_depth = 0;
+    size_t m_elements = 0;
     int m_content = 0; // behind the document type
     bool m_hasEntities = false;
     xml_entities::Entities m_entities;

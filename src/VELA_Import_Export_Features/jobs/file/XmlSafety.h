@@ -13,9 +13,9 @@ constexpr int kMaximumXmlDepth = 1000;
 constexpr qint64 kMaximumXmlExpansion = 16 * 1024 * 1024;
 
 // Whether QDomDocument can parse `text` within bounded stack and memory: elements nested at most
-// kMaximumXmlDepth deep, entities that stand for plain text only (see xml_entities), which grow to at most
-// kMaximumXmlExpansion bytes. Says nothing about being well-formed. Linear in the text, no
-// recursion.
+// kMaximumXmlDepth deep and within xml_entities/Limits.h, entities that stand for plain text only (see
+// xml_entities), which grow to at most kMaximumXmlExpansion bytes. Says nothing about being well-formed.
+// Linear in the text, no recursion.
 bool isSafeToParse(const QString& text);
 
 } // namespace ie
