@@ -16,10 +16,14 @@ class Cable
 {
 public:
     Cable(emu::Shell& camera, std::function<bool()> isTime)
-        : m_thread([this, &camera, isTime = std::move(isTime)] {
+        : Cable(std::move(isTime), [&camera] { camera.stop(); })
+    {}
+    // Whatever else may happen to it.
+    Cable(std::function<bool()> isTime, std::function<void()> happen)
+        : m_thread([this, isTime = std::move(isTime), happen = std::move(happen)] {
               while (!m_isOver && !isTime())
                   std::this_thread::sleep_for(std::chrono::milliseconds(1));
-              camera.stop();
+              happen();
           })
     {}
     ~Cable()
