@@ -24,9 +24,9 @@ namespace VELAInterface
 // Event that asks the main window to load the translations of the suite's language again.
 constexpr int LanguageChangedEvent = 1100;
 
-// Routes all messages of Qt's logger of this process by a log4j properties file (widgets/LogSettings.h has its
-// keys), in UTF-8 with line feeds on every system. A file that is missing or names no file that can be opened
-// leaves the logger as it is.
+// Routes all messages of Qt's logger of this process by a log4j properties file (widgets/LogSettings.h has
+// its keys), in UTF-8 with line feeds on every system. A file that is missing or names no file that can be
+// opened leaves the logger as it is.
 SUITETOOLSWIDGETS_API void initLog4qtConfig(const QString& configFile);
 
 // Ids of the running processes of that name that belong to the same user and the same runtime folder, the
