@@ -1,4 +1,4 @@
-// As the XDG Base Directory Specification has it.
+// Where the XDG base directories have it.
 #include "KXCameraControl/description/DataFolder.h"
 
 #include <cstdlib>
