@@ -228,8 +228,8 @@ TEST(DescriptionCheck, tellsWhatIsWrong)
     EXPECT_EQ(problemOf(nested(1001)), start + "it is nested too deeply.");
     EXPECT_EQ(problemOf(nested(100000)), start + "it is nested too deeply.");
     EXPECT_EQ(problemOf("<a>" + std::string(20 << 20, ' ') + "</a>"), start + "it is too long.");
-    EXPECT_EQ(problemOf(elements(1'000'000)), "none");
-    EXPECT_EQ(problemOf(elements(1'000'001)), start + "it has too many elements.");
+    EXPECT_EQ(problemOf(elements(2'000'000)), "none");
+    EXPECT_EQ(problemOf(elements(2'000'001)), start + "it has too many elements.");
     EXPECT_EQ(problemOf(attributes(256)), "none");
     EXPECT_EQ(problemOf(attributes(257)), start + "an element has too many attributes.");
     EXPECT_EQ(problemOf("<a><!ENTITY b \"c\"></a>"), start + "it is no XML.");

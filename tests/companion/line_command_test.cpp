@@ -429,6 +429,15 @@ TEST_F(LineOfCameras, StopsWhatHasNotBegunWhenTheFirstOneFails)
     EXPECT_EQ(run.code, 1);
     EXPECT_THAT(run.err, HasSubstr("Gate 2: not begun.\n"));
     EXPECT_EQ(second.counters().settingWrites, before);
+    // Also where all begin at once: what is to be judged otherwise is written behind the others.
+    const QByteArray whole = fileText("hall.toml");
+    write("hall.toml", QByteArray(whole).replace("[camera.\"Gate 2\"]\n",
+                                                 "[camera.\"Gate 2\"]\nignored = [\"Nothing\"]\n"));
+    const Result atOnce = line({"apply"}, {"--yes", "--all-at-once"});
+    EXPECT_EQ(atOnce.code, 1);
+    EXPECT_THAT(atOnce.err, HasSubstr("Gate 2: not begun.\n"));
+    EXPECT_EQ(second.counters().settingWrites, before);
+    write("hall.toml", whole);
     first.releaseControl();
     EXPECT_EQ(line({"apply"}, {"--yes", "--all-at-once"}).code, 0);
     EXPECT_EQ(check().code, 0);

@@ -38,6 +38,12 @@ QString snapshotFolder(const Inventory& inventory)
 // Cameras that are proved by the same rule, and kept in the same set, are written at the same time.
 using Group = std::pair<QStringList, QString>;
 
+void tellNotBegun(Console& console, const std::vector<LineTarget>& targets)
+{
+    for (const LineTarget& target : targets)
+        console.err(printable(target.wanted->name) + ": not begun.\n");
+}
+
 } // namespace
 
 void LineApplyCommand::addOptions(CLI::App& app)
@@ -148,8 +154,7 @@ int LineApplyCommand::write(World& world, const Inventory& inventory, const Line
         return code;
     if (code == ExitWell)
         return writeBatch(world, inventory, {behindFirst, plan.targets.end()});
-    for (auto it = behindFirst; it != plan.targets.end(); ++it)
-        world.console.err(printable(it->wanted->name) + ": not begun.\n");
+    tellNotBegun(world.console, {behindFirst, plan.targets.end()});
     return code;
 }
 
@@ -179,10 +184,9 @@ int LineApplyCommand::writeBatch(World& world, const Inventory& inventory,
 int LineApplyCommand::import(Console& console, const Inventory& inventory,
                              const std::vector<LineTarget>& targets) const
 {
-    std::map<Group, std::vector<ImportJob>> groups;
+    std::map<Group, std::vector<LineTarget>> groups;
     for (const LineTarget& target : targets)
-        groups[{inventory.ignoredOf(*target.wanted), target.wanted->userSet}].push_back(
-            {target.camera, target.files});
+        groups[{inventory.ignoredOf(*target.wanted), target.wanted->userSet}].push_back(target);
     ImportTask task;
     task.command = "line apply";
     task.snapshots = snapshotFolder(inventory);
@@ -195,9 +199,16 @@ int LineApplyCommand::import(Console& console, const Inventory& inventory,
     task.audit = m_audit.rule();
     task.style = m_report.style();
     int code = ExitWell;
-    for (const auto& [group, jobs] : groups) {
-        if (code != ExitWell || Interrupt::isRequested())
-            break;
+    for (const auto& [group, members] : groups) {
+        if (code == ExitWell && Interrupt::isRequested())
+            code = ExitInterrupted;
+        if (code != ExitWell) {
+            tellNotBegun(console, members);
+            continue;
+        }
+        std::vector<ImportJob> jobs;
+        for (const LineTarget& target : members)
+            jobs.push_back({target.camera, target.files});
         task.ignored = group.first;
         task.userSet = {group.second, false};
         code = ImportProcedure(console, task).run(jobs);

@@ -23,24 +23,6 @@ void worsen(LineMatch& match, LineState state, const QString& reason)
     match.reason = reason;
 }
 
-LineState stateOf(CameraVerdict verdict)
-{
-    switch (verdict) {
-    case CameraVerdict::Applied:
-    case CameraVerdict::Ready:
-        return LineState::InOrder;
-    case CameraVerdict::Incomplete:
-        return LineState::Differs;
-    case CameraVerdict::Incompatible:
-        return LineState::Incompatible;
-    case CameraVerdict::BadFile:
-    case CameraVerdict::UnreadableFile:
-        return LineState::BadFiles;
-    default:
-        return LineState::NotJudged;
-    }
-}
-
 // Whether what the camera is can be asked of it: another one in its place is told by that alone.
 bool isAsked(const LineMatch& match)
 {
@@ -124,6 +106,24 @@ void explainSilence(LineMatch& match)
 }
 
 } // namespace
+
+LineState stateOf(CameraVerdict verdict)
+{
+    switch (verdict) {
+    case CameraVerdict::Applied:
+    case CameraVerdict::Ready:
+        return LineState::InOrder;
+    case CameraVerdict::Incomplete:
+        return LineState::Differs;
+    case CameraVerdict::Incompatible:
+        return LineState::Incompatible;
+    case CameraVerdict::BadFile:
+    case CameraVerdict::UnreadableFile:
+        return LineState::BadFiles;
+    default:
+        return LineState::NotJudged;
+    }
+}
 
 QString LineCameraCheck::name() const
 {

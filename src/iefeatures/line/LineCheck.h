@@ -36,6 +36,9 @@ struct LineCheck
     int count(LineState state) const;
 };
 
+// What a camera's check, or what is planned for it, comes to.
+LineState stateOf(CameraVerdict verdict);
+
 // Of a state, and of the gravest of them: 0 in order, 4 something differs, 5 another model or firmware, 3
 // missing, 1 not judged, 6 files.
 ExitCode exitCodeOf(LineState state);

@@ -15,23 +15,6 @@ bool wouldWrite(const CameraCheck& plan)
                        [](const EntryCheck& entry) { return entry.verdict == EntryVerdict::WouldChange; });
 }
 
-LineState stateOf(CameraVerdict verdict)
-{
-    switch (verdict) {
-    case CameraVerdict::Ready:
-        return LineState::InOrder;
-    case CameraVerdict::Incomplete: // and nothing that an import could do about it
-        return LineState::Differs;
-    case CameraVerdict::Incompatible:
-        return LineState::Incompatible;
-    case CameraVerdict::BadFile:
-    case CameraVerdict::UnreadableFile:
-        return LineState::BadFiles;
-    default:
-        return LineState::NotJudged;
-    }
-}
-
 // Where nothing can be written, why.
 LineTarget targetOf(const Inventory& inventory, LineMatch& match)
 {
