@@ -1,6 +1,7 @@
 // Jobs over each transport.
 #include "support/AllTransports.h"
 #include "support/Cable.h"
+#include "support/FileBytes.h"
 #include "support/QtPrinting.h"
 #include "support/RealExport.h"
 #include "support/RunProgram.h"
@@ -27,20 +28,13 @@ using tests::whenHeightIs;
 namespace
 {
 
-QByteArray bytesOf(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return file.readAll();
-}
-
 // One camera as it hangs on lines that are used to its byte order; a features file has words as they are in
 // the order of the transport.
 emu::CameraConfig anyTransport(const std::string& serial, Transport transport)
 {
     emu::CameraConfig config;
     const bool isLittle = transport != Transport::Gige;
-    config.description = bytesOf(IE_TEST_DATA "/any_transport.xml")
+    config.description = tests::bytesOf(IE_TEST_DATA "/any_transport.xml")
                              .replace("@ENDIANESS@", isLittle ? "LittleEndian" : "BigEndian")
                              .toStdString();
     config.seed =
@@ -63,7 +57,7 @@ StructDeviceInfo jobRecord(const std::string& serial)
 // What the demonstration changes. The registers of GigE Vision's own features are no settings elsewhere.
 std::string changesOver(Transport transport)
 {
-    QJsonObject changes = QJsonDocument::fromJson(bytesOf(IE_DEMO_CHANGES)).object();
+    QJsonObject changes = QJsonDocument::fromJson(tests::bytesOf(IE_DEMO_CHANGES)).object();
     QJsonObject nodes = changes["nodes"].toObject();
     for (const QString& name : nodes.keys())
         if (transport != Transport::Gige && name.startsWith("Gev"))

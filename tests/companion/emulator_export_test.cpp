@@ -1,6 +1,7 @@
 // The export of the emulator's own camera, byte for byte and line for line, against what was worked out from
 // its description (tests/data/emulator_export.md).
 #include "camera_emulator/EmulatedCamera.h"
+#include "support/FileBytes.h"
 #include "support/LoopbackAddress.h"
 #include "support/QtPrinting.h"
 #include "support/RealExport.h"
@@ -15,16 +16,9 @@
 namespace
 {
 
-QByteArray bytesOf(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return file.readAll();
-}
-
 QByteArray expected(const char* name)
 {
-    return bytesOf(QString(IE_TEST_DATA) + "/" + name);
+    return tests::bytesOf(QString(IE_TEST_DATA) + "/" + name);
 }
 
 // The first line that differs with the three before it; empty when the bytes are the same.
@@ -89,11 +83,12 @@ TEST_F(EmulatorExport, isTheSameFromTheCompanion)
     ASSERT_TRUE(companion.waitForFinished());
     EXPECT_EQ(companion.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(companion.exitCode(), 0) << companion.readAllStandardError().toStdString();
-    EXPECT_EQ(difference(bytesOf(folder.path() + "/EMU-1_EMU0001.fpk"), expected("emulator_export.fpk")),
-              QByteArray());
+    EXPECT_EQ(
+        difference(tests::bytesOf(folder.path() + "/EMU-1_EMU0001.fpk"), expected("emulator_export.fpk")),
+        QByteArray());
 
     // A line is a time, a level and, in quotes, the text.
-    QString messages = bytesOf(logFile);
+    QString messages = tests::bytesOf(logFile);
     messages.replace(QRegularExpression("^\\S+ critical \"(.*)\"$", QRegularExpression::MultilineOption),
                      "\\1");
     EXPECT_EQ(difference(messages.toUtf8(), expected("emulator_export.log")), QByteArray());

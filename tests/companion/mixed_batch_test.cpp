@@ -1,6 +1,7 @@
 // Batches of the companion over cameras of every transport at once.
 #include "support/AllTransports.h"
 #include "support/Cable.h"
+#include "support/FileBytes.h"
 #include "support/QtPrinting.h"
 #include "support/RunProgram.h"
 
@@ -16,13 +17,6 @@ using tests::whenHeightIs;
 
 namespace
 {
-
-QByteArray bytesOf(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    return file.readAll();
-}
 
 Ran run(const QStringList& arguments)
 {
@@ -107,7 +101,7 @@ TEST_F(EightCameras, areListedExportedPlannedImportedRolledBackAndCloned)
     const QString again = filesIn("again");
     ASSERT_EQ(run({"export", "--to", again, "--all"}).code, 0);
     for (size_t i = 0; i < cameras.size(); ++i)
-        EXPECT_EQ(bytesOf(fileOf(again, i)), bytesOf(fileOf(first, i))) << i + 1;
+        EXPECT_EQ(tests::bytesOf(fileOf(again, i)), tests::bytesOf(fileOf(first, i))) << i + 1;
     ran = run({"rollback", snapshots, "--all", "--no-audit"});
     EXPECT_EQ(ran.code, 0) << ran;
     EXPECT_EQ(withWidth(320), "12345678");
