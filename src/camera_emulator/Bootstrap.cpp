@@ -16,9 +16,7 @@ namespace
 
 constexpr uint32_t kVersion = 0x00010002;    // GigE Vision 1.2
 constexpr uint32_t kDeviceMode = 0x80000001; // big-endian registers, UTF-8 texts
-constexpr uint32_t kLocallyAdministered = 0x0200;
-constexpr uint32_t kIpLlaDhcpPersistent = 7;
-constexpr uint32_t kIpLlaPersistent = 5;
+constexpr uint64_t kLocallyAdministered = 0x0200;
 constexpr uint32_t kHeartbeat = 3000; // ms
 constexpr uint32_t kTickFrequency = 1000000000;
 constexpr uint32_t kLinkSpeed = 1000; // Mbit/s
@@ -36,6 +34,19 @@ std::string hexadecimal(uint64_t number)
     char text[20];
     std::snprintf(text, sizeof text, "%llX", static_cast<unsigned long long>(number));
     return text;
+}
+
+// One that is no MAC address counts as none.
+uint64_t macOf(const CameraConfig& config, uint32_t address)
+{
+    unsigned part[6] = {};
+    if (std::sscanf(config.mac.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x", &part[0], &part[1], &part[2], &part[3],
+                    &part[4], &part[5]) != 6)
+        return kLocallyAdministered << 32 | address;
+    uint64_t mac = 0;
+    for (const unsigned byte : part)
+        mac = mac << 8 | byte;
+    return mac;
 }
 
 std::string baseName(const CameraConfig& config)
@@ -62,10 +73,11 @@ void writeBootstrap(const CameraConfig& config, uint32_t address, uint32_t mask,
 {
     memory.writeWord(RegVersion, kVersion);
     memory.writeWord(RegDeviceMode, kDeviceMode);
-    memory.writeWord(RegMacHigh, kLocallyAdministered);
-    memory.writeWord(RegMacLow, address);
-    memory.writeWord(RegIpOptions, kIpLlaDhcpPersistent);
-    memory.writeWord(RegIpCurrent, kIpLlaPersistent);
+    const uint64_t mac = macOf(config, address);
+    memory.writeWord(RegMacHigh, static_cast<uint32_t>(mac >> 32));
+    memory.writeWord(RegMacLow, static_cast<uint32_t>(mac));
+    memory.writeWord(RegIpOptions, kIpLinkLocal | kIpDhcp | kIpPersistent);
+    memory.writeWord(RegIpCurrent, kIpLinkLocal | (config.isPersistent ? kIpPersistent : kIpDhcp));
     memory.writeWord(RegCurrentAddress, address);
     memory.writeWord(RegCurrentMask, mask);
     memory.writeText(RegManufacturer, config.manufacturer, 32);
@@ -76,8 +88,8 @@ void writeBootstrap(const CameraConfig& config, uint32_t address, uint32_t mask,
     memory.writeText(RegUserName, config.userName, 16);
 
     memory.writeWord(RegInterfaceCount, 1);
-    memory.writeWord(RegPersistentAddress, address);
-    memory.writeWord(RegPersistentMask, mask);
+    memory.writeWord(RegPersistentAddress, config.isPersistent ? address : 0);
+    memory.writeWord(RegPersistentMask, config.isPersistent ? mask : 0);
     memory.writeWord(RegLinkSpeed, kLinkSpeed);
     memory.writeWord(RegMessageChannelCount, 0);
     memory.writeWord(RegStreamChannelCount, 1);

@@ -4,6 +4,8 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
 
@@ -14,6 +16,17 @@ struct CameraConfig
 {
     std::string address;            // dotted quad of a local interface; port 3956 of it is taken
     std::string mask = "255.0.0.0"; // of its network, as 127.0.0.0/8 has it
+    std::string mac;                // "02:00:00:00:00:01"; empty: one that is made of the address
+
+    // Whether `address` is what the camera keeps. If not it is as delivered: nothing is kept, DHCP and
+    // link-local addresses are switched on, and `address` is the link-local one.
+    bool isPersistent = true;
+    std::string dhcpAddress;                    // that a server gives it at power-up; empty: there is none
+    std::string linkLocalAddress;               // at power-up without another; empty: `address`
+    std::chrono::milliseconds restartTime{100}; // from DeviceReset until it answers again
+    // Who moves the address to where the camera's packets go: told when the camera itself takes one or gives
+    // it up, on the camera's thread. Empty: the address is one that the host has anyway.
+    std::function<void(uint32_t address, uint32_t mask, bool isTaken)> plumb;
 
     // The GenICam description: the text, or a file that holds it (a text wins); with neither, the emulator's
     // own, which then also takes the emulator's own seed.

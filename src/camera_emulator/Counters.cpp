@@ -13,6 +13,8 @@ std::string toJson(const Counters& counters)
                                   {"writeReg", counters.writeReg},
                                   {"readMem", counters.readMem},
                                   {"writeMem", counters.writeMem},
+                                  {"forceIp", counters.forceIp},
+                                  {"restarts", counters.restarts},
                                   {"unknown", counters.unknown},
                                   {"registersRead", counters.registersRead},
                                   {"registersWritten", counters.registersWritten},

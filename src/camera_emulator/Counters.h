@@ -14,6 +14,8 @@ struct Counters
     uint64_t writeReg = 0; // packets
     uint64_t readMem = 0;
     uint64_t writeMem = 0;
+    uint64_t forceIp = 0;          // for this camera, obeyed
+    uint64_t restarts = 0;         // by DeviceReset
     uint64_t unknown = 0;          // commands that are not implemented
     uint64_t registersRead = 0;    // addresses in READREG packets
     uint64_t registersWritten = 0; // addresses in WRITEREG packets that were carried out
@@ -30,7 +32,10 @@ struct Counters
     uint64_t heartbeatsExpired = 0; // control given up because its holder fell silent
 
     // Well-formed packets of every kind.
-    uint64_t requests() const { return discovery + readReg + writeReg + readMem + writeMem + unknown; }
+    uint64_t requests() const
+    {
+        return discovery + readReg + writeReg + readMem + writeMem + forceIp + unknown;
+    }
 };
 
 // One JSON object, names as above, "requests" first.

@@ -275,6 +275,19 @@ NodeValue Description::numberOf(const std::string& name, const NodeValue& value)
     return value;
 }
 
+AddressRanges Description::selectorRegisters() const
+{
+    AddressRanges found;
+    for (const auto& [name, node] : m_nodes) {
+        if (!childOf(node, "pSelected"))
+            continue;
+        const auto selector = field(name);
+        if (const auto* place = std::get_if<RegisterField>(&selector))
+            found.add(place->address, place->length);
+    }
+    return found;
+}
+
 AddressRanges Description::readOnlyRegisters() const
 {
     struct Register

@@ -52,6 +52,8 @@ public:
     // The number that a symbolic entry or a truth value of this node stands for; else the value itself.
     NodeValue numberOf(const std::string& name, const NodeValue& value) const;
 
+    // The registers of nodes that select others.
+    AddressRanges selectorRegisters() const;
     // Registers at constant addresses that no node may write.
     AddressRanges readOnlyRegisters() const;
 

@@ -3,6 +3,7 @@
 #include "camera_emulator/Bootstrap.h"
 #include "camera_emulator/BuiltIn.h"
 #include "camera_emulator/CameraCore.h"
+#include "camera_emulator/KeptState.h"
 #include "camera_emulator/Responder.h"
 #include "camera_emulator/Seed.h"
 #include "camera_emulator/UdpSocket.h"
@@ -17,6 +18,8 @@ namespace
 {
 
 constexpr uint32_t kEverybody = 0xFFFFFFFF; // the limited broadcast
+constexpr uint32_t kStreamPacketSize = 8164;
+constexpr uint32_t kStreamDelay = 250;
 
 struct Waiting
 {
@@ -32,15 +35,26 @@ struct EmulatedCamera::State
     void run();
     void takePackets(UdpSocket& socket);
     void sendDue();
+    std::optional<Clock::time_point> nextDue() const;
+    std::optional<std::string> bindSockets();
+    void closeSockets();
+    void obey();
+    void move(const IpPlace& from, const IpPlace& to);
+    void goDown();
+    void comeUp();
+    void tellPlumber(const IpPlace& place, bool isTaken) const;
 
     CameraCore core;
     std::optional<uint32_t> address;
 
-    mutable std::mutex mutex; // guards the responder
+    mutable std::mutex mutex; // guards the responder and what the camera keeps
     mutable Responder responder;
+    std::optional<KeptState> kept;
+    bool isToRestart = false;
 
     // The camera's thread alone, while it runs.
     std::multimap<Clock::time_point, Waiting> outgoing;
+    std::optional<Clock::time_point> downUntil; // restarting
     UdpSocket unicast;
     UdpSocket broadcast;
 
@@ -65,6 +79,10 @@ EmulatedCamera::State::State(const CameraConfig& wanted)
     writeDescription(wanted, core.description, core.nodes->schemaVersion(), responder.memory,
                      responder.readOnly);
     core.seed(responder.memory);
+    kept.emplace(core.config, *core.nodes, responder.memory);
+    responder.written = [this](uint32_t word) {
+        isToRestart = kept->written(word, responder.gate.faults.unsaved, responder.memory) || isToRestart;
+    };
 }
 
 void EmulatedCamera::State::takePackets(UdpSocket& socket)
@@ -88,17 +106,92 @@ void EmulatedCamera::State::sendDue()
         unicast.send(entry->second.packet, entry->second.peer);
 }
 
+std::optional<Clock::time_point> EmulatedCamera::State::nextDue() const
+{
+    if (downUntil)
+        return downUntil;
+    return outgoing.empty() ? std::nullopt : std::make_optional(outgoing.begin()->first);
+}
+
 void EmulatedCamera::State::run()
 {
     for (;;) {
-        waitForTraffic(unicast, broadcast, ending,
-                       outgoing.empty() ? std::nullopt : std::make_optional(outgoing.begin()->first));
+        waitForTraffic(unicast, broadcast, ending, nextDue());
         if (ending.isRaised())
             return;
         takePackets(unicast);
         takePackets(broadcast);
+        obey();
         sendDue();
     }
+}
+
+std::optional<std::string> EmulatedCamera::State::bindSockets()
+{
+    std::optional<std::string> reason =
+        unicast.bind(responder.memory.readWord(gvcp::RegCurrentAddress), gvcp::kPort, false);
+    if (!reason && core.config.broadcast)
+        reason = broadcast.bind(kEverybody, gvcp::kPort, true);
+    return reason;
+}
+
+void EmulatedCamera::State::closeSockets()
+{
+    unicast.close();
+    broadcast.close();
+}
+
+// What hosts have ordered that the camera does by itself: another address, a restart.
+void EmulatedCamera::State::obey()
+{
+    std::lock_guard lock(mutex);
+    if (responder.move) {
+        const gvcp::ForcedIp wanted = *responder.move;
+        responder.move.reset();
+        const IpPlace from = currentPlace(responder.memory);
+        move(from, wanted.address == 0 ? kept->placeAtPowerUp(responder.memory)
+                                       : IpPlace{wanted.address, wanted.mask, wanted.gateway});
+    }
+    if (isToRestart)
+        goDown();
+    else if (downUntil && Clock::now() >= *downUntil)
+        comeUp();
+}
+
+void EmulatedCamera::State::move(const IpPlace& from, const IpPlace& to)
+{
+    unicast.close();
+    tellPlumber(from, false);
+    setCurrentPlace(to, responder.memory);
+    tellPlumber(to, true);
+    (void)bindSockets(); // an address that cannot be had is one without answers
+}
+
+// What was to be answered by now is; the rest is lost.
+void EmulatedCamera::State::goDown()
+{
+    isToRestart = false;
+    ++responder.counters.restarts;
+    sendDue();
+    outgoing.clear();
+    closeSockets();
+    tellPlumber(currentPlace(responder.memory), false);
+    downUntil = Clock::now() + core.config.restartTime;
+}
+
+void EmulatedCamera::State::comeUp()
+{
+    downUntil.reset();
+    responder.releaseControl();
+    kept->powerUp(responder.memory);
+    tellPlumber(currentPlace(responder.memory), true);
+    (void)bindSockets();
+}
+
+void EmulatedCamera::State::tellPlumber(const IpPlace& place, bool isTaken) const
+{
+    if (core.config.plumb)
+        core.config.plumb(place.address, place.mask, isTaken);
 }
 
 EmulatedCamera::EmulatedCamera(const CameraConfig& config) : m_state(std::make_unique<State>(config)) {}
@@ -115,14 +208,11 @@ StartResult EmulatedCamera::start()
         return {};
     if (!state.core.problem.empty())
         return {StartCode::BadConfiguration, state.core.problem};
-    std::optional<std::string> reason = state.unicast.bind(*state.address, gvcp::kPort, false);
-    if (!reason && state.core.config.broadcast)
-        reason = state.broadcast.bind(kEverybody, gvcp::kPort, true);
+    std::optional<std::string> reason = state.bindSockets();
     if (!reason)
         reason = state.ending.open();
     if (reason) {
-        state.unicast.close();
-        state.broadcast.close();
+        state.closeSockets();
         return {StartCode::CannotBind, "UDP port " + std::to_string(gvcp::kPort) + " of " +
                                            state.core.config.address + " cannot be taken: " + *reason + "."};
     }
@@ -139,9 +229,16 @@ void EmulatedCamera::stop()
     state.ending.raise();
     state.thread.join();
     state.ending.close();
-    state.unicast.close();
-    state.broadcast.close();
+    state.closeSockets();
     state.outgoing.clear();
+    state.downUntil.reset();
+}
+
+void EmulatedCamera::switchOff()
+{
+    stop();
+    std::lock_guard lock(m_state->mutex);
+    m_state->kept->powerUp(m_state->responder.memory);
 }
 
 const CameraConfig& EmulatedCamera::config() const
@@ -219,6 +316,14 @@ void EmulatedCamera::setFaults(const Faults& faults)
 {
     std::lock_guard lock(m_state->mutex);
     m_state->responder.gate.set(faults);
+}
+
+void EmulatedCamera::streamTo(uint32_t host, uint16_t port)
+{
+    pokeWord(gvcp::RegStreamAddress0, host);
+    pokeWord(gvcp::RegStreamPort0, port);
+    pokeWord(gvcp::RegStreamPacketSize0, kStreamPacketSize);
+    pokeWord(gvcp::RegStreamDelay0, kStreamDelay);
 }
 
 void EmulatedCamera::stealControl(bool exclusive)

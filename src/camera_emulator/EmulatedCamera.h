@@ -29,6 +29,8 @@ public:
 
     StartResult start() override;
     void stop() override;
+    // Stops, and what it does not keep is gone: start() switches it on again.
+    void switchOff();
     std::string place() const override { return config().address; }
 
     const CameraConfig& config() const override;
@@ -49,6 +51,8 @@ public:
 
     Faults faults() const; // as they stand: counts that run down show what is left
     void setFaults(const Faults& faults) override;
+    // What a program sets that streams from the camera to itself.
+    void streamTo(uint32_t host, uint16_t port);
     void stealControl(bool exclusive = false); // another host takes control and keeps it, until:
     void releaseControl();
     bool isControlled() const;

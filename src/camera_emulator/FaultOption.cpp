@@ -77,6 +77,9 @@ const std::map<std::string, FaultKind>& kinds()
               const unsigned status = at(n, 1, gvcp::InvalidAddress);
               c.faults.refusals.push_back({at(n, 0, 0), at(n, 2, 4), static_cast<uint16_t>(status)});
           }}},
+        {"forget",
+         {"ADDRESS", 1, 1,
+          [](const Numbers& n, CameraOptions& c) { c.faults.unsaved.push_back(at(n, 0, 0)); }}},
         {"busy", {"N", 1, 1, [](const Numbers& n, CameraOptions& c) { c.faults.busy = at(n, 0, 0); }}},
         {"pending",
          {"MS[:N]", 1, 2,

@@ -54,6 +54,7 @@ struct Faults
     unsigned busy = 0;          // the next n commands answer BUSY
     unsigned pending = 0;       // the next n commands answer PENDING_ACK first, and come `pendingTime` later
     std::chrono::milliseconds pendingTime{100}; // the PENDING_ACK announces at most 65535 of them
+    std::vector<uint32_t> unsaved;              // words that UserSetSave leaves as they were delivered
     std::optional<unsigned> stealControlAfter;  // after n more commands another host takes control
 };
 

@@ -3,6 +3,7 @@
 #include "gvcp/Gvcp.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace emu
 {
@@ -42,6 +43,16 @@ void Memory::write(uint64_t address, const uint8_t* data, size_t size)
         std::copy_n(data + done, part, page.begin() + offset);
         done += part;
     }
+}
+
+void Memory::takeFrom(const Memory& other, uint64_t begin)
+{
+    const uint64_t first = begin / kPageSize;
+    for (auto page = m_pages.begin(); page != m_pages.end();)
+        page = page->first >= first ? m_pages.erase(page) : std::next(page);
+    for (const auto& page : other.m_pages)
+        if (page.first >= first)
+            m_pages.insert(page);
 }
 
 uint32_t Memory::readWord(uint64_t address) const

@@ -23,6 +23,9 @@ public:
     void write(uint64_t address, const uint8_t* data, size_t size);
     void write(uint64_t address, const Bytes& data) { write(address, data.data(), data.size()); }
 
+    // What `other` has at a page's begin and behind takes the place of what is here.
+    void takeFrom(const Memory& other, uint64_t begin);
+
     // Big-endian words, as the protocol counts them.
     uint32_t readWord(uint64_t address) const;
     void writeWord(uint64_t address, uint32_t value);
@@ -42,6 +45,7 @@ public:
     void add(uint64_t address, uint64_t size);
     void add(const AddressRanges& other);
     bool overlaps(uint64_t address, uint64_t size) const;
+    const std::map<uint64_t, uint64_t>& endByBegin() const { return m_endByBegin; }
 
 private:
     std::map<uint64_t, uint64_t> m_endByBegin;

@@ -19,6 +19,7 @@ const char kFaults[] =
     "silent[=AFTER[:MS]]          no answers at all, for ever or for a time\n"
     "discovery-only               nothing but discovery is answered\n"
     "refuse=ADDRESS[:STATUS[:LENGTH]]  error status for an address (0x8003, 4 bytes)\n"
+    "forget=ADDRESS               UserSetSave leaves this word as it was delivered\n"
     "busy=N                       the next n commands answer BUSY\n"
     "pending=MS[:N]               PENDING_ACK first, the answer MS later\n"
     "steal=AFTER                  another host takes control\n"
@@ -34,6 +35,7 @@ struct Group
     std::string transport; // as it was given; empty: not
     std::string seedFile;
     unsigned latency = 0;
+    unsigned restartTime = 100;
 };
 
 void addCommonOptions(CLI::App& app, Options& options)
@@ -48,6 +50,15 @@ void addCameraOptions(CLI::App& app, Group& group)
     CameraConfig& config = group.camera.config;
     app.add_option("--address", config.address, "Local IPv4 address; begins a GigE Vision camera");
     app.add_option("--mask", config.mask, "GigE Vision: mask of the address's network")
+        ->capture_default_str();
+    app.add_option("--mac", config.mac, "GigE Vision: MAC address (made of the address)");
+    app.add_flag_callback(
+        "--as-delivered", [&config] { config.isPersistent = false; },
+        "GigE Vision: the camera keeps no address; --address is its link-local one");
+    app.add_option("--dhcp-address", config.dhcpAddress,
+                   "GigE Vision: what a DHCP server gives the camera when it is switched on");
+    app.add_option("--restart-time", group.restartTime,
+                   "GigE Vision: milliseconds from DeviceReset until the camera answers again")
         ->capture_default_str();
     app.add_option("--link", group.camera.serial.link,
                    "Symbolic link that leads to a terminal; begins a camera behind a serial line");
@@ -148,6 +159,7 @@ CameraOptions parseCamera(const std::vector<std::string>& arguments, Options& op
     checkPlace(group);
     CameraOptions& camera = group.camera;
     camera.config.latency = std::chrono::milliseconds(group.latency);
+    camera.config.restartTime = std::chrono::milliseconds(group.restartTime);
     if (!group.seedFile.empty()) {
         const auto seed = readFile(group.seedFile);
         if (!seed)

@@ -61,7 +61,7 @@ std::vector<Reply> Responder::finish(const CommandPacket& command, Answer answer
     std::vector<Reply> replies;
     if (answer.status != Success)
         ++counters.refused;
-    if ((command.flags & kFlagAckRequired) == 0)
+    if ((command.flags & kFlagAckRequired) == 0 || answer.isSilent)
         return replies;
 
     Clock::time_point due = now + latency + gate.faults.delay;
@@ -83,12 +83,27 @@ std::vector<Reply> Responder::finish(const CommandPacket& command, Answer answer
     return replies;
 }
 
+// GigE Vision, FORCEIP_CMD: meant for one MAC address, and passed over while somebody has control. Without an
+// address the camera looks for one again, and says nothing.
+Responder::Answer Responder::forceIp(const Bytes& payload)
+{
+    const auto wanted = parseForceIp(payload);
+    const bool isMeant = wanted && wanted->macHigh == memory.readWord(RegMacHigh) &&
+                         wanted->macLow == memory.readWord(RegMacLow);
+    if (!isMeant || m_holder)
+        return {Success, {}, true};
+    ++counters.forceIp;
+    move = wanted;
+    return {Success, {}, wanted->address == 0};
+}
+
 // GigE Vision, discovery: who may broadcast does so where the way back to the asker is not known.
 bool Responder::isForEverybody(const CommandPacket& command, Peer peer) const
 {
-    const uint32_t own = memory.readWord(RegCurrentAddress);
-    const uint32_t mask = memory.readWord(RegCurrentMask);
-    return answersEverybody && command.command == DiscoveryCmd &&
+    const bool isForced = command.command == ForceIpCmd && move; // it answers from there
+    const uint32_t own = isForced ? move->address : memory.readWord(RegCurrentAddress);
+    const uint32_t mask = isForced ? move->mask : memory.readWord(RegCurrentMask);
+    return answersEverybody && (command.command == DiscoveryCmd || isForced) &&
            (command.flags & kFlagAllowBroadcastAck) != 0 && ((own ^ peer.address) & mask) != 0;
 }
 
@@ -98,6 +113,8 @@ Responder::Answer Responder::answerTo(const CommandPacket& command, Peer peer)
     case DiscoveryCmd:
         ++counters.discovery;
         return {Success, memory.read(0, kDiscoverySize)};
+    case ForceIpCmd:
+        return forceIp(command.payload);
     case ReadRegCmd:
         ++counters.readReg;
         return readRegisters(command.payload, peer);
@@ -271,6 +288,8 @@ void Responder::writeWord(uint32_t address, uint32_t value, Peer peer)
 {
     if (address != RegControlPrivilege) {
         memory.writeWord(address, value);
+        if (written)
+            written(address);
         return;
     }
     const uint32_t privilege = value & (kPrivilegeExclusive | kPrivilegeControl);

@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -34,6 +35,10 @@ public:
     std::chrono::milliseconds latency{0};
     bool concatenation = true; // several registers per READREG and WRITEREG
     bool answersEverybody = true;
+    // Behind each word that a host has written, but for control. Empty: nobody is told.
+    std::function<void(uint32_t address)> written;
+    // The address that FORCEIP wants, until somebody has taken it there.
+    std::optional<gvcp::ForcedIp> move;
 
     std::vector<Reply> handle(const uint8_t* data, size_t size, Peer peer, Clock::time_point now);
 
@@ -48,8 +53,10 @@ private:
     {
         uint16_t status = gvcp::Success;
         Bytes payload;
+        bool isSilent = false; // no answer at all
     };
 
+    Answer forceIp(const Bytes& payload);
     std::vector<Reply> finish(const gvcp::CommandPacket& command, Answer answer, Peer peer,
                               Clock::time_point now);
     bool isForEverybody(const gvcp::CommandPacket& command, Peer peer) const;

@@ -9,6 +9,14 @@ namespace gvcp
 namespace
 {
 
+// FORCEIP_CMD's payload.
+constexpr size_t kForceIpMacHigh = 2;
+constexpr size_t kForceIpMacLow = 4;
+constexpr size_t kForceIpAddress = 20;
+constexpr size_t kForceIpMask = 36;
+constexpr size_t kForceIpGateway = 52;
+constexpr size_t kForceIpSize = 56;
+
 Bytes withHeader(uint16_t command, uint16_t id, size_t payloadSize)
 {
     Bytes packet(kHeaderSize + payloadSize);
@@ -97,6 +105,20 @@ Bytes encodeWriteMemory(uint16_t id, uint32_t address, const uint8_t* data, size
     return packet;
 }
 
+// Words at offsets of the payload, with reserved bytes between them.
+Bytes encodeForceIp(uint16_t id, const ForcedIp& wanted)
+{
+    Bytes packet = withHeader(ForceIpCmd, id, kForceIpSize);
+    packet[1] |= kFlagAllowBroadcastAck;
+    uint8_t* payload = packet.data() + kHeaderSize;
+    put16(payload + kForceIpMacHigh, static_cast<uint16_t>(wanted.macHigh));
+    put32(payload + kForceIpMacLow, wanted.macLow);
+    put32(payload + kForceIpAddress, wanted.address);
+    put32(payload + kForceIpMask, wanted.mask);
+    put32(payload + kForceIpGateway, wanted.gateway);
+    return packet;
+}
+
 void setId(Bytes& command, uint16_t id)
 {
     put16(&command[6], id);
@@ -156,6 +178,15 @@ std::optional<MemoryWrite> parseWriteMemory(const Bytes& payload)
     if (payload.size() <= 4 || payload.size() > 4 + kMaxReadMemory)
         return std::nullopt;
     return MemoryWrite{get32(&payload[0]), Bytes(payload.begin() + 4, payload.end())};
+}
+
+std::optional<ForcedIp> parseForceIp(const Bytes& payload)
+{
+    if (payload.size() != kForceIpSize)
+        return std::nullopt;
+    return ForcedIp{get16(&payload[kForceIpMacHigh]), get32(&payload[kForceIpMacLow]),
+                    get32(&payload[kForceIpAddress]), get32(&payload[kForceIpMask]),
+                    get32(&payload[kForceIpGateway])};
 }
 
 Bytes encodeAck(const AckPacket& ack)

@@ -15,7 +15,8 @@ namespace gvcp
 constexpr uint16_t kPort = 3956;
 constexpr uint8_t kKey = 0x42;
 constexpr uint8_t kFlagAckRequired = 0x01;
-// Of a discovery: a camera that cannot answer the asker, being of another network, may answer everybody.
+// Of a discovery or FORCEIP: a camera that cannot answer the asker, being of another network, may answer
+// everybody.
 constexpr uint8_t kFlagAllowBroadcastAck = 0x10;
 constexpr size_t kHeaderSize = 8;
 constexpr size_t kMaxReadMemory = 536;    // bytes per READMEM and WRITEMEM
@@ -103,6 +104,11 @@ enum Register : uint32_t
 
 constexpr size_t kDiscoverySize = 0xF8;
 
+// How a camera comes by its address (registers 0x0010: what it can, 0x0014: what is switched on).
+constexpr uint32_t kIpPersistent = 0x1;
+constexpr uint32_t kIpDhcp = 0x2;
+constexpr uint32_t kIpLinkLocal = 0x4;
+
 // Device mode (register 0x0004).
 constexpr uint32_t kDeviceModeBigEndian = 0x80000000;
 
@@ -146,6 +152,16 @@ Bytes encodeReadRegisters(uint16_t id, const std::vector<uint32_t>& addresses);
 Bytes encodeWriteRegisters(uint16_t id, const std::vector<RegisterWrite>& writes);
 Bytes encodeReadMemory(uint16_t id, uint32_t address, uint16_t count);
 Bytes encodeWriteMemory(uint16_t id, uint32_t address, const uint8_t* data, size_t size);
+// What FORCEIP_CMD gives the camera of that MAC address, and nobody else.
+struct ForcedIp
+{
+    uint32_t macHigh = 0; // the upper 16 bits
+    uint32_t macLow = 0;
+    uint32_t address = 0; // 0: the camera is to look for one again, as after power-up
+    uint32_t mask = 0;
+    uint32_t gateway = 0;
+};
+Bytes encodeForceIp(uint16_t id, const ForcedIp& wanted);
 // Gives an encoded command another id.
 void setId(Bytes& command, uint16_t id);
 // The id that follows; 0 is none.
@@ -169,6 +185,7 @@ struct MemoryWrite
     Bytes data;
 };
 std::optional<MemoryWrite> parseWriteMemory(const Bytes& payload);
+std::optional<ForcedIp> parseForceIp(const Bytes& payload);
 
 // ---- acknowledges (what a camera answers) --------------------------------------------------------------
 

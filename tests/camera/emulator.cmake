@@ -9,6 +9,10 @@ endforeach()
 target_link_libraries(emulator_description_test PRIVATE PkgConfig::LIBXML2 PkgConfig::ZLIB)
 target_link_libraries(emulator_genicam_test PRIVATE PkgConfig::ARAVIS)
 
+ie_add_test(emulator_power_test LABEL camera
+    SOURCES emulator_power_test.cpp EmulatorFixture.h GvcpClient.h
+    LIBRARIES KXCameraControl camera_emulator_core GTest::gtest_main)
+
 find_package(nlohmann_json REQUIRED)
 ie_add_test(emulator_program_test LABEL camera
     SOURCES emulator_program_test.cpp EmulatorFixture.h GvcpClient.h

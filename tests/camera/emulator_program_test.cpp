@@ -147,7 +147,7 @@ TEST(EmulatorProgram, tellsTheSameOptionsInHelpManualAndParser)
 {
     const std::string help = parseOptions({"--help"}).message;
     const Names options = found(help, R"((?:^|\s|,)(--[a-z]+(?:-[a-z]+)*)(?=\s))");
-    EXPECT_EQ(options.size(), 28u) << help;
+    EXPECT_EQ(options.size(), 32u) << help;
     EXPECT_EQ(found(manPage(), R"(\.TP\n\.B[IR]? (?:-h ", " )?"?(--[a-z]+(?:-[a-z]+)*))"), options);
     for (const std::string& option : options)
         EXPECT_THAT(parseOptions({"--address", "127.0.0.1", option}).message,
@@ -158,7 +158,7 @@ TEST(EmulatorProgram, tellsTheSameOptionsInHelpManualAndParser)
 TEST(EmulatorProgram, tellsTheSameFaultsInHelpManualAndParser)
 {
     const Names faults = knownFaults();
-    EXPECT_EQ(faults.size(), 12u);
+    EXPECT_EQ(faults.size(), 13u);
     const std::string help = parseOptions({"--help"}).message;
     EXPECT_EQ(found(help.substr(help.find("lose=N")), R"((?:^|\s{2,}|N )([a-z]+(?:-[a-z]+)*)(?==|\[=|  ))"),
               faults);

@@ -1,91 +1,29 @@
 // GigE Vision cameras whose address is of another network than the interface that they are wired to, in a
 // network of the test's own: two namespaces and a wire between them.
 #include "KXCameraControl/ports/Discovery.h"
+#include "KXCameraControl/ports/gige/AddressProbe.h"
 #include "camera_emulator/EmulatedCamera.h"
 #include "gvcp/Gvcp.h"
+#include "support/OwnNetwork.h"
 
 #include <gtest/gtest.h>
 
-#include <sched.h>
-#include <unistd.h>
-
-#include <condition_variable>
 #include <cstdlib>
 #include <functional>
-#include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace
 {
 
+using tests::CameraSide;
+constexpr auto run = tests::runInNetwork;
+
 constexpr char kNear[] = "192.168.77.20";
 constexpr char kFar[] = "10.77.5.9";
 constexpr char kWayBack[] =
     "ip address add 192.168.77.99/24 dev cam"; // by which cameras can answer this host
-
-bool run(const std::string& command)
-{
-    return std::system(("exec 2>/dev/null; " + command).c_str()) == 0; // NOLINT(cert-env33-c): of this file
-}
-
-// The cameras' end of a wire. Namespaces belong to threads, and so do the sockets that they open.
-class CameraSide
-{
-public:
-    // `wire`: its end at this host. `more`: what else is to be set up there.
-    CameraSide(const std::string& wire, const std::vector<emu::CameraConfig>& configs,
-               const std::string& more)
-    {
-        for (const emu::CameraConfig& config : configs)
-            m_cameras.push_back(std::make_unique<emu::EmulatedCamera>(config));
-        m_thread = std::thread([this, wire, more] { live(wire, more); });
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_isReady; });
-    }
-    ~CameraSide()
-    {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_isOver = true;
-        }
-        m_changed.notify_all();
-        m_thread.join();
-    }
-    bool isGood() const { return m_isGood; }
-    const emu::EmulatedCamera& camera(size_t index) const { return *m_cameras[index]; }
-
-private:
-    void live(const std::string& wire, const std::string& more)
-    {
-        const std::string host = std::to_string(getpid()); // the main thread's network
-        m_isGood = unshare(CLONE_NEWNET) == 0 && run("ip link set lo up") &&
-                   run("ip link add cam type veth peer name " + wire + " netns " + host) &&
-                   run("ip link set cam up") && run("echo 0 > /proc/sys/net/ipv4/conf/all/rp_filter") &&
-                   run("echo 0 > /proc/sys/net/ipv4/conf/cam/rp_filter") && run(more);
-        for (const auto& camera : m_cameras)
-            m_isGood = m_isGood && run("ip address add " + camera->config().address + "/24 dev cam") &&
-                       camera->start();
-        std::unique_lock lock(m_mutex);
-        m_isReady = true;
-        m_changed.notify_all();
-        m_changed.wait(lock, [this] { return m_isOver; });
-        for (const auto& camera : m_cameras)
-            camera->stop();
-        run("ip link delete cam"); // a namespace that nobody is in goes some time later, with its wires
-    }
-
-    std::vector<std::unique_ptr<emu::EmulatedCamera>> m_cameras;
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    bool m_isReady = false;
-    bool m_isOver = false;
-    bool m_isGood = false;
-    std::thread m_thread;
-};
 
 emu::CameraConfig configOf(const char* serial, const char* address, bool hearsEverybody)
 {
@@ -100,11 +38,9 @@ emu::CameraConfig configOf(const char* serial, const char* address, bool hearsEv
 class OtherNetwork : public testing::Test
 {
 protected:
-    // Before there is any other thread: an ordinary user gets a network of his own by being root in it.
     static void SetUpTestSuite()
     {
-        isAlone = unshare(geteuid() == 0 ? CLONE_NEWNET : CLONE_NEWUSER | CLONE_NEWNET) == 0 &&
-                  run("ip link >/dev/null");
+        isAlone = tests::enterOwnNetwork();
         if (!isAlone)
             return;
         setenv("KX_CAMERA_INTERFACES", "host0", 1);
@@ -205,7 +141,7 @@ TEST_F(OtherNetwork, aRouteMakesItReachable)
 TEST_F(OtherNetwork, somebodyElseWithItsAddressIsNotTakenForIt)
 {
     wire(configOf("FAR", kFar, true));
-    const CameraSide elsewhere("host1", {configOf("OTHER", kFar, false)}, kWayBack);
+    CameraSide elsewhere("host1", {configOf("OTHER", kFar, false)}, kWayBack);
     ASSERT_TRUE(elsewhere.isGood());
     ASSERT_TRUE(setUp("host1", "10.77.5.1"));
     const auto entries = found();
@@ -213,6 +149,60 @@ TEST_F(OtherNetwork, somebodyElseWithItsAddressIsNotTakenForIt)
     EXPECT_STREQ(reinterpret_cast<const char*>(entries[0].info.special.gige.serialNumber), "FAR");
     EXPECT_EQ(entries[0].availability, uint32_t(KX_AVAILABILITY_UNREACHABLE));
     EXPECT_EQ(elsewhere.camera(0).counters().requests(), 0u);
+}
+
+// The emulated cameras' own network follows them.
+emu::CameraConfig withPlumbing(emu::CameraConfig config)
+{
+    config.plumb = [](uint32_t address, uint32_t, bool isTaken) {
+        run(std::string("ip address ") + (isTaken ? "add " : "del ") + gvcp::formatAddress(address) +
+            "/24 dev cam");
+    };
+    return config;
+}
+
+TEST_F(OtherNetwork, aCameraOfAnotherNetworkTakesAnAddressOfThisOne)
+{
+    wire(withPlumbing(configOf("FAR", kFar, true)));
+    const auto entries = found();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(kx::forceIp(entries[0].info, {*gvcp::parseAddress(kNear), 0xFFFFFF00, 0}), KX_OK);
+    const auto now = found(isFree);
+    ASSERT_EQ(now.size(), 1u);
+    EXPECT_EQ(now[0].info.special.gige.ipAddress, *gvcp::parseAddress(kNear));
+    EXPECT_EQ(now[0].availability, uint32_t(KX_AVAILABILITY_FREE));
+    EXPECT_EQ(side->camera(0).counters().forceIp, 1u);
+}
+
+TEST_F(OtherNetwork, onlyTheCameraOfThatMacAddressObeys)
+{
+    wire(withPlumbing(configOf("FAR", kFar, true)));
+    auto entries = found();
+    ASSERT_EQ(entries.size(), 1u);
+    entries[0].info.special.gige.macLow ^= 1;
+    EXPECT_EQ(kx::forceIp(entries[0].info, {*gvcp::parseAddress(kNear), 0xFFFFFF00, 0}), KX_E_NO_ANSWER);
+    EXPECT_EQ(side->camera(0).counters().forceIp, 0u);
+    EXPECT_EQ(found()[0].info.special.gige.ipAddress, *gvcp::parseAddress(kFar));
+}
+
+// Also of somebody who is no camera, and whose network this host is not in.
+TEST_F(OtherNetwork, whoHasAnAddressAnswersByArp)
+{
+    wire(configOf("NEAR", kNear, true), std::string(kWayBack) + " && ip address add 10.9.9.9/24 dev cam");
+    ASSERT_EQ(found(isFree).size(), 1u);
+    const uint32_t here = *gvcp::parseAddress("192.168.77.1");
+    for (const char* taken : {kNear, "192.168.77.99", "10.9.9.9"}) {
+        const KX_AddressOwner owner = kx::probeAddress(*gvcp::parseAddress(taken), here);
+        EXPECT_EQ(owner.isTaken, 1u) << taken;
+        EXPECT_EQ(owner.means, uint32_t(KX_PROBE_ARP)) << taken;
+        EXPECT_NE(owner.macLow, 0u) << taken;
+    }
+    const KX_AddressOwner nobody = kx::probeAddress(*gvcp::parseAddress("192.168.77.100"), 0);
+    EXPECT_EQ(nobody.isTaken, 0u);
+    EXPECT_EQ(nobody.means, uint32_t(KX_PROBE_ARP));
+    const KX_AddressOwner own = kx::probeAddress(here, 0);
+    EXPECT_EQ(own.isTaken, 1u);
+    EXPECT_EQ(own.means, uint32_t(KX_PROBE_OWN));
 }
 
 } // namespace

@@ -142,3 +142,24 @@ TEST(GvcpAddress, textAndNumber)
     for (const char* wrong : {"", "127.0.0", "127.0.0.256", "127.0.0.1x", "a.b.c.d", "127.0.0.1.2"})
         EXPECT_FALSE(parseAddress(wrong)) << wrong;
 }
+
+// GigE Vision, FORCEIP_CMD: 56 bytes, of which most are reserved.
+TEST(GvcpForceIp, standsAtItsOffsets)
+{
+    const Bytes packet = encodeForceIp(7, {0x0A0B, 0x0C0D0E0F, 0xC0A80105, 0xFFFFFF00, 0xC0A80101});
+    ASSERT_EQ(packet.size(), 8u + 56u);
+    EXPECT_EQ(Bytes(packet.begin(), packet.begin() + 8), (Bytes{0x42, 0x11, 0, 4, 0, 56, 0, 7}));
+    EXPECT_EQ(Bytes(packet.begin() + 8, packet.begin() + 16),
+              (Bytes{0, 0, 0x0A, 0x0B, 0x0C, 0x0D, 0x0E, 0x0F}));
+    EXPECT_EQ(get32(&packet[8 + 20]), 0xC0A80105u);
+    EXPECT_EQ(get32(&packet[8 + 36]), 0xFFFFFF00u);
+    EXPECT_EQ(get32(&packet[8 + 52]), 0xC0A80101u);
+    const auto command = decodeCommand(packet.data(), packet.size());
+    ASSERT_TRUE(command);
+    const auto read = parseForceIp(command->payload);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->macHigh, 0x0A0Bu);
+    EXPECT_EQ(read->macLow, 0x0C0D0E0Fu);
+    EXPECT_EQ(read->address, 0xC0A80105u);
+    EXPECT_FALSE(parseForceIp(Bytes(55)));
+}

@@ -4,6 +4,7 @@
 #include "KXCameraControl/ports/SearchPlaces.h"
 #include "KXCameraControl/ports/Stamp.h"
 #include "KXCameraControl/ports/Transport.h"
+#include "KXCameraControl/ports/gige/AddressProbe.h"
 
 #include <algorithm>
 #include <vector>
@@ -20,6 +21,19 @@ uint32_t availabilityToUs(const KX_DeviceInfo& device, uint32_t availability,
 {
     const bool ours = availability == KX_AVAILABILITY_IN_USE && OwnControl::hasBeenSince(device, start);
     return ours ? uint32_t(KX_AVAILABILITY_FREE) : availability;
+}
+
+// Neither this network, nor everybody, nor a group (RFC 1122, RFC 1112).
+bool isHostAddress(uint32_t address)
+{
+    const uint32_t first = address >> 24;
+    return first > 0 && first < 224;
+}
+
+bool isMask(uint32_t mask)
+{
+    const uint32_t hosts = ~mask;
+    return mask != 0 && (hosts & (hosts + 1)) == 0;
 }
 
 } // namespace
@@ -103,6 +117,28 @@ KX_Status KX_CC_IsDeviceAccessible(const KX_DeviceInfo* device, uint32_t* availa
         const KX_Status status = deviceAvailability(*device, *availability);
         *availability = availabilityToUs(*device, *availability, start);
         return status == KX_OK ? KX_OK : failed(nullptr, status, {});
+    });
+}
+
+KX_Status KX_CC_ForceIp(const KX_DeviceInfo* device, uint32_t address, uint32_t mask, uint32_t gateway)
+{
+    return withoutExceptions([&] {
+        if (!device || !isHostAddress(address) || !isMask(mask) || (gateway != 0 && !isHostAddress(gateway)))
+            return failed(nullptr, KX_E_PARAMETER, {});
+        if (const KX_Status status = checkRecord(device))
+            return failed(nullptr, status, {});
+        const KX_Status status = forceIp(*device, {address, mask, gateway});
+        return status == KX_OK ? KX_OK : failed(nullptr, status, {});
+    });
+}
+
+KX_Status KX_CC_ProbeAddress(uint32_t address, uint32_t interfaceAddress, KX_AddressOwner* owner)
+{
+    return withoutExceptions([&] {
+        if (!owner || !isHostAddress(address))
+            return failed(nullptr, KX_E_PARAMETER, {});
+        *owner = probeAddress(address, interfaceAddress);
+        return KX_OK;
     });
 }
 

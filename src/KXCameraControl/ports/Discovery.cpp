@@ -1,7 +1,5 @@
 #include "KXCameraControl/ports/Discovery.h"
 
-#include "KXCameraControl/ports/Transport.h"
-
 #include <algorithm>
 #include <future>
 #include <string>
@@ -67,6 +65,18 @@ KX_Status controllerOf(const KX_DeviceInfo& device, KX_Controller& controller)
     controller = {};
     const Transport* transport = transportOf(device);
     return transport ? transport->controller(device, controller) : KX_E_NOT_SUPPORTED;
+}
+
+// A camera that somebody controls passes the command over, and nobody would know why.
+KX_Status forceIp(const KX_DeviceInfo& device, const IpSettings& wanted)
+{
+    const Transport* transport = transportOf(device);
+    if (!transport || !transport->forceIp)
+        return KX_E_NOT_SUPPORTED;
+    uint32_t availability = 0;
+    if (const KX_Status status = transport->availability(device, availability))
+        return status;
+    return availability == KX_AVAILABILITY_IN_USE ? KX_E_CONTROL_REFUSED : transport->forceIp(device, wanted);
 }
 
 } // namespace kx

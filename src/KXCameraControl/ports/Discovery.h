@@ -1,7 +1,7 @@
 // Who is there, over all transports. Takes control of nothing.
 #pragma once
 
-#include <KXCameraControl/KXCameraControl.h>
+#include "KXCameraControl/ports/Transport.h"
 
 #include <vector>
 
@@ -18,5 +18,8 @@ KX_Status deviceAvailability(const KX_DeviceInfo& device, uint32_t& availability
 
 // What KX_CC_GetController promises. KX_E_NOT_SUPPORTED: the transport. Thread-safe.
 KX_Status controllerOf(const KX_DeviceInfo& device, KX_Controller& controller);
+
+// What KX_CC_ForceIp promises, of an address that a host can have. Thread-safe.
+KX_Status forceIp(const KX_DeviceInfo& device, const IpSettings& wanted);
 
 } // namespace kx

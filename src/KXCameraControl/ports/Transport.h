@@ -9,6 +9,14 @@
 namespace kx
 {
 
+// Of one network interface of a camera, in host byte order.
+struct IpSettings
+{
+    uint32_t address = 0;
+    uint32_t mask = 0;
+    uint32_t gateway = 0; // 0: none
+};
+
 struct Transport
 {
     uint32_t type; // KX_TRANSPORT_...
@@ -29,6 +37,8 @@ struct Transport
     bool (*owns)(const KX_DeviceInfo& device) = nullptr;
     // A sentence for each thing that stands in the way of its searches. Null: there are none. Sends nothing.
     std::vector<std::string> (*problems)() = nullptr;
+    // Another address for a camera that nobody controls: what KX_CC_ForceIp promises. Null: there are none.
+    KX_Status (*forceIp)(const KX_DeviceInfo& device, const IpSettings& wanted) = nullptr;
 };
 
 // Those of this system (Transports_posix.cpp, Transports_windows.cpp).

@@ -226,6 +226,40 @@ typedef struct KX_Controller
  * opened. */
 KX_API KX_Status KX_CC_GetController(const KX_DeviceInfo* device, KX_Controller* controller);
 
+/* Gives a GigE Vision camera another address for as long as it stays switched on (GigE Vision, chapter "GVCP",
+ * FORCEIP_CMD): a broadcast behind the interface that the record was found at, for the camera of the record's MAC
+ * address alone, so that one of another network is reached as well. Of a record that was found by its address alone
+ * the command goes to that address. All in host byte order; `gateway` may be 0. Takes control of nothing; a camera that somebody
+ * controls does not obey. Does not ask whether the address is somebody else's: KX_CC_ProbeAddress does.
+ * Blocks until the camera has answered a search with its new address, for 6 s at most. KX_E_PARAMETER: `device` null, an
+ * address or a mask that no host can have. KX_E_RECORD. KX_E_NOT_SUPPORTED: the transport. KX_E_NETWORK: no socket, or the interface is
+ * gone. KX_E_CONTROL_REFUSED: somebody controls it. KX_E_NO_ANSWER: nothing was heard from the new address; of a camera that answers and refuses,
+ * the status of that. */
+KX_API KX_Status KX_CC_ForceIp(const KX_DeviceInfo* device, uint32_t address, uint32_t mask, uint32_t gateway);
+
+/* How it was found out who is at an address. */
+enum
+{
+    KX_PROBE_ARP = 1,     /* by ARP probes (RFC 5227): whoever has the address answers */
+    KX_PROBE_REQUEST = 2, /* by a GigE Vision request and a connection attempt: a host that answers neither is missed */
+    KX_PROBE_OWN = 3      /* an interface of this host has it */
+};
+
+typedef struct KX_AddressOwner
+{
+    uint32_t isTaken; /* 1: somebody answers there; 0: nobody */
+    uint32_t means;   /* one KX_PROBE_ value */
+    uint32_t macHigh; /* of who answers, as in KX_GigEDeviceInfo; both 0: not known */
+    uint32_t macLow;
+    uint32_t reserved[4];
+} KX_AddressOwner;
+
+/* Asks who is at an IPv4 address (host byte order) behind the interface that has `interfaceAddress`; 0: behind the one that leads
+ * there. By ARP where the system lets this user (Linux: CAP_NET_RAW) and the line has it, else as KX_PROBE_REQUEST says. A camera
+ * answers for its own address too: compare the MAC address. Blocks for up to 1.5 s. KX_E_PARAMETER: `owner` null, an address
+ * that no host can have. */
+KX_API KX_Status KX_CC_ProbeAddress(uint32_t address, uint32_t interfaceAddress, KX_AddressOwner* owner);
+
 /* A number that changes whenever a network interface of this machine comes, goes, or changes its address, and when a
  * USB device or a named serial line comes or goes: a reason to look for cameras again. 0: nothing of that could be read. Sends
  * nothing, does not block. */

@@ -4,6 +4,7 @@
 #include "KXCameraControl/ports/Fields.h"
 #include "KXCameraControl/ports/SearchPlaces.h"
 #include "KXCameraControl/ports/Stamp.h"
+#include "KXCameraControl/ports/gige/AddressForce.h"
 #include "KXCameraControl/ports/gige/GvcpPort.h"
 #include "KXCameraControl/ports/gige/Inquiry.h"
 
@@ -317,8 +318,10 @@ uint32_t gigeStamp()
 
 Transport gigeTransport()
 {
-    return {KX_TRANSPORT_GIGE, findGigeCameras,  gigeAvailability, gigeController,
-            newGigePort,       gigeSerialNumber, gigePlace,        gigeStamp};
+    Transport gige{KX_TRANSPORT_GIGE, findGigeCameras,  gigeAvailability, gigeController,
+                   newGigePort,       gigeSerialNumber, gigePlace,        gigeStamp};
+    gige.forceIp = forceGigeIp;
+    return gige;
 }
 
 } // namespace kx
