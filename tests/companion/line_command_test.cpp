@@ -1,6 +1,8 @@
 // iefeatures line, over emulated cameras.
-#include "companion/ImportCompanion.h"
-#include "iefeatures/line/Inventory.h"
+#include "companion/LineCompanion.h"
+#include "gvcp/Gvcp.h"
+#include "iefeatures/line/LineLock.h"
+#include "support/LoopbackAddress.h"
 
 #include <nlohmann/json.hpp>
 
@@ -10,7 +12,6 @@
 #include <QStandardPaths>
 
 #include <cstdio>
-#include <sstream>
 #include <thread>
 
 using ::testing::ElementsAre;
@@ -21,6 +22,7 @@ using ::testing::StartsWith;
 using tests::Arguments;
 using tests::Json;
 using tests::lastObject;
+using tests::LineOfCameras;
 using tests::objects;
 using tests::Result;
 using tests::runInProcess;
@@ -29,70 +31,6 @@ namespace
 {
 
 constexpr uint32_t kGainOfAll = 0x13000; // of the emulator's description
-
-class LineOfCameras : public tests::ImportCompanion
-{
-protected:
-    emu::EmulatedCamera& addNamed(const std::string& serial, const std::string& name,
-                                  const std::string& model = "EMU-1")
-    {
-        return addCamera(serial, [&](emu::CameraConfig& config) {
-            config.userName = name;
-            config.model = model;
-        });
-    }
-
-    std::string file() const { return path("hall.toml"); }
-
-    Result line(Arguments arguments, const Arguments& more = {}) const
-    {
-        arguments.insert(arguments.begin(), "line");
-        arguments.insert(arguments.begin() + 2, file());
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return runInProcess(arguments);
-    }
-    Result init(const Arguments& more = {"--all"}) const { return line({"init", "--pause", "0"}, more); }
-    Result check(const Arguments& more = {}) const { return line({"check"}, more); }
-
-    companion::Inventory inventory() const
-    {
-        const auto reading = companion::readInventory(QString::fromStdString(file()));
-        EXPECT_TRUE(reading.isGood());
-        return reading.inventory;
-    }
-
-    // What is told of each camera, "Gate 1: in order".
-    std::vector<std::string> states(const Arguments& more = {}) const
-    {
-        Arguments arguments{"--json"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        std::vector<std::string> found;
-        for (const Json& object : objects(check(arguments)))
-            if (object["kind"] == "line")
-                found.push_back((object["name"].is_null() ? "-" : object["name"].get<std::string>()) + ": " +
-                                object["state"].get<std::string>());
-        return found;
-    }
-
-    // With a person at the terminal.
-    static Result runAsked(const Arguments& arguments, const companion::Ask& ask)
-    {
-        std::ostringstream out, err;
-        companion::Console console(out, err, false, false);
-        companion::World world{console};
-        world.ask = ask;
-        const int code = companion::runCompanion(arguments, world);
-        return {code, out.str(), err.str()};
-    }
-
-    uint64_t writes()
-    {
-        uint64_t count = 0;
-        for (const emu::EmulatedCamera& camera : cameras())
-            count += camera.counters().settingWrites;
-        return count;
-    }
-};
 
 } // namespace
 
@@ -402,17 +340,72 @@ TEST_F(LineOfCameras, LeavesAloneWhoIsNotItsOwnAndTellsWhoIsMissing)
     EXPECT_THAT(states(), ElementsAre("Gate 1: missing", "Gate 2: in order", "-: not in the inventory"));
 }
 
-TEST_F(LineOfCameras, TellsOfNamesAndAddressesThatStayAsTheyAre)
+TEST_F(LineOfCameras, GivesCamerasTheirNamesAndSwitchesBack)
 {
     emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
     ASSERT_EQ(init().code, 0);
-    write("hall.toml", fileText("hall.toml").replace("[camera.\"Gate 1\"]", "[camera.\"Gate 2\"]"));
     ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    ASSERT_EQ(camera.setNode("DeviceUserID", std::string("Gate 7")), "");
+    camera.pokeWord(gvcp::RegIpCurrent, gvcp::kIpPersistent | gvcp::kIpDhcp);
+    const Result dry = line({"apply"}, {"--dry-run"});
+    EXPECT_EQ(dry.code, 0);
+    EXPECT_THAT(dry.err, HasSubstr("Gate 1: would get DHCP off; link-local addresses on; the name \"Gate "
+                                   "1\".\n"));
     const Result run = line({"apply"}, {"--yes"});
-    EXPECT_EQ(run.code, 4);
-    EXPECT_THAT(run.err, HasSubstr("Gate 2: name: Gate 1, should be Gate 2; that stays as it is.\n"));
-    EXPECT_THAT(states(), ElementsAre("Gate 2: elsewhere"));
-    EXPECT_THAT(check().out, Not(HasSubstr("Height")));
+    EXPECT_EQ(run.code, 0) << run.err << run.out;
+    EXPECT_EQ(std::get<std::string>(*camera.node("DeviceUserID")), "Gate 1");
+    EXPECT_EQ(camera.peekWord(gvcp::RegIpCurrent), gvcp::kIpPersistent | gvcp::kIpLinkLocal);
+    EXPECT_THAT(lastAuditLine(), HasSubstr("\"command\":\"line apply\""));
+    EXPECT_THAT(lastAuditLine(), HasSubstr("DeviceUserID"));
+    EXPECT_THAT(states(), ElementsAre("Gate 1: in order"));
+}
+
+TEST_F(LineOfCameras, GivesCamerasTheirAddressesBackThatNobodyElseHas)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    const std::string other = tests::freshLoopbackAddress();
+    qputenv("KX_CAMERA_ADDRESSES", qgetenv("KX_CAMERA_ADDRESSES") + ',' + QByteArray::fromStdString(other));
+    ASSERT_EQ(runInProcess({"ip", "--serial", "S1", "--force", other + "/8", "--yes"}).code, 0);
+    EXPECT_THAT(states(), ElementsAre("Gate 1: elsewhere"));
+
+    emu::CameraConfig config;
+    config.address = camera.config().address;
+    config.serial = "S2";
+    config.mac = "02:00:00:00:00:77";
+    {
+        emu::EmulatedCamera thief(config);
+        ASSERT_TRUE(thief.start());
+        const Result kept = line({"apply"}, {"--yes"});
+        EXPECT_EQ(kept.code, 4);
+        EXPECT_THAT(kept.err, HasSubstr("is somebody else's (02:00:00:00:00:77)"));
+        EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegCurrentAddress)), other);
+    }
+    const Result run = line({"apply"}, {"--yes"});
+    EXPECT_EQ(run.code, 0) << run.err << run.out;
+    EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegCurrentAddress)), config.address);
+    EXPECT_THAT(states(), ElementsAre("Gate 1: in order"));
+}
+
+TEST_F(LineOfCameras, IsWrittenByOneCommandAtATime)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    {
+        companion::LineLock other(QString::fromStdString(file()));
+        ASSERT_EQ(other.take(), "");
+        for (const Arguments& arguments :
+             {Arguments{"apply", "--yes"}, Arguments{"adopt", "--camera", "Gate 1"}}) {
+            const Result run = line({arguments[0]}, {arguments.begin() + 1, arguments.end()});
+            EXPECT_EQ(run.code, 1);
+            EXPECT_THAT(run.err, StartsWith(file() + " is worked on by "));
+            EXPECT_THAT(run.err, HasSubstr(" since 20"));
+        }
+        EXPECT_EQ(line({"apply"}, {"--dry-run"}).code, 0) << "who only looks needs none";
+    }
+    EXPECT_EQ(line({"apply"}, {"--yes"}).code, 0);
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(file() + ".lock")));
 }
 
 // The first one proves the files.

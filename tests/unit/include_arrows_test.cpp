@@ -55,6 +55,7 @@ const std::vector<Component> kComponents = {
      {{{""}},
       {{"commands"}},
       {{"line"}},
+      {{"network"}},
       {{"imports"}},
       {{"check"}, {"compare"}},
       {{"exports"}},

@@ -82,6 +82,21 @@ KX_Status enumerateCameras(std::vector<KX_DeviceEntry>& entries)
     return camera_line::enumerateCameras(KX_TRANSPORT_ALL, entries);
 }
 
+bool isSameCamera(const ListedCamera& one, const ListedCamera& other)
+{
+    if (!one.mac.isEmpty() || !other.mac.isEmpty())
+        return one.mac == other.mac;
+    return one.guid == other.guid && one.model == other.model && one.serial == other.serial;
+}
+
+std::optional<ListedCamera> findAgain(const Look& look, const ListedCamera& camera)
+{
+    for (const ListedCamera& other : look())
+        if (isSameCamera(camera, other))
+            return other;
+    return {};
+}
+
 std::vector<ListedCamera> camerasFrom(const std::vector<KX_DeviceEntry>& entries)
 {
     std::vector<ListedCamera> cameras;
@@ -98,6 +113,7 @@ std::vector<ListedCamera> camerasFrom(const std::vector<KX_DeviceEntry>& entries
         camera.mac = camera_line::macText(entry.info);
         camera.guid = guidOf(entry.info);
         camera.interfaceName = interfaceOf(entry);
+        camera.interfaceMask = entry.interfaceMask;
         camera.status = statusWord(entry.availability);
         camera.reason = reasonOf(entry);
     }

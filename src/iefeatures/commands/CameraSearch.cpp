@@ -48,6 +48,15 @@ void SearchOptions::addKeepGoing(CLI::App& app)
     app.add_flag("--keep-going", isKeptGoing, "Go on with the cameras that are there when one is missing");
 }
 
+Look lookOf(World& world)
+{
+    return [&world] {
+        std::vector<ListedCamera> cameras;
+        CameraSearch::findAll(world, cameras);
+        return cameras;
+    };
+}
+
 int CameraSearch::findAll(World& world, std::vector<ListedCamera>& cameras)
 {
     const QStringList objections = searchObjections();

@@ -25,6 +25,9 @@ struct SearchRule
     bool isOpen = false;       // whoever is there is meant: addresses that do not answer are told
 };
 
+// For what looks for cameras again later; what goes wrong is told.
+Look lookOf(World& world);
+
 class CameraSearch
 {
 public:

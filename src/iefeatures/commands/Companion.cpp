@@ -6,6 +6,7 @@
 #include "iefeatures/commands/ExportCommand.h"
 #include "iefeatures/commands/GetCommand.h"
 #include "iefeatures/commands/ImportCommand.h"
+#include "iefeatures/commands/IpCommand.h"
 #include "iefeatures/commands/LineCommand.h"
 #include "iefeatures/commands/ListCommand.h"
 #include "iefeatures/commands/RollbackCommand.h"
@@ -45,6 +46,7 @@ Commands allCommands()
     commands.push_back(std::make_unique<GetCommand>());
     commands.push_back(std::make_unique<SetCommand>());
     commands.push_back(std::make_unique<RunCommand>());
+    commands.push_back(std::make_unique<IpCommand>());
     commands.push_back(std::make_unique<LineCommand>());
     return commands;
 }

@@ -7,6 +7,7 @@
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/line/LineLock.h"
 #include "iefeatures/line/LineReport.h"
 #include "iefeatures/running/JobRun.h"
 
@@ -87,6 +88,11 @@ int LineAdoptCommand::adopt(World& world, const Inventory& inventory,
                             std::vector<CapturedCamera>& cameras) const
 {
     const QString name = QString::fromStdString(m_camera);
+    LineLock lock(inventory.path);
+    if (const QString holder = lock.take(); !holder.isEmpty()) {
+        world.console.err(holder + '\n');
+        return ExitJobFailed;
+    }
     if (!differs(world.console, inventory, cameras.front().camera))
         return Interrupt::isRequested() ? ExitInterrupted : ExitWell;
     if (!m_isAgreed)

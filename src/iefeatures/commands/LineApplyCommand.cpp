@@ -4,11 +4,14 @@
 #include "iefeatures/commands/Agreement.h"
 #include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/commands/LineFile.h"
+#include "iefeatures/network/NetworkWrites.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/imports/ImportProcedure.h"
+#include "iefeatures/line/LineLock.h"
+#include "iefeatures/line/LineNetwork.h"
 #include "iefeatures/line/LineReport.h"
 #include "iefeatures/running/JobRun.h"
 
@@ -37,6 +40,22 @@ QString snapshotFolder(const Inventory& inventory)
 
 // Cameras that are proved by the same rule, and kept in the same set, are written at the same time.
 using Group = std::pair<QStringList, QString>;
+
+// What is set of name and address, and what stays.
+void tellNetwork(Console& console, const LineTarget& target)
+{
+    const QString name = printable(target.wanted->name);
+    LineMatch rest = target.match;
+    rest.differences = differencesBehind(target.network, target.match);
+    if (target.isUnreachable())
+        rest.reason.clear();
+    for (const QString& problem : lineProblems({rest, {}}))
+        console.err(name + ": " + problem + "; that stays as it is.\n");
+    if (!target.network.isEmpty())
+        console.err(name + ": would get " + networkWords(target.network).join("; ") + ".\n");
+    if (target.isUnreachable())
+        console.err(name + ": unreachable now; its features are what the next apply looks at.\n");
+}
 
 void tellNotBegun(Console& console, const std::vector<LineTarget>& targets)
 {
@@ -93,6 +112,11 @@ int LineApplyCommand::readLine(Console& console, Inventory& inventory) const
 
 int LineApplyCommand::apply(World& world, const Inventory& inventory) const
 {
+    LineLock lock(inventory.path);
+    if (const QString holder = m_isDryRun ? QString() : lock.take(); !holder.isEmpty()) {
+        world.console.err(holder + '\n');
+        return ExitJobFailed;
+    }
     std::vector<ListedCamera> cameras;
     if (const int code = CameraSearch::findAll(world, cameras))
         return code;
@@ -121,10 +145,11 @@ void LineApplyCommand::tellPlan(Console& console, const LinePlan& plan) const
 {
     std::vector<CameraCheck> checks;
     for (const LineTarget& target : plan.targets) {
-        checks.push_back(target.plan);
-        for (const QString& problem : lineProblems({target.match, {}}))
-            console.err(printable(target.wanted->name) + ": " + problem + "; that stays as it is.\n");
-        console.object("plan", checkJson(target.plan));
+        tellNetwork(console, target);
+        if (!target.plan)
+            continue;
+        checks.push_back(*target.plan);
+        console.object("plan", checkJson(*target.plan));
     }
     for (const ListedCamera& stranger : plan.strangers)
         console.err(stranger.title() + ": not in the inventory; it is left alone.\n");
@@ -178,7 +203,19 @@ int LineApplyCommand::writeBatch(World& world, const Inventory& inventory,
     }
     if (!isAsPlanned)
         return Interrupt::isRequested() ? ExitInterrupted : ExitJobFailed;
-    return import(world.console, inventory, now.targets);
+    if (const int code = import(world.console, inventory, now.targets))
+        return code;
+    return writeNames(world, now.targets);
+}
+
+// Behind the features: a camera with another address has to be found again.
+int LineApplyCommand::writeNames(World& world, const std::vector<LineTarget>& targets) const
+{
+    std::vector<NetworkJob> jobs;
+    for (const LineTarget& target : targets)
+        if (!target.network.isEmpty())
+            jobs.push_back({target.camera, target.network});
+    return jobs.empty() ? int(ExitWell) : writeNetworks(world.console, lookOf(world), "line apply", m_audit.rule(), jobs);
 }
 
 int LineApplyCommand::import(Console& console, const Inventory& inventory,
@@ -186,7 +223,10 @@ int LineApplyCommand::import(Console& console, const Inventory& inventory,
 {
     std::map<Group, std::vector<LineTarget>> groups;
     for (const LineTarget& target : targets)
-        groups[{inventory.ignoredOf(*target.wanted), target.wanted->userSet}].push_back(target);
+        if (target.plan)
+            groups[{inventory.ignoredOf(*target.wanted), target.wanted->userSet}].push_back(target);
+    if (groups.empty())
+        return ExitWell;
     ImportTask task;
     task.command = "line apply";
     task.snapshots = snapshotFolder(inventory);

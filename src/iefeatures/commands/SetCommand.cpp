@@ -1,12 +1,10 @@
 #include "iefeatures/commands/SetCommand.h"
 
 #include "iefeatures/cameras/InParallel.h"
-#include "iefeatures/check/CheckReport.h"
+#include "iefeatures/imports/WriteReport.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
-#include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
-#include "iefeatures/console/Text.h"
 
 #include <CLI/CLI.hpp>
 
@@ -38,7 +36,7 @@ int WriteCommand::write(Console& console, const std::vector<ListedCamera>& camer
     std::vector<AuditEntry> entries;
     for (size_t i = 0; i < cameras.size(); ++i) {
         results[i].check.camera = cameras[i];
-        entries.push_back(auditEntryOf(results[i]));
+        entries.push_back(auditEntryOf(name(), results[i]));
     }
     AuditTrail trail(console, m_audit.rule());
     if (!trail.begin(entries))
@@ -46,45 +44,14 @@ int WriteCommand::write(Console& console, const std::vector<ListedCamera>& camer
     const std::vector<Assignment> wanted = assignments();
     inParallel(cameras.size(), [&](size_t i) {
         results[i] = writeFeatures(cameras[i], wanted, [] { return !Interrupt::isRequested(); });
-        entries[i] = auditEntryOf(results[i]);
+        entries[i] = auditEntryOf(name(), results[i]);
     });
     trail.end(entries);
-    tell(console, results);
+    tellWrites(console, results);
     std::vector<CameraVerdict> verdicts;
     for (const FeatureWrites& result : results)
         verdicts.push_back(result.check.verdict);
     return Interrupt::isRequested() ? int(ExitInterrupted) : exitCodeOf(gravest(verdicts));
-}
-
-AuditEntry WriteCommand::auditEntryOf(const FeatureWrites& result) const
-{
-    AuditEntry entry;
-    entry.command = name();
-    entry.camera = result.check.camera;
-    entry.changes = result.changes;
-    entry.notApplied = result.check.notApplied();
-    entry.outcome = result.check.verdict;
-    return entry;
-}
-
-void WriteCommand::tell(Console& console, const std::vector<FeatureWrites>& results) const
-{
-    std::vector<CameraCheck> checks;
-    for (const FeatureWrites& result : results) {
-        checks.push_back(result.check);
-        for (const Change& change : result.changes)
-            console.err(result.check.camera.title() + ": " + printable(change.feature) + ": " +
-                        printable(change.from.isNull() ? change.to : change.from + " -> " + change.to) +
-                        '\n');
-    }
-    if (Interrupt::isRequested())
-        console.err(std::string("Interrupted.\n"));
-    for (const CameraCheck& check : checks)
-        console.object("result", checkJson(check));
-    ReportStyle style;
-    style.columns = reportColumns();
-    if (!m_json)
-        console.out(checkText(checks, style));
 }
 
 void SetCommand::addWords(CLI::App& app)

@@ -24,8 +24,6 @@ protected:
 
 private:
     int write(Console& console, const std::vector<ListedCamera>& cameras) const;
-    AuditEntry auditEntryOf(const FeatureWrites& result) const;
-    void tell(Console& console, const std::vector<FeatureWrites>& results) const;
 
     CameraSelection m_selection;
     SearchOptions m_search;

@@ -44,6 +44,27 @@ bool exists(KX_HANDLE handle, const char* name)
     return KX_XML_GetNodeAccessMode(handle, name, &mode) == KX_OK && mode != KX_AM_NOT_IMPLEMENTED;
 }
 
+QString chooseForStartUp(KX_HANDLE handle, const QString& set)
+{
+    const bool isNew = exists(handle, "UserSetDefault");
+    return choose(handle, isNew ? "UserSetDefault" : "UserSetDefaultSelector", set);
+}
+
+// Saves or loads the set.
+QString atSet(const ListedCamera& camera, const QString& set, const char* command, bool isForStartUp)
+{
+    const CameraConnection line(camera.device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
+    if (line.status() != KX_OK)
+        return sentence("the camera could not be opened", line.status());
+    QString problem = choose(line.handle(), "UserSetSelector", set);
+    if (!problem.isEmpty())
+        return problem;
+    const KX_Status status = KX_CC_ExecuteCommand(line.handle(), command);
+    if (status != KX_OK)
+        return sentence(QString(command) + " failed", status);
+    return isForStartUp ? chooseForStartUp(line.handle(), set) : QString();
+}
+
 } // namespace
 
 bool hasUserSet(const ListedCamera& camera, const QString& name)
@@ -54,19 +75,19 @@ bool hasUserSet(const ListedCamera& camera, const QString& name)
 
 QString saveUserSet(const ListedCamera& camera, const UserSet& set)
 {
+    return atSet(camera, set.name, "UserSetSave", set.isForStartUp);
+}
+
+QString loadUserSet(const ListedCamera& camera, const QString& set)
+{
+    return atSet(camera, set, "UserSetLoad", false);
+}
+
+QString startWithUserSet(const ListedCamera& camera, const QString& set)
+{
     const CameraConnection line(camera.device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
-    if (line.status() != KX_OK)
-        return sentence("the camera could not be opened", line.status());
-    QString problem = choose(line.handle(), "UserSetSelector", set.name);
-    if (!problem.isEmpty())
-        return problem;
-    const KX_Status saved = KX_CC_ExecuteCommand(line.handle(), "UserSetSave");
-    if (saved != KX_OK)
-        return sentence("UserSetSave failed", saved);
-    if (!set.isForStartUp)
-        return {};
-    const bool isNew = exists(line.handle(), "UserSetDefault");
-    return choose(line.handle(), isNew ? "UserSetDefault" : "UserSetDefaultSelector", set.name);
+    return line.status() == KX_OK ? chooseForStartUp(line.handle(), set)
+                                  : sentence("the camera could not be opened", line.status());
 }
 
 } // namespace companion

@@ -23,4 +23,9 @@ bool hasUserSet(const ListedCamera& camera, const QString& name);
 // camera has answered. Gives what went wrong as a sentence, or an empty text.
 QString saveUserSet(const ListedCamera& camera, const UserSet& set);
 
+// Selects the set and loads it: the camera is as it is when it starts with it. As saveUserSet() otherwise.
+QString loadUserSet(const ListedCamera& camera, const QString& set);
+// The camera loads the set when it is switched on; saves nothing. As saveUserSet() otherwise.
+QString startWithUserSet(const ListedCamera& camera, const QString& set);
+
 } // namespace companion

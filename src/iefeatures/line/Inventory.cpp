@@ -1,6 +1,7 @@
 #include "iefeatures/line/Inventory.h"
 
 #include "iefeatures/console/Text.h"
+#include "iefeatures/network/UserName.h"
 
 #include "gvcp/Gvcp.h"
 #include "jobs/file/RegularFile.h"
@@ -18,8 +19,6 @@ namespace
 {
 
 constexpr qint64 kLargestInventory = 16 * 1024 * 1024; // bytes; thousands of cameras take less
-constexpr int kGigENameBytes = 16;                     // GigE Vision, bootstrap register "User-defined Name"
-constexpr int kUsbNameBytes = 64; // USB3 Vision, technology agnostic register "User Defined Name"
 
 QString anyText(QString&)
 {
@@ -101,10 +100,7 @@ QString inventoryNameObjection(const InventoryCamera& camera)
 {
     const int room = !camera.guid.isEmpty() ? kUsbNameBytes : kGigENameBytes;
     const bool isOnTransport = !camera.guid.isEmpty() || !camera.mac.isEmpty() || !camera.address.isEmpty();
-    const int bytes = camera.nameInCamera().toUtf8().size();
-    if (!isOnTransport || bytes <= room)
-        return {};
-    return QString("takes %1 bytes, and the camera has room for %2.").arg(bytes).arg(room);
+    return isOnTransport ? userNameObjection(camera.nameInCamera(), room) : QString();
 }
 
 QString InventoryCamera::nameInCamera() const

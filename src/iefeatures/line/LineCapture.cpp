@@ -11,7 +11,7 @@
 #include "iefeatures/line/InventoryEdit.h"
 #include "iefeatures/line/InventoryText.h"
 #include "iefeatures/line/LineCheck.h"
-#include "iefeatures/line/NetworkSettings.h"
+#include "iefeatures/network/NetworkSettings.h"
 
 #include "camera_line/RecordTexts.h"
 

@@ -4,8 +4,9 @@
 #include "iefeatures/cameras/InParallel.h"
 #include "iefeatures/console/OperatingSystem.h"
 #include "iefeatures/files/FeaturesFileInput.h"
+#include "iefeatures/line/LineFiles.h"
 #include "iefeatures/imports/AuditLog.h"
-#include "iefeatures/line/NetworkSettings.h"
+#include "iefeatures/network/NetworkSettings.h"
 #include "iefeatures/running/ReadingProgress.h"
 
 #include <algorithm>
@@ -30,27 +31,6 @@ bool isAsked(const LineMatch& match)
            (match.state == LineState::InOrder || match.state == LineState::Elsewhere);
 }
 
-void compareNetwork(const LineQuestions& questions, LineMatch& match)
-{
-    const InventoryCamera& wanted = *match.wanted;
-    const auto word = [](const std::optional<bool>& isOn) {
-        return isOn ? QString(*isOn ? "true" : "false") : QString();
-    };
-    const std::vector<std::pair<QString, QString>> expected = {{"mask", wanted.mask},
-                                                               {"gateway", wanted.gateway},
-                                                               {"dhcp", word(wanted.usesDhcp)},
-                                                               {"lla", word(wanted.usesLla)}};
-    if (std::all_of(expected.begin(), expected.end(), [](const auto& one) { return one.second.isEmpty(); }))
-        return;
-    const QMap<QString, QString> found = questions.network(*match.camera);
-    for (const auto& [key, value] : expected) {
-        if (value.isEmpty() || !found.contains(key) || found[key] == value)
-            continue;
-        match.differences.push_back({key, value, found[key]});
-        worsen(match, LineState::Elsewhere, {});
-    }
-}
-
 // False: it cannot be used, which the match tells.
 bool readFeatures(const Inventory& inventory, LineMatch& match, ie::FeaturesContent& content)
 {
@@ -60,10 +40,10 @@ bool readFeatures(const Inventory& inventory, LineMatch& match, ie::FeaturesCont
         worsen(match, LineState::BadFiles, input.error);
         return false;
     }
-    const QString hash = match.wanted->featuresHash;
-    if (!hash.isEmpty() && hashOfFile(path) != hash) {
-        worsen(match, LineState::BadFiles,
-               "The features file is not the one that the inventory means: " + path);
+    const QString objection =
+        fileObjection(inventory, "features file", match.wanted->featuresFile, match.wanted->featuresHash);
+    if (!objection.isEmpty()) {
+        worsen(match, LineState::BadFiles, objection);
         return false;
     }
     content = input.content;
@@ -106,6 +86,27 @@ void explainSilence(LineMatch& match)
 }
 
 } // namespace
+
+void compareNetwork(const LineQuestions& questions, LineMatch& match)
+{
+    const InventoryCamera& wanted = *match.wanted;
+    const auto word = [](const std::optional<bool>& isOn) {
+        return isOn ? QString(*isOn ? "true" : "false") : QString();
+    };
+    const std::vector<std::pair<QString, QString>> expected = {{"mask", wanted.mask},
+                                                               {"gateway", wanted.gateway},
+                                                               {"dhcp", word(wanted.usesDhcp)},
+                                                               {"lla", word(wanted.usesLla)}};
+    if (std::all_of(expected.begin(), expected.end(), [](const auto& one) { return one.second.isEmpty(); }))
+        return;
+    const QMap<QString, QString> found = questions.network(*match.camera);
+    for (const auto& [key, value] : expected) {
+        if (value.isEmpty() || !found.contains(key) || found[key] == value)
+            continue;
+        match.differences.push_back({key, value, found[key]});
+        worsen(match, LineState::Elsewhere, {});
+    }
+}
 
 LineState stateOf(CameraVerdict verdict)
 {

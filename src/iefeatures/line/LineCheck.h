@@ -54,6 +54,9 @@ struct LineQuestions
     // camera does not tell.
     std::function<QMap<QString, QString>(const ListedCamera& camera)> network;
 };
+// Adds the differences of mask, gateway and switches, which the camera is asked for.
+void compareNetwork(const LineQuestions& questions, LineMatch& match);
+
 // Over connections that only read; ends behind the feature in hand when `mayGoOn` says no.
 LineQuestions askCameras(const std::function<bool()>& mayGoOn);
 

@@ -1,6 +1,8 @@
 #include "iefeatures/line/LinePlan.h"
 
 #include "iefeatures/cameras/InParallel.h"
+#include "iefeatures/line/LineFiles.h"
+#include "iefeatures/line/LineNetwork.h"
 
 #include <algorithm>
 
@@ -15,25 +17,21 @@ bool wouldWrite(const CameraCheck& plan)
                        [](const EntryCheck& entry) { return entry.verdict == EntryVerdict::WouldChange; });
 }
 
-// Where nothing can be written, why.
-LineTarget targetOf(const Inventory& inventory, LineMatch& match)
+// False: the files are none, which the match tells.
+bool readFiles(const Inventory& inventory, LineMatch& match, SharedImportFiles& files)
 {
-    LineTarget target{match.wanted, *match.camera, {}, {}, match};
-    const QString path = inventory.resolved(match.wanted->featuresFile);
-    target.files = readImportFiles({}, path);
-    const QString& hash = match.wanted->featuresHash;
-    const bool isMeant = hash.isEmpty() || hashOfFile(path) == hash;
-    if (!target.files->input.isGood() || !isMeant) {
-        match.state = LineState::BadFiles;
-        match.reason = isMeant ? target.files->input.error
-                               : "The features file is not the one that the inventory means: " + path;
-    }
-    return target;
+    QString problem;
+    files = readLineFiles(inventory, *match.wanted, false, problem);
+    if (problem.isEmpty())
+        return true;
+    match.state = LineState::BadFiles;
+    match.reason = problem;
+    return false;
 }
 
-bool canBeSet(const LineMatch& match)
+bool isAsked(const LineMatch& match)
 {
-    return match.camera && !match.isOther && !match.wanted->featuresFile.isEmpty() &&
+    return match.camera && !match.isOther &&
            (match.state == LineState::InOrder || match.state == LineState::Elsewhere);
 }
 
@@ -44,43 +42,84 @@ struct Row
     std::optional<LineTarget> target;
 };
 
+// One that is unreachable in its network may be reached by the address that it should have.
+NetworkTask planNetwork(LineMatch& match)
+{
+    if (!match.camera || match.isOther ||
+        (match.state == LineState::Unreachable && match.camera->mac.isEmpty()))
+        return {};
+    if (!isAsked(match) && match.state != LineState::Unreachable)
+        return {};
+    NetworkTask task = networkTaskOf(match);
+    const QStringList objections = task.isEmpty() ? QStringList() : networkObjections(*match.camera, task);
+    if (objections.isEmpty())
+        return task;
+    match.reason = objections.join(' ');
+    return {};
+}
+
+// What an import would do; nothing where it has nothing to do, or cannot be.
+void planFeatures(const Inventory& inventory, const std::function<bool()>& mayGoOn, Row& row,
+                  LineTarget& target)
+{
+    LineMatch& match = row.settled.match;
+    if (!isAsked(match) || match.wanted->featuresFile.isEmpty() || !readFiles(inventory, match, target.files))
+        return;
+    const CheckRule rule(CheckMode::Plan, false, inventory.ignoredOf(*match.wanted));
+    const CameraCheck plan = checkCamera(target.camera, target.files->input.content, rule, mayGoOn);
+    if (plan.verdict <= CameraVerdict::Incomplete && wouldWrite(plan)) {
+        target.plan = plan;
+        return;
+    }
+    row.settled.check = plan;
+    if (const LineState state = stateOf(plan.verdict); state > match.state) {
+        match.state = state;
+        match.reason = plan.error;
+    }
+}
+
 void plan(const Inventory& inventory, const std::function<bool()>& mayGoOn, Row& row)
 {
     LineMatch& match = row.settled.match;
-    if (!canBeSet(match))
+    if (!match.camera)
         return;
-    LineTarget target = targetOf(inventory, match);
-    if (match.state == LineState::BadFiles)
-        return;
-    const CheckRule rule(CheckMode::Plan, false, inventory.ignoredOf(*match.wanted));
-    target.plan = checkCamera(target.camera, target.files->input.content, rule, mayGoOn);
-    if (target.plan.verdict <= CameraVerdict::Incomplete && wouldWrite(target.plan)) {
+    if (isAsked(match))
+        compareNetwork(askCameras(mayGoOn), match);
+    LineTarget target{match.wanted, *match.camera, {}, {}, {}, planNetwork(match)};
+    planFeatures(inventory, mayGoOn, row, target);
+    target.match = match;
+    const bool isKind = match.state != LineState::BadFiles && match.state != LineState::Incompatible &&
+                        match.state != LineState::NotJudged;
+    if (isKind && (target.plan || !target.network.isEmpty()))
         row.target = target;
-        return;
-    }
-    row.settled.check = target.plan;
-    if (const LineState state = stateOf(target.plan.verdict); state > match.state) {
-        match.state = state;
-        match.reason = target.plan.error;
-    }
 }
 
 } // namespace
 
 QStringList LineTarget::changes() const
 {
-    QStringList changes;
-    for (const EntryCheck& entry : plan.entries)
+    QStringList changes = networkWords(network);
+    for (const EntryCheck& entry : plan ? plan->entries : std::vector<EntryCheck>())
         if (entry.verdict == EntryVerdict::WouldChange)
             changes += entry.title() + ": " + entry.cameraValue + " -> " + entry.newValue;
     return changes;
+}
+
+// Of one that has not been asked yet nobody knows what differs.
+LineState LineTarget::stateBehind() const
+{
+    if (isUnreachable())
+        return LineState::Differs;
+    if (match.state != LineState::Elsewhere)
+        return match.state;
+    return differencesBehind(network, match).empty() ? LineState::InOrder : match.state;
 }
 
 LineState LinePlan::gravest() const
 {
     LineState found = LineState::InOrder;
     for (const LineTarget& target : targets)
-        found = std::max(found, target.match.state);
+        found = std::max(found, target.stateBehind());
     for (const LineCameraCheck& one : settled)
         found = std::max(found, one.match.state);
     return found;

@@ -4,23 +4,28 @@
 #include "iefeatures/console/Console.h"
 #include "iefeatures/imports/ImportFiles.h"
 #include "iefeatures/line/LineCheck.h"
+#include "iefeatures/network/NetworkTask.h"
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace companion
 {
 
-// A camera of the inventory that its features file is to be imported into.
+// A camera of the inventory that something is to be written to.
 struct LineTarget
 {
     const InventoryCamera* wanted = nullptr;
     ListedCamera camera;
-    SharedImportFiles files;
-    CameraCheck plan; // what the import would do
-    LineMatch match;  // with what differs and stays: name, address
+    SharedImportFiles files;         // none: it has no features file, or cannot be asked yet
+    std::optional<CameraCheck> plan; // what an import of the features file would do; none: it is not needed
+    LineMatch match;                 // with what differs in anything but features
+    NetworkTask network = {};        // what is set of that
 
-    QStringList changes() const; // "Gain: 1 -> 2", of what it would write
+    bool isUnreachable() const { return match.state == LineState::Unreachable; } // until it has its address
+    QStringList changes() const;   // "Gain: 1 -> 2", of what would be written
+    LineState stateBehind() const; // how it is when all is written
 };
 
 struct LinePlan
@@ -33,8 +38,8 @@ struct LinePlan
     LineState gravest() const;
 };
 
-// `names`: of the inventory; empty: all. Cameras with another name or address are meant all the same: that is
-// told, and stays. Blocks until all have answered. `inventory` must outlive the plan.
+// `names`: of the inventory; empty: all. An address that somebody else has is not set. Blocks until all have
+// answered. `inventory` must outlive the plan.
 LinePlan planLine(const Inventory& inventory, const std::vector<ListedCamera>& cameras,
                   const QStringList& names, const std::function<bool()>& mayGoOn);
 

@@ -1,4 +1,4 @@
-#include "iefeatures/line/NetworkSettings.h"
+#include "iefeatures/network/NetworkSettings.h"
 
 #include "iefeatures/cameras/CameraConnection.h"
 #include "iefeatures/cameras/FeatureReader.h"
@@ -12,10 +12,6 @@ namespace companion
 {
 namespace
 {
-
-// GigE Vision, bootstrap register "Current IP Configuration": bits 30 and 29, counted from the highest.
-constexpr uint32_t kDhcp = 0x2;
-constexpr uint32_t kLinkLocal = 0x4;
 
 QString switchWord(bool isOn)
 {
@@ -48,8 +44,8 @@ QMap<QString, QString> networkSettings(const ListedCamera& camera)
         return {};
     return {{"mask", camera_line::dottedQuad(*mask)},
             {"gateway", camera_line::dottedQuad(*gateway)},
-            {"dhcp", switchWord(*current & kDhcp)},
-            {"lla", switchWord(*current & kLinkLocal)}};
+            {"dhcp", switchWord(*current & gvcp::kIpDhcp)},
+            {"lla", switchWord(*current & gvcp::kIpLinkLocal)}};
 }
 
 } // namespace companion

@@ -1,0 +1,42 @@
+#include "iefeatures/imports/WriteReport.h"
+
+#include "iefeatures/check/CheckReport.h"
+#include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/JsonLine.h"
+#include "iefeatures/console/Text.h"
+
+namespace companion
+{
+
+AuditEntry auditEntryOf(const QString& command, const FeatureWrites& result)
+{
+    AuditEntry entry;
+    entry.command = command;
+    entry.camera = result.check.camera;
+    entry.changes = result.changes;
+    entry.notApplied = result.check.notApplied();
+    entry.outcome = result.check.verdict;
+    return entry;
+}
+
+void tellWrites(Console& console, const std::vector<FeatureWrites>& results)
+{
+    std::vector<CameraCheck> checks;
+    for (const FeatureWrites& result : results) {
+        checks.push_back(result.check);
+        for (const Change& change : result.changes)
+            console.err(result.check.camera.title() + ": " + printable(change.feature) + ": " +
+                        printable(change.from.isNull() ? change.to : change.from + " -> " + change.to) +
+                        '\n');
+    }
+    if (Interrupt::isRequested())
+        console.err(std::string("Interrupted.\n"));
+    for (const CameraCheck& check : checks)
+        console.object("result", checkJson(check));
+    ReportStyle style;
+    style.columns = reportColumns();
+    if (!console.isJson())
+        console.out(checkText(checks, style));
+}
+
+} // namespace companion
