@@ -6,10 +6,31 @@
 
 #include <nlohmann/json.hpp>
 
+#include <functional>
 #include <sstream>
+#include <utility>
 
 namespace tests
 {
+
+// Tells when a text is written, on the thread that writes it.
+class Watch : public std::stringbuf
+{
+public:
+    Watch(std::string text, std::function<void()> act) : m_text(std::move(text)), m_act(std::move(act)) {}
+
+protected:
+    int sync() override
+    {
+        if (m_act && str().find(m_text) != std::string::npos)
+            std::exchange(m_act, nullptr)();
+        return 0;
+    }
+
+private:
+    const std::string m_text;
+    std::function<void()> m_act;
+};
 
 class LineOfCameras : public ImportCompanion
 {
@@ -63,6 +84,19 @@ protected:
         companion::World world{console};
         world.ask = ask;
         const int code = companion::runCompanion(arguments, world);
+        return {code, out.str(), err.str()};
+    }
+
+    // `act` as soon as `text` was told.
+    static Result runWatched(const Arguments& arguments, const std::string& text,
+                             const std::function<void()>& act)
+    {
+        Watch err(text, act);
+        std::ostream errors(&err);
+        errors << std::unitbuf; // so that each message is seen at once
+        std::ostringstream out;
+        companion::Console console(out, errors, false, false);
+        const int code = companion::runCompanion(arguments, companion::World{console});
         return {code, out.str(), err.str()};
     }
 

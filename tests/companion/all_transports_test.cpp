@@ -279,6 +279,28 @@ TEST_P(EachTransport, whoWantsACameraInUseByItsNumberIsTold)
         << ran;
 }
 
+TEST_P(EachTransport, aLineIsInOrderUntilSomebodySetsItsCamera)
+{
+    emu::Shell& camera = add();
+    const QString inventory = folder.filePath("hall.toml");
+    const auto run = [&](const QStringList& arguments) {
+        return tests::runProgram(IEFEATURES,
+                                 QStringList{"line", arguments.first(), inventory} + arguments.mid(1));
+    };
+    const Ran taken = run({"init", "--all", "--name-by", "serial", "--pause", "0"});
+    ASSERT_EQ(taken.code, 0) << taken;
+    EXPECT_EQ(run({"check"}).code, 0);
+    ASSERT_EQ(camera.change(R"({"nodes": {"Height": 16}})"), std::vector<std::string>());
+    EXPECT_EQ(run({"check"}).code, 4);
+    const Ran applied = run({"apply", "--yes", "--no-audit"});
+    EXPECT_EQ(applied.code, 0) << applied;
+    const Ran checked = run({"check"});
+    EXPECT_EQ(checked.code, 0) << checked;
+    const Ran replaced = run({"replace", "--camera", "CAMERA", "--yes", "--no-audit"});
+    EXPECT_EQ(replaced.code, 1) << replaced;
+    EXPECT_TRUE(replaced.errors.startsWith("The camera \"CAMERA\" is there: ")) << replaced;
+}
+
 // The only transport on which a camera gives control to another host while the first one has it.
 TEST(ControlOverGigE, thatAnotherHostTakesInTheMiddleOfAJobIsTold)
 {

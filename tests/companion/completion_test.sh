@@ -31,7 +31,7 @@ name = "hall"
 TOML
 
 offers "list,line," iefeatures l
-offers "init,check,apply,adopt," iefeatures line ""
+offers "init,check,apply,adopt,replace," iefeatures line ""
 offers "--file-name,--format," iefeatures export --f
 offers "--metrics," iefeatures line check "$folder/hall.toml" --m
 offers "Gate\\ 1,Gate\\ \\\$\\(touch\\ x\\),Roof," iefeatures line init "$folder/hall.toml" --refresh ""

@@ -96,7 +96,7 @@ TEST_F(IpCommand, ForcesAnAddressAndGoesOnThere)
     EXPECT_EQ(quad(camera, gvcp::RegCurrentAddress), forced);
     EXPECT_EQ(quad(camera, gvcp::RegPersistentAddress), camera.config().address);
     EXPECT_EQ(nameOf(camera), "Gate 3");
-    EXPECT_EQ(lastObject(run, "result")["verdict"], "applied");
+    EXPECT_EQ(lastObject(run, "result")["result"], "applied");
     EXPECT_THAT(lastAuditLine(), HasSubstr("GevCurrentIPAddress"));
 }
 

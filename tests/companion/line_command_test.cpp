@@ -11,6 +11,7 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <csignal>
 #include <cstdio>
 #include <thread>
 
@@ -385,6 +386,57 @@ TEST_F(LineOfCameras, GivesCamerasTheirAddressesBackThatNobodyElseHas)
     EXPECT_EQ(run.code, 0) << run.err << run.out;
     EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegCurrentAddress)), config.address);
     EXPECT_THAT(states(), ElementsAre("Gate 1: in order"));
+}
+
+// DHCP, where the inventory has it on.
+TEST_F(LineOfCameras, LeavesAddressesToTheServer)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    const std::string address = camera.config().address;
+    const std::string other = tests::freshLoopbackAddress();
+    write("hall.toml", fileText("hall.toml")
+                           .replace("dhcp = false", "dhcp = true")
+                           .replace("address = \"" + QByteArray::fromStdString(address),
+                                    "address = \"" + QByteArray::fromStdString(other)));
+    const Result run = line({"apply"}, {"--yes"});
+    EXPECT_EQ(run.code, 4) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("; that stays as it is.\n"));
+    EXPECT_EQ(camera.counters().forceIp, 0u);
+    EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegPersistentAddress)), address);
+    EXPECT_NE(camera.peekWord(gvcp::RegIpCurrent) & gvcp::kIpDhcp, 0u);
+}
+
+// Neither half an inventory nor a camera that is half set without being told.
+TEST_F(LineOfCameras, IsLeftWithoutAnInventoryByAnInitThatIsInterrupted)
+{
+    addNamed("S1", "Gate 1");
+    const Result run = runWatched({"line", "init", file(), "--all", "--pause", "60"}, "EMU-1 S1: done",
+                                  [] { std::raise(SIGINT); });
+    EXPECT_EQ(run.code, 130);
+    EXPECT_THAT(run.err, HasSubstr("The inventory was not written.\n"));
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(file())));
+    EXPECT_EQ(controlOf(cameras().front()), 0u);
+    EXPECT_EQ(init().code, 0);
+}
+
+TEST_F(LineOfCameras, GoesOnWithAnApplyThatWasInterrupted)
+{
+    for (const char* serial : {"S1", "S2"})
+        addNamed(serial, std::string("Gate ") + serial);
+    ASSERT_EQ(init().code, 0);
+    for (emu::EmulatedCamera& camera : cameras())
+        ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
+    const uint64_t before = cameras().back().counters().settingWrites;
+    const Result run =
+        runWatched({"line", "apply", file(), "--yes"}, "EMU-1 S1: importing", [] { std::raise(SIGINT); });
+    EXPECT_EQ(run.code, 130);
+    EXPECT_THAT(run.err, HasSubstr("Gate S2: not begun.\n"));
+    EXPECT_EQ(cameras().back().counters().settingWrites, before);
+    for (emu::EmulatedCamera& camera : cameras())
+        EXPECT_EQ(controlOf(camera), 0u);
+    EXPECT_EQ(line({"apply"}, {"--yes"}).code, 0);
+    EXPECT_EQ(check().code, 0);
 }
 
 TEST_F(LineOfCameras, IsWrittenByOneCommandAtATime)

@@ -54,6 +54,7 @@ const std::vector<Component> kComponents = {
      "",
      {{{""}},
       {{"commands"}},
+      {{"replace"}},
       {{"line"}},
       {{"network"}},
       {{"imports"}},

@@ -4,6 +4,7 @@
 #include "iefeatures/commands/LineApplyCommand.h"
 #include "iefeatures/commands/LineCheckCommand.h"
 #include "iefeatures/commands/LineInitCommand.h"
+#include "iefeatures/commands/LineReplaceCommand.h"
 #include "iefeatures/console/ExitCode.h"
 
 #include <CLI/CLI.hpp>
@@ -17,6 +18,7 @@ LineCommand::LineCommand()
     m_parts.push_back({std::make_unique<LineCheckCommand>()});
     m_parts.push_back({std::make_unique<LineApplyCommand>()});
     m_parts.push_back({std::make_unique<LineAdoptCommand>()});
+    m_parts.push_back({std::make_unique<LineReplaceCommand>()});
 }
 
 void LineCommand::addOptions(CLI::App& app)

@@ -73,8 +73,9 @@ std::string lineExitCodeTable()
         {ExitUsage, "wrong usage, or cameras that cannot be told apart by name; nothing was done"},
         {ExitNotAllApplied, "a camera differs, is elsewhere, is not in the inventory, or is back"},
         {ExitIncompatible, "a camera has another model or firmware"},
-        {ExitNoSuchCamera, "a camera is missing"},
-        {ExitJobFailed, "a camera could not be judged, or could not be exported"},
+        {ExitNoSuchCamera, "a camera is missing; or none, or more than one, could take its place"},
+        {ExitJobFailed, "a camera could not be judged, exported, or taken for another one; or an address is "
+                        "somebody else's; or another command works on the line"},
         {ExitInputOutput, "the inventory or a file cannot be read, or written"},
         {ExitInterrupted, "interrupted"},
     });
