@@ -12,6 +12,13 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 if(WIN32)
     set(IE_SYSTEM windows)
     set(IE_NETWORK_LIBRARIES ws2_32 iphlpapi)
+    set(CMAKE_SHARED_LIBRARY_PREFIX "") # libraries are called there as they are everywhere, without "lib"
+    # Libraries that are compiled against headers alone stand anywhere in a link. Import libraries are archives, which
+    # the linker would look into once, where they stand.
+    foreach(rule LINK_EXECUTABLE CREATE_SHARED_LIBRARY)
+        string(REPLACE "<LINK_LIBRARIES>" "-Wl,--start-group <LINK_LIBRARIES> -Wl,--end-group"
+            CMAKE_CXX_${rule} "${CMAKE_CXX_${rule}}")
+    endforeach()
     # Windows 10, and texts of the system as it has them.
     add_compile_definitions(_WIN32_WINNT=0x0A00 WINVER=0x0A00 UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN)
 else()

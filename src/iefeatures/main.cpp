@@ -21,8 +21,12 @@ void useUtf8InPlainLocale()
 
 int main(int argc, char** argv)
 {
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    // Qt takes its own options out of argv.
+    std::vector<char*> words(argv, argv + argc);
     const QCoreApplication application(argc, argv);
+    const std::vector<std::string> arguments =
+        companion::programArguments(static_cast<int>(words.size()), words.data());
+    companion::prepareOutput();
     useUtf8InPlainLocale();
     companion::ignoreBrokenPipes();
     companion::failWritesBeyondLimit();

@@ -2,12 +2,7 @@
 #pragma once
 
 #include "gvcp/Gvcp.h"
-
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include "support/Datagrams.h"
 
 #include <chrono>
 #include <optional>
@@ -19,7 +14,7 @@ class GvcpClient
 public:
     explicit GvcpClient(const std::string& camera)
     {
-        m_socket = ::socket(AF_INET, SOCK_DGRAM, 0);
+        m_socket = tests::datagramSocket();
         sockaddr_in name{};
         name.sin_family = AF_INET;
         name.sin_port = htons(gvcp::kPort);
@@ -27,7 +22,7 @@ public:
         if (::connect(m_socket, reinterpret_cast<sockaddr*>(&name), sizeof name) != 0)
             throw std::runtime_error("no socket to " + camera);
     }
-    ~GvcpClient() { ::close(m_socket); }
+    ~GvcpClient() { tests::closeSocket(m_socket); }
     GvcpClient(const GvcpClient&) = delete;
     GvcpClient& operator=(const GvcpClient&) = delete;
 
@@ -40,15 +35,15 @@ public:
         return ntohs(name.sin_port);
     }
 
-    void send(const gvcp::Bytes& packet) { (void)!::send(m_socket, packet.data(), packet.size(), 0); }
+    void send(const gvcp::Bytes& packet) { tests::sendTo(m_socket, packet.data(), packet.size()); }
 
     std::optional<gvcp::AckPacket> receive(std::chrono::milliseconds limit = std::chrono::seconds(3))
     {
         pollfd entry{m_socket, POLLIN, 0};
-        if (::poll(&entry, 1, static_cast<int>(limit.count())) != 1)
+        if (tests::await(&entry, 1, static_cast<int>(limit.count())) != 1)
             return std::nullopt;
         gvcp::Bytes packet(65536);
-        const ssize_t size = ::recv(m_socket, packet.data(), packet.size(), 0);
+        const long size = tests::receiveFrom(m_socket, packet.data(), packet.size());
         return size < 0 ? std::nullopt : gvcp::decodeAck(packet.data(), static_cast<size_t>(size));
     }
 
@@ -98,6 +93,6 @@ public:
     }
 
 private:
-    int m_socket = -1;
+    tests::Descriptor m_socket;
     uint16_t m_id = 0;
 };

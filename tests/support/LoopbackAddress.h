@@ -1,10 +1,13 @@
 // A fresh address of 127.0.0.0/8 for every emulated camera of a test, so that all tests run in parallel.
 #pragma once
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
+#include "support/Datagrams.h"
+
+#if defined(_WIN32)
+#include <process.h>
+#else
 #include <unistd.h>
+#endif
 
 #include <atomic>
 #include <stdexcept>
@@ -16,13 +19,13 @@ namespace tests
 // Whether a camera could take UDP port 3956 of the address now.
 inline bool isFreeForCamera(const std::string& address)
 {
-    const int probe = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const Descriptor probe = datagramSocket();
     sockaddr_in name{};
     name.sin_family = AF_INET;
     name.sin_port = htons(3956);
     name.sin_addr.s_addr = ::inet_addr(address.c_str());
     const bool isFree = ::bind(probe, reinterpret_cast<const sockaddr*>(&name), sizeof name) == 0;
-    ::close(probe);
+    closeSocket(probe);
     return isFree;
 }
 

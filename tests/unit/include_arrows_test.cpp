@@ -44,6 +44,7 @@ const std::vector<Component> kComponents = {
           {"gvcp"},
           {"gencp"},
           {"gentl"},
+          {"held_files"},
           {"xml_entities"},
           {"KXCameraControl/include/KXCameraControl"}},
      }},

@@ -68,10 +68,10 @@ QString fileNameProblem(const ListedCamera& camera, FileNaming naming)
     if (trait && (camera.*trait->field).isEmpty())
         return QString("it has no %1 to call a file after.").arg(trait->kind);
     const QString name = fileNameOf(camera, naming);
-    if (!ie::liesInFolder(name))
+    if (name.contains('/'))
         return "its file would lie outside of the folder: " + printable(name) + '.';
     // The jobs' own names are what they always were.
-    if (trait && printable(name) != name)
+    if (!ie::liesInFolder(name) || (trait && printable(name) != name))
         return "no file can be called " + printable(name) + '.';
     return {};
 }

@@ -1,6 +1,7 @@
 #include "iefeatures/console/Interrupt.h"
 
 #include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/OperatingSystem.h"
 #include "iefeatures/console/UnfinishedFolder.h"
 
 #include <atomic>
@@ -40,10 +41,12 @@ Interrupt::Interrupt()
     if (m_previousHangUp == SIG_IGN)
         std::signal(SIGHUP, SIG_IGN);
 #endif
+    onConsoleEvent(rememberInterrupt);
 }
 
 Interrupt::~Interrupt()
 {
+    onConsoleEvent(nullptr);
     std::signal(SIGINT, m_previousInterrupt);
     std::signal(SIGTERM, m_previousEnd);
 #if defined(SIGHUP)

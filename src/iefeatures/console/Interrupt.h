@@ -5,7 +5,7 @@ namespace companion
 {
 
 // While one lives, the first SIGINT, SIGTERM or SIGHUP is remembered and the second ends the process at once
-// with exit code 130. One at a time.
+// with exit code 130. On Windows the console's events (onConsoleEvent()) are taken so as well. One at a time.
 class Interrupt
 {
 public:

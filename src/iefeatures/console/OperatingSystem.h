@@ -6,12 +6,21 @@
 #include <QStringList>
 
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace companion
 {
 
+// What the program was called with, without its own name, in UTF-8. After the QCoreApplication of main().
+// POSIX systems: the bytes as they came.
+std::vector<std::string> programArguments(int argc, char** argv);
+
 // The name of the effective user; its number where it has no name. Empty where nothing is known.
 QString loginName();
+
+// Whether this user has a folder of his own. Where HOME says which it is, it may say nothing.
+bool hasHomeFolder();
 
 // Keeps other companions from the open file until it is closed. Waits a second for them at most: then, and
 // where files have no locks, the file is not locked.
@@ -31,8 +40,16 @@ bool mayOthersWrite(const QString& folder);
 // done, or an empty text.
 QString putInPlace(const QString& from, const QString& to);
 
+// The path as removeTree() takes it.
+QByteArray treePath(const QString& path);
 // Removes the file or folder with what is in it, links as links. From a signal handler as well.
 void removeTree(const char* path);
+
+// Windows: Ctrl-C, Ctrl-Break, the console's closing and logging off call `handler` with SIGINT or SIGTERM,
+// on a thread of its own, from now on; null: nobody. After a closing the process may go on until main()
+// returns, as long as the system lets it (5 s as it is set up). POSIX systems: nothing, these are signals
+// there.
+void onConsoleEvent(void (*handler)(int));
 
 // A write beyond the limit on the size of files fails from now on, instead of ending the process.
 void failWritesBeyondLimit();

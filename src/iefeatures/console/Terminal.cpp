@@ -3,8 +3,12 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 #if defined(_WIN32)
+#include <windows.h>
+
+#include <fcntl.h>
 #include <io.h>
 #else
 #include <sys/ioctl.h>
@@ -41,7 +45,13 @@ TerminalSize terminalSize(StandardStream stream)
     if (ioctl(static_cast<int>(stream), TIOCGWINSZ, &window) == 0 && window.ws_col > 0 && window.ws_row > 0)
         size = {window.ws_col, window.ws_row};
 #else
-    static_cast<void>(stream);
+    const HANDLE console =
+        GetStdHandle(stream == StandardStream::Error ? STD_ERROR_HANDLE : STD_OUTPUT_HANDLE);
+    CONSOLE_SCREEN_BUFFER_INFO about;
+    if (GetConsoleScreenBufferInfo(console, &about)) {
+        size.columns = about.srWindow.Right - about.srWindow.Left + 1;
+        size.rows = about.srWindow.Bottom - about.srWindow.Top + 1;
+    }
 #endif
     return size;
 }
@@ -50,6 +60,21 @@ bool wantsColour()
 {
     const char* refusal = std::getenv("NO_COLOR");
     return !refusal || *refusal == '\0';
+}
+
+void prepareOutput()
+{
+#if defined(_WIN32)
+    _setmode(static_cast<int>(StandardStream::Output), _O_BINARY);
+    _setmode(static_cast<int>(StandardStream::Error), _O_BINARY);
+    SetConsoleOutputCP(CP_UTF8);
+    for (const DWORD stream : {STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
+        DWORD mode = 0;
+        const HANDLE console = GetStdHandle(stream);
+        if (GetConsoleMode(console, &mode))
+            SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
+    }
+#endif
 }
 
 void ignoreBrokenPipes()

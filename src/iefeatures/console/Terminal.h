@@ -23,6 +23,9 @@ bool isTerminal(StandardStream stream);
 TerminalSize terminalSize(StandardStream stream);
 // False when NO_COLOR is set to anything but an empty text (no-color.org).
 bool wantsColour();
+// What is written is UTF-8 with line feeds, whatever it is written to; and control sequences work in consoles
+// that know them. Once, before the first output.
+void prepareOutput();
 // A reader that goes away makes writes fail instead of ending the process, which may hold cameras.
 void ignoreBrokenPipes();
 

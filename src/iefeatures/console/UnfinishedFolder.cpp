@@ -3,7 +3,6 @@
 #include "iefeatures/console/OperatingSystem.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <atomic>
@@ -45,7 +44,7 @@ std::atomic<UnfinishedFolder::Note*> UnfinishedFolder::Note::all{nullptr};
 
 UnfinishedFolder::UnfinishedFolder(const QString& path) : m_path(path), m_note(Note::take())
 {
-    qstrncpy(m_note->path, QFile::encodeName(path).constData(), sizeof m_note->path);
+    qstrncpy(m_note->path, treePath(path).constData(), sizeof m_note->path);
     m_note->isGood = true;
 }
 

@@ -144,7 +144,7 @@ QString auditPath(const AuditRule& rule)
 {
     if (!rule.file.isEmpty())
         return rule.file;
-    if (qEnvironmentVariableIsEmpty("HOME") && qEnvironmentVariableIsEmpty("VELA_USER_DATA"))
+    if (!hasHomeFolder() && qEnvironmentVariableIsEmpty("VELA_USER_DATA"))
         return {};
     return VELAInterface::userDataPath() + "/Audit/iefeatures.jsonl";
 }

@@ -23,7 +23,7 @@
 #  if defined(KX_BUILD_LIBRARY)
 #    define KX_API __declspec(dllexport)
 #  else
-#    define KX_API __declspec(dllimport)
+#    define KX_API /* imported without a word; and a test may bring a library of its own */
 #  endif
 #else
 #  define KX_API __attribute__((visibility("default")))

@@ -6,10 +6,10 @@
 #include <QString>
 #include <QtGlobal>
 
-#if defined(STYLEDCTL_BUILD_LIBRARY)
+#if defined(STYLEDCTL_BUILD_LIBRARY) || !defined(Q_OS_WIN)
 #define STYLEDCTL_API Q_DECL_EXPORT
 #else
-#define STYLEDCTL_API Q_DECL_IMPORT
+#define STYLEDCTL_API // imported without a word; and a test may bring a library of its own
 #endif
 
 namespace ORBCustom

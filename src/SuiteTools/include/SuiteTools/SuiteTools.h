@@ -6,10 +6,10 @@
 #include <QString>
 #include <QtGlobal>
 
-#if defined(SUITETOOLS_BUILD_LIBRARY)
+#if defined(SUITETOOLS_BUILD_LIBRARY) || !defined(Q_OS_WIN)
 #define SUITETOOLS_API Q_DECL_EXPORT
 #else
-#define SUITETOOLS_API Q_DECL_IMPORT
+#define SUITETOOLS_API // imported without a word; and a test may bring a library of its own
 #endif
 
 namespace VELAInterface

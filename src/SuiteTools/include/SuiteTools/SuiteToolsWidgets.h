@@ -10,10 +10,10 @@
 
 #include <functional>
 
-#if defined(SUITETOOLSWIDGETS_BUILD_LIBRARY)
+#if defined(SUITETOOLSWIDGETS_BUILD_LIBRARY) || !defined(Q_OS_WIN)
 #define SUITETOOLSWIDGETS_API Q_DECL_EXPORT
 #else
-#define SUITETOOLSWIDGETS_API Q_DECL_IMPORT
+#define SUITETOOLSWIDGETS_API // imported without a word; and a test may bring a library of its own
 #endif
 
 class QWidget;

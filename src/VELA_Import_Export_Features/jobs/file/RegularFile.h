@@ -14,7 +14,8 @@ enum class LinkRule
 };
 
 // Opens `file`, whose name is set and which is not open, only when it is a regular file (or, for writing,
-// when it is made): a pipe would keep who opens it waiting for ever, a device would never end. Never waits.
+// when it is made): a pipe would keep who opens it waiting for ever, a device would never end. Never waits,
+// but on Windows for a second where another program holds the file.
 // Gives the cause when it is not open then, or an empty text. Not for Truncate.
 QString openRegular(QFile& file, QIODevice::OpenMode mode, LinkRule links = LinkRule::Followed);
 

@@ -1,8 +1,14 @@
 #include "jobs/file/WholeFile.h"
 
+#include "jobs/file/WindowsNames.h"
+
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QTextStream>
+
+#if defined(Q_OS_WIN)
+#include "held_files/HeldFiles.h"
+#endif
 
 #if defined(Q_OS_UNIX)
 #include <unistd.h>
@@ -71,12 +77,27 @@ bool writeWhole(const QString& path, const Content& content)
     return write(file, content) && isStored(file) && file.commit();
 }
 
+// Another program, or another camera's job, may have the older file open for a moment.
+template <typename Content>
+bool writeWholeUnlessHeld(const QString& path, const Content& content)
+{
+#if defined(Q_OS_WIN)
+    return held_files::retried([&] {
+               if (writeWhole(path, content))
+                   return DWORD(ERROR_SUCCESS);
+               return DWORD(QFileInfo(path).isFile() ? ERROR_ACCESS_DENIED : ERROR_WRITE_FAULT);
+           }) == ERROR_SUCCESS;
+#else
+    return writeWhole(path, content);
+#endif
+}
+
 } // namespace
 
 bool liesInFolder(const QString& fileName)
 {
 #if defined(Q_OS_WIN)
-    return !fileName.contains('/') && !fileName.contains('\\') && !fileName.contains(':');
+    return isWindowsFileName(fileName);
 #else
     return !fileName.contains('/');
 #endif
@@ -84,12 +105,12 @@ bool liesInFolder(const QString& fileName)
 
 bool writeWholeFile(const QString& path, const QString& text)
 {
-    return writeWhole(path, text);
+    return writeWholeUnlessHeld(path, text);
 }
 
 bool writeWholeBytes(const QString& path, const QByteArray& bytes)
 {
-    return writeWhole(path, bytes);
+    return writeWholeUnlessHeld(path, bytes);
 }
 
 } // namespace ie

@@ -8,7 +8,7 @@ namespace ie
 {
 
 // Whether a file of that name lies directly in the folder that it is joined to: a name taken from a camera
-// must not lead out of it.
+// must not lead out of it, and on Windows be a file's (WindowsNames.h) and no device's.
 bool liesInFolder(const QString& fileName);
 
 // In the system's local 8-bit encoding. Written beside the file of that name and then put in its place, so

@@ -1,15 +1,11 @@
 #include "jobs/file/RegularFile.h"
 
-#include <QFileInfo>
-
-#if defined(Q_OS_UNIX)
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#endif
 
 namespace ie
 {
@@ -18,7 +14,6 @@ namespace
 
 const char kNoFile[] = "it is no regular file";
 
-#if defined(Q_OS_UNIX)
 int flagsOf(QIODevice::OpenMode mode, LinkRule links)
 {
     int flags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
@@ -37,13 +32,11 @@ QString causeOf(int error)
     const bool isNoFile = error == ENXIO || error == EISDIR; // a pipe that nobody reads, a socket, a folder
     return isNoFile ? QString(kNoFile) : QString::fromLocal8Bit(std::strerror(error));
 }
-#endif
 
 } // namespace
 
 QString openRegular(QFile& file, QIODevice::OpenMode mode, LinkRule links)
 {
-#if defined(Q_OS_UNIX)
     const int handle = ::open(QFile::encodeName(file.fileName()).constData(), flagsOf(mode, links), 0666);
     if (handle == -1)
         return causeOf(errno);
@@ -53,12 +46,6 @@ QString openRegular(QFile& file, QIODevice::OpenMode mode, LinkRule links)
         return {};
     ::close(handle);
     return isRegular ? file.errorString() : QString(kNoFile);
-#else
-    const QFileInfo about(file.fileName());
-    if (about.exists() && (!about.isFile() || (links == LinkRule::Refused && about.isSymLink())))
-        return kNoFile;
-    return file.open(mode) ? QString() : file.errorString();
-#endif
 }
 
 } // namespace ie

@@ -1,6 +1,5 @@
 #include "iefeatures/console/OperatingSystem.h"
 
-#if !defined(_WIN32)
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -13,7 +12,6 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-#endif
 
 #include <QFileInfo>
 
@@ -70,7 +68,6 @@ void removeIn(int folder, const char* name, int depth)
 }
 #endif
 
-#if !defined(_WIN32)
 // Linux, ip-sysctl "rp_filter": the larger of both counts, and 1 is strict.
 int reversePathFilter(const QString& interfaceName)
 {
@@ -105,7 +102,6 @@ QStringList linkLocalInterfaces()
     names.removeDuplicates();
     return names;
 }
-#endif
 
 } // namespace
 
@@ -115,49 +111,41 @@ extern "C" void rememberLimit(int)
     g_wasLimitMet = true;
 }
 
+std::vector<std::string> programArguments(int argc, char** argv)
+{
+    return {argv + 1, argv + argc};
+}
+
 QString loginName()
 {
-#if defined(_WIN32)
-    return qEnvironmentVariable("USERNAME");
-#else
     const passwd* user = getpwuid(geteuid());
     return user ? QString::fromLocal8Bit(user->pw_name) : QString::number(geteuid());
-#endif
+}
+
+bool hasHomeFolder()
+{
+    return !qEnvironmentVariableIsEmpty("HOME");
 }
 
 void lock(const QFile& file)
 {
-#if defined(_WIN32)
-    static_cast<void>(file);
-#else
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
     while (flock(file.handle(), LOCK_EX | LOCK_NB) != 0) {
         if ((errno != EWOULDBLOCK && errno != EINTR) || std::chrono::steady_clock::now() >= end)
             return;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-#endif
 }
 
 bool isReplaceable(const QString& path)
 {
-#if defined(_WIN32)
-    const QFileInfo about(path);
-    return !about.exists() || about.isFile();
-#else
     struct stat about = {};
     return lstat(QFile::encodeName(path).constData(), &about) != 0 || S_ISREG(about.st_mode) ||
            S_ISLNK(about.st_mode);
-#endif
 }
 
 QString putInPlace(const QString& from, const QString& to)
 {
-#if defined(_WIN32)
-    QFile file(from);
-    const bool isDone = (!QFile::exists(to) || QFile::remove(to)) && file.rename(to);
-    return isDone ? QString() : file.errorString();
-#else
     const QByteArray source = QFile::encodeName(from);
     const QByteArray target = QFile::encodeName(to);
     struct stat older = {};
@@ -168,22 +156,21 @@ QString putInPlace(const QString& from, const QString& to)
     if (std::rename(source.constData(), target.constData()) == 0)
         return {};
     return QString::fromLocal8Bit(std::strerror(errno));
-#endif
 }
 
 bool mayOthersWrite(const QString& folder)
 {
-#if defined(_WIN32)
-    static_cast<void>(folder);
-    return false;
-#else
     struct stat about = {};
     if (stat(QFile::encodeName(folder).constData(), &about) != 0)
         return false;
     const bool isForeign = about.st_uid != geteuid() && about.st_uid != 0;
     const bool isForGroup = (about.st_mode & S_IWGRP) != 0 && about.st_gid != getegid();
     return isForeign || isForGroup || (about.st_mode & S_IWOTH) != 0;
-#endif
+}
+
+QByteArray treePath(const QString& path)
+{
+    return QFile::encodeName(path);
 }
 
 void removeTree(const char* path)
@@ -200,10 +187,8 @@ void removeTree(const char* path)
 
 void failWritesBeyondLimit()
 {
-#if !defined(_WIN32)
     if (std::signal(SIGXFSZ, rememberLimit) == SIG_IGN)
         std::signal(SIGXFSZ, SIG_IGN);
-#endif
 }
 
 bool wasLimitMet()
@@ -211,23 +196,21 @@ bool wasLimitMet()
     return g_wasLimitMet;
 }
 
+// Signals are all that there is.
+void onConsoleEvent(void (*)(int)) {}
+
 bool awaitInput(const std::function<bool()>& mayWait)
 {
-#if defined(_WIN32)
-    return mayWait();
-#else
     pollfd input{STDIN_FILENO, POLLIN, 0};
     while (mayWait())
         if (poll(&input, 1, 100) > 0)
             return true;
     return false;
-#endif
 }
 
 QStringList hostObstacles(const QString& interfaceName)
 {
     QStringList found;
-#if !defined(_WIN32)
     constexpr int kStrict = 1;
     if (!interfaceName.isEmpty() && !interfaceName.contains('/') &&
         reversePathFilter(interfaceName) == kStrict)
@@ -236,9 +219,6 @@ QStringList hostObstacles(const QString& interfaceName)
     if (const QStringList names = linkLocalInterfaces(); names.size() > 1)
         found +=
             names.join(" and ") + " have link-local addresses, so that packets may leave by the wrong one";
-#else
-    Q_UNUSED(interfaceName)
-#endif
     return found;
 }
 
