@@ -223,3 +223,18 @@ TEST_F(NightOfALine, IsSetByAnAddressForTheTimeBeing)
     EXPECT_EQ(fresh->camera(0).peekWord(gvcp::RegCurrentAddress), *gvcp::parseAddress("192.168.99.7"));
     EXPECT_THAT(states(), Contains("Gate 07: unreachable"));
 }
+
+// Answers from another network do not come through.
+TEST_F(NightOfALine, TellsWhatOfThisHostMayHideTheNewCamera)
+{
+    ASSERT_EQ(init({"--name", "Gate 07"}).code, 0);
+    die(6);
+    plugInNewCamera();
+    awaitCameras(2 * kPerNetwork);
+    ASSERT_TRUE(runInNetwork("echo 1 > /proc/sys/net/ipv4/conf/br0/rp_filter"));
+    const Result run = line({"replace"}, {"--camera", "Gate 07", "--with", "serial:N1", "--yes"});
+    EXPECT_TRUE(runInNetwork("echo 0 > /proc/sys/net/ipv4/conf/br0/rp_filter"));
+    EXPECT_EQ(run.code, 3) << run.err;
+    EXPECT_THAT(run.err,
+                HasSubstr("What may hide cameras: br0 filters reverse paths strictly (rp_filter), "));
+}

@@ -424,6 +424,31 @@ TEST_F(LineReplacement, WaitsForTheControlOfACommandThatDied)
     expectDone(camera);
 }
 
+// What it was set to is gone, and so is the address that was forced.
+TEST_F(LineReplacement, GoesOnWithACameraThatWasSwitchedOff)
+{
+    losesOne();
+    emu::EmulatedCamera& camera = addNew("N1");
+    const Result stopped = replaceWatched(stepText(3), [] { std::raise(SIGINT); });
+    ASSERT_EQ(stopped.code, 130);
+    camera.switchOff();
+    ASSERT_TRUE(camera.start());
+    ASSERT_EQ(std::get<int64_t>(*camera.node("Height")), 480);
+    const Result run = replace();
+    EXPECT_EQ(run.code, 0) << run.err;
+    expectDone(camera);
+}
+
+TEST_F(LineReplacement, ProvesNothingByARestartThatNobodyHasSeen)
+{
+    losesOne();
+    addNew("N1", [](emu::CameraConfig& config) { config.restartTime = std::chrono::milliseconds(0); });
+    const Result run = replace();
+    EXPECT_EQ(run.code, 1);
+    EXPECT_THAT(run.err, HasSubstr("Gate 1: it was told to restart, and is still there.\n"));
+    EXPECT_EQ(journals().size(), 1);
+}
+
 // Each step but the last, which is the end.
 class LineReplacementStopped : public LineReplacement, public testing::WithParamInterface<int>
 {

@@ -4,6 +4,7 @@
 #include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/commands/LineFile.h"
 #include "iefeatures/console/Interrupt.h"
+#include "iefeatures/console/OperatingSystem.h"
 #include "iefeatures/console/OptionChecks.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/line/LineLock.h"
@@ -162,8 +163,11 @@ int LineReplaceCommand::choose(World& world, const Inventory& inventory,
     const CandidateChoice choice = chooseCandidate(inventory, neighbours, wanted, cameras, rule);
     for (const QString& sentence : choice.told)
         world.console.err(sentence + '\n');
-    if (!choice.camera)
+    if (!choice.camera) {
         CameraSearch::tellProblems(world.console);
+        for (const QString& obstacle : hostObstacles(wanted.interfaceName))
+            world.console.err("What may hide cameras: " + obstacle + ".\n");
+    }
     camera = choice.camera.value_or(ListedCamera());
     return choice.refusal;
 }

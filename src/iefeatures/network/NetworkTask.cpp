@@ -208,7 +208,7 @@ QStringList networkObjections(const ListedCamera& camera, const NetworkTask& tas
         found += "the name \"" + printable(*task.userName) + "\" " + text;
     if (task.isKept() && !task.forced && camera.device.nStatus == KX_AVAILABILITY_UNREACHABLE)
         found += "it is unreachable" + (camera.reason.isEmpty() ? QString() : ", " + camera.reason) +
-                 "; --force gives it an address first.";
+                 "; an address of a network that leads there has to be forced first.";
     if (!found.isEmpty())
         return found;
     const bool isOne = task.forced && task.persistent && task.forced->address == task.persistent->address;
