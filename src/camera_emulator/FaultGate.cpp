@@ -47,9 +47,27 @@ bool FaultGate::isSwallowed(bool isRegisterCommand, Clock::time_point now)
     return everyNth(faults.loseRequests, m_packetsIn);
 }
 
-bool FaultGate::takeBusy()
+std::optional<Accident> FaultGate::takeAccident()
 {
-    return take(faults.busy);
+    if (!faults.accident || (faults.accident->request > 1 && faults.accident->request-- > 1))
+        return std::nullopt;
+    const std::optional<Accident> accident = faults.accident;
+    if (accident->mishap == Mishap::PendingForEver) {
+        faults.pending = kAlways;
+        faults.pendingTime = std::chrono::milliseconds(0xFFFF);
+    } else {
+        faults.accident.reset();
+    }
+    return accident;
+}
+
+std::optional<uint16_t> FaultGate::takeRefusal(const std::optional<Accident>& accident)
+{
+    if (accident && accident->mishap == Mishap::Refused)
+        return gvcp::GenericError;
+    if ((accident && accident->mishap == Mishap::Busy) || take(faults.busy))
+        return gvcp::Busy;
+    return std::nullopt;
 }
 
 bool FaultGate::takePending()

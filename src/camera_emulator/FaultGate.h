@@ -22,8 +22,11 @@ public:
     // A packet that came in is lost, or the camera is silent. `isRegisterCommand`: it asks for more than
     // discovery.
     bool isSwallowed(bool isRegisterCommand, Clock::time_point now);
-    // The next register command is answered BUSY.
-    bool takeBusy();
+    // What befalls this register command.
+    std::optional<Accident> takeAccident();
+    // The status that a register command is answered with, and is not carried out: BUSY, GENERIC_ERROR, which
+    // GVCP and GenCP have alike. Nothing: it is.
+    std::optional<uint16_t> takeRefusal(const std::optional<Accident>& accident);
     // The next register command is answered by PENDING_ACK first.
     bool takePending();
     bool losesAnswer();

@@ -1,6 +1,7 @@
 // What an emulated camera does wrong, on demand. Set at any time with Camera::setFaults().
 #pragma once
 
+#include "camera_emulator/Accident.h"
 #include "gvcp/Gvcp.h"
 
 #include <chrono>
@@ -56,6 +57,7 @@ struct Faults
     std::chrono::milliseconds pendingTime{100}; // the PENDING_ACK announces at most 65535 of them
     std::vector<uint32_t> unsaved;              // words that UserSetSave leaves as they were delivered
     std::optional<unsigned> stealControlAfter;  // after n more commands another host takes control
+    std::optional<Accident> accident;           // of one single command
 };
 
 } // namespace emu

@@ -21,7 +21,13 @@ std::vector<Reply> GenCpResponder::handle(const Bytes& packet, Clock::time_point
         ++counters.malformed;
         return {};
     }
-    const Answer answer = gate.takeBusy() ? Answer{Busy, {}} : answerTo(*command);
+    const auto accident = gate.takeAccident();
+    if (accident && accident->mishap == Mishap::RequestLost) {
+        ++counters.lost;
+        return {};
+    }
+    const auto refusal = gate.takeRefusal(accident);
+    const Answer answer = refusal ? Answer{*refusal, {}} : answerTo(*command);
     if (answer.status != Success)
         ++counters.refused;
     std::vector<Reply> replies;
@@ -40,6 +46,8 @@ std::vector<Reply> GenCpResponder::handle(const Bytes& packet, Clock::time_point
     else if ((command->flags & AckRequired) != 0)
         replies.push_back(
             {encodeAck({answer.status, acknowledge, command->id, answer.scd}, byteOrder), due, false});
+    if (accident)
+        befall(*accident, byteOrder == gencp::ByteOrder::Big, replies);
     gate.countDown(now);
     return replies;
 }

@@ -38,19 +38,20 @@ std::vector<Reply> Responder::handle(const uint8_t* data, size_t size, Peer peer
         ++counters.malformed;
         return {};
     }
-    if (isMute(*command)) {
+    const bool isOfRegisters = isRegisterCommand(command->command);
+    const auto accident = isOfRegisters ? gate.takeAccident() : std::nullopt;
+    if (isMute(*command) || (accident && accident->mishap == Mishap::RequestLost)) {
         ++counters.lost;
         return {};
     }
-    Answer answer;
-    if (isRegisterCommand(command->command) && gate.takeBusy())
-        answer.status = Busy;
-    else
-        answer = answerTo(*command, peer);
+    const auto refusal = isOfRegisters ? gate.takeRefusal(accident) : std::nullopt;
+    Answer answer = refusal ? Answer{*refusal, {}} : answerTo(*command, peer);
     if (m_holder == peer)
         m_heartbeat = now; // any command of the holder is a sign of life
     std::vector<Reply> replies = finish(*command, std::move(answer), peer, now);
-    if (isRegisterCommand(command->command) && gate.countDown(now))
+    if (accident)
+        befall(*accident, true, replies);
+    if (isOfRegisters && gate.countDown(now))
         stealControl(false);
     return replies;
 }

@@ -1,6 +1,9 @@
 // What an emulated camera does wrong when it is told to.
 #include "camera/EmulatorFixture.h"
 #include "camera_emulator/Bootstrap.h"
+#include "camera_emulator/Responder.h"
+
+#include <array>
 
 using namespace gvcp;
 using std::chrono::milliseconds;
@@ -239,4 +242,123 @@ TEST(EmulatorConfiguration, everyAnswerTakesTheTransportsLatency)
     EXPECT_EQ(host.read({RegVersion}).status, Success);
     EXPECT_EQ(host.read({RegVersion}).status, Success);
     EXPECT_GE(std::chrono::steady_clock::now() - begin, milliseconds(80));
+}
+
+namespace
+{
+
+// Three writes by a host that has control, of which something befalls the second.
+class Accident : public testing::Test
+{
+protected:
+    using Replies = std::vector<emu::Reply>;
+
+    Accident() { handle(encodeWriteRegisters(1, {{RegControlPrivilege, kPrivilegeControl}})); }
+
+    void write(emu::Mishap mishap)
+    {
+        emu::Faults faults;
+        faults.accident = emu::Accident{mishap, 2, milliseconds(300)};
+        responder.gate.set(faults);
+        for (uint16_t i = 0; i < 3; ++i)
+            replies[i] =
+                handle(encodeWriteRegisters(static_cast<uint16_t>(10 + i), {{0x20000u + 4u * i, 7}}));
+    }
+
+    Replies handle(const Bytes& packet)
+    {
+        return responder.handle(packet.data(), packet.size(), {0x7F000001, 5000}, now);
+    }
+    bool isWritten(uint32_t which) const { return responder.memory.readWord(0x20000 + 4 * which) == 7; }
+    // The answer to the write, when there is the one.
+    std::optional<AckPacket> ackOf(uint16_t which) const
+    {
+        const Replies& all = replies[which];
+        return all.size() == 1 ? decodeAck(all[0].bytes.data(), all[0].bytes.size()) : std::nullopt;
+    }
+    void expectGood(uint16_t which) const
+    {
+        const auto ack = ackOf(which);
+        ASSERT_TRUE(ack);
+        EXPECT_EQ(ack->status, Success);
+        EXPECT_EQ(ack->id, 10 + which);
+        EXPECT_TRUE(isWritten(which));
+    }
+
+    const emu::Clock::time_point now = emu::Clock::now();
+    emu::Responder responder;
+    std::array<Replies, 3> replies;
+};
+
+} // namespace
+
+TEST_F(Accident, BefallsOneRequestOnly)
+{
+    for (const emu::Mishap mishap : emu::kMishaps) {
+        if (mishap == emu::Mishap::PendingForEver)
+            continue;
+        SCOPED_TRACE(int(mishap));
+        for (uint32_t i = 0; i < 3; ++i)
+            responder.memory.writeWord(0x20000 + 4 * i, 0);
+        write(mishap);
+        expectGood(0);
+        expectGood(2);
+        const bool isDone = mishap != emu::Mishap::RequestLost && mishap != emu::Mishap::Refused &&
+                            mishap != emu::Mishap::Busy;
+        EXPECT_EQ(isWritten(1), isDone);
+    }
+}
+
+TEST_F(Accident, LosesTheRequestOrTheAnswer)
+{
+    for (const emu::Mishap mishap : {emu::Mishap::RequestLost, emu::Mishap::AnswerLost}) {
+        write(mishap);
+        EXPECT_TRUE(replies[1].empty());
+    }
+}
+
+TEST_F(Accident, RepeatsOrDelaysTheAnswer)
+{
+    write(emu::Mishap::AnswerTwice);
+    ASSERT_EQ(replies[1].size(), 2u);
+    EXPECT_EQ(replies[1][0].bytes, replies[1][1].bytes);
+    write(emu::Mishap::AnswerLate);
+    ASSERT_TRUE(ackOf(1));
+    EXPECT_EQ(replies[1][0].due, now + milliseconds(300));
+}
+
+TEST_F(Accident, SpoilsTheAnswer)
+{
+    write(emu::Mishap::AnswerWithOtherId);
+    ASSERT_TRUE(ackOf(1));
+    EXPECT_NE(ackOf(1)->id, 11);
+    write(emu::Mishap::AnswerShort);
+    ASSERT_TRUE(ackOf(1));
+    EXPECT_EQ(ackOf(1)->payload.size(), 0u);
+    write(emu::Mishap::AnswerLong);
+    ASSERT_TRUE(ackOf(1));
+    EXPECT_EQ(ackOf(1)->payload.size(), 8u);
+    write(emu::Mishap::AnswerGarbage);
+    ASSERT_EQ(replies[1].size(), 1u);
+    EXPECT_FALSE(ackOf(1) && ackOf(1)->id == 11);
+}
+
+TEST_F(Accident, RefusesTheRequest)
+{
+    write(emu::Mishap::Refused);
+    ASSERT_TRUE(ackOf(1));
+    EXPECT_EQ(ackOf(1)->status, GenericError);
+    write(emu::Mishap::Busy);
+    ASSERT_TRUE(ackOf(1));
+    EXPECT_EQ(ackOf(1)->status, Busy);
+}
+
+TEST_F(Accident, KeepsPendingFromThenOn)
+{
+    write(emu::Mishap::PendingForEver);
+    expectGood(0);
+    for (const uint16_t which : {1, 2}) {
+        ASSERT_TRUE(ackOf(which));
+        EXPECT_EQ(ackOf(which)->command, PendingAck);
+    }
 }

@@ -135,9 +135,10 @@ SerialLine::Outcome LibraryLine::read(uint8_t* data, size_t capacity, size_t& si
             return meaningOf(reply);
         const Bytes block = Reader(reply.content).block();
         size = std::min<size_t>(block.size(), most);
-        std::memcpy(data, block.data(), size);
-        if (size > 0)
+        if (size > 0) {
+            std::memcpy(data, block.data(), size);
             return Outcome::Done;
+        }
         if (Clock::now() >= deadline)
             return Outcome::TimedOut;
     }
