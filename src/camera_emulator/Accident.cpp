@@ -43,6 +43,7 @@ void befall(const Accident& accident, bool isBigEndian, std::vector<Reply>& repl
     case Mishap::RequestLost:
     case Mishap::Refused:
     case Mishap::Busy:
+    case Mishap::DeafFromThenOn:
         break; // met before there was an answer
     case Mishap::AnswerLost:
     case Mishap::PendingForEver:

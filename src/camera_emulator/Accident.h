@@ -23,11 +23,12 @@ enum class Mishap
     Refused,        // GenericError; not carried out
     Busy,           // not carried out
     PendingForEver, // this and every later command: PENDING_ACK, and no answer behind it
+    DeafFromThenOn, // carried out, as are later ones: no answer to this one or to any later one
 };
 constexpr Mishap kMishaps[] = {
     Mishap::RequestLost,       Mishap::AnswerLost,  Mishap::AnswerLate,     Mishap::AnswerTwice,
     Mishap::AnswerWithOtherId, Mishap::AnswerShort, Mishap::AnswerLong,     Mishap::AnswerGarbage,
-    Mishap::Refused,           Mishap::Busy,        Mishap::PendingForEver,
+    Mishap::Refused,           Mishap::Busy,        Mishap::PendingForEver, Mishap::DeafFromThenOn,
 };
 
 struct Accident

@@ -57,6 +57,8 @@ std::optional<Accident> FaultGate::takeAccident()
         faults.pendingTime = std::chrono::milliseconds(0xFFFF);
     } else {
         faults.accident.reset();
+        if (accident->mishap == Mishap::DeafFromThenOn)
+            faults.loseAnswers = 1;
     }
     return accident;
 }

@@ -295,7 +295,7 @@ protected:
 TEST_F(Accident, BefallsOneRequestOnly)
 {
     for (const emu::Mishap mishap : emu::kMishaps) {
-        if (mishap == emu::Mishap::PendingForEver)
+        if (mishap == emu::Mishap::PendingForEver || mishap == emu::Mishap::DeafFromThenOn)
             continue;
         SCOPED_TRACE(int(mishap));
         for (uint32_t i = 0; i < 3; ++i)
@@ -360,5 +360,15 @@ TEST_F(Accident, KeepsPendingFromThenOn)
     for (const uint16_t which : {1, 2}) {
         ASSERT_TRUE(ackOf(which));
         EXPECT_EQ(ackOf(which)->command, PendingAck);
+    }
+}
+
+TEST_F(Accident, KeepsDoingAndSaysNothingFromThenOn)
+{
+    write(emu::Mishap::DeafFromThenOn);
+    expectGood(0);
+    for (const uint16_t which : {1, 2}) {
+        EXPECT_TRUE(replies[which].empty());
+        EXPECT_TRUE(isWritten(which));
     }
 }

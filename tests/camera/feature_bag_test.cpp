@@ -388,6 +388,31 @@ TEST(FeatureBagLoad, nothingIsWrittenUnderASelectorThatDidNotTake)
     EXPECT_EQ(report.failures[1].reason, "its selector GainSelector did not take its value");
 }
 
+TEST(FeatureBagLoad, whatWasNotReachedHasNotTaken)
+{
+    FakeNodes fake;
+    for (const char* name : {"A", "B", "C", "D"})
+        fake.nodes[name].value = "0";
+    int writesOfB = 0;
+    fake.rules["B"] = [&](const std::string&) { return ++writesOfB < 2 ? KX_E_GC_RANGE : KX_E_NO_ANSWER; };
+    fake.rules["D"] = [](const std::string&) { return KX_E_GC_RANGE; };
+    const std::vector<BagEntry> entries{{"A", {}, "1"}, {"B", {}, "1"}, {"C", {}, "1"}, {"D", {}, "1"}};
+    BagLoadReport report;
+    EXPECT_EQ(applyBag(fake, entries, report), KX_E_NO_ANSWER);
+    EXPECT_EQ(report.text(), "2 of 4 entries took their value in 2 passes.\nB = 1: " +
+                                 std::string(KX_CC_StatusText(KX_E_NO_ANSWER)) +
+                                 "\nD = 1: " + KX_CC_StatusText(KX_E_GC_RANGE))
+        << "what the first pass has found out of D still holds";
+
+    fake.nodes["A"].value = "0";
+    fake.rules["A"] = [](const std::string&) { return KX_E_NO_ANSWER; };
+    BagLoadReport first;
+    EXPECT_EQ(applyBag(fake, entries, first), KX_E_NO_ANSWER);
+    EXPECT_EQ(first.text(), "0 of 4 entries took their value in 1 pass. The line failed before the last 3."
+                            "\nA = 1: " +
+                                std::string(KX_CC_StatusText(KX_E_NO_ANSWER)));
+}
+
 TEST(FeatureBagLoad, selectorsInBracesAreSetFirst)
 {
     FakeNodes fake = channels();

@@ -308,6 +308,20 @@ TEST_F(GenCp, pendingAcknowledgesStretchTheTimeOutAsFarAsAllowed)
     }
 }
 
+TEST_F(GenCp, aCameraThatAsksForTimeWithoutEndIsLost)
+{
+    open();
+    port->setTimeouts({milliseconds(10), 2, milliseconds(0)});
+    device.script = [&](const CommandPacket& command) {
+        return std::vector<Reply>{
+            {Outcome::Done,
+             encodeAck({Success, PendingAck, command.id, pendingAckScd(100, device.order)}, device.order)}};
+    };
+    uint32_t value = 0;
+    EXPECT_EQ(port->readRegister(0x10000, value), KX_E_NO_ANSWER);
+    EXPECT_EQ(port->readRegister(0x10000, value), KX_E_CONNECTION_LOST);
+}
+
 TEST_F(GenCp, noTimeOutIsShorterThanTheCamerasOwnLongestResponse)
 {
     device.put(RegLongestResponseTime, 5000, 4);

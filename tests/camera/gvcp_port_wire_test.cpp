@@ -272,6 +272,12 @@ TEST_F(GvcpPortOnWire, pendingForEverHasAnEnd)
     EXPECT_GE(steady_clock::now() - start, milliseconds(150));
     EXPECT_LT(steady_clock::now() - start, milliseconds(5000));
     EXPECT_EQ(requests().size(), 2u);
+
+    EXPECT_EQ(port.readRegister(kAddress, value), KX_E_CONNECTION_LOST) << "each call would take as long";
+    EXPECT_EQ(requests().size(), 2u);
+    port.close();
+    openToRead();
+    EXPECT_EQ(port.readRegister(kAddress, value), KX_E_NO_ANSWER) << "asked again";
 }
 
 TEST_F(GvcpPortOnWire, busyIsAskedAgainAsANewCommand)

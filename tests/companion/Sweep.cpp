@@ -94,6 +94,7 @@ const std::vector<Trouble>& troubles()
         {"a refusal", Kind::Mishap, Mishap::Refused, kTimeOuts},
         {"busy", Kind::Mishap, Mishap::Busy, kTimeOuts},
         {"pending for ever", Kind::Mishap, Mishap::PendingForEver, 3 * kPending},
+        {"deaf from then on", Kind::Mishap, Mishap::DeafFromThenOn, kTimeOuts},
         {"silent for ever", Kind::Silent, Mishap::RequestLost, kTimeOuts},
         {"control stolen", Kind::Stolen, Mishap::RequestLost, kTimeOuts},
         {"rebooted", Kind::Rebooted, Mishap::RequestLost, kTimeOuts},
@@ -218,6 +219,10 @@ void Sweep::runOnce(const SweptJob& job, const Trouble& trouble, uint64_t reques
     m_camera.releaseControl();
     awaitFreeCamera();
     expectGivenBack(before);
+
+    job.prepare();
+    const Result next = job.run();
+    EXPECT_TRUE(next.code == 0 && job.objections(next).empty()) << "the next run: " << next.out << next.err;
 }
 
 void Sweep::printSums() const

@@ -55,6 +55,16 @@ protected:
         return words.join(", ");
     }
 
+    // "Width 1, 4096 00"; "?" for what was not read before.
+    QString doubted() const
+    {
+        QStringList words;
+        for (const Change& change : observed.inDoubt())
+            words += (change.isRegister ? QString::number(change.address) : change.feature) + ' ' +
+                     (change.from.isNull() ? "?" : change.from);
+        return words.join(", ");
+    }
+
     ObservedChanges observed;
 };
 
@@ -133,4 +143,21 @@ TEST_F(Changes, HaveNoDescriptionWhereTheCameraHasNone)
 {
     node(KX_OP_OPEN, nullptr, "");
     EXPECT_EQ(observed.descriptionHash(), "");
+}
+
+TEST_F(Changes, AreInDoubtWhereTheLineFailedTheWrite)
+{
+    readInteger("Width", 1);
+    writeInteger("Width", 2, KX_E_NO_ANSWER);
+    writeInteger("Height", 2, KX_E_CONNECTION_LOST);
+    writeInteger("Refused", 2, KX_E_GC_RANGE);
+    writeInteger("Stopped", 2, KX_E_ABORTED);
+    EXPECT_EQ(told(), "");
+    EXPECT_EQ(doubted(), "Width 1, Height ?");
+
+    readInteger("Width", 1);
+    EXPECT_EQ(doubted(), "Height ?");
+    writeInteger("Height", 2);
+    EXPECT_EQ(doubted(), "");
+    EXPECT_EQ(told(), "Height ?->2");
 }

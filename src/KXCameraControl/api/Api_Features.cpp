@@ -40,16 +40,15 @@ std::string fileName(const char* latin1)
 }
 
 // A value of a feature bag, as of a getter or setter of texts that is over.
-void tellValue(KX_HANDLE handle, Camera& camera, const std::string& feature, const std::string& text,
-               bool isWrite)
+void tellValue(KX_HANDLE handle, Camera& camera, const BagValue& value)
 {
-    const char* name = feature.c_str();
-    if (isWrite) {
-        ObservedCall(handle, camera, {KX_OP_SET_STRING, name}).end(KX_OK, text.c_str());
+    const char* name = value.feature.c_str();
+    if (value.isWrite) {
+        ObservedCall(handle, camera, {KX_OP_SET_STRING, name}).end(value.status, value.text.c_str());
         return;
     }
     KX_StringValue record{};
-    std::strncpy(record.current, text.c_str(), sizeof record.current - 1);
+    std::strncpy(record.current, value.text.c_str(), sizeof record.current - 1);
     ObservedCall(handle, camera, {KX_OP_GET_STRING, name}).end(KX_OK, &record);
 }
 
@@ -63,9 +62,7 @@ KX_Status featureFile(KX_HANDLE handle, KX_Operation kind, const char* path, con
             return ObservedCall(handle, camera, {kind, feature.c_str()}).begin();
         });
         if (kind == KX_OP_FEATURE_LOAD)
-            bag.setValueWatch([&](const std::string& feature, const std::string& text, bool isWrite) {
-                tellValue(handle, camera, feature, text, isWrite);
-            });
+            bag.setValueWatch([&](const BagValue& value) { tellValue(handle, camera, value); });
         std::string message;
         const KX_Status status = body(bag, fileName(path), message);
         return {status, message};

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <sys/stat.h>
@@ -52,30 +53,38 @@ private:
 class Loader
 {
 public:
-    Loader(BagNodes& nodes, const std::vector<BagEntry>& entries) : m_nodes(nodes), m_entries(entries) {}
+    Loader(BagNodes& nodes, const std::vector<BagEntry>& entries)
+        : m_nodes(nodes), m_entries(entries), m_results(entries.size())
+    {}
 
-    // One pass over all entries. False when the line failed.
-    bool pass(std::vector<BagLoadReport::Failure>& failures)
+    // One pass over all entries, which ends where the line fails; that failure, or KX_OK.
+    KX_Status pass(BagLoadReport& report)
     {
+        KX_Status lineStatus = KX_OK;
         m_unset.clear();
-        failures.clear();
-        for (const BagEntry& entry : m_entries) {
-            BagLoadReport::Failure failure{entry.name, entry.value, KX_OK, {}};
-            apply(entry, failure);
-            if (failure.status == KX_OK)
-                continue;
-            failures.push_back(failure);
-            if (KX_IS_LINE_FAILURE(failure.status)) {
-                m_lineStatus = failure.status;
-                return false;
-            }
+        for (size_t i = 0; i < m_entries.size() && lineStatus == KX_OK; ++i) {
+            m_results[i] = BagLoadReport::Failure{m_entries[i].name, m_entries[i].value, KX_OK, {}};
+            apply(m_entries[i], *m_results[i]);
+            if (KX_IS_LINE_FAILURE(m_results[i]->status))
+                lineStatus = m_results[i]->status;
         }
-        return true;
+        sumUp(report);
+        return lineStatus;
     }
 
-    KX_Status lineStatus() const { return m_lineStatus; }
-
 private:
+    void sumUp(BagLoadReport& report) const
+    {
+        report.failures.clear();
+        report.untried = 0;
+        for (const auto& result : m_results) {
+            if (!result)
+                ++report.untried;
+            else if (result->status != KX_OK)
+                report.failures.push_back(*result);
+        }
+    }
+
     void apply(const BagEntry& entry, BagLoadReport::Failure& failure)
     {
         for (const auto& [selector, value] : entry.selectors) {
@@ -131,7 +140,7 @@ private:
     const std::vector<BagEntry>& m_entries;
     std::set<std::string> m_unset;
     std::map<std::string, std::vector<std::string>> m_selected;
-    KX_Status m_lineStatus = KX_OK;
+    std::vector<std::optional<BagLoadReport::Failure>> m_results; // of each entry's last try
 };
 
 KX_Status readFile(const std::string& path, std::string& text, std::string& message)
@@ -170,8 +179,8 @@ KX_Status applyBag(BagNodes& nodes, const std::vector<BagEntry>& entries, BagLoa
     size_t before = entries.size() + 1;
     do {
         ++report.passes;
-        if (!loader.pass(report.failures))
-            return loader.lineStatus();
+        if (const KX_Status status = loader.pass(report))
+            return status;
         if (report.failures.size() >= before)
             break;
         before = report.failures.size();
@@ -187,9 +196,11 @@ KX_Status applyBag(BagNodes& nodes, const std::vector<BagEntry>& entries, BagLoa
 
 std::string BagLoadReport::text() const
 {
-    std::string out = std::to_string(entries - failures.size()) + " of " + std::to_string(entries) +
+    std::string out = std::to_string(entries - failures.size() - untried) + " of " + std::to_string(entries) +
                       " entries took their value in " + std::to_string(passes) +
                       (passes == 1 ? " pass." : " passes.");
+    if (untried > 0)
+        out += " The line failed before the last " + std::to_string(untried) + '.';
     if (registersValid == "0")
         out += " The camera says that its registers are not valid together.";
     for (const Failure& failure : failures)

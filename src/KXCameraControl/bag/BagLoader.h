@@ -18,6 +18,7 @@ struct BagLoadReport
         std::string reason;
     };
     size_t entries = 0;
+    size_t untried = 0; // as the line failed before
     size_t passes = 0;
     std::vector<Failure> failures;
     std::string registersValid; // "", "1" or "0": DeviceRegistersValid after the load, where there is one

@@ -19,8 +19,9 @@ KX_Status CameraNodes::call(const std::string& feature, Body body)
 KX_Status CameraNodes::told(KX_Status status, const std::string& feature, const std::string& text,
                             bool isWrite)
 {
-    if (status == KX_OK && m_valueWatch)
-        m_valueWatch(feature, text, isWrite);
+    const bool isFailedWrite = isWrite && KX_IS_LINE_FAILURE(status) && !m_aborted;
+    if (m_valueWatch && (status == KX_OK || isFailedWrite))
+        m_valueWatch({feature, text, isWrite, status});
     return status;
 }
 

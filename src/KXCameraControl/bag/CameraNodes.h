@@ -13,8 +13,15 @@ namespace kx
 // Told before each feature is read or written; false ends the bag with KX_E_ABORTED. What has to be put back
 // then is put back without asking again.
 using BagWatch = std::function<bool(const std::string& feature)>;
-// Told of each value that was read or written.
-using BagValueWatch = std::function<void(const std::string& feature, const std::string& text, bool isWrite)>;
+// A value that was read or written, or whose write the line has failed.
+struct BagValue
+{
+    const std::string& feature;
+    const std::string& text;
+    bool isWrite;
+    KX_Status status;
+};
+using BagValueWatch = std::function<void(const BagValue&)>;
 
 // The camera must be open, and its lock held.
 class CameraNodes : public BagNodes

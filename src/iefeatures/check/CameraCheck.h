@@ -81,6 +81,7 @@ struct CameraCheck
     std::vector<EntryCheck> entries;  // in the file's order; interrupted: those that were done
 
     std::optional<QStringList> changed = {}; // of an import, what it has changed in the end; titles
+    QStringList inDoubt = {};                // of an import, what it may have changed as well; titles
 
     QStringList notApplied() const; // the titles of what is amiss
 };

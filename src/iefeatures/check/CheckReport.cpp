@@ -147,6 +147,8 @@ Json checkJson(const CameraCheck& check)
         object["features"].push_back(entryJson(entry));
     if (check.changed)
         object["changed"] = json(*check.changed);
+    if (!check.inDoubt.isEmpty())
+        object["in_doubt"] = json(check.inDoubt);
     return object;
 }
 

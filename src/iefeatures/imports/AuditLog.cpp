@@ -57,7 +57,7 @@ Json changeJson(const Change& change)
     if (!change.under.isEmpty())
         object["under"] = json(change.under);
     object["from"] = jsonUnlessNull(change.from);
-    object["to"] = json(change.to);
+    object["to"] = jsonUnlessNull(change.to);
     return object;
 }
 
@@ -75,6 +75,8 @@ void addEnd(const AuditEntry& entry, Json& line)
     line["changes"] = changesJson(entry.changes);
     if (entry.changes.size() > kMostChanges)
         line["more_changes"] = entry.changes.size() - kMostChanges;
+    if (!entry.inDoubt.empty())
+        line["in_doubt"] = changesJson(entry.inDoubt);
     line["not_applied"] = json(entry.notApplied);
     line["user_set"] = jsonUnlessEmpty(entry.userSet);
     line["outcome"] = json(verdictWord(entry.outcome));

@@ -36,6 +36,7 @@ struct AuditEntry
     QString firmware;        // empty: not known
     QString descriptionHash; // SHA-256, hexadecimal; empty: not known
     std::vector<Change> changes;
+    std::vector<Change> inDoubt;                    // writes that no answer came to
     QStringList notApplied;                         // features
     QString snapshot;                               // folder; empty: none
     QString userSet;                                // that it was saved into; empty: none

@@ -41,6 +41,18 @@ CameraCheck reportOfJobs(const CameraImport& result)
     return report;
 }
 
+// Registers with the names of their features.
+void appendNamed(const std::vector<Change>& seen, const NamedFeatures::Blocks& blocks,
+                 std::vector<Change>& changes)
+{
+    for (Change change : seen) {
+        const auto block = change.isRegister ? blocks.find(change.address) : blocks.end();
+        if (block != blocks.end())
+            change.feature = block->second;
+        changes.push_back(change);
+    }
+}
+
 } // namespace
 
 bool goesOn(const CameraImport& result)
@@ -78,20 +90,23 @@ ImportOutcome summed(const CameraImport& result)
 
 std::vector<Change> changesOf(const CameraImport& result)
 {
-    const NamedFeatures::Blocks& blocks = result.files->named.blocks;
     std::vector<Change> changes;
     QByteArray description;
     for (const ImportOutcome& job : result.jobs) {
-        if (!job.record.findings.changes.description().isEmpty())
-            description = job.record.findings.changes.description();
-        for (Change change : job.record.findings.changes.changes()) {
-            const auto block = change.isRegister ? blocks.find(change.address) : blocks.end();
-            if (block != blocks.end())
-                change.feature = block->second;
-            changes.push_back(change);
-        }
+        const ObservedChanges& observed = job.record.findings.changes;
+        if (!observed.description().isEmpty())
+            description = observed.description();
+        appendNamed(observed.changes(), result.files->named.blocks, changes);
     }
     return netChanges(changes, changes.empty() ? Selectors() : selectorsIn(description));
+}
+
+std::vector<Change> inDoubt(const CameraImport& result)
+{
+    std::vector<Change> changes;
+    for (const ImportOutcome& job : result.jobs)
+        appendNamed(job.record.findings.changes.inDoubt(), result.files->named.blocks, changes);
+    return changes;
 }
 
 QStringList notReached(const CameraImport& result)

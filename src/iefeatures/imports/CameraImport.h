@@ -38,6 +38,8 @@ ImportOutcome summed(const CameraImport& result);
 // What all jobs have changed in the end, in the order of the first writes, registers with the names of their
 // features.
 std::vector<Change> changesOf(const CameraImport& result);
+// Writes that the line failed: the camera may have carried them out.
+std::vector<Change> inDoubt(const CameraImport& result);
 // Features of the files that no job has come to.
 QStringList notReached(const CameraImport& result);
 

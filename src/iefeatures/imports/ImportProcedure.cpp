@@ -369,7 +369,8 @@ void ImportProcedure::tellInterrupted(const CameraImport& result)
 // Empty where there is nothing to undo.
 QString ImportProcedure::undoCommand(const CameraImport& result) const
 {
-    if (!result.snapshot || !result.snapshot->snapshot || changesOf(result).empty())
+    if (!result.snapshot || !result.snapshot->snapshot ||
+        (changesOf(result).empty() && inDoubt(result).empty()))
         return {};
     return "iefeatures rollback " + quoted(result.snapshot->folder) + " --serial " +
            quoted(result.camera.serial);
@@ -388,6 +389,8 @@ void ImportProcedure::tellResults()
     std::vector<CameraCheck> reports;
     for (const CameraImport& result : m_results) {
         rows.push_back(summed(result));
+        if (const auto doubts = inDoubt(result); !doubts.empty())
+            tell(result.camera, "may have been changed, as no answer came: " + listed(titlesOf(doubts)));
         if (m_task.tellsChanges && !result.jobs.empty() && !m_task.isJson)
             tell(result.camera, "changed: " + listed(titlesOf(changesOf(result))));
         if (result.check)
@@ -403,6 +406,7 @@ Json ImportProcedure::resultJson(const CameraImport& result) const
     const ImportOutcome sum = summed(result);
     CameraCheck report = reportOf(result);
     report.changed = titlesOf(changesOf(result));
+    report.inDoubt = titlesOf(inDoubt(result));
     Json object = checkJson(report);
     object["requests"] = sum.record.tally.requests;
     object["seconds"] = sum.record.job.seconds;
@@ -434,6 +438,7 @@ AuditEntry ImportProcedure::auditEntryOf(const CameraImport& result) const
             entry.firmware = observed.firmware();
     }
     entry.changes = changesOf(result);
+    entry.inDoubt = inDoubt(result);
     entry.notApplied = report.notApplied();
     if (result.snapshot && result.snapshot->snapshot)
         entry.snapshot = result.snapshot->folder;

@@ -4,6 +4,7 @@
 #include "iefeatures/cameras/LastError.h"
 #include "iefeatures/console/RegisterText.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/running/CallKind.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,11 +17,6 @@ namespace
 bool isRead(uint32_t operation)
 {
     return (operation >= KX_OP_GET_BOOL && operation <= KX_OP_GET_STRING) || operation == KX_OP_READ_MEMORY;
-}
-
-bool isOnMemory(const KX_CallEvent& event)
-{
-    return event.operation == KX_OP_READ_MEMORY || event.operation == KX_OP_WRITE_MEMORY;
 }
 
 bool isBag(uint32_t operation)

@@ -1,31 +1,18 @@
 #include "iefeatures/running/FailedCalls.h"
 
+#include "iefeatures/running/CallKind.h"
+
 namespace companion
 {
 namespace
 {
-
-bool isWrite(uint32_t operation)
-{
-    return (operation >= KX_OP_SET_BOOL && operation <= KX_OP_EXECUTE) || operation == KX_OP_WRITE_MEMORY;
-}
-
-bool isMemory(uint32_t operation)
-{
-    return operation == KX_OP_READ_MEMORY || operation == KX_OP_WRITE_MEMORY;
-}
-
-bool isOnValue(uint32_t operation)
-{
-    return operation >= KX_OP_GET_BOOL && operation <= KX_OP_EXECUTE;
-}
 
 template <typename Key>
 void note(std::map<Key, KX_Status>& failures, const Key& key, const KX_CallEvent& event)
 {
     if (event.status == KX_OK)
         failures.erase(key);
-    else if (isWrite(event.operation) || tellsLineFailure(event))
+    else if (isWrite(event) || tellsLineFailure(event))
         failures[key] = event.status;
 }
 
@@ -43,9 +30,9 @@ void FailedCalls::take(const KX_CallEvent& event)
     // the same; only the next cycle's read tells that nothing is left to do.
     const bool looksBehindWrite =
         m_wasFailedWrite && event.operation == KX_OP_READ_MEMORY && event.address == m_lastAddress;
-    if (isMemory(event.operation) && !(looksBehindWrite && event.status == KX_OK))
+    if (isOnMemory(event) && !(looksBehindWrite && event.status == KX_OK))
         note(m_registers, event.address, event);
-    else if (isOnValue(event.operation) && event.nodeName)
+    else if (isOnValue(event) && event.nodeName)
         note(m_features, std::string(event.nodeName), event);
     else if (event.operation == KX_OP_GET_ACCESS_MODE && event.nodeName)
         note(m_questions, std::string(event.nodeName), event);

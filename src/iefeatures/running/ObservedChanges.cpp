@@ -1,10 +1,12 @@
 #include "iefeatures/running/ObservedChanges.h"
 
 #include "digest/Digest.h"
+#include "iefeatures/running/CallKind.h"
+#include "iefeatures/running/FailedCalls.h"
 
 #include <SuiteTools/SuiteTools.h>
 
-#include <cstring>
+#include <algorithm>
 
 namespace companion
 {
@@ -53,38 +55,71 @@ QString textOf(const KX_CallEvent& event)
     }
 }
 
-bool isOnFeature(uint32_t operation)
+// Without its values.
+Change thingOf(const KX_CallEvent& event)
 {
-    return operation >= KX_OP_GET_BOOL && operation <= KX_OP_SET_STRING;
+    if (isOnMemory(event))
+        return {{}, true, event.address, {}, {}};
+    return {QString::fromUtf8(event.nodeName), false, 0, {}, {}};
+}
+
+template <typename Key>
+QString valueIn(const std::map<Key, QString>& known, const Key& key)
+{
+    const auto found = known.find(key);
+    return found == known.end() ? QString() : found->second;
 }
 
 } // namespace
 
 void ObservedChanges::take(const KX_CallEvent& event)
 {
-    if (!event.finished || event.status != KX_OK || !event.value)
+    const bool isOnThing = isOnMemory(event) || (isOnValue(event) && event.nodeName);
+    if (!event.finished)
         return;
-    if (event.operation == KX_OP_OPEN) {
+    if (isOnThing)
+        settle(event);
+    if (event.status != KX_OK || !event.value)
+        return;
+    if (event.operation == KX_OP_OPEN)
         m_description = QByteArray(static_cast<const char*>(event.value));
-    } else if (event.operation == KX_OP_READ_MEMORY || event.operation == KX_OP_WRITE_MEMORY) {
-        const Change thing{{}, true, event.address, {}, {}};
-        takeValue(thing, event.operation == KX_OP_WRITE_MEMORY, textOf(event), m_registers[event.address]);
-        m_seenRegisters.insert(event.address);
-    } else if (isOnFeature(event.operation) && event.nodeName) {
-        const Change thing{QString::fromUtf8(event.nodeName), false, 0, {}, {}};
-        takeValue(thing, event.operation >= KX_OP_SET_BOOL, textOf(event), m_features[thing.feature]);
-        m_seenFeatures.insert(thing.feature);
-    }
+    else if (isOnThing)
+        takeValue(event);
 }
 
-void ObservedChanges::takeValue(const Change& thing, bool isWrite, const QString& text, QString& known)
+void ObservedChanges::takeValue(const KX_CallEvent& event)
 {
-    if (isWrite && (known.isNull() || known != text)) {
+    Change thing = thingOf(event);
+    const QString text = textOf(event);
+    QString& known = thing.isRegister ? m_registers[thing.address] : m_features[thing.feature];
+    if (isWrite(event) && (known.isNull() || known != text)) {
+        thing.from = known;
+        thing.to = text;
         m_changes.push_back(thing);
-        m_changes.back().from = known;
-        m_changes.back().to = text;
     }
     known = text.isNull() ? QString("") : text;
+    if (thing.isRegister)
+        m_seenRegisters.insert(thing.address);
+    else
+        m_seenFeatures.insert(thing.feature);
+}
+
+// A refused call, and one that the camera refuses, leave things as they were.
+void ObservedChanges::settle(const KX_CallEvent& event)
+{
+    const bool isInDoubt = isWrite(event) && tellsLineFailure(event);
+    if (event.status != KX_OK && !isInDoubt)
+        return;
+    Change thing = thingOf(event);
+    const auto isIt = [&thing](const Change& other) {
+        return other.isRegister == thing.isRegister && other.address == thing.address &&
+               other.feature == thing.feature;
+    };
+    m_inDoubt.erase(std::remove_if(m_inDoubt.begin(), m_inDoubt.end(), isIt), m_inDoubt.end());
+    if (!isInDoubt)
+        return;
+    thing.from = thing.isRegister ? valueIn(m_registers, thing.address) : value(thing.feature);
+    m_inDoubt.push_back(thing);
 }
 
 QString ObservedChanges::descriptionHash() const
@@ -102,8 +137,7 @@ QString ObservedChanges::firmware() const
 
 QString ObservedChanges::value(const QString& feature) const
 {
-    const auto found = m_features.find(feature);
-    return found == m_features.end() ? QString() : found->second;
+    return valueIn(m_features, feature);
 }
 
 } // namespace companion

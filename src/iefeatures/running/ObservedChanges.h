@@ -20,7 +20,7 @@ struct Change
     bool isRegister = false;
     int64_t address = 0; // of a register
     QString from;        // null when it was not read before
-    QString to;
+    QString to;          // null when it is in doubt
     QString under =
         {}; // "GainSelector=Red", where selectors were moved (NetChanges.h); empty: nothing of the kind
 };
@@ -35,6 +35,9 @@ public:
 
     // In the order of the writes. A write of what stood there is no change.
     const std::vector<Change>& changes() const { return m_changes; }
+    // Writes that the line failed, of what was not read or written since: the camera may have carried them
+    // out.
+    const std::vector<Change>& inDoubt() const { return m_inDoubt; }
     // Features whose value was read or written, by name, and registers by address.
     const std::set<QString>& seenFeatures() const { return m_seenFeatures; }
     const std::set<int64_t>& seenRegisters() const { return m_seenRegisters; }
@@ -47,11 +50,13 @@ public:
     QString value(const QString& feature) const; // as last read or written; null: it was not
 
 private:
-    void takeValue(const Change& thing, bool isWrite, const QString& text, QString& known);
+    void settle(const KX_CallEvent& event);
+    void takeValue(const KX_CallEvent& event);
 
     std::map<QString, QString> m_features; // as last read or written
     std::map<int64_t, QString> m_registers;
     std::vector<Change> m_changes;
+    std::vector<Change> m_inDoubt;
     std::set<QString> m_seenFeatures;
     std::set<int64_t> m_seenRegisters;
     QByteArray m_description;

@@ -561,8 +561,8 @@ KX_API KX_Status KX_CC_GetRegisterNames(KX_HANDLE handle, int64_t address, int64
 
 /* Feature files in the GenApi persistence text (GenApi, "Streaming"), so that other makers' files and tools work with
  * them. `path` is Latin-1. The observer is told of each feature (the operation, its name, `finished` 0) and may end
- * the work there (KX_E_ABORTED). Of each value that a load has read or written it is told as of a getter or setter of
- * texts that is over (KX_OP_GET_STRING with a KX_StringValue, KX_OP_SET_STRING).
+ * the work there (KX_E_ABORTED). Of each value that a load has read or written, and of a write that the line has failed,
+ * it is told as of a getter or setter of texts that is over (KX_OP_GET_STRING with a KX_StringValue, KX_OP_SET_STRING).
  * Save: all features of the categories that are streamable, readable and writable, for every combination of their
  * selectors, which are put back to what they were on every way out. The file appears whole or not at all. A camera
  * without such a feature (descriptions before schema 1.1 know no Streamable) gives a file without an entry and KX_OK:

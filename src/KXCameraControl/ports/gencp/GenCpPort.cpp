@@ -199,6 +199,7 @@ KX_Status GenCpPort::request(uint16_t command, Bytes scd, size_t ackSize, Bytes&
         answer = std::move(result.scd);
         return KX_OK;
     }
+    const bool isOverdue = exchange.sawPending && Clock::now() >= exchange.pendingEnd;
     const bool isUnanswered = result.status == KX_E_NO_ANSWER || result.status == KX_E_NETWORK;
     if (result.status == KX_E_CONNECTION_LOST || (isUnanswered && isLostBySilence(begin)))
         return checkUsable();
@@ -206,6 +207,8 @@ KX_Status GenCpPort::request(uint16_t command, Bytes scd, size_t ackSize, Bytes&
         result = {KX_E_MALFORMED_ANSWER, {}, "malformed answer"};
     else if (result.status == KX_E_NO_ANSWER)
         result.text = "no answer in " + std::to_string(m_timeouts.tries) + " tries";
+    if (isOverdue) // as each further call would be
+        reportLoss(m_link->name() + " asks for more time without end");
     return fail(result.status, describe(exchange.command, *m_link) + ": " + result.text);
 }
 
@@ -256,6 +259,7 @@ bool GenCpPort::judge(Exchange& exchange, const Bytes& packet, Clock::time_point
         return false; // late answer to an earlier command
     if (ack && ack->command == PendingAck) {
         if (const auto time = parsePendingAck(ack->scd, m_link->byteOrder())) {
+            exchange.sawPending = true;
             const auto wanted = Clock::now() + milliseconds(*time) + m_timeouts.perTry;
             deadline = std::max(deadline, std::min(wanted, exchange.pendingEnd));
             return false;

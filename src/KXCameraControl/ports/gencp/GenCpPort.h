@@ -74,6 +74,7 @@ private:
         size_t ackSize; // expected, without prefix and header
         GenCpLink::Clock::time_point pendingEnd;
         bool sawMalformed = false;
+        bool sawPending = false;
     };
     struct Answer
     {

@@ -87,12 +87,14 @@ GvcpAnswer GvcpChannel::request(Bytes command, const PayloadCheck& isWellFormed,
             break;
         }
     }
+    const bool isOverdue = exchange.sawPending && Clock::now() >= exchange.pendingEnd;
     if (answer.status == KX_E_NO_ANSWER && exchange.sawMalformed)
         answer = {KX_E_MALFORMED_ANSWER, Success, {}, "malformed answer"};
     else if (answer.status == KX_E_NO_ANSWER)
         answer.text = "no answer in " + std::to_string(timeouts.tries) + " tries";
     if (answer.status != KX_OK)
         answer.text = describe(exchange.command, m_peer) + ": " + answer.text;
+    answer.isOverdue = answer.status != KX_OK && isOverdue;
     return answer;
 }
 
@@ -129,6 +131,7 @@ std::optional<GvcpAnswer> GvcpChannel::judge(Exchange& exchange, const Bytes& da
         return std::nullopt; // late answer to an earlier command
     if (ack && ack->command == PendingAck) {
         if (const auto time = parsePendingAck(ack->payload)) {
+            exchange.sawPending = true;
             const auto wanted = Clock::now() + milliseconds(*time) + exchange.perTry;
             deadline = std::max(deadline, std::min(wanted, exchange.pendingEnd));
             return std::nullopt;

@@ -18,6 +18,7 @@ struct GvcpAnswer
     uint16_t refusal = gvcp::Success; // the camera's own status where it refused
     gvcp::Bytes payload;              // where `status` is KX_OK
     std::string text;                 // what went wrong, in English
+    bool isOverdue = false;           // it has had all the time that a camera may ask for by PENDING_ACK
 };
 
 // Thread-safe between open() and close(); one command is under way at a time, as the protocol wants it.
@@ -51,6 +52,7 @@ private:
         std::chrono::milliseconds perTry;
         Clock::time_point pendingEnd; // a camera that asks for more time gets it until then
         bool sawMalformed = false;
+        bool sawPending = false;
     };
     GvcpAnswer tryOnce(Exchange& exchange);
     std::optional<GvcpAnswer> judge(Exchange& exchange, const gvcp::Bytes& datagram,

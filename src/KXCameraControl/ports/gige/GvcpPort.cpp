@@ -98,6 +98,10 @@ KX_Status GvcpPort::perform(const Bytes& command, const GvcpChannel::PayloadChec
     }
     if (answer.refusal == AccessDenied)
         return judgeAccessDenied(answer);
+    if (answer.isOverdue) { // as each further call would be
+        loseConnection(answer);
+        return fail(answer.status, answer.text);
+    }
     // The heartbeat may have found the reason in the meantime.
     return m_control.isLost() ? failLost() : fail(answer.status, answer.text);
 }

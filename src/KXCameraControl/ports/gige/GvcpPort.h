@@ -4,7 +4,8 @@
 // within the camera's heartbeat time and at least every second. The connection is lost when the camera
 // answers none of its tries (the handler gets KX_E_NO_ANSWER, or KX_E_NETWORK when this host cannot send) or
 // when control is not ours any more (KX_E_CONNECTION_LOST). A monitor has no heartbeat: its calls fail one by
-// one.
+// one. To both, a camera that has had all the time that it may ask for by PENDING_ACK, and has not answered,
+// is lost.
 #pragma once
 
 #include "KXCameraControl/ports/ControlThread.h"
