@@ -40,7 +40,8 @@ struct Held
 {
     size_t threads = entriesOf("/proc/self/task");
     size_t files = entriesOf("/proc/self/fd");
-    bool operator==(const Held& other) const { return threads == other.threads && files == other.files; }
+    // Threads of the run before may not have ended when it is counted what there is.
+    bool isNoMoreThan(const Held& other) const { return threads <= other.threads && files <= other.files; }
 };
 
 std::string textOf(const Held& held)
@@ -52,9 +53,9 @@ std::string textOf(const Held& held)
 void expectGivenBack(const Held& before)
 {
     const auto end = Clock::now() + kSlowMachine;
-    while (!(Held() == before) && Clock::now() < end)
+    while (!Held().isNoMoreThan(before) && Clock::now() < end)
         std::this_thread::sleep_for(milliseconds(2));
-    EXPECT_EQ(textOf(Held()), textOf(before));
+    EXPECT_TRUE(Held().isNoMoreThan(before)) << textOf(Held()) << " instead of " << textOf(before);
 }
 
 emu::Faults faultsOf(const Trouble& trouble, unsigned request)
@@ -156,11 +157,13 @@ void Sweep::over(const SweptJob& job, size_t runs)
     const char* all = std::getenv("KX_SWEEP");
     const bool isLong = all != nullptr && std::string(all) == "all";
     const uint64_t step = isLong ? 1 : std::max<uint64_t>(1, requests / runs);
-    size_t offset = 0;
+    size_t which = 0;
     for (const Trouble& trouble : troubles()) {
+        const uint64_t first =
+            1 + which++ * step / troubles().size(); // so that all of them meet many requests
         if (!isLong && trouble.mishap == emu::Mishap::PendingForEver)
             continue; // 20 s each
-        for (uint64_t request = 1 + offset++ % step; request <= requests; request += step) {
+        for (uint64_t request = first; request <= requests; request += step) {
             SCOPED_TRACE(job.name + ", " + trouble.name + " at request " + std::to_string(request) + " of " +
                          std::to_string(requests));
             runOnce(job, trouble, request);

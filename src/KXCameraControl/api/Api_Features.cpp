@@ -62,7 +62,7 @@ KX_Status featureFile(KX_HANDLE handle, KX_Operation kind, const char* path, con
             return ObservedCall(handle, camera, {kind, feature.c_str()}).begin();
         });
         if (kind == KX_OP_FEATURE_LOAD)
-            bag.setValueWatch([&](const BagValue& value) { tellValue(handle, camera, value); });
+            bag.setValueWatch([&](const BagValue& one) { tellValue(handle, camera, one); });
         std::string message;
         const KX_Status status = body(bag, fileName(path), message);
         return {status, message};
