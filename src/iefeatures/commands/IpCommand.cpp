@@ -2,12 +2,12 @@
 
 #include "iefeatures/cameras/InParallel.h"
 #include "iefeatures/commands/Agreement.h"
-#include "iefeatures/network/NetworkWrites.h"
-#include "iefeatures/imports/WriteReport.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/OptionChecks.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/imports/WriteReport.h"
+#include "iefeatures/network/NetworkWrites.h"
 
 #include <CLI/CLI.hpp>
 

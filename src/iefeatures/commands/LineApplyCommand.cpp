@@ -4,7 +4,6 @@
 #include "iefeatures/commands/Agreement.h"
 #include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/commands/LineFile.h"
-#include "iefeatures/network/NetworkWrites.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
@@ -13,6 +12,7 @@
 #include "iefeatures/line/LineLock.h"
 #include "iefeatures/line/LineNetwork.h"
 #include "iefeatures/line/LineReport.h"
+#include "iefeatures/network/NetworkWrites.h"
 #include "iefeatures/running/JobRun.h"
 
 #include <CLI/CLI.hpp>
@@ -215,7 +215,8 @@ int LineApplyCommand::writeNames(World& world, const std::vector<LineTarget>& ta
     for (const LineTarget& target : targets)
         if (!target.network.isEmpty())
             jobs.push_back({target.camera, target.network});
-    return jobs.empty() ? int(ExitWell) : writeNetworks(world.console, lookOf(world), "line apply", m_audit.rule(), jobs);
+    return jobs.empty() ? int(ExitWell)
+                        : writeNetworks(world.console, lookOf(world), "line apply", m_audit.rule(), jobs);
 }
 
 int LineApplyCommand::import(Console& console, const Inventory& inventory,

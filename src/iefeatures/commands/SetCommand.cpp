@@ -1,10 +1,10 @@
 #include "iefeatures/commands/SetCommand.h"
 
 #include "iefeatures/cameras/InParallel.h"
-#include "iefeatures/imports/WriteReport.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/OptionChecks.h"
+#include "iefeatures/imports/WriteReport.h"
 
 #include <CLI/CLI.hpp>
 

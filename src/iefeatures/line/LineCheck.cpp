@@ -4,8 +4,8 @@
 #include "iefeatures/cameras/InParallel.h"
 #include "iefeatures/console/OperatingSystem.h"
 #include "iefeatures/files/FeaturesFileInput.h"
-#include "iefeatures/line/LineFiles.h"
 #include "iefeatures/imports/AuditLog.h"
+#include "iefeatures/line/LineFiles.h"
 #include "iefeatures/network/NetworkSettings.h"
 #include "iefeatures/running/ReadingProgress.h"
 

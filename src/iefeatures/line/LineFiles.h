@@ -12,8 +12,8 @@ namespace companion
 QString fileObjection(const Inventory& inventory, const QString& what, const QString& file,
                       const QString& hash);
 
-// A camera's features file; with `hasBag` the bag before it, where there is one. Where they cannot be used, or
-// are not the ones that are meant, a sentence in `problem`.
+// A camera's features file; with `hasBag` the bag before it, where there is one. Where they cannot be used,
+// or are not the ones that are meant, a sentence in `problem`.
 SharedImportFiles readLineFiles(const Inventory& inventory, const InventoryCamera& camera, bool hasBag,
                                 QString& problem);
 

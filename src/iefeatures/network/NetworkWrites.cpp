@@ -1,9 +1,9 @@
 #include "iefeatures/network/NetworkWrites.h"
 
 #include "iefeatures/cameras/InParallel.h"
-#include "iefeatures/imports/WriteReport.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
+#include "iefeatures/imports/WriteReport.h"
 
 #include "camera_line/RecordTexts.h"
 
