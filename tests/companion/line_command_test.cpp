@@ -576,3 +576,25 @@ TEST_F(LineOfCameras, HasCommandsOfItsOwn)
     EXPECT_EQ(help.code, 0);
     EXPECT_THAT(help.out, HasSubstr("  0    all is in order\n"));
 }
+
+// An answer that got lost is no camera that is gone.
+TEST_F(LineOfCameras, LooksAgainForWhoSeemsToBeMissing)
+{
+    addNamed("S1", "Gate 1");
+    addNamed("S2", "Gate 2");
+    ASSERT_EQ(init().code, 0);
+    std::ostringstream out, err;
+    companion::Console console(out, err, false, false);
+    companion::World world{console};
+    int looks = 0;
+    world.enumerate = [&looks, all = world.enumerate](std::vector<KX_DeviceEntry>& found) {
+        const KX_Status status = all(found);
+        if (++looks == 1 && !found.empty())
+            found.pop_back();
+        return status;
+    };
+    EXPECT_EQ(companion::runCompanion({"line", "check", file()}, world), 0) << out.str() << err.str();
+    EXPECT_EQ(looks, 2);
+    EXPECT_EQ(companion::runCompanion({"line", "check", file()}, world), 0);
+    EXPECT_EQ(looks, 3);
+}

@@ -24,7 +24,7 @@ namespace
 using Names = std::set<std::string>;
 
 constexpr uint32_t kLevelOfFirstSlot = 0x10190;
-constexpr size_t kRuns = 2; // of each trouble, where not all are made
+constexpr size_t kRuns = 1; // of each trouble, where not all are made
 
 const std::vector<std::string> kNumbers{"Width", "Height", "OffsetX", "OffsetY", "Delay", "Repeat"};
 

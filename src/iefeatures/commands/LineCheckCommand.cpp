@@ -6,10 +6,13 @@
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/line/LineMatch.h"
 
 #include "jobs/file/WholeFile.h"
 
 #include <CLI/CLI.hpp>
+
+#include <algorithm>
 
 namespace companion
 {
@@ -20,6 +23,26 @@ QString writeReport(const std::string& file, const QByteArray& text)
 {
     const QString path = QString::fromStdString(file);
     return ie::writeWholeBytes(path, text) ? QString() : printable(path) + " cannot be written.";
+}
+
+auto countMissing(const Inventory& inventory, const std::vector<ListedCamera>& cameras)
+{
+    const std::vector<LineMatch> line = matchLine(inventory, cameras);
+    return std::count_if(line.begin(), line.end(),
+                         [](const LineMatch& match) { return match.state == LineState::Missing; });
+}
+
+// A packet may get lost: who seems to be missing is looked for twice.
+int findLine(World& world, const Inventory& inventory, std::vector<ListedCamera>& cameras)
+{
+    const int code = CameraSearch::findAll(world, cameras);
+    if (code != ExitWell || countMissing(inventory, cameras) == 0)
+        return code;
+    std::vector<ListedCamera> again;
+    const int codeAgain = CameraSearch::findAll(world, again);
+    if (codeAgain == ExitWell && countMissing(inventory, again) < countMissing(inventory, cameras))
+        cameras = again;
+    return codeAgain;
 }
 
 } // namespace
@@ -58,7 +81,7 @@ int LineCheckCommand::check(World& world, Inventory& inventory, std::optional<Li
     if (!readInventoryOrTell(world.console, m_file, inventory))
         return ExitInputOutput;
     std::vector<ListedCamera> cameras;
-    if (const int code = CameraSearch::findAll(world, cameras))
+    if (const int code = findLine(world, inventory, cameras))
         return code;
     CameraSearch::tellProblems(world.console);
     const LineCheck found = checkLine(world.console, inventory, cameras, m_isStrict,

@@ -87,7 +87,8 @@ std::optional<ReplacementRecord> ReplacementJournal::read(QString& problem) cons
                              object["serial"].toString(),
                              QDateTime::fromString(object["begun"].toString(), Qt::ISODate),
                              {}};
-    for (const QJsonValue& step : object["steps"].toArray())
+    const QJsonArray steps = object["steps"].toArray();
+    for (const auto& step : steps)
         record.steps += step.toString();
     if (!record.model.isEmpty() && record.begun.isValid())
         return record;
