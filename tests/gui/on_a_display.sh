@@ -3,7 +3,8 @@
 set -euo pipefail
 command -v Xvfb >/dev/null || { echo "SKIPPED $1: Xvfb is not installed"; exit 0; }
 folder=$(mktemp -d)
-Xvfb -displayfd 3 -screen 0 1440x900x24 -nolisten tcp 3>"$folder/display" 2>"$folder/log" &
+# Without -noreset the server starts anew whenever its last client goes, and throws out who connects at that moment.
+Xvfb -noreset -displayfd 3 -screen 0 1440x900x24 -nolisten tcp 3>"$folder/display" 2>"$folder/log" &
 server=$!
 trap 'kill "$server" 2>/dev/null || true; rm -rf "$folder"' EXIT
 until [ -s "$folder/display" ]; do
