@@ -90,7 +90,7 @@ TEST_F(Killed, AnExportLeavesTheOldFileOrTheNewOne)
         for (const auto& [name, text] : found)
             EXPECT_TRUE(text == "old" || text == m_right)
                 << name << ' ' << text.size() << " bytes, run " << run;
-        learn(found["EMU-1_S1.fpk"] == m_right);
+        learn(found[path("to/EMU-1_S1.fpk")] == m_right);
     }
     EXPECT_TRUE(m_hadResult) << "none came to its end";
 }
