@@ -209,6 +209,25 @@ TEST(FeatureBagSave, onlyReadableAndWritableFeaturesOfOneLine)
     EXPECT_EQ(saved(fake), "Plain=a\tb ");
 }
 
+// Read again they would be other entries, of any feature that the camera's maker likes.
+TEST(FeatureBagSave, whatACameraSaysForgesNoEntries)
+{
+    FakeNodes fake;
+    fake.order = {"Braces", "Tab", "Forged", "Named\nWidth\t7", "Tab\tbed", "#note"};
+    for (const std::string& name : fake.order)
+        fake.nodes[name] = {"1"};
+    fake.nodes["Braces"] = {"{A=1}"};
+    fake.nodes["Tab"] = {"a\tb"};
+    fake.nodes["Forged"] = {"{UserSetSelector=Default}\tx"};
+    Bag bag;
+    ASSERT_EQ(collectBag(fake, bag), KX_OK);
+    const std::string text = bagText({"V\nWidth\t8", "M\rGain\t9", std::string("1\0", 2)}, bag.entries,
+                                     {"a remark of S\nHeight\t10"});
+    EXPECT_EQ(text, "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n# GenApi persistence file (version 3.0.0)\n"
+                    "# Device = V Width\t8::M Gain\t9 -- Device version = 1 \n"
+                    "# a remark of S Height\t10\nBraces\t{A=1}\nTab\ta\tb\n");
+}
+
 TEST(FeatureBagSave, aRefusedFeatureIsLeftOutAndAFailedLineEndsIt)
 {
     FakeNodes fake = channels();
@@ -474,6 +493,18 @@ TEST(FeatureBagText, parsingTakesOtherLineEndsAndRefusesOtherFiles)
     EXPECT_FALSE(parseBag("<?xml version=\"1.0\"?>\n", entries, error));
     EXPECT_FALSE(parseBag("# {05D8C294-F295-4dfb-9D01-096BD04049F4}\nno tab\n", entries, error));
     EXPECT_EQ(error, "line 2 is no \"name<TAB>value\"");
+}
+
+TEST(FeatureBagText, bracesThatAreNoSelectorsBelongToTheValue)
+{
+    std::vector<BagEntry> entries;
+    std::string error;
+    ASSERT_TRUE(
+        parseBag("# {05D8C294-F295-4dfb-9D01-096BD04049F4}\nA\t{S=1,=2}\t3\nA\t{}\t3\n", entries, error));
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries[0].value, "{S=1,=2}\t3");
+    EXPECT_TRUE(entries[0].selectors.empty()) << "not even the first";
+    EXPECT_EQ(entries[1].value, "{}\t3");
 }
 
 TEST(FeatureBagFiles, saveThenLoadBringsTheCameraBack)

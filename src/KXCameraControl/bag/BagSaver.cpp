@@ -28,11 +28,6 @@ bool isReadable(KX_XML_AccessMode mode)
     return mode == KX_AM_READ_ONLY || mode == KX_AM_READ_WRITE;
 }
 
-bool fitsOnALine(const std::string& text)
-{
-    return text.find_first_of(std::string("\n\r\0", 3)) == std::string::npos;
-}
-
 using Selectors = std::vector<std::string>; // outermost first
 
 // The selectors of every feature: a selector that is itself selected stands behind its own selectors.
@@ -129,10 +124,10 @@ private:
         KX_XML_AccessMode mode = KX_AM_NOT_IMPLEMENTED;
         if (lineFailed() || !note(m_nodes.accessMode(feature, mode)) || mode != KX_AM_READ_WRITE)
             return false;
-        std::string text;
-        if (!note(m_nodes.readText(feature, text)) || !fitsOnALine(text))
+        BagEntry entry{feature, {}, {}};
+        if (!note(m_nodes.readText(feature, entry.value)) || !hasForm(entry))
             return false;
-        m_entries.push_back({feature, {}, text});
+        m_entries.push_back(std::move(entry));
         return true;
     }
 
@@ -228,8 +223,9 @@ private:
         for (const auto& [selector, text] : originals) {
             const auto isItsLine = [&name = selector](const BagEntry& entry) { return entry.name == name; };
             const auto group = m_entries.begin() + static_cast<std::ptrdiff_t>(begin);
-            if (std::any_of(group, group + length, isItsLine))
-                m_entries.push_back({selector, {}, text});
+            const BagEntry entry{selector, {}, text};
+            if (std::any_of(group, group + length, isItsLine) && hasForm(entry))
+                m_entries.push_back(entry);
             std::string now;
             if (m_nodes.readText(selector, now) == KX_OK && now == text)
                 continue;

@@ -1,6 +1,7 @@
 // Writing the text and reading it back.
 #include "KXCameraControl/bag/BagText.h"
 
+#include <algorithm>
 #include <sstream>
 
 namespace kx
@@ -10,34 +11,63 @@ namespace
 
 constexpr char kIdentification[] = "# {05D8C294-F295-4dfb-9D01-096BD04049F4}";
 
-// "{Sel=Val,Sel=Val}" -> pairs. False when it is no such text.
-bool parseSelectors(const std::string& text, std::vector<std::pair<std::string, std::string>>& selectors)
+using Selectors = std::vector<std::pair<std::string, std::string>>;
+
+// "{Sel=Val,Sel=Val}" -> pairs. None when it is no such text.
+Selectors selectorsIn(const std::string& text)
 {
     if (text.size() < 2 || text.front() != '{' || text.back() != '}')
-        return false;
+        return {};
+    Selectors selectors;
     std::istringstream parts(text.substr(1, text.size() - 2));
     std::string part;
     while (std::getline(parts, part, ',')) {
         part.erase(0, part.find_first_not_of(' '));
         const size_t equals = part.find('=');
         if (equals == std::string::npos || equals == 0)
-            return false;
+            return {};
         selectors.emplace_back(part.substr(0, equals), part.substr(equals + 1));
     }
-    return !selectors.empty();
+    return selectors;
+}
+
+// Of a value "{...}<TAB>...".
+Selectors selectorsBefore(const std::string& value)
+{
+    const size_t tab = value.find('\t');
+    return tab == std::string::npos ? Selectors() : selectorsIn(value.substr(0, tab));
+}
+
+bool fitsOnALine(const std::string& text)
+{
+    return text.find_first_of(std::string("\n\r\0", 3)) == std::string::npos;
+}
+
+// What a camera says of itself is no line of its own.
+std::string comment(std::string text)
+{
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
+    return "# " + text + "\n";
 }
 
 } // namespace
+
+bool hasForm(const BagEntry& entry)
+{
+    return !entry.name.empty() && entry.name[0] != '#' && entry.name.find('\t') == std::string::npos &&
+           fitsOnALine(entry.name) && fitsOnALine(entry.value) && selectorsBefore(entry.value).empty();
+}
 
 std::string bagText(const BagIdentity& identity, const std::vector<BagEntry>& entries,
                     const std::vector<std::string>& remarks)
 {
     std::string out = kIdentification;
     out += "\n# GenApi persistence file (version 3.0.0)\n";
-    out += "# Device = " + identity.vendor + "::" + identity.model +
-           " -- Device version = " + identity.deviceVersion + "\n";
+    out += comment("Device = " + identity.vendor + "::" + identity.model +
+                   " -- Device version = " + identity.deviceVersion);
     for (const std::string& remark : remarks)
-        out += "# " + remark + "\n";
+        out += comment(remark);
     for (const BagEntry& entry : entries)
         out += entry.name + "\t" + entry.value + "\n";
     return out;
@@ -66,9 +96,9 @@ bool parseBag(const std::string& text, std::vector<BagEntry>& entries, std::stri
             return false;
         }
         BagEntry entry{line.substr(0, tab), {}, line.substr(tab + 1)};
-        const size_t second = entry.value.find('\t');
-        if (second != std::string::npos && parseSelectors(entry.value.substr(0, second), entry.selectors))
-            entry.value.erase(0, second + 1);
+        entry.selectors = selectorsBefore(entry.value);
+        if (!entry.selectors.empty())
+            entry.value.erase(0, entry.value.find('\t') + 1);
         entries.push_back(entry);
     }
     if (number == 0)

@@ -23,7 +23,11 @@ struct BagEntry
     std::string value;
 };
 
-// `remarks` stand as comments before the entries.
+// Whether the entry reads as it was written: line breaks have no form in this text, tabs and braces have a
+// meaning.
+bool hasForm(const BagEntry& entry);
+// Of entries that have a form. `remarks` stand as comments before them; line breaks in these and in the
+// identity become blanks.
 std::string bagText(const BagIdentity& identity, const std::vector<BagEntry>& entries,
                     const std::vector<std::string>& remarks = {});
 // False unless the text begins with the persistence format's identification line.
