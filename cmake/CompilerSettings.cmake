@@ -49,7 +49,7 @@ if(IE_SANITIZE)
     add_compile_options(-fsanitize=${IE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${IE_SANITIZE})
     # What instrumentation adds hides from this warning what is set: it calls the standard library's regex unset.
-    add_compile_options(-Wno-maybe-uninitialized)
+    add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 
 # For targets that work on the bits of a wire or of numbers: no conversion that loses some goes unsaid.

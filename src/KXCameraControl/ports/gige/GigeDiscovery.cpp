@@ -5,6 +5,7 @@
 #include "KXCameraControl/ports/SearchPlaces.h"
 #include "KXCameraControl/ports/Stamp.h"
 #include "KXCameraControl/ports/gige/AddressForce.h"
+#include "KXCameraControl/ports/gige/DiscoveryAnswers.h"
 #include "KXCameraControl/ports/gige/GvcpPort.h"
 #include "KXCameraControl/ports/gige/Inquiry.h"
 
@@ -28,14 +29,6 @@ constexpr uint16_t kDiscoveryId = 1;
 constexpr uint16_t kQueryId = 2;
 constexpr uint16_t kHolderAddressId = 3;
 constexpr uint16_t kHolderPortId = 4;
-
-// A way out of this host: the socket and how it is called.
-struct Route
-{
-    std::string name;
-    uint32_t localAddress = 0; // 0: unicast, by whatever way the system chooses
-    uint32_t mask = 0;
-};
 
 struct Search
 {
@@ -81,25 +74,6 @@ void searchAddresses(Search& search, const std::vector<uint32_t>& addresses)
     addRoute(search, {"unicast", 0, 0}, std::move(socket));
 }
 
-KX_DeviceEntry entryFrom(const Discovery& answer, uint32_t address, const Route& route)
-{
-    KX_DeviceEntry entry = newEntry(KX_TRANSPORT_GIGE);
-    KX_GigEDeviceInfo& gige = entry.info.special.gige;
-    gige.macHigh = answer.macHigh;
-    gige.macLow = answer.macLow;
-    putText(gige.modelName, answer.model);
-    putText(gige.serialNumber, answer.serialNumber);
-    putText(gige.userDefinedName, answer.userName);
-    putText(gige.manufacturerName, answer.manufacturer);
-    putText(gige.deviceVersion, answer.deviceVersion);
-    gige.ipAddress = address;
-    gige.interfaceAddress = route.localAddress;
-    entry.availability = KX_AVAILABILITY_UNREACHABLE;
-    entry.interfaceMask = route.mask;
-    std::snprintf(entry.interfaceName, sizeof entry.interfaceName, "%s", route.name.c_str());
-    return entry;
-}
-
 bool isSameCamera(const KX_GigEDeviceInfo& a, const KX_GigEDeviceInfo& b)
 {
     return a.macHigh == b.macHigh && a.macLow == b.macLow && a.ipAddress == b.ipAddress &&
@@ -133,30 +107,12 @@ std::vector<Found> findCameras(Search& search)
     std::vector<Found> cameras;
     askAll(search.sockets, search.questions, kSearch,
            [&](size_t socket, uint32_t address, const AckPacket& ack) {
-               if (ack.id != kDiscoveryId || ack.command != DiscoveryAck || ack.status != Success)
-                   return false;
-               const auto answer = parseDiscovery(ack.payload);
-               if (answer)
-                   addOrMerge(cameras, {entryFrom(*answer, address, search.routes[socket]), socket});
-               return answer.has_value();
+               const auto entry = entryFrom(ack, kDiscoveryId, address, search.routes[socket]);
+               if (entry)
+                   addOrMerge(cameras, {*entry, socket});
+               return entry.has_value();
            });
     return cameras;
-}
-
-// What the answer to a read of the control register says; nothing when it says that the camera wants to be
-// asked again.
-std::optional<uint32_t> availabilityFrom(const AckPacket& ack)
-{
-    if (ack.status == Busy || ack.command == PendingAck)
-        return std::nullopt;
-    // Exclusive control by another host forbids even this.
-    if (ack.status == AccessDenied)
-        return KX_AVAILABILITY_IN_USE;
-    const auto values = parseRegisterValues(ack.payload, 1);
-    if (ack.status != Success || ack.command != ReadRegAck || !values)
-        return KX_AVAILABILITY_UNREACHABLE;
-    const bool isControlled = ((*values)[0] & (kPrivilegeExclusive | kPrivilegeControl)) != 0;
-    return isControlled ? KX_AVAILABILITY_IN_USE : KX_AVAILABILITY_FREE;
 }
 
 // Everybody behind an interface hears a broadcast, also cameras with an address that no route of this host
@@ -200,16 +156,6 @@ void queryAvailability(std::vector<UdpSocket>& sockets, std::vector<Found>& came
                 camera.entry.availability = *availability;
         return true;
     });
-}
-
-// The value of a register; nothing for an answer to something else. 0 where the camera has no such register
-// or does not show it.
-std::optional<uint32_t> shownValue(const AckPacket& ack, uint16_t id)
-{
-    if (ack.id != id || ack.status == Busy || ack.command == PendingAck)
-        return std::nullopt;
-    const auto values = parseRegisterValues(ack.payload, 1);
-    return ack.status == Success && ack.command == ReadRegAck && values ? (*values)[0] : 0;
 }
 
 // One register a question: not every camera takes several.

@@ -1,8 +1,6 @@
 // One request and its answer: tries, PENDING_ACK, statuses.
 #include "KXCameraControl/ports/gige/GvcpChannel.h"
 
-#include "KXCameraControl/ports/Refusal.h"
-
 #include <algorithm>
 #include <cstdio>
 
@@ -109,7 +107,7 @@ GvcpAnswer GvcpChannel::tryOnce(Exchange& exchange)
         outcome = m_socket.receive(datagram, deadline, nullptr, &m_interrupt);
         if (outcome != Outcome::Done)
             break;
-        if (auto answer = judge(exchange, datagram, deadline))
+        if (auto answer = take(exchange, datagram, deadline))
             return *answer;
         // Other datagrams must not keep a request alive that nobody answers.
         if (Clock::now() >= deadline)
@@ -123,26 +121,25 @@ GvcpAnswer GvcpChannel::tryOnce(Exchange& exchange)
 }
 
 // Nothing when the datagram is not the answer that is waited for.
-std::optional<GvcpAnswer> GvcpChannel::judge(Exchange& exchange, const Bytes& datagram,
-                                             Clock::time_point& deadline)
+std::optional<GvcpAnswer> GvcpChannel::take(Exchange& exchange, const Bytes& datagram,
+                                            Clock::time_point& deadline)
 {
-    auto ack = decodeAck(datagram.data(), datagram.size());
-    if (ack && ack->id != get16(&exchange.command[6]))
-        return std::nullopt; // late answer to an earlier command
-    if (ack && ack->command == PendingAck) {
-        if (const auto time = parsePendingAck(ack->payload)) {
-            exchange.sawPending = true;
-            const auto wanted = Clock::now() + milliseconds(*time) + exchange.perTry;
-            deadline = std::max(deadline, std::min(wanted, exchange.pendingEnd));
-            return std::nullopt;
-        }
-    } else if (ack && ack->status != Success) {
-        return GvcpAnswer{statusOfRefusal(ack->status), ack->status, {}, refusalText(ack->status)};
-    } else if (ack && ack->command == get16(&exchange.command[2]) + 1 &&
-               exchange.isWellFormed(ack->payload)) {
-        return GvcpAnswer{KX_OK, Success, std::move(ack->payload), {}};
+    GvcpVerdict verdict = judgeAnswer(exchange.command, exchange.isWellFormed, datagram);
+    switch (verdict.kind) {
+    case GvcpVerdict::Kind::Answer:
+        return std::move(verdict.answer);
+    case GvcpVerdict::Kind::Pending: {
+        exchange.sawPending = true;
+        const auto wanted = Clock::now() + verdict.time + exchange.perTry;
+        deadline = std::max(deadline, std::min(wanted, exchange.pendingEnd));
+        break;
     }
-    exchange.sawMalformed = true;
+    case GvcpVerdict::Kind::Malformed:
+        exchange.sawMalformed = true;
+        break;
+    case GvcpVerdict::Kind::Stray:
+        break;
+    }
     return std::nullopt;
 }
 

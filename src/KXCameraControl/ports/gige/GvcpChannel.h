@@ -3,6 +3,7 @@
 #pragma once
 
 #include "KXCameraControl/ports/Port.h"
+#include "KXCameraControl/ports/gige/GvcpAnswer.h"
 #include "KXCameraControl/ports/gige/Socket.h"
 #include "gvcp/Gvcp.h"
 
@@ -12,15 +13,6 @@
 namespace kx
 {
 
-struct GvcpAnswer
-{
-    KX_Status status = KX_E_NO_ANSWER;
-    uint16_t refusal = gvcp::Success; // the camera's own status where it refused
-    gvcp::Bytes payload;              // where `status` is KX_OK
-    std::string text;                 // what went wrong, in English
-    bool isOverdue = false;           // it has had all the time that a camera may ask for by PENDING_ACK
-};
-
 // Thread-safe between open() and close(); one command is under way at a time, as the protocol wants it.
 class GvcpChannel
 {
@@ -29,9 +21,6 @@ public:
     KX_Status open(uint32_t address, uint32_t localAddress, std::string& error);
     void close();
     bool isOpen() const { return m_socket.isOpen(); }
-
-    // Says whether a payload is what the command asks for.
-    using PayloadCheck = std::function<bool(const gvcp::Bytes&)>;
 
     // Sends `command` (under an id of its own) until it is answered or the tries are used up. An answer that
     // fails `isWellFormed` counts as none; the request fails as malformed when no good one follows.
@@ -55,8 +44,8 @@ private:
         bool sawPending = false;
     };
     GvcpAnswer tryOnce(Exchange& exchange);
-    std::optional<GvcpAnswer> judge(Exchange& exchange, const gvcp::Bytes& datagram,
-                                    Clock::time_point& deadline);
+    static std::optional<GvcpAnswer> take(Exchange& exchange, const gvcp::Bytes& datagram,
+                                          Clock::time_point& deadline);
     void giveNextId(gvcp::Bytes& command);
 
     std::mutex m_mutex;

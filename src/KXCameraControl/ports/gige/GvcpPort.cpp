@@ -15,11 +15,6 @@ namespace
 constexpr uint64_t kAddressEnd = uint64_t(1) << 32;
 constexpr size_t kUrlSize = 512;
 
-GvcpChannel::PayloadCheck holdsBytes(size_t size)
-{
-    return [size](const Bytes& payload) { return payload.size() == size; };
-}
-
 // WRITEREG_ACK and WRITEMEM_ACK: a reserved half word and an index.
 constexpr size_t kWriteAckSize = 4;
 
@@ -88,8 +83,7 @@ KX_Status GvcpPort::checkAddress(uint64_t address, size_t size)
     return KX_OK;
 }
 
-KX_Status GvcpPort::perform(const Bytes& command, const GvcpChannel::PayloadCheck& isWellFormed,
-                            Bytes& payload)
+KX_Status GvcpPort::perform(const Bytes& command, const PayloadCheck& isWellFormed, Bytes& payload)
 {
     GvcpAnswer answer = m_channel.request(command, isWellFormed, timeouts());
     if (answer.status == KX_OK) {
@@ -109,12 +103,9 @@ KX_Status GvcpPort::perform(const Bytes& command, const GvcpChannel::PayloadChec
 KX_Status GvcpPort::readPiece(uint32_t address, uint8_t* data, size_t size)
 {
     const size_t onWire = (size + 3) / 4 * 4;
-    const auto isWellFormed = [&](const Bytes& payload) {
-        return payload.size() == 4 + onWire && get32(payload.data()) == address;
-    };
     Bytes payload;
-    const KX_Status status =
-        perform(encodeReadMemory(0, address, static_cast<uint16_t>(onWire)), isWellFormed, payload);
+    const KX_Status status = perform(encodeReadMemory(0, address, static_cast<uint16_t>(onWire)),
+                                     holdsMemory(address, onWire), payload);
     if (status == KX_OK)
         std::memcpy(data, payload.data() + 4, size);
     return status;

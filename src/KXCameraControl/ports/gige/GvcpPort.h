@@ -54,8 +54,7 @@ private:
     KX_Status readAbility(uint32_t address, uint32_t fallback, uint32_t& value);
 
     // Requests
-    KX_Status perform(const gvcp::Bytes& command, const GvcpChannel::PayloadCheck& isWellFormed,
-                      gvcp::Bytes& payload);
+    KX_Status perform(const gvcp::Bytes& command, const PayloadCheck& isWellFormed, gvcp::Bytes& payload);
     KX_Status readBatch(const std::vector<uint32_t>& addresses, std::vector<uint32_t>& values);
     KX_Status readFramed(std::vector<uint32_t> addresses, std::vector<uint32_t>& values);
     KX_Status readPiece(uint32_t address, uint8_t* data, size_t size);
