@@ -145,6 +145,12 @@ private slots:
         QTest::newRow("cut") << QByteArray("%.2p|%-5.2p|%20.3p|%10m|%-4m|%n")
                              << QByteArray("FO|FO|NFO|         i|i   |\nRN|RN|ARN|         w|w   |\n"
                                            "OR|OR|ROR|         c|c   |\n");
+        const QByteArray blanks(1000 - 5, ' ');
+        QTest::newRow("wider than anybody means")
+            << QByteArray("%99999999p%99999999999p%-99999999.99999999999m")
+            << blanks + " INFO" + blanks + " INFOi" + QByteArray(999, ' ') + blanks + " WARN" + blanks +
+                   " WARNw" + QByteArray(999, ' ') + blanks + "ERROR" + blanks + "ERRORc" +
+                   QByteArray(999, ' ');
         QTest::newRow("place") << QByteArray("%F:%L %M;")
                                << QByteArray("..\\..\\src\\File:17 function;").repeated(3);
         QTest::newRow("unknown") << QByteArray("%q%h%m%") << QByteArray("%q%hi%%q%hw%%q%hc%");

@@ -1,10 +1,16 @@
 #include "LogPattern.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace VELAInterface
 {
 
 namespace
 {
+
+// Of a column: more is a slip in a settings file, that each line would pay for.
+constexpr int kWidest = 1000;
 
 QByteArray padded(const QByteArray& text, int width, bool isLeft)
 {
@@ -61,7 +67,7 @@ public:
             m_isLeft = true;
             ++at;
         }
-        m_width = digits(pattern, at, 0);
+        m_width = std::min(digits(pattern, at, 0), kWidest);
         if (at < pattern.size() && pattern[at] == '.') {
             ++at;
             m_longest = digits(pattern, at, -1);
@@ -89,7 +95,9 @@ private:
         const int begin = at;
         while (at < pattern.size() && pattern[at] >= '0' && pattern[at] <= '9')
             ++at;
-        return at == begin ? without : pattern.mid(begin, at - begin).toInt();
+        bool isNumber = false;
+        const int number = pattern.mid(begin, at - begin).toInt(&isNumber);
+        return at == begin ? without : isNumber ? number : std::numeric_limits<int>::max();
     }
 
     static QByteArray braces(const QByteArray& pattern, int& at)

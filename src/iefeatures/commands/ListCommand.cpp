@@ -1,17 +1,14 @@
 #include "iefeatures/commands/ListCommand.h"
 
-#include "iefeatures/cameras/CameraJson.h"
 #include "iefeatures/cameras/InParallel.h"
+#include "iefeatures/cameras/ListReport.h"
 #include "iefeatures/cameras/SearchPlaces.h"
 #include "iefeatures/commands/CameraSearch.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
-#include "iefeatures/console/Text.h"
 
 #include <CLI/CLI.hpp>
-
-#include <QDateTime>
 
 #include <algorithm>
 #include <chrono>
@@ -25,22 +22,6 @@ namespace
 // A Ctrl-C is noticed within this.
 constexpr std::chrono::milliseconds kShortPause{50};
 
-Json fieldsOf(const ListedCamera& camera)
-{
-    return {{"camera", cameraJson(camera)},
-            {"status", json(camera.status)},
-            {"reason", jsonUnlessEmpty(camera.reason)},
-            {"mac", jsonUnlessEmpty(camera.mac)},
-            {"controller", jsonUnlessEmpty(camera.controller)}};
-}
-
-QString statusText(const ListedCamera& camera)
-{
-    if (!camera.reason.isEmpty())
-        return camera.status + ": " + printable(camera.reason);
-    return camera.controller.isEmpty() ? camera.status : camera.status + " by " + camera.controller;
-}
-
 // Of those that are in use.
 void nameControllers(const World& world, std::vector<ListedCamera>& cameras)
 {
@@ -48,69 +29,6 @@ void nameControllers(const World& world, std::vector<ListedCamera>& cameras)
         if (cameras[i].device.nStatus == KX_AVAILABILITY_IN_USE)
             cameras[i].controller = world.controller(cameras[i]);
     });
-}
-
-QString tableText(const std::vector<ListedCamera>& cameras)
-{
-    QList<QStringList> rows = {{"ID", "TRANSPORT", "MODEL", "SERIAL", "NAME", "ADDRESS", "STATUS"}};
-    for (const ListedCamera& camera : cameras)
-        rows += {QString::number(camera.device.nDeviceID),
-                 printable(camera.transport),
-                 printable(camera.model),
-                 printable(camera.serial),
-                 printable(camera.userName),
-                 printable(camera.address),
-                 statusText(camera)};
-    const Align left = Align::Left;
-    return alignedRows({Align::Right, left, left, left, left, left, left}, rows);
-}
-
-const char* kindWord(CameraEvent::Kind kind)
-{
-    switch (kind) {
-    case CameraEvent::Kind::Appeared:
-        return "appeared";
-    case CameraEvent::Kind::Changed:
-        return "changed";
-    case CameraEvent::Kind::Gone:
-        break;
-    }
-    return "gone";
-}
-
-QString now()
-{
-    return QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
-}
-
-Json eventJson(const CameraEvent& event)
-{
-    Json fields = {{"time", json(now())}, {"event", kindWord(event.kind)}};
-    fields.update(fieldsOf(event.camera));
-    if (event.kind == CameraEvent::Kind::Changed)
-        fields["was"] = Json::object();
-    for (const CameraEvent::Change& change : event.changes)
-        fields["was"][change.field.toStdString()] = json(change.from);
-    return fields;
-}
-
-// "2026-01-02T03:04:05Z  changed   GigE  EMU-1 S1  127.0.0.11  free  (status was in use)"
-QString eventText(const CameraEvent& event)
-{
-    const ListedCamera& camera = event.camera;
-    QStringList cells = {now(), fitted(kindWord(event.kind), 8), printable(camera.transport), camera.title()};
-    if (!camera.userName.isEmpty())
-        cells += '"' + printable(camera.userName) + '"';
-    if (!camera.address.isEmpty())
-        cells += printable(camera.address);
-    if (event.kind != CameraEvent::Kind::Gone)
-        cells += statusText(camera);
-    QStringList changes;
-    for (const CameraEvent::Change& change : event.changes)
-        changes += change.field + " was " + printable(change.from);
-    if (!changes.isEmpty())
-        cells += '(' + changes.join(", ") + ')';
-    return cells.join("  ") + '\n';
 }
 
 } // namespace
@@ -145,9 +63,9 @@ int ListCommand::execute(World& world)
     std::vector<ListedCamera> cameras = search.cameras();
     nameControllers(world, cameras);
     for (const ListedCamera& camera : cameras)
-        world.console.object("camera", fieldsOf(camera));
+        world.console.object("camera", listedJson(camera));
     if (!m_json && !cameras.empty())
-        world.console.out(tableText(cameras));
+        world.console.out(listText(cameras));
     return m_selection.isGiven() ? code : ExitWell; // nobody there is an answer, too
 }
 
@@ -180,9 +98,9 @@ int ListCommand::watch(World& world) const
 void ListCommand::tell(Console& console, const CameraEvent& event) const
 {
     if (m_json)
-        console.object("event", eventJson(event));
+        console.object("event", eventJson(event, QDateTime::currentDateTimeUtc()));
     else
-        console.out(eventText(event));
+        console.out(eventText(event, QDateTime::currentDateTimeUtc()));
 }
 
 void ListCommand::pause() const
