@@ -322,6 +322,23 @@ TEST_F(GenCp, aCameraThatAsksForTimeWithoutEndIsLost)
     EXPECT_EQ(port->readRegister(0x10000, value), KX_E_CONNECTION_LOST);
 }
 
+TEST_F(GenCp, aCameraThatRefusesBehindPendingIsNotLost)
+{
+    open();
+    port->setTimeouts({milliseconds(10), 2, milliseconds(0)});
+    device.script = [&, calls = 0](const CommandPacket& command) mutable {
+        const bool isFirst = ++calls == 1;
+        const AckPacket ack{isFirst ? uint16_t(Success) : uint16_t(InvalidAddress),
+                            isFirst ? uint16_t(PendingAck) : uint16_t(command.command + 1), command.id,
+                            isFirst ? pendingAckScd(100, device.order) : Bytes()};
+        return std::vector<Reply>{{Outcome::Done, encodeAck(ack, device.order)}};
+    };
+    uint32_t value = 0;
+    EXPECT_EQ(port->readRegister(0x10000, value), KX_E_GC_ACCESS);
+    device.script = nullptr;
+    EXPECT_EQ(port->readRegister(0x10000, value), KX_OK) << port->lastError();
+}
+
 TEST_F(GenCp, noTimeOutIsShorterThanTheCamerasOwnLongestResponse)
 {
     device.put(RegLongestResponseTime, 5000, 4);

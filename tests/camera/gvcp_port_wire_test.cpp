@@ -280,6 +280,25 @@ TEST_F(GvcpPortOnWire, pendingForEverHasAnEnd)
     EXPECT_EQ(port.readRegister(kAddress, value), KX_E_NO_ANSWER) << "asked again";
 }
 
+TEST_F(GvcpPortOnWire, aCameraThatRefusesBehindPendingIsNotLost)
+{
+    openToRead();
+    port.setTimeouts({milliseconds(20), 2, milliseconds(50)});
+    for (const auto& [refusal, status] :
+         {std::pair{Busy, KX_E_BUSY}, std::pair{InvalidAddress, KX_E_GC_ACCESS}}) {
+        answerWith([calls = 0, code = refusal](const CommandPacket& command) mutable {
+            return ScriptedCamera::Replies{{++calls < 2 ? ScriptedCamera::pending(command, 60000)
+                                                        : ScriptedCamera::answer(command, {}, code)}};
+        });
+        uint32_t value = 0;
+        EXPECT_EQ(port.readRegister(kAddress, value), status);
+        answerWith([](const CommandPacket& command) {
+            return ScriptedCamera::Replies{{ScriptedCamera::answer(command, word(5))}};
+        });
+        EXPECT_EQ(port.readRegister(kAddress, value), KX_OK) << port.lastError();
+    }
+}
+
 TEST_F(GvcpPortOnWire, busyIsAskedAgainAsANewCommand)
 {
     openToRead();

@@ -1,11 +1,9 @@
 // iefeatures ip, over emulated cameras.
-#include "companion/ImportCompanion.h"
+#include "companion/DoubtfulWrites.h"
 #include "iefeatures/network/IpPlace.h"
 #include "support/LoopbackAddress.h"
 
 #include "gvcp/Gvcp.h"
-
-#include <nlohmann/json.hpp>
 
 #include <sstream>
 
@@ -20,7 +18,7 @@ using tests::runInProcess;
 namespace
 {
 
-class IpCommand : public tests::ImportCompanion
+class IpCommand : public tests::DoubtfulWrites
 {
 protected:
     static Result ip(Arguments arguments)
@@ -131,6 +129,36 @@ TEST_F(IpCommand, AsksFirst)
     EXPECT_THAT(question, StartsWith("Give EMU-1 S1 (02:00:"));
     EXPECT_THAT(question, EndsWith("): link-local addresses off; the name \"X\"? [y/N] "));
     EXPECT_EQ(camera.counters().settingWrites, 0u);
+}
+
+TEST_F(IpCommand, LooksAgainBehindTheAnswer)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string wanted = tests::freshLoopbackAddress();
+    std::ostringstream out, err;
+    companion::Console console(out, err, false, false);
+    companion::World world{console};
+    world.ask = [&](companion::Console&, const std::string&) {
+        addCamera("S2", [&](emu::CameraConfig& config) { config.address = wanted; });
+        return std::string("y");
+    };
+    EXPECT_EQ(companion::runCompanion({"ip", "--serial", "S1", "--persistent", wanted + "/8"}, world), 1);
+    EXPECT_THAT(err.str(), HasSubstr("EMU-1 S1: the address " + wanted + " is somebody else's"));
+    EXPECT_THAT(err.str(), EndsWith("Nothing was written.\n"));
+    EXPECT_EQ(camera.counters().settingWrites, 0u);
+}
+
+TEST_F(IpCommand, TellsWhatMayHaveBeenChanged)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const auto reset = [&] { camera.pokeWord(gvcp::RegIpCurrent, 5); };
+    const auto isWritten = [&] { return (camera.peekWord(gvcp::RegIpCurrent) & gvcp::kIpDhcp) != 0; };
+    expectDoubt(camera, {"ip", "--serial", "S1", "--yes", "--dhcp", "on", "--json"},
+                {"GevCurrentIPConfigurationDHCP", reset, isWritten});
+    const auto unname = [&] { camera.setNode("DeviceUserID", std::string("old")); };
+    const auto isNamed = [&] { return nameOf(camera) == "new"; };
+    expectDoubt(camera, {"ip", "--serial", "S1", "--yes", "--user-name", "new", "--json"},
+                {"DeviceUserID", unname, isNamed});
 }
 
 TEST_F(IpCommand, RefusesWhatMakesNoSense)

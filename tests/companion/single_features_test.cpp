@@ -1,5 +1,5 @@
 // Single features read and set, commands executed, and imports of a part of a file.
-#include "companion/ImportCompanion.h"
+#include "companion/DoubtfulWrites.h"
 
 #include <nlohmann/json.hpp>
 
@@ -12,7 +12,7 @@ using tests::runInProcess;
 namespace
 {
 
-class SingleFeatures : public tests::ImportCompanion
+class SingleFeatures : public tests::DoubtfulWrites
 {
 protected:
     static int64_t integer(const emu::EmulatedCamera& camera, const char* name)
@@ -134,6 +134,14 @@ TEST_F(SingleFeatures, ThatTheCameraDoesNotTakeEndTheWork)
     const Result taken = runInProcess({"set", "Height=16", "--all"});
     EXPECT_EQ(taken.code, 1);
     EXPECT_THAT(taken.out, HasSubstr("failed: the camera could not be opened: "));
+}
+
+TEST_F(SingleFeatures, ThatMayHaveBeenChangedAreTold)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const auto reset = [&] { ASSERT_EQ(camera.setNode("Height", int64_t(16)), ""); };
+    expectDoubt(camera, {"set", "Height=24", "--all", "--json"},
+                {"Height", reset, [&] { return integer(camera, "Height") == 24; }});
 }
 
 TEST_F(SingleFeatures, NeedAFormAndALine)

@@ -200,7 +200,7 @@ std::string BagLoadReport::text() const
                       " entries took their value in " + std::to_string(passes) +
                       (passes == 1 ? " pass." : " passes.");
     if (untried > 0)
-        out += " The line failed before the last " + std::to_string(untried) + '.';
+        out += " The last " + std::to_string(untried) + (untried == 1 ? " was" : " were") + " not tried.";
     if (registersValid == "0")
         out += " The camera says that its registers are not valid together.";
     for (const Failure& failure : failures)

@@ -95,24 +95,36 @@ int IpCommand::execute(World& world)
     return search.codeOf(write(world, search.cameras(), task));
 }
 
-// What speaks against it comes before the question.
+// What speaks against it comes before the question, and is looked at again behind the answer: a question may
+// stand for hours.
 int IpCommand::ask(World& world, const std::vector<ListedCamera>& cameras, const NetworkTask& task) const
 {
+    if (const int code = object(world.console, cameras, task))
+        return code;
+    if (m_isAgreed)
+        return ExitWell;
     QStringList titles;
+    for (const ListedCamera& camera : cameras)
+        titles += camera.title() + (camera.mac.isEmpty() ? QString() : " (" + camera.mac + ')');
+    const QString question = "Give " + titles.join(", ") + ": " + networkWords(task).join("; ") + '?';
+    if (const int code = askForAgreement(world, question))
+        return code;
+    return object(world.console, cameras, task);
+}
+
+int IpCommand::object(Console& console, const std::vector<ListedCamera>& cameras,
+                      const NetworkTask& task) const
+{
     bool isGood = true;
     for (const ListedCamera& camera : cameras) {
         for (const QString& objection : networkObjections(camera, task)) {
-            world.console.err(camera.title() + ": " + objection + '\n');
+            console.err(camera.title() + ": " + objection + '\n');
             isGood = false;
         }
-        titles += camera.title() + (camera.mac.isEmpty() ? QString() : " (" + camera.mac + ')');
     }
-    if (!isGood) {
-        world.console.err(std::string("Nothing was written.\n"));
-        return ExitJobFailed;
-    }
-    const QString question = "Give " + titles.join(", ") + ": " + networkWords(task).join("; ") + '?';
-    return m_isAgreed ? int(ExitWell) : askForAgreement(world, question);
+    if (!isGood)
+        console.err(std::string("Nothing was written.\n"));
+    return isGood ? ExitWell : ExitJobFailed;
 }
 
 int IpCommand::write(World& world, const std::vector<ListedCamera>& cameras, const NetworkTask& task) const

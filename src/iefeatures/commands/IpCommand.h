@@ -24,6 +24,7 @@ public:
 
 private:
     int readTask(Console& console, NetworkTask& task) const;
+    int object(Console& console, const std::vector<ListedCamera>& cameras, const NetworkTask& task) const;
     int ask(World& world, const std::vector<ListedCamera>& cameras, const NetworkTask& task) const;
     int write(World& world, const std::vector<ListedCamera>& cameras, const NetworkTask& task) const;
 

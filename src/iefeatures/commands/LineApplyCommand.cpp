@@ -118,7 +118,7 @@ int LineApplyCommand::apply(World& world, const Inventory& inventory) const
         return ExitJobFailed;
     }
     std::vector<ListedCamera> cameras;
-    if (const int code = CameraSearch::findAll(world, cameras))
+    if (const int code = findLine(world, inventory, cameras))
         return code;
     CameraSearch::tellProblems(world.console);
     const LinePlan plan = planLine(inventory, cameras, names(), mayGoOn);
@@ -188,7 +188,7 @@ int LineApplyCommand::writeBatch(World& world, const Inventory& inventory,
                                  const std::vector<LineTarget>& batch) const
 {
     std::vector<ListedCamera> cameras;
-    if (const int code = CameraSearch::findAll(world, cameras))
+    if (const int code = findLine(world, inventory, cameras))
         return code;
     QStringList names;
     for (const LineTarget& target : batch)

@@ -6,13 +6,10 @@
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/OptionChecks.h"
 #include "iefeatures/console/Text.h"
-#include "iefeatures/line/LineMatch.h"
 
 #include "jobs/file/WholeFile.h"
 
 #include <CLI/CLI.hpp>
-
-#include <algorithm>
 
 namespace companion
 {
@@ -23,26 +20,6 @@ QString writeReport(const std::string& file, const QByteArray& text)
 {
     const QString path = QString::fromStdString(file);
     return ie::writeWholeBytes(path, text) ? QString() : printable(path) + " cannot be written.";
-}
-
-auto countMissing(const Inventory& inventory, const std::vector<ListedCamera>& cameras)
-{
-    const std::vector<LineMatch> line = matchLine(inventory, cameras);
-    return std::count_if(line.begin(), line.end(),
-                         [](const LineMatch& match) { return match.state == LineState::Missing; });
-}
-
-// A packet may get lost: who seems to be missing is looked for twice.
-int findLine(World& world, const Inventory& inventory, std::vector<ListedCamera>& cameras)
-{
-    const int code = CameraSearch::findAll(world, cameras);
-    if (code != ExitWell || countMissing(inventory, cameras) == 0)
-        return code;
-    std::vector<ListedCamera> again;
-    const int codeAgain = CameraSearch::findAll(world, again);
-    if (codeAgain == ExitWell && countMissing(inventory, again) < countMissing(inventory, cameras))
-        cameras = again;
-    return codeAgain;
 }
 
 } // namespace

@@ -1,9 +1,25 @@
 #include "iefeatures/commands/LineFile.h"
 
+#include "iefeatures/commands/CameraSearch.h"
+#include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/line/LineMatch.h"
+
+#include <algorithm>
 
 namespace companion
 {
+namespace
+{
+
+auto countMissing(const Inventory& inventory, const std::vector<ListedCamera>& cameras)
+{
+    const std::vector<LineMatch> line = matchLine(inventory, cameras);
+    return std::count_if(line.begin(), line.end(),
+                         [](const LineMatch& match) { return match.state == LineState::Missing; });
+}
+
+} // namespace
 
 bool readInventoryOrTell(Console& console, const std::string& file, Inventory& inventory)
 {
@@ -24,6 +40,18 @@ bool hasCameras(Console& console, const Inventory& inventory, const QStringList&
         return false;
     }
     return true;
+}
+
+int findLine(World& world, const Inventory& inventory, std::vector<ListedCamera>& cameras)
+{
+    const int code = CameraSearch::findAll(world, cameras);
+    if (code != ExitWell || countMissing(inventory, cameras) == 0)
+        return code;
+    std::vector<ListedCamera> again;
+    const int codeAgain = CameraSearch::findAll(world, again);
+    if (codeAgain == ExitWell && countMissing(inventory, again) < countMissing(inventory, cameras))
+        cameras = again;
+    return codeAgain;
 }
 
 } // namespace companion

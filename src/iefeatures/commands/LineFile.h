@@ -1,6 +1,7 @@
-// The inventory that a command is given.
+// The inventory that a command is given, and its cameras.
 #pragma once
 
+#include "iefeatures/commands/Command.h"
 #include "iefeatures/console/Console.h"
 #include "iefeatures/line/Inventory.h"
 
@@ -16,5 +17,9 @@ bool readInventoryOrTell(Console& console, const std::string& file, Inventory& i
 
 // Whether it has cameras of all these names; one that it has not is told.
 bool hasCameras(Console& console, const Inventory& inventory, const QStringList& names);
+
+// All cameras that are there. Who of the inventory seems to be missing is looked for a second time: a packet
+// may get lost. Gives an ExitCode, as CameraSearch::findAll() does.
+int findLine(World& world, const Inventory& inventory, std::vector<ListedCamera>& cameras);
 
 } // namespace companion

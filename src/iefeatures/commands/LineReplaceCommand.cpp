@@ -154,7 +154,7 @@ int LineReplaceCommand::choose(World& world, const Inventory& inventory,
     if (record)
         return awaitBegun(world, *record, camera);
     std::vector<ListedCamera> cameras;
-    if (const int code = CameraSearch::findAll(world, cameras))
+    if (const int code = findLine(world, inventory, cameras))
         return code;
     CandidateRule rule;
     rule.chosen = cameraWord(m_with);

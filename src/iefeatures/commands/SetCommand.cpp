@@ -47,11 +47,7 @@ int WriteCommand::write(Console& console, const std::vector<ListedCamera>& camer
         entries[i] = auditEntryOf(name(), results[i]);
     });
     trail.end(entries);
-    tellWrites(console, results);
-    std::vector<CameraVerdict> verdicts;
-    for (const FeatureWrites& result : results)
-        verdicts.push_back(result.check.verdict);
-    return Interrupt::isRequested() ? int(ExitInterrupted) : exitCodeOf(gravest(verdicts));
+    return tellWrites(console, results);
 }
 
 void SetCommand::addWords(CLI::App& app)

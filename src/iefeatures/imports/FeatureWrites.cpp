@@ -29,7 +29,9 @@ public:
             const EntryCheck entry = assignment.isCommand ? execute(assignment) : write(assignment);
             m_result.check.entries.push_back(entry);
             if (m_reader.lineStatus() != KX_OK)
-                return conclude(CameraVerdict::Failed, m_reader.lineText());
+                m_failure = m_reader.lineText();
+            if (!m_failure.isEmpty())
+                return conclude(CameraVerdict::Failed, m_failure);
             if (isAmiss(entry))
                 return conclude(CameraVerdict::Incomplete, {});
         }
@@ -82,6 +84,10 @@ private:
     EntryCheck execute(const Assignment& assignment)
     {
         const KX_Status status = KX_CC_ExecuteCommand(m_handle, assignment.feature.toUtf8());
+        if (KX_IS_LINE_FAILURE(status)) {
+            m_result.doubt(assignment.feature, {});
+            m_failure = KX_CC_StatusText(status);
+        }
         if (status != KX_OK)
             return entryOf(assignment,
                            status == KX_E_GC_PROPERTY ? EntryVerdict::Absent : EntryVerdict::NotApplied,
@@ -116,8 +122,11 @@ private:
         const KX_Status status = writeLiveFeature(m_handle, before, wanted);
         const LiveFeature after = readLiveFeature(m_reader, before.name);
         entry.cameraValue = after.value;
-        if (after.value != before.value || status == KX_OK)
-            m_result.changes.push_back({before.name, false, 0, before.value, after.value});
+        if (!after.isRead() && KX_IS_LINE_FAILURE(status))
+            m_result.doubt(before.name, before.value);
+        else if (status == KX_OK || after.value != before.value)
+            m_result.changes.push_back(
+                {before.name, false, 0, before.value, after.isRead() ? after.value : entry.fileValue});
         if (status != KX_OK)
             return entry.judge(EntryVerdict::NotApplied, KX_CC_StatusText(status));
         if (after.isRead() && !ie::isSameValue(*before.kind, wanted, after.reading.text) &&
@@ -136,9 +145,16 @@ private:
     FeatureReader m_reader;
     FeatureWrites& m_result;
     const QByteArray m_description;
+    QString m_failure; // of the line; empty: none
 };
 
 } // namespace
+
+void FeatureWrites::doubt(const QString& feature, const QString& from)
+{
+    inDoubt.push_back({feature, false, 0, from, {}});
+    check.inDoubt += feature;
+}
 
 FeatureWrites writeFeatures(const ListedCamera& camera, const std::vector<Assignment>& assignments,
                             const std::function<bool()>& mayGoOn)

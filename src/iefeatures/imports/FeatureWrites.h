@@ -23,6 +23,10 @@ struct FeatureWrites
 {
     CameraCheck check; // an entry for each assignment that was come to
     std::vector<Change> changes;
+    std::vector<Change> inDoubt = {}; // writes that no answer came to, and that were not read since
+
+    // Names it in the check as well.
+    void doubt(const QString& feature, const QString& from);
 };
 
 // Takes the camera exclusively and blocks until it has answered. Nothing is written when one of the

@@ -11,6 +11,7 @@
 #include "iefeatures/console/RegisterText.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/exports/ExportStage.h"
+#include "iefeatures/imports/WriteReport.h"
 #include "iefeatures/running/NetChanges.h"
 #include "iefeatures/running/ReadingProgress.h"
 
@@ -390,7 +391,7 @@ void ImportProcedure::tellResults()
     for (const CameraImport& result : m_results) {
         rows.push_back(summed(result));
         if (const auto doubts = inDoubt(result); !doubts.empty())
-            tell(result.camera, "may have been changed, as no answer came: " + listed(titlesOf(doubts)));
+            tell(result.camera, doubtText(listed(titlesOf(doubts))));
         if (m_task.tellsChanges && !result.jobs.empty() && !m_task.isJson)
             tell(result.camera, "changed: " + listed(titlesOf(changesOf(result))));
         if (result.check)

@@ -11,7 +11,10 @@ namespace companion
 
 AuditEntry auditEntryOf(const QString& command, const FeatureWrites& result);
 
-// Each change as it was made, then each camera's verdict.
-void tellWrites(Console& console, const std::vector<FeatureWrites>& results);
+// What is said of writes that may have been carried out; `names`: printable.
+QString doubtText(const QString& names);
+
+// Each change as it was made, what is in doubt, then each camera's verdict. Gives the ExitCode of all.
+int tellWrites(Console& console, const std::vector<FeatureWrites>& results);
 
 } // namespace companion

@@ -18,6 +18,9 @@ namespace companion
 namespace
 {
 
+const char* const kCurrentAddress = "GevCurrentIPAddress";
+const char* const kUserId = "DeviceUserID"; // SFNC
+
 bool isGigE(const ListedCamera& camera)
 {
     return camera.device.stDeviceInfo.transportType == KX_TRANSPORT_GIGE;
@@ -63,6 +66,20 @@ private:
         return false;
     }
 
+    bool doubted(const QString& name, const QString& from, KX_Status status)
+    {
+        m_result.doubt(name, from);
+        return failed(status);
+    }
+
+    // The camera has taken, or refused, what could not be read again.
+    bool noteUnread(const Setting& setting, KX_Status status)
+    {
+        if (status == KX_OK && setting.from != setting.to)
+            m_result.changes.push_back({setting.name, false, 0, setting.from, setting.to});
+        return false;
+    }
+
     // `now`: what was read behind the write. True: the camera took it.
     bool note(const Setting& setting, const QString& now, KX_Status status)
     {
@@ -99,10 +116,11 @@ private:
         const uint32_t bytes = qToBigEndian(wanted);
         if (before != wanted)
             status = KX_CC_WriteMemory(m_handle, &bytes, address, sizeof bytes);
-        if (status != KX_OK && KX_IS_LINE_FAILURE(status))
-            return failed(status);
+        if (KX_IS_LINE_FAILURE(status))
+            return doubted(name, text(before), status);
         const auto now = word(address);
-        return now && note({name, text(before), text(wanted)}, text(*now), status);
+        const Setting setting{name, text(before), text(wanted)};
+        return now ? note(setting, text(*now), status) : noteUnread(setting, status);
     }
 
     bool setQuad(const QString& name, uint32_t address, uint32_t wanted)
@@ -127,7 +145,7 @@ private:
                setSwitch("PersistentIP", gvcp::kIpPersistent, true);
     }
 
-    // SFNC, "DeviceUserID"; GigE Vision cameras have the register, whatever their description says.
+    // GigE Vision cameras have the register, whatever their description says.
     bool setName(const QString& name)
     {
         QString before;
@@ -136,16 +154,17 @@ private:
         KX_Status status = KX_OK;
         if (before != name)
             status = writeName(name.toUtf8());
-        if (status != KX_OK && KX_IS_LINE_FAILURE(status))
-            return failed(status);
+        if (KX_IS_LINE_FAILURE(status))
+            return doubted(kUserId, before, status);
         QString now;
-        return readName(now) && note({"DeviceUserID", before, name}, now, status);
+        const Setting setting{kUserId, before, name};
+        return readName(now) ? note(setting, now, status) : noteUnread(setting, status);
     }
 
     KX_Status writeName(const QByteArray& name)
     {
         if (!m_isGigE)
-            return KX_CC_SetStringValue(m_handle, "DeviceUserID", name.constData());
+            return KX_CC_SetStringValue(m_handle, kUserId, name.constData());
         char field[kGigENameBytes] = {};
         std::memcpy(field, name.constData(), size_t(qMin(name.size(), kGigENameBytes)));
         return KX_CC_WriteMemory(m_handle, field, gvcp::RegUserName, sizeof field);
@@ -157,7 +176,7 @@ private:
         char field[kGigENameBytes + 1] = {};
         const KX_Status status = m_isGigE
                                      ? KX_CC_ReadMemory(m_handle, field, gvcp::RegUserName, kGigENameBytes)
-                                     : KX_CC_GetStringValue(m_handle, "DeviceUserID", &value);
+                                     : KX_CC_GetStringValue(m_handle, kUserId, &value);
         if (status != KX_OK)
             return failed(status);
         name = QString::fromUtf8(m_isGigE ? field : value.current);
@@ -219,15 +238,29 @@ QStringList networkObjections(const ListedCamera& camera, const NetworkTask& tas
     return found;
 }
 
-QString forceAddress(const ListedCamera& camera, const IpPlace& place)
+FeatureWrites forceAddress(const ListedCamera& camera, const IpPlace& place)
 {
     const KX_DeviceInfo& device = camera.device.stDeviceInfo;
     const KX_Status status = KX_CC_ForceIp(&device, place.address, place.mask, place.gateway);
-    if (status == KX_OK)
-        return {};
+    FeatureWrites result;
+    result.check.camera = camera;
+    EntryCheck entry;
+    entry.feature = kCurrentAddress;
+    entry.fileValue = entry.cameraValue = camera_line::dottedQuad(place.address);
+    if (status == KX_OK) {
+        entry.judge(EntryVerdict::Applied);
+        result.check.entries = {entry};
+        result.check.verdict = CameraVerdict::Applied;
+        result.changes = {{kCurrentAddress, false, 0, camera.address, entry.cameraValue}};
+        return result;
+    }
     const QString why =
         status == KX_E_CONTROL_REFUSED ? openingFailure(device, status) : QString(KX_CC_StatusText(status));
-    return "it did not take the address " + ipPlaceText(place) + ": " + why;
+    result.check.verdict = CameraVerdict::Failed;
+    result.check.error = "it did not take the address " + ipPlaceText(place) + ": " + why;
+    if (status == KX_E_NO_ANSWER)
+        result.doubt(kCurrentAddress, camera.address);
+    return result;
 }
 
 FeatureWrites writeNetwork(const ListedCamera& camera, const NetworkTask& task)

@@ -31,9 +31,8 @@ QStringList networkWords(const NetworkTask& task);
 // else's. Asks around for up to some seconds; writes nothing.
 QStringList networkObjections(const ListedCamera& camera, const NetworkTask& task);
 
-// FORCEIP to this camera alone. A sentence where it did not work, else empty. The camera is to be looked for
-// again then.
-QString forceAddress(const ListedCamera& camera, const IpPlace& place);
+// FORCEIP to this camera alone, which is to be looked for again then. Blocks for up to 6 s.
+FeatureWrites forceAddress(const ListedCamera& camera, const IpPlace& place);
 
 // All of the task but what is forced, in the order name, address, switches; each is read again behind its
 // write, and the first that the camera does not take ends it. An entry a setting, called as SFNC does. Takes

@@ -14,15 +14,6 @@ namespace companion
 namespace
 {
 
-FeatureWrites failed(const ListedCamera& camera, const QString& error)
-{
-    FeatureWrites result;
-    result.check.camera = camera;
-    result.check.verdict = CameraVerdict::Failed;
-    result.check.error = error;
-    return result;
-}
-
 // One that is searched for by its address alone is found no more by that.
 ListedCamera movedTo(ListedCamera camera, const IpPlace& place)
 {
@@ -31,35 +22,30 @@ ListedCamera movedTo(ListedCamera camera, const IpPlace& place)
     return camera;
 }
 
-// The entry of what was forced stands before those of what is kept.
-void noteForced(const ListedCamera& before, const IpPlace& place, FeatureWrites& result)
+void append(const FeatureWrites& behind, FeatureWrites& result)
 {
-    const QString address = camera_line::dottedQuad(place.address);
-    EntryCheck entry;
-    entry.feature = "GevCurrentIPAddress";
-    entry.fileValue = entry.cameraValue = address;
-    entry.judge(EntryVerdict::Applied);
-    result.check.entries.insert(result.check.entries.begin(), entry);
-    result.changes.insert(result.changes.begin(), {entry.feature, false, 0, before.address, address});
-    if (result.check.verdict == CameraVerdict::NotStarted)
-        result.check.verdict = CameraVerdict::Applied;
+    result.check.verdict = behind.check.verdict;
+    result.check.error = behind.check.error;
+    result.check.inDoubt += behind.check.inDoubt;
+    const auto add = [](const auto& from, auto& to) { to.insert(to.end(), from.begin(), from.end()); };
+    add(behind.check.entries, result.check.entries);
+    add(behind.changes, result.changes);
+    add(behind.inDoubt, result.inDoubt);
 }
 
 FeatureWrites writeOne(const Look& look, std::mutex& searching, const NetworkJob& job)
 {
-    ListedCamera camera = job.camera;
+    FeatureWrites result;
+    ListedCamera& camera = result.check.camera = job.camera;
     if (job.task.forced) {
-        if (const QString problem = forceAddress(camera, *job.task.forced); !problem.isEmpty())
-            return failed(camera, problem);
+        result = forceAddress(camera, *job.task.forced);
+        if (result.check.verdict != CameraVerdict::Applied)
+            return result;
         const std::lock_guard lock(searching);
         camera = findAgain(look, camera).value_or(movedTo(camera, *job.task.forced));
     }
-    FeatureWrites result;
-    result.check.camera = camera;
-    if (job.task.isKept())
-        result = Interrupt::isRequested() ? result : writeNetwork(camera, job.task);
-    if (job.task.forced)
-        noteForced(job.camera, *job.task.forced, result);
+    if (job.task.isKept() && !Interrupt::isRequested())
+        append(writeNetwork(camera, job.task), result);
     return result;
 }
 
@@ -83,11 +69,7 @@ int writeNetworks(Console& console, const Look& look, const QString& command, co
         entries[i] = auditEntryOf(command, results[i]);
     });
     trail.end(entries);
-    tellWrites(console, results);
-    std::vector<CameraVerdict> verdicts;
-    for (const FeatureWrites& result : results)
-        verdicts.push_back(result.check.verdict);
-    return Interrupt::isRequested() ? int(ExitInterrupted) : exitCodeOf(gravest(verdicts));
+    return tellWrites(console, results);
 }
 
 } // namespace companion

@@ -199,7 +199,8 @@ KX_Status GenCpPort::request(uint16_t command, Bytes scd, size_t ackSize, Bytes&
         answer = std::move(result.scd);
         return KX_OK;
     }
-    const bool isOverdue = exchange.sawPending && Clock::now() >= exchange.pendingEnd;
+    const bool isOverdue =
+        result.status == KX_E_NO_ANSWER && exchange.sawPending && Clock::now() >= exchange.pendingEnd;
     const bool isUnanswered = result.status == KX_E_NO_ANSWER || result.status == KX_E_NETWORK;
     if (result.status == KX_E_CONNECTION_LOST || (isUnanswered && isLostBySilence(begin)))
         return checkUsable();

@@ -85,14 +85,15 @@ GvcpAnswer GvcpChannel::request(Bytes command, const PayloadCheck& isWellFormed,
             break;
         }
     }
-    const bool isOverdue = exchange.sawPending && Clock::now() >= exchange.pendingEnd;
+    const bool isOverdue =
+        answer.status == KX_E_NO_ANSWER && exchange.sawPending && Clock::now() >= exchange.pendingEnd;
     if (answer.status == KX_E_NO_ANSWER && exchange.sawMalformed)
         answer = {KX_E_MALFORMED_ANSWER, Success, {}, "malformed answer"};
     else if (answer.status == KX_E_NO_ANSWER)
         answer.text = "no answer in " + std::to_string(timeouts.tries) + " tries";
     if (answer.status != KX_OK)
         answer.text = describe(exchange.command, m_peer) + ": " + answer.text;
-    answer.isOverdue = answer.status != KX_OK && isOverdue;
+    answer.isOverdue = isOverdue;
     return answer;
 }
 
