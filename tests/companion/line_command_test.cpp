@@ -597,4 +597,11 @@ TEST_F(LineOfCameras, LooksAgainForWhoSeemsToBeMissing)
     EXPECT_EQ(looks, 2);
     EXPECT_EQ(companion::runCompanion({"line", "check", file()}, world), 0);
     EXPECT_EQ(looks, 3);
+    looks = 0;
+    EXPECT_EQ(companion::runCompanion({"line", "apply", file(), "--dry-run"}, world), 0) << err.str();
+    EXPECT_EQ(looks, 2);
+    looks = 0;
+    EXPECT_EQ(companion::runCompanion({"line", "replace", file(), "--camera", "Gate 2", "--yes"}, world), 1);
+    EXPECT_EQ(looks, 2);
+    EXPECT_THAT(err.str(), HasSubstr("The camera \"Gate 2\" is there: "));
 }
