@@ -3,6 +3,7 @@
 #include "camera_emulator/Bootstrap.h"
 #include "camera_emulator/BuiltIn.h"
 #include "camera_emulator/CameraCore.h"
+#include "camera_emulator/IpPlace.h"
 #include "camera_emulator/KeptState.h"
 #include "camera_emulator/Responder.h"
 #include "camera_emulator/Seed.h"
@@ -42,6 +43,7 @@ struct EmulatedCamera::State
     void move(const IpPlace& from, const IpPlace& to);
     void goDown();
     void comeUp();
+    void powerUp();
     void tellPlumber(const IpPlace& place, bool isTaken) const;
 
     CameraCore core;
@@ -62,6 +64,25 @@ struct EmulatedCamera::State
     std::thread thread;
 };
 
+namespace
+{
+
+constexpr size_t kNameSize = 16;
+
+OwnRegisters ownRegisters()
+{
+    using namespace gvcp;
+    return {BootstrapSize,
+            uint64_t(1) << 32,
+            {{RegUserName, kNameSize},
+             {RegIpCurrent, 4},
+             {RegPersistentAddress, 4},
+             {RegPersistentMask, 4},
+             {RegPersistentGateway, 4}}};
+}
+
+} // namespace
+
 EmulatedCamera::State::State(const CameraConfig& wanted)
     : core(wanted, builtInDescription()), address(gvcp::parseAddress(wanted.address))
 {
@@ -79,7 +100,7 @@ EmulatedCamera::State::State(const CameraConfig& wanted)
     writeDescription(wanted, core.description, core.nodes->schemaVersion(), responder.memory,
                      responder.readOnly);
     core.seed(responder.memory);
-    kept.emplace(core.config, *core.nodes, responder.memory);
+    kept.emplace(*core.nodes, responder.memory, ownRegisters());
     responder.written = [this](uint32_t word) {
         isToRestart = kept->written(word, responder.gate.faults.unsaved, responder.memory) || isToRestart;
     };
@@ -149,7 +170,7 @@ void EmulatedCamera::State::obey()
         const gvcp::ForcedIp wanted = *responder.move;
         responder.move.reset();
         const IpPlace from = currentPlace(responder.memory);
-        move(from, wanted.address == 0 ? kept->placeAtPowerUp(responder.memory)
+        move(from, wanted.address == 0 ? placeAtPowerUp(core.config, responder.memory)
                                        : IpPlace{wanted.address, wanted.mask, wanted.gateway});
     }
     if (isToRestart)
@@ -183,9 +204,15 @@ void EmulatedCamera::State::comeUp()
 {
     downUntil.reset();
     responder.releaseControl();
-    kept->powerUp(responder.memory);
+    powerUp();
     tellPlumber(currentPlace(responder.memory), true);
     (void)bindSockets();
+}
+
+void EmulatedCamera::State::powerUp()
+{
+    kept->powerUp(responder.memory);
+    setCurrentPlace(placeAtPowerUp(core.config, responder.memory), responder.memory);
 }
 
 void EmulatedCamera::State::tellPlumber(const IpPlace& place, bool isTaken) const
@@ -238,7 +265,7 @@ void EmulatedCamera::switchOff()
 {
     stop();
     std::lock_guard lock(m_state->mutex);
-    m_state->kept->powerUp(m_state->responder.memory);
+    m_state->powerUp();
 }
 
 const CameraConfig& EmulatedCamera::config() const

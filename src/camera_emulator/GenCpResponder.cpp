@@ -90,6 +90,8 @@ GenCpResponder::Answer GenCpResponder::writeMemory(const CommandPacket& command)
     if (status != Success)
         return {status, {}};
     memory.write(write->address, write->data);
+    for (size_t done = 0; done < write->data.size(); done += 4)
+        written(write->address + done);
     counters.bytesWritten += write->data.size();
     ++counters.settingWrites;
     return {Success, writeAckScd(static_cast<uint16_t>(write->data.size()), byteOrder)};

@@ -11,6 +11,7 @@
 #include "gencp/Gencp.h"
 
 #include <chrono>
+#include <functional>
 #include <vector>
 
 namespace emu
@@ -33,7 +34,8 @@ public:
     FaultGate gate;
     Counters counters;
     std::chrono::milliseconds latency{0};
-    size_t mostBytes = 1024; // of one read or write
+    size_t mostBytes = 1024;                                      // of one read or write
+    std::function<void(uint64_t word)> written = [](uint64_t) {}; // by a host, a word at a time
 
     std::vector<Reply> handle(const Bytes& packet, Clock::time_point now);
 

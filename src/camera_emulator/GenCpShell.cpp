@@ -2,8 +2,17 @@
 
 #include "camera_emulator/BuiltIn.h"
 
+#include <algorithm>
+
 namespace emu
 {
+
+namespace
+{
+
+constexpr uint64_t kSettings = 0x10000; // behind the bootstrap registers
+
+} // namespace
 
 GenCpShell::GenCpShell(const CameraConfig& config, gencp::ByteOrder order)
     : m_core(config, builtInDescriptionOverGenCp()), m_responder(order)
@@ -12,6 +21,25 @@ GenCpShell::GenCpShell(const CameraConfig& config, gencp::ByteOrder order)
     m_responder.readOnly = m_core.nodes->readOnlyRegisters();
     writeGenCpBootstrap(config, m_core.description, m_responder);
     m_core.seed(m_responder.memory);
+}
+
+void GenCpShell::deliver()
+{
+    m_name = m_core.config.userName;
+    m_kept.emplace(*m_core.nodes, m_responder.memory,
+                   OwnRegisters{kSettings, kTechnologyRegisters, {{gencp::RegUserName, gencp::kTextSize}}});
+    m_responder.written = [this](uint64_t word) {
+        m_isToRestart =
+            m_kept->written(word, m_responder.gate.faults.unsaved, m_responder.memory) || m_isToRestart;
+    };
+}
+
+void GenCpShell::powerUp()
+{
+    m_isToRestart = false;
+    m_kept->powerUp(m_responder.memory);
+    const Bytes name = m_responder.memory.read(gencp::RegUserName, gencp::kTextSize);
+    m_name.assign(name.begin(), std::find(name.begin(), name.end(), 0));
 }
 
 Bytes GenCpShell::peek(uint64_t address, size_t size) const

@@ -3,6 +3,7 @@
 
 #include "camera_emulator/CameraCore.h"
 #include "camera_emulator/GenCpResponder.h"
+#include "camera_emulator/KeptState.h"
 #include "camera_emulator/Shell.h"
 
 #include <mutex>
@@ -31,8 +32,18 @@ public:
 
 protected:
     CameraCore m_core;
-    mutable std::mutex m_mutex; // guards the responder
+    // At the end of construction: what stands in the registers by then is the factory's.
+    void deliver();
+    // The registers as after power-up. Under the lock.
+    void powerUp();
+
+    mutable std::mutex m_mutex; // guards the responder, and the order to restart
     GenCpResponder m_responder;
+    bool m_isToRestart = false;
+    std::string m_name; // the one at power-up, as the line tells it
+
+private:
+    std::optional<KeptState> m_kept;
 };
 
 } // namespace emu

@@ -41,6 +41,7 @@ GrabberCamera::GrabberCamera(const CameraConfig& config, const GrabberConfig& gr
     : GenCpShell(config, ByteOrder::Big), m_grabber(grabber)
 {
     m_responder.mostBytes = 0x8000;
+    deliver();
 }
 
 GrabberCamera::~GrabberCamera()
@@ -58,9 +59,17 @@ std::string GrabberCamera::listen()
     m_listener = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     ::unlink(m_grabber.socket.c_str());
     if (m_listener < 0 || ::bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(m_listener, 16) != 0 || ::pipe2(m_wake, O_CLOEXEC | O_NONBLOCK) != 0)
+        ::listen(m_listener, 16) != 0)
         return m_grabber.socket + ": " + std::strerror(errno) + ".";
     return {};
+}
+
+void GrabberCamera::unlisten()
+{
+    ::unlink(m_grabber.socket.c_str());
+    for (const int client : std::vector<int>(m_clients))
+        forget(client);
+    ::close(std::exchange(m_listener, -1));
 }
 
 StartResult GrabberCamera::start()
@@ -69,7 +78,9 @@ StartResult GrabberCamera::start()
         return {};
     if (!m_core.problem.empty())
         return {StartCode::BadConfiguration, m_core.problem};
-    const std::string problem = listen();
+    std::string problem = listen();
+    if (problem.empty() && ::pipe2(m_wake, O_CLOEXEC | O_NONBLOCK) != 0)
+        problem = std::strerror(errno);
     if (!problem.empty()) {
         ::close(std::exchange(m_listener, -1));
         return {StartCode::CannotBind, problem};
@@ -84,10 +95,9 @@ void GrabberCamera::stop()
         return;
     ::close(std::exchange(m_wake[1], -1));
     m_thread.join();
-    ::unlink(m_grabber.socket.c_str());
-    for (const int client : std::vector<int>(m_clients))
-        forget(client);
-    ::close(std::exchange(m_listener, -1));
+    if (m_listener >= 0)
+        unlisten();
+    m_downUntil.reset();
     ::close(std::exchange(m_wake[0], -1));
 }
 
@@ -103,7 +113,7 @@ void GrabberCamera::run()
         std::vector<pollfd> entries{{m_wake[0], POLLIN, 0}, {m_listener, POLLIN, 0}};
         for (const int client : m_clients)
             entries.push_back({client, POLLIN, 0});
-        int timeout = -1;
+        int timeout = m_downUntil ? 20 : -1;
         for (const Outgoing& one : m_outgoing) {
             const auto left = std::chrono::ceil<milliseconds>(one.reply.due - Clock::now()).count();
             const int wait = static_cast<int>(std::clamp<int64_t>(left, 0, 60000));
@@ -118,6 +128,27 @@ void GrabberCamera::run()
         if (entries[1].revents != 0)
             accept();
         sendDue();
+        restartAsOrdered();
+    }
+}
+
+// Behind the last answer; not to be found by its grabber meanwhile.
+void GrabberCamera::restartAsOrdered()
+{
+    const auto isOrdered = [this] {
+        const std::lock_guard lock(m_mutex);
+        return m_isToRestart;
+    };
+    if (!m_downUntil && m_outgoing.empty() && isOrdered()) {
+        unlisten();
+        m_downUntil = Clock::now() + m_core.config.restartTime;
+        const std::lock_guard lock(m_mutex);
+        ++m_responder.counters.restarts;
+    } else if (m_downUntil && Clock::now() >= *m_downUntil) {
+        m_downUntil.reset();
+        (void)listen(); // a place that cannot be had is one without answers
+        const std::lock_guard lock(m_mutex);
+        powerUp();
     }
 }
 
@@ -221,7 +252,7 @@ std::string GrabberCamera::who() const
     fields[FieldModel] = config.model;
     fields[FieldSerial] = config.serial;
     fields[FieldVersion] = config.firmware;
-    fields[FieldUserName] = config.userName;
+    fields[FieldUserName] = m_name;
     fields[FieldControl] = m_controller >= 0 ? "1" : "0";
     fields[FieldFirstUrl] = config.firstUrl.empty() ? url(0) : config.firstUrl;
     fields[FieldSecondUrl] = config.secondUrl.empty() ? url(1) : config.secondUrl;

@@ -31,6 +31,8 @@ private:
         Reply reply;
     };
     std::string listen();
+    void unlisten();
+    void restartAsOrdered();
     void run();
     void accept();
     void take(int client);
@@ -48,7 +50,8 @@ private:
     // The camera's thread alone, while it runs.
     std::vector<int> m_clients;
     std::deque<Outgoing> m_outgoing;
-    int m_controller = -1; // a client; guarded by the responder's lock
+    std::optional<Clock::time_point> m_downUntil; // restarting
+    int m_controller = -1;                        // a client; guarded by the responder's lock
 };
 
 } // namespace emu

@@ -45,13 +45,13 @@ void Memory::write(uint64_t address, const uint8_t* data, size_t size)
     }
 }
 
-void Memory::takeFrom(const Memory& other, uint64_t begin)
+void Memory::takeFrom(const Memory& other, uint64_t begin, uint64_t end)
 {
-    const uint64_t first = begin / kPageSize;
+    const auto isTaken = [&](uint64_t page) { return page >= begin / kPageSize && page < end / kPageSize; };
     for (auto page = m_pages.begin(); page != m_pages.end();)
-        page = page->first >= first ? m_pages.erase(page) : std::next(page);
+        page = isTaken(page->first) ? m_pages.erase(page) : std::next(page);
     for (const auto& page : other.m_pages)
-        if (page.first >= first)
+        if (isTaken(page.first))
             m_pages.insert(page);
 }
 

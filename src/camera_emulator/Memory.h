@@ -23,8 +23,8 @@ public:
     void write(uint64_t address, const uint8_t* data, size_t size);
     void write(uint64_t address, const Bytes& data) { write(address, data.data(), data.size()); }
 
-    // What `other` has at a page's begin and behind takes the place of what is here.
-    void takeFrom(const Memory& other, uint64_t begin);
+    // What `other` has from one page's begin up to another's takes the place of what is here.
+    void takeFrom(const Memory& other, uint64_t begin, uint64_t end);
 
     // Big-endian words, as the protocol counts them.
     uint32_t readWord(uint64_t address) const;

@@ -58,7 +58,7 @@ void addCameraOptions(CLI::App& app, Group& group)
     app.add_option("--dhcp-address", config.dhcpAddress,
                    "GigE Vision: what a DHCP server gives the camera when it is switched on");
     app.add_option("--restart-time", group.restartTime,
-                   "GigE Vision: milliseconds from DeviceReset until the camera answers again")
+                   "Milliseconds from DeviceReset until the camera answers again")
         ->capture_default_str();
     app.add_option("--link", group.camera.serial.link,
                    "Symbolic link that leads to a terminal; begins a camera behind a serial line");

@@ -62,6 +62,7 @@ SerialCamera::SerialCamera(const CameraConfig& config, const SerialConfig& seria
         m_core.problem = std::to_string(serial.baud) + " is no baud rate of a camera.";
     else
         setRate(m_current);
+    deliver();
 }
 
 SerialCamera::~SerialCamera()
@@ -129,7 +130,7 @@ void SerialCamera::takeBytes()
     const ssize_t count = ::read(m_host, bytes, sizeof bytes);
     if (count <= 0)
         return;
-    if (!isHeard()) {
+    if (m_downUntil || !isHeard()) {
         m_frames.clear();
         return;
     }
@@ -213,11 +214,27 @@ void SerialCamera::sendDue()
     m_confirmBy = Clock::now() + milliseconds(kBaudRateConfirmation);
 }
 
+// Behind the last answer; deaf, and at the rate of delivery then.
+void SerialCamera::restartAsOrdered()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_isToRestart && m_outgoing.empty() && !m_downUntil) {
+        ++m_responder.counters.restarts;
+        m_downUntil = Clock::now() + m_core.config.restartTime;
+    } else if (m_downUntil && Clock::now() >= *m_downUntil) {
+        m_downUntil.reset();
+        powerUp();
+        m_confirmed = rateOf(m_serial.baud);
+        m_next = nullptr;
+        setRate(m_confirmed);
+    }
+}
+
 void SerialCamera::run()
 {
     for (;;) {
         pollfd entries[] = {{m_host, POLLIN, 0}, {m_wake[0], POLLIN, 0}};
-        int timeout = m_current == m_confirmed ? -1 : 20;
+        int timeout = m_current == m_confirmed && !m_downUntil ? -1 : 20;
         if (!m_outgoing.empty())
             timeout = static_cast<int>(std::clamp<int64_t>(
                 std::chrono::ceil<milliseconds>(m_outgoing.front().due - Clock::now()).count(), 0, 60000));
@@ -228,6 +245,7 @@ void SerialCamera::run()
         if (entries[0].revents & POLLIN)
             takeBytes();
         sendDue();
+        restartAsOrdered();
     }
 }
 

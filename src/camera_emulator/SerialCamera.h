@@ -43,6 +43,7 @@ private:
     void dropUnconfirmedRate();
     void setRate(const gencp::BaudRate* rate);
     void sendDue();
+    void restartAsOrdered();
     void send(Bytes frame);
     bool isHeard() const;
 
@@ -57,6 +58,7 @@ private:
     const gencp::BaudRate* m_current;
     const gencp::BaudRate* m_next = nullptr; // once all answers are out
     Clock::time_point m_confirmBy;
+    std::optional<Clock::time_point> m_downUntil; // restarting
     unsigned m_answers = 0;
     unsigned m_frameCount = 0;
 

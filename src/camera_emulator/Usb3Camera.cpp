@@ -18,6 +18,7 @@ constexpr uint8_t kOut = 0x01;
 constexpr uint8_t kIn = 0x81;
 constexpr uint8_t kGetDescriptor = 6;
 constexpr uint8_t kStringDescriptor = 3;
+constexpr milliseconds kTimeToAnswer{1000}; // the host fetches it
 
 // Twelve digits as real ones have them; the same for the same serial number.
 std::string guidOf(const std::string& serialNumber)
@@ -99,13 +100,19 @@ Usb3Camera::Usb3Camera(const CameraConfig& config, const Usb3Config& usb, UsbBus
     m_responder.writeNumber(kTechnologyRegisters + kUsbMaxAckLength, m_usb.maxAck, 4);
     m_responder.writeNumber(kTechnologyRegisters + kUsbCurrentSpeed, 0x8, 4);
     m_responder.readOnly.add(kTechnologyRegisters, kUsbCurrentSpeed + 4);
+    deliver();
 }
 
 std::string Usb3Camera::text(uint8_t number) const
 {
-    const std::string texts[] = {guid(),          config().manufacturer, config().model,
-                                 config().model,  config().firmware,     "Software camera",
-                                 config().serial, config().userName};
+    const std::string texts[] = {guid(),
+                                 config().manufacturer,
+                                 config().model,
+                                 config().model,
+                                 config().firmware,
+                                 "Software camera",
+                                 config().serial,
+                                 m_name};
     return texts[number - 1];
 }
 
@@ -125,17 +132,59 @@ StartResult Usb3Camera::start()
     m_location = location;
     if (location.empty())
         return {StartCode::CannotBind, "The bus does not take the camera."};
+    m_thread = std::thread(&Usb3Camera::awaitOrders, this);
     return {};
 }
 
 void Usb3Camera::stop()
 {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isEnding = true;
+    }
+    m_changed.notify_all();
+    if (m_thread.joinable())
+        m_thread.join();
+    m_isEnding = false;
     if (place().empty())
         return;
     m_bus.unplug(*this);
     const std::lock_guard lock(m_mutex);
     m_location.clear();
     m_outgoing.clear();
+}
+
+void Usb3Camera::awaitOrders()
+{
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_changed.wait(lock, [this] { return m_isEnding || m_isToRestart; });
+        if (m_isEnding || !leave(lock))
+            return;
+        comeBack(lock);
+    }
+}
+
+// Behind its last answer. False: the camera is stopped before it would be back.
+bool Usb3Camera::leave(std::unique_lock<std::mutex>& lock)
+{
+    m_changed.wait_for(lock, kTimeToAnswer, [this] { return m_isEnding || m_outgoing.empty(); });
+    lock.unlock();
+    m_bus.unplug(*this);
+    lock.lock();
+    ++m_responder.counters.restarts;
+    m_location.clear();
+    m_outgoing.clear();
+    return !m_changed.wait_for(lock, config().restartTime, [this] { return m_isEnding; });
+}
+
+void Usb3Camera::comeBack(std::unique_lock<std::mutex>& lock)
+{
+    powerUp();
+    lock.unlock();
+    const std::string location = m_bus.plug(*this);
+    lock.lock();
+    m_location = location;
 }
 
 std::string Usb3Camera::place() const
@@ -204,6 +253,8 @@ bool Usb3Camera::bulkOut(uint8_t endpoint, const Bytes& data)
             m_usb.breakAnswer(packet);
         m_outgoing.push_back({packet, reply.due});
     }
+    if (m_isToRestart)
+        m_changed.notify_all();
     return true;
 }
 
@@ -218,6 +269,7 @@ std::optional<Bytes> Usb3Camera::bulkIn(uint8_t endpoint)
         if (left.count() <= 0) {
             Bytes packet = std::move(m_outgoing.front().bytes);
             m_outgoing.pop_front();
+            m_changed.notify_all();
             return packet;
         }
         later = left;

@@ -6,7 +6,10 @@
 #include "camera_emulator/Usb3Config.h"
 #include "camera_emulator/UsbBus.h"
 
+#include <condition_variable>
 #include <deque>
+#include <mutex>
+#include <thread>
 
 namespace emu
 {
@@ -37,14 +40,21 @@ private:
     std::optional<Bytes> bulkIn(uint8_t endpoint) override;
 
     std::string text(uint8_t number) const;
+    void awaitOrders();
+    bool leave(std::unique_lock<std::mutex>& lock);
+    void comeBack(std::unique_lock<std::mutex>& lock);
 
     const Usb3Config m_usb;
     UsbBus& m_bus; // never called while the lock is held
     // Guarded as the responder is.
     std::deque<Reply> m_outgoing;
     std::string m_location; // empty: not plugged in
+    bool m_isEnding = false;
     size_t m_longestCommand = 0;
     size_t m_longestAnswer = 0;
+
+    std::condition_variable m_changed; // of orders, and of what is on its way out
+    std::thread m_thread;              // restarts the camera: the bus waits for answers meanwhile
 };
 
 } // namespace emu

@@ -52,7 +52,7 @@ target_compile_definitions(gentl_companion_test PRIVATE IEFEATURES="$<TARGET_FIL
     CAMERA_EMULATOR_GENTL="$<TARGET_FILE:camera_emulator_gentl>")
 add_dependencies(gentl_companion_test iefeatures camera_emulator_gentl ie_gentl_host)
 # The same jobs over each transport, and cameras of all kinds in one batch.
-foreach(name all_transports_test mixed_batch_test)
+foreach(name all_transports_test mixed_batch_test line_transports_test)
     ie_add_test(${name} LABEL companion TIMEOUT 300
         SOURCES ${name}.cpp ../support/AllTransports.h ../support/Cable.h
         LIBRARIES real_export usb_stage)

@@ -1,8 +1,6 @@
 // iefeatures line, over emulated cameras.
 #include "companion/LineCompanion.h"
-#include "gvcp/Gvcp.h"
 #include "iefeatures/line/LineLock.h"
-#include "support/LoopbackAddress.h"
 
 #include <nlohmann/json.hpp>
 
@@ -339,72 +337,6 @@ TEST_F(LineOfCameras, LeavesAloneWhoIsNotItsOwnAndTellsWhoIsMissing)
     EXPECT_THAT(run.err, HasSubstr("Gate 1: missing\n"));
     EXPECT_EQ(stranger.counters().settingWrites, before);
     EXPECT_THAT(states(), ElementsAre("Gate 1: missing", "Gate 2: in order", "-: not in the inventory"));
-}
-
-TEST_F(LineOfCameras, GivesCamerasTheirNamesAndSwitchesBack)
-{
-    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
-    ASSERT_EQ(init().code, 0);
-    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
-    ASSERT_EQ(camera.setNode("DeviceUserID", std::string("Gate 7")), "");
-    camera.pokeWord(gvcp::RegIpCurrent, gvcp::kIpPersistent | gvcp::kIpDhcp);
-    const Result dry = line({"apply"}, {"--dry-run"});
-    EXPECT_EQ(dry.code, 0);
-    EXPECT_THAT(dry.err, HasSubstr("Gate 1: would get DHCP off; link-local addresses on; the name \"Gate "
-                                   "1\".\n"));
-    const Result run = line({"apply"}, {"--yes"});
-    EXPECT_EQ(run.code, 0) << run.err << run.out;
-    EXPECT_EQ(std::get<std::string>(*camera.node("DeviceUserID")), "Gate 1");
-    EXPECT_EQ(camera.peekWord(gvcp::RegIpCurrent), gvcp::kIpPersistent | gvcp::kIpLinkLocal);
-    EXPECT_THAT(lastAuditLine(), HasSubstr("\"command\":\"line apply\""));
-    EXPECT_THAT(lastAuditLine(), HasSubstr("DeviceUserID"));
-    EXPECT_THAT(states(), ElementsAre("Gate 1: in order"));
-}
-
-TEST_F(LineOfCameras, GivesCamerasTheirAddressesBackThatNobodyElseHas)
-{
-    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
-    ASSERT_EQ(init().code, 0);
-    const std::string other = tests::freshLoopbackAddress();
-    qputenv("KX_CAMERA_ADDRESSES", qgetenv("KX_CAMERA_ADDRESSES") + ',' + QByteArray::fromStdString(other));
-    ASSERT_EQ(runInProcess({"ip", "--serial", "S1", "--force", other + "/8", "--yes"}).code, 0);
-    EXPECT_THAT(states(), ElementsAre("Gate 1: elsewhere"));
-
-    emu::CameraConfig config;
-    config.address = camera.config().address;
-    config.serial = "S2";
-    config.mac = "02:00:00:00:00:77";
-    {
-        emu::EmulatedCamera thief(config);
-        ASSERT_TRUE(thief.start());
-        const Result kept = line({"apply"}, {"--yes"});
-        EXPECT_EQ(kept.code, 4);
-        EXPECT_THAT(kept.err, HasSubstr("is somebody else's (02:00:00:00:00:77)"));
-        EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegCurrentAddress)), other);
-    }
-    const Result run = line({"apply"}, {"--yes"});
-    EXPECT_EQ(run.code, 0) << run.err << run.out;
-    EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegCurrentAddress)), config.address);
-    EXPECT_THAT(states(), ElementsAre("Gate 1: in order"));
-}
-
-// DHCP, where the inventory has it on.
-TEST_F(LineOfCameras, LeavesAddressesToTheServer)
-{
-    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
-    ASSERT_EQ(init().code, 0);
-    const std::string address = camera.config().address;
-    const std::string other = tests::freshLoopbackAddress();
-    write("hall.toml", fileText("hall.toml")
-                           .replace("dhcp = false", "dhcp = true")
-                           .replace("address = \"" + QByteArray::fromStdString(address),
-                                    "address = \"" + QByteArray::fromStdString(other)));
-    const Result run = line({"apply"}, {"--yes"});
-    EXPECT_EQ(run.code, 4) << run.err;
-    EXPECT_THAT(run.err, HasSubstr("; that stays as it is.\n"));
-    EXPECT_EQ(camera.counters().forceIp, 0u);
-    EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegPersistentAddress)), address);
-    EXPECT_NE(camera.peekWord(gvcp::RegIpCurrent) & gvcp::kIpDhcp, 0u);
 }
 
 // Neither half an inventory nor a camera that is half set without being told.

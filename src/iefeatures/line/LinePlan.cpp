@@ -51,10 +51,12 @@ NetworkTask planNetwork(LineMatch& match)
     if (!isAsked(match) && match.state != LineState::Unreachable)
         return {};
     NetworkTask task = networkTaskOf(match);
-    const QStringList objections = task.isEmpty() ? QStringList() : networkObjections(*match.camera, task);
+    QStringList objections = task.isEmpty() ? QStringList() : networkObjections(*match.camera, task);
     if (objections.isEmpty())
         return task;
-    match.reason = objections.join(' ');
+    for (QString& objection : objections)
+        objection.chop(1); // no sentences of their own here
+    match.reason = objections.join("; ");
     return {};
 }
 
