@@ -2,7 +2,7 @@
 foreach(subject camera_check register_check identity_check entry_lines feature_nature inventory line_check)
     ie_add_test(${subject}_test LABEL companion
         SOURCES ${subject}_test.cpp ../support/gtest_qt_main.cpp
-        LIBRARIES iefeatures_core SuiteTools scripted_camera GTest::gmock GTest::gtest)
+        LIBRARIES iefeatures_core iefeatures_parts SuiteTools scripted_camera GTest::gmock GTest::gtest)
 endforeach()
 target_compile_definitions(inventory_test PRIVATE
     IE_INVENTORY_SCHEMA="${CMAKE_SOURCE_DIR}/docs/line-inventory.schema.json")
