@@ -17,9 +17,17 @@ protected:
     QByteArray raw() const
     {
         QFile file(configFile());
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+#if defined(Q_OS_WIN)
+        const QIODevice::OpenMode mode = QIODevice::ReadOnly | QIODevice::Text; // lines end as the system's
+#else
+        const QIODevice::OpenMode mode = QIODevice::ReadOnly;
+#endif
+        return file.open(mode) ? file.readAll() : QByteArray();
     }
-    bool isBoxChecked(int id) const { return probe->box(id).isChecked(); }
+    bool isBoxChecked(int id) const
+    {
+        return probe->box(id).isChecked();
+    }
     QList<int> checkedBoxes() const
     {
         QList<int> ids;

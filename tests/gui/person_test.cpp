@@ -178,6 +178,8 @@ void PersonTest::back()
 void PersonTest::initTestCase()
 {
     QVERIFY(m_folder.isValid());
+    // A system's own dialog for files is not to be clicked by a test.
+    QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
     qputenv("VELA_PROGRAM_DATA", m_folder.filePath("shared").toLocal8Bit());
     qputenv("VELA_USER_DATA", m_folder.filePath("user").toLocal8Bit());
     QDir().mkpath(m_folder.filePath("shared"));

@@ -107,12 +107,14 @@ QStringList g_stamps; // formats of the moments that were written as text
 
 } // namespace
 
+#if !defined(Q_OS_WIN) // nothing can stand before a DLL's function
 // Stands before Qt's, notes the format and does what Qt's does.
 __attribute__((visibility("default"))) QString QDateTime::toString(const QString& format) const
 {
     g_stamps << format;
     return toString(QStringView(format));
 }
+#endif
 
 class ProcessGuardsTest : public QObject
 {
@@ -173,13 +175,21 @@ private slots:
 
     void twoProcessesOfTheNameMeanACopyThatStartedAtTheSameMoment()
     {
+        // Any program that waits.
+#if defined(Q_OS_WIN)
+        const QString program = m_folder->filePath("Import_Export_Features.exe");
+        const QStringList arguments{"/k"};
+        QVERIFY(QFile::copy(qEnvironmentVariable("COMSPEC"), program));
+#else
         const QString program = m_folder->filePath("Import_Export_Features");
+        const QStringList arguments{"30"};
         QVERIFY(QFile::copy("/bin/sleep", program));
+#endif
         QProcess first, second;
-        first.start(program, {"30"});
+        first.start(program, arguments);
         QVERIFY(first.waitForStarted());
         QVERIFY2(!IsAlreadyRunning(), "one process of the name is this copy itself");
-        second.start(program, {"30"});
+        second.start(program, arguments);
         QVERIFY(second.waitForStarted());
         g_log.clear();
         QTRY_VERIFY(IsAlreadyRunning());
@@ -218,7 +228,9 @@ private slots:
     {
         g_stamps.clear();
         WriteCrashDump(nullptr);
+#if !defined(Q_OS_WIN)
         QCOMPARE(g_stamps, QStringList{"yyyyMMddhhmmss"});
+#endif
     }
 
     void parentsOfTheDumpFolderAreNotMade()

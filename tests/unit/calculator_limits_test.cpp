@@ -64,6 +64,7 @@ void runOnStackOf(size_t bytes, Body body)
     pthread_attr_destroy(&attributes);
 }
 
+#if !defined(_WIN32) // its clock of the processor's time ticks too seldom
 // Of this thread alone, whatever else the machine has to do.
 double secondsWorked()
 {
@@ -82,6 +83,7 @@ double secondsFor(const std::string& formula)
     }
     return best;
 }
+#endif
 
 // Each is a formula of about `length` characters that keeps as much pending as it can.
 std::vector<std::string> longFormulas(int length)
@@ -133,7 +135,7 @@ TEST(CalculatorLimits, evaluatesAHundredThousandCharacters)
     }
 }
 
-#if !defined(_WIN32) // its clock of the processor's time ticks too seldom
+#if !defined(_WIN32)
 TEST(CalculatorLimits, workGrowsWithTheLengthNotWithItsSquare)
 {
     const std::vector<std::string> small = longFormulas(20000);

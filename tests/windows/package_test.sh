@@ -7,7 +7,8 @@ root=$1 packages=$2
 run=$root/packaging/windows/wine/run
 work=$(mktemp -d)
 export WINEPREFIX=$work/wine
-trap 'wineserver -k 2>/dev/null || true; rm -rf "$work"' EXIT
+display=
+trap 'wineserver -k 2>/dev/null || true; [ -z "$display" ] || kill "$display"; rm -rf "$work"' EXIT
 export KX_WINDOWS_CACHE=${KX_WINDOWS_CACHE:-$HOME/.cache/import-export-features/windows}
 cache=$KX_WINDOWS_CACHE person=${HOME%/}/
 export HOME=$work # Wine's users have their documents there
@@ -19,12 +20,13 @@ passed() { printf 'ok: %s\n' "$*"; }
 # Every DLL that a program of the folder names lies beside it, or is one of Windows' own.
 check_libraries() {
     local file name
-    for file in "$1"/*.exe "$1"/*.dll; do
+    for file in "$1"/*.exe "$1"/*.dll "$1"/plugins/*/*.dll; do
         while read -r name; do
             [ ! -e "$1/$name" ] || continue
             case "${name,,}" in
-            advapi32.dll | bcrypt.dll | comctl32.dll | dbghelp.dll | gdi32.dll | iphlpapi.dll | kernel32.dll | mpr.dll | msvcrt.dll | \
-            netapi32.dll | ole32.dll | shell32.dll | user32.dll | userenv.dll | version.dll | winmm.dll | ws2_32.dll) ;;
+            advapi32.dll | bcrypt.dll | comctl32.dll | d3d11.dll | dbghelp.dll | dwmapi.dll | dxgi.dll | gdi32.dll | imm32.dll | \
+            iphlpapi.dll | kernel32.dll | mpr.dll | msvcrt.dll | netapi32.dll | ole32.dll | oleaut32.dll | shell32.dll | \
+            user32.dll | userenv.dll | uxtheme.dll | version.dll | winmm.dll | ws2_32.dll | wtsapi32.dll) ;;
             *) fail "$(basename "$file") needs $name" ;;
             esac
         done < <("$objdump" -p "$file" | sed -n 's/.*DLL Name: //p')
@@ -33,15 +35,19 @@ check_libraries() {
 
 check_content() {
     local folder=$1 file trace
-    for file in iefeatures.exe camera_emulator.exe KXCameraControl.dll LICENSE.txt licences/LGPL-3.txt licences/qt.txt \
-        docs/windows.md; do
+    for file in Import_Export_Features.exe iefeatures.exe camera_emulator.exe KXCameraControl.dll LICENSE.txt \
+        licences/LGPL-3.txt licences/qt.txt licences/Lato.txt docs/windows.md plugins/platforms/qwindows.dll \
+        rcc/vela.rcc Translation/qt_zh_CN.qm FontLato/Lato-Regular.ttf log4qt/log4qt_IEFeatures.conf; do
         [ -s "$folder/$file" ] || fail "there is no $file"
     done
     check_libraries "$folder"
-    for file in iefeatures camera_emulator path_entry KXCameraControl SuiteTools; do
+    for file in Import_Export_Features iefeatures camera_emulator path_entry KXCameraControl SuiteTools \
+        SuiteToolsWidgets StyledCtl DevListMgr; do
         strings -el "$folder/$file".* | grep -qx FileDescription || fail "$file does not say what it is"
     done
-    grep -qaF 'level="asInvoker"' "$folder/iefeatures.exe" || fail "iefeatures.exe has no manifest"
+    for file in Import_Export_Features iefeatures; do
+        grep -qaF 'level="asInvoker"' "$folder/$file.exe" || fail "$file.exe has no manifest"
+    done
     for trace in "$root" "$cache" "$person"; do
         [ "$trace" != / ] || continue
         ! grep -rlaF -- "$trace" "$folder" || fail "these name $trace"
@@ -76,6 +82,37 @@ check_programs() {
     wait "$emulator" || true
 }
 
+# The window comes, by what lies in the folder, and goes when it is closed.
+check_window() {
+    local folder=$1 program end=$((SECONDS + 60)) code=0
+    [ -n "$display" ] || return 0
+    export VELA_USER_DATA=$work/seen VELA_LANGUAGE=ENG
+    rm -rf "$work/seen"
+    (cd "$work" && exec "$run" --alone "$folder/Import_Export_Features.exe") >"$work/log" 2>&1 &
+    program=$!
+    until xdotool search --onlyvisible --name '^Import/Export Features$' >"$work/window" 2>/dev/null; do
+        [ "$SECONDS" -lt "$end" ] && kill -0 "$program" || { cat "$work/log"; fail "no window"; }
+        sleep 0.2
+    done
+    [ -e "$work/seen/Log/Import_Export_Features.log" ] || fail "the window's program does not find what lies beside it"
+    # its button, at the right end of the title bar
+    eval "$(xdotool getwindowgeometry --shell "$(tail -n 1 "$work/window")")"
+    xdotool mousemove $((X + WIDTH - 37)) $((Y + 33)) click 1
+    wait "$program" || code=$?
+    [ "$code" -eq 0 ] || fail "the window's program ends with $code"
+    unset VELA_USER_DATA VELA_LANGUAGE
+}
+
+if command -v Xvfb >/dev/null && command -v xdotool >/dev/null; then
+    Xvfb -noreset -displayfd 3 -screen 0 1440x900x24 -nolisten tcp 3>"$work/display" 2>/dev/null &
+    display=$!
+    until [ -s "$work/display" ]; do kill -0 "$display" && sleep 0.05; done
+    DISPLAY=:$(cat "$work/display")
+    export DISPLAY
+else
+    echo "SKIPPED the window: Xvfb or xdotool is not installed"
+fi
+
 zip=$(ls "$packages"/*.zip)
 installer=$(ls "$packages"/*.exe)
 printf '%s: %d KB\n%s: %d KB\n' "$(basename "$zip")" $(($(stat -c %s "$zip") / 1024)) \
@@ -86,15 +123,17 @@ unzipped=$(ls -d "$work"/zip/*)
 mv "$unzipped" "$work/zip/a folder 相机"
 check_content "$work/zip/a folder 相机"
 check_programs "$work/zip/a folder 相机"
+check_window "$work/zip/a folder 相机"
 passed "the zip runs from the folder that it is unpacked into"
 
 # The unattended installation, over itself, and its removal.
 install() { "$run" --alone "$installer" /S "$@" "/D=C:\\ie"; }
 installed=$WINEPREFIX/drive_c/ie
-uninstall() { # it goes on as a copy of itself
+entry() { "$run" reg query "$1\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\Import_Export_Features" >/dev/null 2>&1; }
+uninstall() { # it goes on as a copy of itself, and its entry is the last that it takes away
     "$run" --alone "$installed/uninstall.exe" /S "$@"
     local end=$((SECONDS + 60))
-    while [ -e "$installed/uninstall.exe" ]; do
+    while [ -e "$installed/uninstall.exe" ] || entry HKCU || entry HKLM; do
         [ "$SECONDS" -lt "$end" ] || fail "the uninstaller does not come to its end"
         sleep 0.2
     done
@@ -105,23 +144,36 @@ before=$(path_of)
 install /PATH
 check_content "$installed"
 check_programs "$installed"
+check_window "$installed"
 [ "$(path_of)" = "$before;C:\\ie" ] || fail "PATH is $(path_of)"
 echo mine >"$installed/mine.txt"
 install /PATH
 [ "$(path_of)" = "$before;C:\\ie" ] || fail "PATH is $(path_of) after a second installation"
 [ -e "$installed/mine.txt" ] || fail "a second installation takes files away"
-find "$WINEPREFIX/drive_c/users" -name '*.lnk' -path '*Import_Export_Features*' | grep -q . || fail "no start menu"
+find "$WINEPREFIX/drive_c/users" -path '*Import_Export_Features/Import_Export_Features.lnk' | grep -q . || fail "no start menu"
+user=$WINEPREFIX/drive_c/users/$(id -un)
+audit=$user/Documents/VELA/Audit/iefeatures.jsonl
+[ -s "$audit" ] || fail "no audit log in the user's documents"
+log=$user/Documents/VELA/Log/Import_Export_Features.log
+mkdir -p "$(dirname "$log")"
+touch "$log" "$log.1"
+descriptions=$user/AppData/Local/VELA/descriptions
+[ -e "$descriptions" ] || fail "no descriptions are kept"
 uninstall
+[ -e "$log" ] && [ -e "$descriptions" ] || fail "the uninstaller takes what a user has, unasked"
 [ "$(ls "$installed")" = mine.txt ] || { ls "$installed"; fail "the uninstaller leaves files, or takes others"; }
 [ "$(path_of)" = "$before" ] || fail "PATH is $(path_of) after the removal"
-! "$run" reg query 'HKCU\Software\Microsoft\Windows\CurrentVersion\Uninstall\Import_Export_Features' >/dev/null 2>&1 ||
-    fail "the uninstaller leaves its entry"
 passed "installs for one user without questions, over itself, and leaves nothing but what others have put there"
+
+install
+uninstall /USERDATA
+[ ! -e "$log" ] && [ ! -e "$log.1" ] && [ ! -e "$descriptions" ] || fail "the uninstaller leaves logs and descriptions"
+[ -s "$audit" ] || fail "the uninstaller takes the audit log"
+passed "takes logs and descriptions away where it is asked to, and never the audit log"
 
 install /AllUsers
 check_content "$installed"
-"$run" reg query 'HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\Import_Export_Features' >/dev/null 2>&1 ||
-    fail "no entry for all users"
+entry HKLM || fail "no entry for all users"
 uninstall /AllUsers
 [ ! -e "$installed/iefeatures.exe" ] || fail "the uninstaller leaves the programs"
 passed "installs for all users"

@@ -1,19 +1,36 @@
-// What the test of the programs cannot do from outside of Windows.
+// What the tests of the programs cannot do from outside of Windows.
 //
 //   stage_hand ask WORD            asks every running camera_emulator by its event; 1 when there is none
 //   stage_hand hold FILE MS        has the file open, for nobody else, for so long; says "held" when it has
 //   it
 //   stage_hand code-page           prints the number of the system's 8-bit encoding
+//   stage_hand window DO TITLE     DO: look (prints "hidden", "minimised" or "shown"), minimise, close;
+//                                  1 when no window has the title
+//   stage_hand crash PROGRAM.exe   lets every running copy run into an exception; 1 when there is none
 #include <windows.h>
 
 #include <cstdio>
 #include <cwchar>
+#include <functional>
 #include <string>
 
 #include <tlhelp32.h>
 
 namespace
 {
+
+int forEach(const wchar_t* program, const std::function<bool(DWORD process)>& action)
+{
+    int done = 0;
+    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    PROCESSENTRY32W entry;
+    entry.dwSize = sizeof entry;
+    for (BOOL found = Process32FirstW(snapshot, &entry); found; found = Process32NextW(snapshot, &entry))
+        if (wcscmp(entry.szExeFile, program) == 0)
+            done += action(entry.th32ProcessID);
+    CloseHandle(snapshot);
+    return done > 0 ? 0 : 1;
+}
 
 bool raise(const std::wstring& name)
 {
@@ -23,15 +40,31 @@ bool raise(const std::wstring& name)
 
 int ask(const std::wstring& word)
 {
-    int asked = 0;
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    PROCESSENTRY32W entry;
-    entry.dwSize = sizeof entry;
-    for (BOOL found = Process32FirstW(snapshot, &entry); found; found = Process32NextW(snapshot, &entry))
-        if (wcscmp(entry.szExeFile, L"camera_emulator.exe") == 0)
-            asked += raise(L"camera_emulator." + std::to_wstring(entry.th32ProcessID) + L"." + word);
-    CloseHandle(snapshot);
-    return asked > 0 ? 0 : 1;
+    return forEach(L"camera_emulator.exe", [&word](DWORD process) {
+        return raise(L"camera_emulator." + std::to_wstring(process) + L"." + word);
+    });
+}
+
+int doWithWindow(const std::wstring& what, const wchar_t* title)
+{
+    const HWND window = FindWindowW(nullptr, title);
+    if (!window)
+        return 1;
+    if (what == L"minimise")
+        return ShowWindow(window, SW_MINIMIZE) ? 0 : 2;
+    if (what == L"close")
+        return PostMessageW(window, WM_CLOSE, 0, 0) ? 0 : 2;
+    std::puts(!IsWindowVisible(window) ? "hidden" : IsIconic(window) ? "minimised" : "shown");
+    return 0;
+}
+
+// A thread that begins where nothing is.
+int crash(const wchar_t* program)
+{
+    return forEach(program, [](DWORD id) {
+        const HANDLE process = OpenProcess(PROCESS_ALL_ACCESS, FALSE, id);
+        return process && CreateRemoteThread(process, nullptr, 0, nullptr, nullptr, 0, nullptr);
+    });
 }
 
 int hold(const wchar_t* path, DWORD milliseconds)
@@ -57,5 +90,9 @@ int wmain(int argc, wchar_t** argv)
         return hold(argv[2], static_cast<DWORD>(wcstoul(argv[3], nullptr, 10)));
     if (argc == 2 && wcscmp(argv[1], L"code-page") == 0)
         return std::printf("%u\n", GetACP()) > 0 ? 0 : 1;
+    if (argc == 4 && wcscmp(argv[1], L"window") == 0)
+        return doWithWindow(argv[2], argv[3]);
+    if (argc == 3 && wcscmp(argv[1], L"crash") == 0)
+        return crash(argv[2]);
     return 2;
 }

@@ -16,13 +16,27 @@
 
 #if defined(Q_OS_WIN)
 
+namespace
+{
+
+DWORD sessionOf(DWORD process)
+{
+    DWORD session = 0;
+    return ProcessIdToSessionId(process, &session) ? session : DWORD(-1);
+}
+
+} // namespace
+
+// Programs of another session, which another user may have on the same machine, are none of ours.
 void VELAInterface::processID(const QString& processName, QList<qint64>* ids)
 {
     const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
     PROCESSENTRY32W entry;
     entry.dwSize = sizeof entry;
+    const DWORD session = sessionOf(GetCurrentProcessId());
     for (BOOL found = Process32FirstW(snapshot, &entry); found; found = Process32NextW(snapshot, &entry))
-        if (QFileInfo(QString::fromWCharArray(entry.szExeFile)).completeBaseName() == processName)
+        if (QFileInfo(QString::fromWCharArray(entry.szExeFile)).completeBaseName() == processName &&
+            sessionOf(entry.th32ProcessID) == session)
             ids->append(entry.th32ProcessID);
     CloseHandle(snapshot);
 }

@@ -10,7 +10,7 @@
 #if defined(DEVLISTMGR_BUILD_LIBRARY) || !defined(Q_OS_WIN)
 #define DEVLISTMGR_API Q_DECL_EXPORT
 #else
-#define DEVLISTMGR_API // imported without a word; and a test may bring a library of its own
+#define DEVLISTMGR_API Q_DECL_IMPORT // connect() tells signals by their address, which is the library's then
 #endif
 
 // User-interface thread. Cameras are looked for on a thread of the tree's own every two seconds, and at once

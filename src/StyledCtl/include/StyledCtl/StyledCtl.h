@@ -9,7 +9,7 @@
 #if defined(STYLEDCTL_BUILD_LIBRARY) || !defined(Q_OS_WIN)
 #define STYLEDCTL_API Q_DECL_EXPORT
 #else
-#define STYLEDCTL_API // imported without a word; and a test may bring a library of its own
+#define STYLEDCTL_API Q_DECL_IMPORT // connect() tells signals by their address, which is the library's then
 #endif
 
 namespace ORBCustom

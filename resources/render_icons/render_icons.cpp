@@ -1,5 +1,8 @@
-// Renders the drawings of a folder into the images that the resource files hold.
+// Renders the drawings of a folder into the images that the resource files hold, and into the icon that the
+// program's file has on Windows.
 // usage: render_icons SOURCE-FOLDER TARGET-FOLDER
+#include <QBuffer>
+#include <QDataStream>
 #include <QDir>
 #include <QGuiApplication>
 #include <QImage>
@@ -41,17 +44,56 @@ constexpr Job kJobs[] = {
     {"more_disable.svg", "btn/ic_more_disable@2x.png", 40},
 };
 
-bool render(const QString& drawing, const QString& target, int size)
+constexpr int kIconSizes[] = {16, 24, 32, 48, 64, 128, 256};
+constexpr int kIconCount = int(sizeof kIconSizes / sizeof *kIconSizes);
+
+// Null: it is no drawing.
+QImage draw(const QString& drawing, int size)
 {
     QSvgRenderer renderer(drawing);
     if (!renderer.isValid())
-        return false;
+        return {};
     QImage image(size, size, QImage::Format_ARGB32);
     image.fill(Qt::transparent);
     QPainter painter(&image);
     renderer.render(&painter);
-    painter.end();
-    return QDir().mkpath(QFileInfo(target).path()) && image.save(target);
+    return image;
+}
+
+bool render(const QString& drawing, const QString& target, int size)
+{
+    const QImage image = draw(drawing, size);
+    return !image.isNull() && QDir().mkpath(QFileInfo(target).path()) && image.save(target);
+}
+
+QByteArray pngOf(const QImage& image)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    image.save(&buffer, "PNG");
+    return bytes;
+}
+
+// The drawing in every size in one file; Qt writes icons of one size. As Windows takes it: a directory of
+// the images, each 16 bytes, and the images behind it, as PNG.
+bool renderIcon(const QString& drawing, const QString& target)
+{
+    QByteArray directory, images;
+    QDataStream out(&directory, QIODevice::WriteOnly);
+    out.setByteOrder(QDataStream::LittleEndian);
+    out << quint16(0) << quint16(1) << quint16(kIconCount);
+    for (const int size : kIconSizes) {
+        const QByteArray png = pngOf(draw(drawing, size));
+        if (png.isEmpty())
+            return false;
+        const quint8 side = quint8(size); // 0 stands for 256
+        out << side << side << quint8(0) << quint8(0) << quint16(1) << quint16(32) << quint32(png.size())
+            << quint32(6 + 16 * kIconCount + images.size());
+        images += png;
+    }
+    QFile file(target);
+    return file.open(QIODevice::WriteOnly) &&
+           file.write(directory + images) == directory.size() + images.size();
 }
 
 } // namespace
@@ -70,5 +112,10 @@ int main(int argc, char** argv)
             std::fprintf(stderr, "%s cannot be rendered\n", qPrintable(drawing));
             return 1;
         }
+    }
+    if (!renderIcon(QDir(arguments[1]).filePath("feature_bag.svg"),
+                    QDir(arguments[2]).filePath("Import_Export_Features.ico"))) {
+        std::fputs("the program's icon cannot be written\n", stderr);
+        return 1;
     }
 }
