@@ -167,7 +167,8 @@ TEST_F(EmulatorPower, anotherCameraAtTheAddressIsNotTheOneThatWasMeant)
 {
     KX_DeviceInfo stranger = record();
     stranger.special.gige.macLow ^= 0x100;
-    EXPECT_EQ(KX_CC_ForceIp(&stranger, *parseAddress(camera.config().address), 0xFF000000, 0), KX_E_NO_ANSWER);
+    EXPECT_EQ(KX_CC_ForceIp(&stranger, *parseAddress(camera.config().address), 0xFF000000, 0),
+              KX_E_NO_ANSWER);
     EXPECT_EQ(camera.counters().forceIp, 0u);
 }
 
