@@ -125,6 +125,8 @@ private:
             taken[i]->problems += problemsOf(done[i]);
             taken[i]->entry.*file = relative + '/' + fileNameOf(cameras[i], FileNaming::Name);
             taken[i]->entry.*hash = hashOfFile(done[i].result.job.path);
+            if (taken[i]->problems.isEmpty() && (taken[i]->entry.*hash).isEmpty())
+                taken[i]->problems += done[i].result.job.path + " cannot be read again.";
         }
     }
 
@@ -150,6 +152,10 @@ private:
     void askAgain(CapturedCamera& one) const
     {
         const FeaturesFileInput file = readFeaturesFile(m_inventory.resolved(one.entry.featuresFile));
+        if (!file.isGood()) {
+            one.problems += file.error;
+            return;
+        }
         one.entry.firmware = file.content.header.firmware;
         const CheckRule rule(CheckMode::Verify);
         const CameraCheck check = checkCamera(one.camera, file.content, rule, m_task.mayGoOn);

@@ -1,0 +1,228 @@
+// A companion whose calls of the system fail, one at a time: what it leaves is whole, and it says what it
+// did.
+#include "companion/LineCompanion.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QRegularExpression>
+
+#include <cerrno>
+#include <cstring>
+
+using nlohmann::json;
+using tests::Arguments;
+using tests::Program;
+using tests::Result;
+
+namespace
+{
+
+const std::vector<std::string> kKinds{"open",   "write",  "fsync", "rename",  "link", "mkdir",
+                                      "unlink", "socket", "bind",  "connect", "send"};
+const std::vector<int> kFileErrors{ENOSPC, EDQUOT, EACCES, EMFILE, EIO};
+const std::vector<int> kLineErrors{ENETUNREACH, ENOBUFS, EPERM};
+constexpr size_t kFirstLineKind = 7;
+
+bool isWholeSweep()
+{
+    const char* all = std::getenv("KX_SWEEP");
+    return all != nullptr && std::string(all) == "all";
+}
+
+// One call that fails.
+struct Failure
+{
+    size_t kind = 0;
+    uint32_t number = 0;
+    int error = 0;
+
+    std::string text() const
+    {
+        return kKinds[kind] + " number " + std::to_string(number) + ": " + std::strerror(error);
+    }
+};
+
+bool canLeaveRest(const Failure& failure)
+{
+    return failure.number != 0 && kKinds[failure.kind] == "unlink";
+}
+
+using Counts = std::vector<uint32_t>; // by kind
+
+class FailingCalls : public tests::LineOfCameras
+{
+protected:
+    FailingCalls() : m_camera(addNamed("S1", "Gate 1"))
+    {
+        m_right = fileText(exported("S1"));
+        QDir(QString::fromStdString(folder())).mkpath("work");
+    }
+
+    void SetUp() override
+    {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        GTEST_SKIP() << "SKIPPED: a sanitizer has to be the first library of a program";
+#endif
+    }
+
+    std::string work(const std::string& name) const
+    {
+        return path("work/" + name);
+    }
+    QByteArray workText(const std::string& name) const
+    {
+        return fileText("work/" + name);
+    }
+
+    Result run(const Arguments& arguments, const Failure& failure, Counts& counts)
+    {
+        write("counts", QByteArray(int(kKinds.size() * sizeof(uint32_t)), '\0'));
+        Program program(arguments,
+                        QString("LD_PRELOAD='" FAILING_CALLS "' FAILING_FOLDER='%1' FAILING_CALL=%2 "
+                                "FAILING_NUMBER=%3 FAILING_ERROR=%4 FAILING_COUNTS='%5'")
+                            .arg(QString::fromStdString(path("work")))
+                            .arg(QString::fromStdString(kKinds[failure.kind]))
+                            .arg(failure.number)
+                            .arg(failure.error)
+                            .arg(QString::fromStdString(path("counts"))));
+        program.start();
+        const Result result = program.finish();
+        const QByteArray bytes = fileText("counts");
+        counts.resize(kKinds.size());
+        std::memcpy(counts.data(), bytes.constData(), size_t(bytes.size()));
+        m_camera.releaseControl();
+        return result;
+    }
+
+    // Every call fails once in each way that it can; else, as the whole takes long, some of them in one way.
+    std::vector<Failure> failuresOf(const Counts& counts) const
+    {
+        std::vector<Failure> all;
+        for (size_t kind = 0; kind < kKinds.size(); ++kind) {
+            const std::vector<int>& errors = kind < kFirstLineKind ? kFileErrors : kLineErrors;
+            const uint32_t step = isWholeSweep() ? 1 : counts[kind] / 6 + 1;
+            for (uint32_t number = 1; number <= counts[kind]; number += step)
+                for (size_t i = 0; i < errors.size(); ++i)
+                    if (isWholeSweep() || i == number % errors.size())
+                        all.push_back({kind, number, errors[i]});
+        }
+        return all;
+    }
+
+    // `judge` looks at what a run has left; `prepare` comes before each.
+    void failEach(const Arguments& arguments, const std::function<void()>& prepare,
+                  const std::function<void(const Result&, const Failure&)>& judge)
+    {
+        Counts counts;
+        prepare();
+        const Result good = run(arguments, {}, counts);
+        ASSERT_EQ(good.code, 0) << good.err << good.out;
+        judge(good, {});
+        size_t failed = 0;
+        const std::vector<Failure> failures = failuresOf(counts);
+        for (const Failure& failure : failures) {
+            SCOPED_TRACE(failure.text());
+            prepare();
+            Counts now;
+            const Result result = run(arguments, failure, now);
+            failed += result.code != 0;
+            EXPECT_TRUE(result.code == 0 || !result.err.empty()) << "silence";
+            judge(result, failure);
+        }
+        RecordProperty("runs", int(failures.size()));
+        std::printf("%zu runs, of which %zu failed\n", failures.size(), failed);
+        EXPECT_GT(failed, 0u);
+    }
+
+    QStringList allInWork() const
+    {
+        QStringList found;
+        QDirIterator all(QString::fromStdString(path("work")),
+                         QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+        while (all.hasNext())
+            found += QDir(QString::fromStdString(path("work"))).relativeFilePath(all.next());
+        found.sort();
+        return found;
+    }
+
+    // Of what an import with a snapshot leaves.
+    void expectWholeFiles(const Failure& failure) const
+    {
+        for (const QString& name : allInWork().filter(QRegularExpression("[.]fpk$"))) {
+            const bool isWhole =
+                name.contains("/bag") || workText(name.toStdString()).trimmed().endsWith("</FeaturesFile>");
+            EXPECT_TRUE(isWhole || canLeaveRest(failure)) << name.toStdString();
+        }
+        const QByteArray log = allInWork().contains("log") ? workText("log") : QByteArray();
+        for (const QByteArray& line : log.split('\n'))
+            EXPECT_TRUE(line.isEmpty() || !json::parse(line.toStdString(), nullptr, false).is_discarded())
+                << line.toStdString();
+    }
+
+    void emptyWork() const
+    {
+        QDir(QString::fromStdString(path("work"))).removeRecursively();
+        QDir(QString::fromStdString(folder())).mkpath("work");
+    }
+
+    emu::EmulatedCamera& m_camera;
+    QByteArray m_right;
+};
+
+} // namespace
+
+TEST_F(FailingCalls, LeaveTheOldFileOrTheNewOneBehindAnExport)
+{
+    const auto prepare = [this] {
+        emptyWork();
+        write("work/EMU-1_S1.fpk", "old");
+    };
+    const auto judge = [this](const Result& result, const Failure& failure) {
+        const QByteArray text = workText("EMU-1_S1.fpk");
+        EXPECT_EQ(text, result.code == 0 ? m_right : QByteArray("old")) << result.err << result.out;
+        EXPECT_TRUE(allInWork() == QStringList{"EMU-1_S1.fpk"} || canLeaveRest(failure))
+            << allInWork().join(' ').toStdString() << result.err;
+    };
+    failEach({"export", "--all", "--to", path("work")}, prepare, judge);
+}
+
+TEST_F(FailingCalls, AreToldByAnImportThatSaysWhatTheCameraHas)
+{
+    write("a.fpk", m_right);
+    const auto prepare = [this] {
+        emptyWork();
+        ASSERT_EQ(m_camera.setNode("Height", int64_t(16)), "");
+    };
+    const auto judge = [this](const Result& result, const Failure& failure) {
+        const bool isSet = std::get<int64_t>(*m_camera.node("Height")) == 480;
+        EXPECT_TRUE(isSet || result.code != 0) << result.out;
+        const json told = tests::lastObject(result, "result");
+        const bool isToldSet = told.is_object() && told.contains("changed") &&
+                               told["changed"].dump().find("Height") != std::string::npos;
+        const bool isInDoubt = told.is_object() && told.contains("in_doubt");
+        EXPECT_TRUE(isInDoubt || isToldSet == isSet) << isSet << result.out << result.err;
+        EXPECT_TRUE(!isSet || allInWork().contains("log")) << result.err;
+        expectWholeFiles(failure);
+    };
+    failEach({"import", path("a.fpk"), "--all", "--verify", "--snapshot", path("work"), "--audit",
+              work("log"), "--require-audit", "--json"},
+             prepare, judge);
+}
+
+TEST_F(FailingCalls, LeaveAWholeLineOrNone)
+{
+    const Arguments init{"line", "init", work("hall.toml"), "--all", "--pause", "0"};
+    const auto judge = [this, init](const Result& result, const Failure& failure) {
+        const bool isThere = allInWork().contains("hall.toml");
+        EXPECT_EQ(isThere, result.code == 0) << result.err;
+        EXPECT_TRUE(!isThere || tests::runInProcess({"line", "check", work("hall.toml")}).code == 0);
+        expectWholeFiles(failure);
+        EXPECT_TRUE(!isThere || workText("hall.toml").count("_sha256 = ") == 2);
+        EXPECT_EQ(result.err.find("another model"), std::string::npos) << result.err;
+        // What was left does not stand in the way of the next try.
+        EXPECT_TRUE(isThere || tests::runInProcess(init).code == 0) << result.err;
+    };
+    failEach(
+        init, [this] { emptyWork(); }, judge);
+}
