@@ -47,6 +47,11 @@ bool canLeaveRest(const Failure& failure)
     return failure.number != 0 && kKinds[failure.kind] == "unlink";
 }
 
+bool isLostPacket(const Failure& failure)
+{
+    return kKinds[failure.kind] == "send" && failure.error == ENOBUFS;
+}
+
 using Counts = std::vector<uint32_t>; // by kind
 
 class FailingCalls : public tests::LineOfCameras
@@ -179,6 +184,7 @@ TEST_F(FailingCalls, LeaveTheOldFileOrTheNewOneBehindAnExport)
         write("work/EMU-1_S1.fpk", "old");
     };
     const auto judge = [this](const Result& result, const Failure& failure) {
+        EXPECT_TRUE(result.code == 0 || !isLostPacket(failure)) << result.err;
         const QByteArray text = workText("EMU-1_S1.fpk");
         EXPECT_EQ(text, result.code == 0 ? m_right : QByteArray("old")) << result.err << result.out;
         EXPECT_TRUE(allInWork() == QStringList{"EMU-1_S1.fpk"} || canLeaveRest(failure))

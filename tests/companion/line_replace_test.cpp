@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 
 #include <csignal>
 #include <thread>
@@ -393,6 +394,21 @@ TEST_F(LineReplacement, SaysWhatIsNotProven)
     EXPECT_EQ(lastObject(run, "replacement")["proven"], false);
     EXPECT_EQ(camera.counters().restarts, 0u);
     expectDone(camera);
+}
+
+// What a bag has set is compared with nothing.
+TEST_F(LineReplacement, ProvesNoFeaturesWithoutAFeaturesFile)
+{
+    losesOne();
+    const QString text = QString::fromUtf8(fileText("hall.toml"));
+    write("hall.toml", QString(text).remove(QRegularExpression("features(_sha256)? = [^\n]*\n")).toUtf8());
+    emu::EmulatedCamera& camera = addNew("N1");
+    const Result run = replace();
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(std::get<int64_t>(*camera.node("Height")), 16);
+    EXPECT_EQ(camera.counters().restarts, 1u);
+    EXPECT_THAT(run.err, HasSubstr("there is no features file to compare its features with"));
+    EXPECT_THAT(run.err, HasSubstr("; not proven over a restart.\n"));
 }
 
 TEST_F(LineReplacement, IsOneAtATime)

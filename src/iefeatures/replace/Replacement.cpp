@@ -336,7 +336,10 @@ int Replacement::restart()
     if (const int code = compareNames())
         return code;
     const int code = verify("behind the restart");
-    m_isProven = code == ExitWell && !m_isByBag;
+    const bool hasBagAlone = m_task.wanted.featuresFile.isEmpty() && !m_task.wanted.bagFile.isEmpty();
+    m_isProven = code == ExitWell && !m_isByBag && !hasBagAlone;
+    if (hasBagAlone)
+        tell("there is no features file to compare its features with behind the restart.");
     return code;
 }
 

@@ -75,6 +75,12 @@ private:
     alignas(cmsghdr) char m_room[CMSG_SPACE(sizeof(in_pktinfo))] = {};
 };
 
+// There is no room to send in for a moment: the datagram is lost, as datagrams get lost.
+bool isCrowded(int error)
+{
+    return error == ENOBUFS || error == EAGAIN || error == ENOMEM || error == EINTR;
+}
+
 bool meansNobodyThere(int error)
 {
     return error == ECONNREFUSED || error == EHOSTUNREACH || error == EHOSTDOWN;
@@ -222,7 +228,7 @@ Outcome UdpSocket::send(const std::vector<uint8_t>& datagram)
     ssize_t sent = ::send(m_descriptor, datagram.data(), datagram.size(), 0);
     if (sent < 0 && errno == ECONNREFUSED)
         sent = ::send(m_descriptor, datagram.data(), datagram.size(), 0);
-    if (sent >= 0)
+    if (sent >= 0 || isCrowded(errno))
         return Outcome::Done;
     if (meansNobodyThere(errno))
         return Outcome::Refused;
@@ -242,7 +248,7 @@ Outcome UdpSocket::sendTo(Endpoint peer, const std::vector<uint8_t>& datagram)
     SourceNote note(m_source);
     if (m_source != 0)
         note.addTo(message);
-    if (::sendmsg(m_descriptor, &message, 0) >= 0)
+    if (::sendmsg(m_descriptor, &message, 0) >= 0 || isCrowded(errno))
         return Outcome::Done;
     m_errorText = std::strerror(errno);
     return Outcome::Failed;
