@@ -8,6 +8,7 @@
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 
+#include <algorithm>
 #include <set>
 
 namespace
@@ -44,7 +45,8 @@ void addOtherTransports(std::vector<KX_DeviceEntry>& entries, const gvcp::Bytes&
     for (const uint32_t transport : {KX_TRANSPORT_USB3, KX_TRANSPORT_CAMERA_LINK}) {
         KX_DeviceEntry entry = entries.front();
         entry.info.transportType = transport;
-        std::memcpy(&entry.info.special, packet.data(), std::min(packet.size(), sizeof entry.info.special));
+        std::copy_n(packet.begin(), std::min(packet.size(), sizeof entry.info.special),
+                    reinterpret_cast<uint8_t*>(&entry.info.special));
         entries.push_back(entry);
     }
 }

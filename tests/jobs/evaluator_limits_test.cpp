@@ -83,6 +83,31 @@ TEST_F(EvaluatorLimits, AFormulaHasAtMostAMillionCombinations)
     EXPECT_EQ(tests::suiteCalls("Compute").size(), 1024);
 }
 
+// A line each, until they are more than anybody reads; all are computed.
+TEST_F(EvaluatorLimits, TheLogOfCombinationsThatFailIsBounded)
+{
+    limits.told = 200;
+    camera.setEnumeration("En", 0, {0, 1});
+    describe("<Integer Name=\"L\"><pValue>En</pValue></Integer><Enumeration Name=\"En\"/><IntSwissKnife "
+             "Name=\"K\">"
+             "<pVariable Name=\"A\">L</pVariable><pVariable Name=\"B\">L</pVariable><pVariable "
+             "Name=\"C\">L</pVariable>"
+             "<pVariable Name=\"D\">L</pVariable><Formula>1</Formula></IntSwissKnife>");
+    tests::suiteScript().compute = [](const char*, bool& ok) {
+        ok = false;
+        return 0.0;
+    };
+    EXPECT_FALSE(value("K").ok);
+    EXPECT_EQ(tests::suiteCalls("Compute").size(), 16);
+    int characters = 0;
+    const QStringList lines = takeLogs();
+    for (const QString& line : lines)
+        characters += line.size();
+    EXPECT_GT(lines.size(), 1);
+    EXPECT_LE(characters, 200);
+    EXPECT_EQ(budget->refusals(), 0u) << "nothing was refused";
+}
+
 // Each register lies where the next one says, twice over: 2^20 questions in all.
 TEST_F(EvaluatorLimits, AnExportAsksTheCameraASetNumberOfQuestions)
 {

@@ -5,8 +5,8 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <map>
-#include <optional>
 #include <set>
 #include <sstream>
 #include <sys/stat.h>
@@ -17,6 +17,13 @@ namespace
 {
 
 constexpr size_t kMaxFileSize = 64u << 20;
+
+constexpr size_t kMostOfAText = 1000; // that a message repeats
+
+std::string shortened(const std::string& text)
+{
+    return text.size() <= kMostOfAText ? text : text.substr(0, kMostOfAText) + "...";
+}
 
 // Brackets a load with the commands that tell a camera to hold its checks until all is in (SFNC, "Device
 // Control").
@@ -50,11 +57,60 @@ private:
     std::string m_end;
 };
 
+// Selectors that did not take their value, and what they select. Asks for the camera's selectors when there
+// is a first one: entries of names that nobody knows cost nothing.
+class UnsetSelectors
+{
+public:
+    explicit UnsetSelectors(BagNodes& nodes) : m_nodes(nodes) {}
+
+    void clear() { m_unset.clear(); }
+    void note(const std::string& feature, bool isSet)
+    {
+        if (isSet)
+            m_unset.erase(feature);
+        else if (index(); m_selectors.count(feature) > 0)
+            m_unset.insert(feature);
+    }
+    // The first one in the order of names, or null.
+    const std::string* of(const std::string& feature) const
+    {
+        const auto selectors = m_selectorsOf.find(feature);
+        if (m_unset.empty() || selectors == m_selectorsOf.end())
+            return nullptr;
+        const bool isFewer = m_unset.size() < selectors->second.size();
+        const std::set<std::string>& few = isFewer ? m_unset : selectors->second;
+        const std::set<std::string>& many = isFewer ? selectors->second : m_unset;
+        const auto found = std::find_if(few.begin(), few.end(),
+                                        [&](const std::string& name) { return many.count(name) > 0; });
+        return found == few.end() ? nullptr : &*found;
+    }
+
+private:
+    void index()
+    {
+        if (m_isIndexed)
+            return;
+        m_isIndexed = true;
+        for (const std::string& selector : m_nodes.selectors()) {
+            m_selectors.insert(selector);
+            for (const std::string& selected : m_nodes.selectedFeatures(selector))
+                m_selectorsOf[selected].insert(selector);
+        }
+    }
+
+    BagNodes& m_nodes;
+    bool m_isIndexed = false;
+    std::set<std::string> m_selectors;
+    std::map<std::string, std::set<std::string>> m_selectorsOf;
+    std::set<std::string> m_unset;
+};
+
 class Loader
 {
 public:
     Loader(BagNodes& nodes, const std::vector<BagEntry>& entries)
-        : m_nodes(nodes), m_entries(entries), m_results(entries.size())
+        : m_nodes(nodes), m_entries(entries), m_unset(nodes), m_results(entries.size(), Result::Untried)
     {}
 
     // One pass over all entries, which ends where the line fails; that failure, or KX_OK.
@@ -63,29 +119,49 @@ public:
         KX_Status lineStatus = KX_OK;
         m_unset.clear();
         for (size_t i = 0; i < m_entries.size() && lineStatus == KX_OK; ++i) {
-            m_results[i] = BagLoadReport::Failure{m_entries[i].name, m_entries[i].value, KX_OK, {}};
-            apply(m_entries[i], *m_results[i]);
-            if (KX_IS_LINE_FAILURE(m_results[i]->status))
-                lineStatus = m_results[i]->status;
+            Failure failure{m_entries[i].name, m_entries[i].value, KX_OK, {}};
+            apply(m_entries[i], failure);
+            if (KX_IS_LINE_FAILURE(failure.status))
+                lineStatus = failure.status;
+            m_results[i] = failure.status == KX_OK ? Result::Taken : Result::Failed;
+            m_failures.erase(i);
+            if (failure.status != KX_OK)
+                keep(i, std::move(failure));
         }
         sumUp(report);
         return lineStatus;
     }
 
 private:
-    void sumUp(BagLoadReport& report) const
+    using Failure = BagLoadReport::Failure;
+    enum class Result : char // of an entry's last try
     {
-        report.failures.clear();
-        report.untried = 0;
-        for (const auto& result : m_results) {
-            if (!result)
-                ++report.untried;
-            else if (result->status != KX_OK)
-                report.failures.push_back(*result);
-        }
+        Untried,
+        Taken,
+        Failed
+    };
+
+    // Of very many the first ones.
+    void keep(size_t entry, Failure failure)
+    {
+        m_failures.emplace(entry, std::move(failure));
+        if (m_failures.size() > BagLoadReport::mostFailures)
+            m_failures.erase(std::prev(m_failures.end()));
     }
 
-    void apply(const BagEntry& entry, BagLoadReport::Failure& failure)
+    void sumUp(BagLoadReport& report) const
+    {
+        const auto count = [this](Result wanted) {
+            return static_cast<size_t>(std::count(m_results.begin(), m_results.end(), wanted));
+        };
+        report.untried = count(Result::Untried);
+        report.failed = count(Result::Failed);
+        report.failures.clear();
+        for (const auto& [entry, failure] : m_failures)
+            report.failures.push_back(failure);
+    }
+
+    void apply(const BagEntry& entry, Failure& failure)
     {
         for (const auto& [selector, value] : entry.selectors) {
             failure.status = write(selector, value);
@@ -95,7 +171,7 @@ private:
             }
         }
         // Written under a selector that did not take its value, it would land on another channel.
-        if (const std::string* selector = unsetSelectorOf(entry.name)) {
+        if (const std::string* selector = m_unset.of(entry.name)) {
             failure.status = KX_E_GC_ACCESS;
             failure.reason = "its selector " + *selector + " did not take its value";
             return;
@@ -111,36 +187,15 @@ private:
         KX_Status status = m_nodes.readText(name, now);
         if (status != KX_OK || now != value)
             status = KX_IS_LINE_FAILURE(status) ? status : m_nodes.writeText(name, value);
-        if (status == KX_OK)
-            m_unset.erase(name);
-        else
-            m_unset.insert(name);
+        m_unset.note(name, status == KX_OK);
         return status;
-    }
-
-    const std::string* unsetSelectorOf(const std::string& feature)
-    {
-        for (const std::string& name : m_unset) {
-            const std::vector<std::string>& selected = selectedBy(name);
-            if (std::find(selected.begin(), selected.end(), feature) != selected.end())
-                return &name;
-        }
-        return nullptr;
-    }
-
-    const std::vector<std::string>& selectedBy(const std::string& selector)
-    {
-        const auto [found, inserted] = m_selected.try_emplace(selector);
-        if (inserted)
-            found->second = m_nodes.selectedFeatures(selector);
-        return found->second;
     }
 
     BagNodes& m_nodes;
     const std::vector<BagEntry>& m_entries;
-    std::set<std::string> m_unset;
-    std::map<std::string, std::vector<std::string>> m_selected;
-    std::vector<std::optional<BagLoadReport::Failure>> m_results; // of each entry's last try
+    UnsetSelectors m_unset;
+    std::vector<Result> m_results;
+    std::map<size_t, Failure> m_failures; // by the entry
 };
 
 KX_Status readFile(const std::string& path, std::string& text, std::string& message)
@@ -181,22 +236,22 @@ KX_Status applyBag(BagNodes& nodes, const std::vector<BagEntry>& entries, BagLoa
         ++report.passes;
         if (const KX_Status status = loader.pass(report))
             return status;
-        if (report.failures.size() >= before)
+        if (report.failed >= before)
             break;
-        before = report.failures.size();
-    } while (!report.failures.empty());
+        before = report.failed;
+    } while (report.failed > 0);
 
     const KX_Status end = bracket.finish();
     if (KX_IS_LINE_FAILURE(end))
         return end;
     if (nodes.exists("DeviceRegistersValid"))
         nodes.readText("DeviceRegistersValid", report.registersValid);
-    return report.failures.empty() ? KX_OK : KX_E_INCOMPLETE;
+    return report.failed == 0 ? KX_OK : KX_E_INCOMPLETE;
 }
 
 std::string BagLoadReport::text() const
 {
-    std::string out = std::to_string(entries - failures.size() - untried) + " of " + std::to_string(entries) +
+    std::string out = std::to_string(entries - failed - untried) + " of " + std::to_string(entries) +
                       " entries took their value in " + std::to_string(passes) +
                       (passes == 1 ? " pass." : " passes.");
     if (untried > 0)
@@ -204,7 +259,9 @@ std::string BagLoadReport::text() const
     if (registersValid == "0")
         out += " The camera says that its registers are not valid together.";
     for (const Failure& failure : failures)
-        out += "\n" + failure.name + " = " + failure.value + ": " + failure.reason;
+        out += "\n" + shortened(failure.name) + " = " + shortened(failure.value) + ": " + failure.reason;
+    if (failed > failures.size())
+        out += "\nand " + std::to_string(failed - failures.size()) + " more";
     return out;
 }
 

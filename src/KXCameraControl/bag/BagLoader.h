@@ -17,11 +17,14 @@ struct BagLoadReport
         KX_Status status = KX_OK;
         std::string reason;
     };
+    static constexpr size_t mostFailures = 1000; // that are told one by one
+
     size_t entries = 0;
     size_t untried = 0; // as the line failed before
     size_t passes = 0;
-    std::vector<Failure> failures;
-    std::string registersValid; // "", "1" or "0": DeviceRegistersValid after the load, where there is one
+    size_t failed = 0;
+    std::vector<Failure> failures; // of those the first ones
+    std::string registersValid;    // "", "1" or "0": DeviceRegistersValid after the load, where there is one
 
     std::string text() const;
 };

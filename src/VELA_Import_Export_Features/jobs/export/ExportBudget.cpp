@@ -3,6 +3,8 @@
 #include "jobs/export/FormulaResult.h"
 #include "jobs/rules/BoundedText.h"
 
+#include <algorithm>
+
 namespace ie
 {
 namespace
@@ -57,6 +59,12 @@ bool ExportBudget::takeValue(qint64 characters)
 bool ExportBudget::substitute(QString& text, const QString& name, const QString& value)
 {
     return take(m_text, quint64(text.size()), m_limits.text) && allow(replaceBounded(text, name, value));
+}
+
+bool ExportBudget::mayTell(qint64 characters)
+{
+    m_told = std::min(m_told + quint64(characters), m_limits.told + 1);
+    return m_told <= m_limits.told;
 }
 
 } // namespace ie

@@ -22,6 +22,7 @@ public:
         quint64 questions = 65536;           // of the export: to the camera, for values that others hang on
         quint64 text = quint64(1024) << 20;  // of the export: characters that are searched for variables
         quint64 memory = quint64(256) << 20; // bytes of the values of one attempt at a feature
+        quint64 told = 16 * 1048576; // characters of the export's log lines about combinations that fail
     };
 
     ExportBudget() = default;
@@ -43,6 +44,8 @@ public:
     // Replaces `name` (not empty) in a formula's text, or leaves the text as it is: no text grows beyond
     // kLongestFormula.
     bool substitute(QString& text, const QString& name, const QString& value);
+    // A log line of so many characters about one combination; no refusal where it may not be written.
+    bool mayTell(qint64 characters);
 
     // How often something was refused.
     quint64 refusals() const { return m_refusals; }
@@ -57,6 +60,7 @@ private:
     quint64 m_questions = 0;
     quint64 m_text = 0;
     quint64 m_memory = 0;
+    quint64 m_told = 0;
     quint64 m_refusals = 0;
 };
 

@@ -113,7 +113,9 @@ bool RegisterEvaluator::computeFormula(const Formula& formula, const QString& te
     if (computed)
         return append({formula.text, variables, truncated(value)}, out);
     ok = false; // the remaining combinations are computed all the same
-    IE_JOB_LOG(QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
-                   .arg(formula.swissKnife, text, VELAInterface::GetCalculatorErro()));
+    const QString line = QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
+                             .arg(formula.swissKnife, text, VELAInterface::GetCalculatorErro());
+    if (m_budget.mayTell(line.size()))
+        IE_JOB_LOG(line);
     return true;
 }
