@@ -8,6 +8,7 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QPainter>
+#include <QTextDocument>
 
 #include <cstring>
 #include <optional>
@@ -174,7 +175,8 @@ void VELADeviceTree::Private::fill(QTreeWidgetItem* item, int id, const KX_Devic
     device.stDeviceInfo = entry.info;
     item->setData(0, RoleDevice, QVariant::fromValue(device));
     item->setText(0, cameraLabel(entry.info));
-    item->setToolTip(0, item->text(0));
+    // Words of a camera are never to be read as markup, which tips are.
+    item->setToolTip(0, Qt::convertFromPlainText(item->text(0), Qt::WhiteSpaceNormal));
     item->setIcon(0, stateIcon(entry.availability));
 }
 

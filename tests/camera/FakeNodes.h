@@ -32,6 +32,7 @@ public:
     std::vector<std::string> log;
     KX_Status lineStatus = KX_OK;
     std::string failsToRead;
+    unsigned askedForSelected = 0;
     KX_Status failure = KX_E_GC_ACCESS;
 
     void addSelector(const std::string& name, std::vector<std::string> all, std::vector<std::string> selected)
@@ -67,6 +68,7 @@ public:
     }
     std::vector<std::string> selectedFeatures(const std::string& feature) override
     {
+        ++askedForSelected;
         const auto found = selects.find(feature);
         return found == selects.end() ? std::vector<std::string>() : found->second;
     }

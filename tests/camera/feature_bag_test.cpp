@@ -85,6 +85,29 @@ TEST(FeatureBagLoad, whatWasNotReachedHasNotTaken)
                                 std::string(KX_CC_StatusText(KX_E_NO_ANSWER)));
 }
 
+// By counts: each name was asked for what it selects once, and each entry looked through all that had failed.
+TEST(FeatureBagLoad, namesThatNobodyKnowsCostNothingBesides)
+{
+    FakeNodes fake;
+    fake.addSelector("Sel", {"A", "B"}, {"Gain"});
+    fake.selectedNodes["Gain"] = {{"Sel=A;", {"1"}}, {"Sel=B;", {"2"}}};
+    std::vector<BagEntry> entries;
+    for (int i = 0; i < 100000; ++i)
+        entries.push_back({"Unknown" + std::to_string(i), {}, std::string(5000, 'v')});
+    entries.push_back({"Gain", {}, "5"});
+    BagLoadReport report;
+    EXPECT_EQ(applyBag(fake, entries, report), KX_E_INCOMPLETE);
+    EXPECT_EQ(fake.askedForSelected, 1u) << "of the one selector that there is";
+    EXPECT_EQ(fake.at("Gain").value, "5");
+    EXPECT_EQ(report.failed, 100000u);
+    EXPECT_EQ(report.failures.size(), BagLoadReport::mostFailures);
+    EXPECT_EQ(report.failures.back().name, "Unknown999");
+    const std::string text = report.text();
+    EXPECT_LT(text.size(), 2u << 20);
+    EXPECT_EQ(text.rfind("1 of 100001 entries took their value in 2 passes.\nUnknown0 = vvv", 0), 0u);
+    EXPECT_EQ(text.substr(text.rfind('\n')), "\nand 99000 more");
+}
+
 TEST(FeatureBagLoad, selectorsInBracesAreSetFirst)
 {
     FakeNodes fake = channels();

@@ -151,8 +151,11 @@ struct Answers
     }
 };
 
-const char* const kHostile[] = {"<b>&\"'", "a\nb", "x\x1B[31m",       "]]>",
-                                "\\",      "{}",   "\xE2\x80\xAEtxt", "\xEF\xBF\xBE"};
+// Some are alike where what a terminal would act on is left out.
+const char* const kHostile[] = {
+    "<b>&\"'",         "a\nb",         "a\rb",         "a\\nb",       "a\\u000ab",
+    "x\x1B[31m",       "]]>",          "\\",           "{}",          "\xE2\x80\xAEtxt",
+    "\xE2\x80\xADtxt", "\xEF\xBF\xBE", "\xEF\xBF\xBF", "\xEF\xBF\xBD"};
 
 class Line : public ::testing::Test
 {
@@ -468,11 +471,15 @@ TEST_F(Line, IsWellFormedXmlWhateverCamerasAreCalled)
     present[0].model = "<&";
     QXmlStreamReader xml(companion::lineJunit(inventory, check()));
     int cases = 0, failures = 0, errors = 0;
+    std::set<QString> names;
     while (!xml.atEnd()) {
         xml.readNext();
         if (!xml.isStartElement())
             continue;
-        cases += xml.name() == "testcase";
+        if (xml.name() == "testcase") {
+            ++cases;
+            names.insert(xml.attributes().value("name").toString());
+        }
         failures += xml.name() == "failure";
         errors += xml.name() == "error";
         if (xml.name() == "testsuite") {
@@ -481,6 +488,7 @@ TEST_F(Line, IsWellFormedXmlWhateverCamerasAreCalled)
     }
     EXPECT_EQ(xml.error(), QXmlStreamReader::NoError) << xml.errorString().toStdString();
     EXPECT_EQ(cases, int(std::size(kHostile)));
+    EXPECT_EQ(names.size(), std::size(kHostile)) << "no two cameras look like one";
     EXPECT_EQ(failures, int(std::size(kHostile)));
     EXPECT_EQ(errors, 0);
 }

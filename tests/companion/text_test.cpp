@@ -11,6 +11,12 @@ TEST(Text, TakesAwayWhatATerminalWouldActOn)
     EXPECT_EQ(printable(QString::fromUtf8("门 3 ä")), QString::fromUtf8("门 3 ä"));
 }
 
+TEST(Text, EscapesSoThatDifferentTextsStayDifferent)
+{
+    EXPECT_EQ(escapedText(QString::fromUtf8("a\033\n\u202E\U000E0001\\u001b 门")),
+              QString::fromUtf8("a\\u001b\\u000a\\u202e\\U000e0001\\\\u001b 门"));
+}
+
 TEST(Text, MeasuresInTerminalColumns)
 {
     const struct

@@ -256,6 +256,20 @@ private slots:
         QVERIFY(!tree.findCameraItem(4));
     }
 
+    // Tips are read as markup where they look like it.
+    void tipsShowWhatCamerasAreCalled()
+    {
+        show({gige("<b>1</b>")});
+        VELADeviceTree tree;
+        Announcements seen(tree);
+        tree.updateDeviceTypes(5, true);
+        QTRY_COMPARE(seen.log, (QStringList{"new 1"}));
+        const QTreeWidgetItem* camera = tree.findCameraItem(1);
+        QVERIFY(camera->text(0).contains("<b>1</b>"));
+        QVERIFY(!camera->toolTip(0).contains("<b>"));
+        QVERIFY(camera->toolTip(0).contains("&lt;b&gt;1&lt;/b&gt;"));
+    }
+
     void hiddenGroupsMoveTheirCamerasUp()
     {
         show({gige("1")});

@@ -48,6 +48,19 @@ QString printable(const QString& text)
     return QString::fromUcs4(characters.constData(), characters.size());
 }
 
+QString escapedText(const QString& text)
+{
+    QString escaped;
+    for (const uint character : text.toUcs4()) {
+        const bool isShort = character <= 0xFFFF;
+        if (actsOnTerminal(character))
+            escaped += QString(isShort ? "\\u%1" : "\\U%1").arg(character, isShort ? 4 : 8, 16, QChar('0'));
+        else
+            escaped += character == '\\' ? QString("\\\\") : QString::fromUcs4(&character, 1);
+    }
+    return escaped;
+}
+
 QString printableText(const QString& text)
 {
     QStringList lines = text.split('\n');

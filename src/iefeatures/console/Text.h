@@ -13,10 +13,13 @@ namespace companion
 bool actsOnTerminal(uint character);
 // Text from a camera without what a terminal would act on: control and format characters become U+FFFD.
 QString printable(const QString& text);
-// The same of each line of a text; an empty text has none.
+// The same, but different texts stay different: such characters become "\u001b" or "\U000e0001", and
+// backslashes two.
+QString escapedText(const QString& text);
+// As printable(), of each line of a text; an empty text has none.
 QStringList printableLines(const QString& text);
 
-// The same, with all its lines.
+// The same, with the text's empty lines.
 QString printableText(const QString& text);
 
 // Terminal columns that a printable text takes (Unicode Standard Annex 11): wide characters two, combining

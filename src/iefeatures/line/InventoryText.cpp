@@ -16,12 +16,6 @@ bool isInsideCharacter(char byte)
     return (byte & 0xC0) == 0x80; // UTF-8, a byte that is not the first
 }
 
-QString escaped(uint character)
-{
-    const bool isShort = character <= 0xFFFF;
-    return QString(isShort ? "\\u%1" : "\\U%1").arg(character, isShort ? 4 : 8, 16, QChar('0'));
-}
-
 } // namespace
 
 TextPlaces::TextPlaces(const QByteArray& text) : m_text(text)
@@ -46,16 +40,7 @@ int TextPlaces::offset(uint32_t line, uint32_t column) const
 
 QByteArray tomlText(const QString& text)
 {
-    QString inside;
-    for (const uint character : text.toUcs4()) {
-        if (character == '"' || character == '\\')
-            inside += '\\';
-        if (actsOnTerminal(character))
-            inside += escaped(character);
-        else
-            inside += QString::fromUcs4(&character, 1);
-    }
-    return ('"' + inside + '"').toUtf8();
+    return ('"' + escapedText(text).replace('"', "\\\"") + '"').toUtf8();
 }
 
 QByteArray tomlValue(const InventoryValue& value)

@@ -9,9 +9,20 @@ namespace
 {
 
 // XML 1.0 has no place for these two, however they are written.
+QString withoutNoCharacters(QString text, const QString& first, const QString& second)
+{
+    return text.replace(QChar(0xFFFE), first).replace(QChar(0xFFFF), second);
+}
+
 QString inXml(const QString& text)
 {
-    return printable(text).replace(QChar(0xFFFE), QChar(0xFFFD)).replace(QChar(0xFFFF), QChar(0xFFFD));
+    return withoutNoCharacters(printable(text), QChar(0xFFFD), QChar(0xFFFD));
+}
+
+// Cases are told apart by their names.
+QString nameInXml(const QString& name)
+{
+    return withoutNoCharacters(escapedText(name), "\\ufffe", "\\uffff");
 }
 
 // Nobody has seen whether it is in order.
@@ -25,7 +36,7 @@ void writeCase(QXmlStreamWriter& xml, const QString& line, const LineCameraCheck
     const LineState state = one.match.state;
     xml.writeStartElement("testcase");
     xml.writeAttribute("classname", inXml(line));
-    xml.writeAttribute("name", inXml(one.name()));
+    xml.writeAttribute("name", nameInXml(one.name()));
     if (state != LineState::InOrder) {
         QStringList problems = lineProblems(one);
         xml.writeStartElement(isError(state) ? "error" : "failure");
