@@ -67,6 +67,25 @@ TEST(HostileDescription, twentySelectorsBehindOneAnotherCostARequestEach)
     EXPECT_LE(camera.device.requests.size(), 21u);
 }
 
+// Alone, and as one of a round; listed or not.
+TEST(HostileDescription, aFeatureWhoseValueIsItsOwnValueIsRefused)
+{
+    tests::FakeCamera camera(
+        around("<Category Name=\"Root\"><pFeature>Alone</pFeature><pFeature>One</pFeature>"
+               "<pFeature>Behind</pFeature></Category>"
+               "<Integer Name=\"Alone\"><pValue>Alone</pValue></Integer>"
+               "<Float Name=\"One\"><pValue>Other</pValue></Float>"
+               "<Float Name=\"Other\"><pValue>One</pValue></Float>"
+               "<Integer Name=\"Behind\"><pValue>Unlisted</pValue></Integer>"
+               "<Integer Name=\"Unlisted\"><pValue>Unlisted</pValue></Integer>"));
+    int64_t value = 0;
+    for (const char* name : {"Alone", "Behind", "Unlisted"})
+        EXPECT_EQ(read(camera, name, value), KX_E_GC_RUNTIME) << name << ": " << camera.lastError();
+    KX_FloatValue real{};
+    EXPECT_EQ(KX_CC_GetFloatValue(camera.handle, "One", &real), KX_E_GC_RUNTIME) << camera.lastError();
+    EXPECT_TRUE(camera.device.requests.empty());
+}
+
 TEST(HostileDescription, whatTheDescriptionAloneTellsOfThemIsToldToo)
 {
     tests::FakeCamera camera(chain(20));

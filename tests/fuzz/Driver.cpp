@@ -2,8 +2,8 @@
 // some seconds. An input that breaks a promise, crashes, hangs or takes too much memory is left in the
 // working folder.
 //
-//   PROGRAM TARGET DICTIONARY SEEDS...       folders; FUZZ_SECONDS (10) of changes, by FUZZ_SEED (from the
-//   clock) PROGRAM TARGET FILE                      that input alone
+//   PROGRAM TARGET DICTIONARY SEEDS...   folders; changes for FUZZ_SECONDS (10), by FUZZ_SEED (1)
+//   PROGRAM TARGET FILE                  that input alone
 #include "fuzz/Fuzz.h"
 #include "fuzz/Targets.h"
 
@@ -191,8 +191,7 @@ unsigned numberOf(const char* variable, unsigned otherwise)
 void runChanges(const fuzz::Target& target, const std::vector<Bytes>& seeds, const std::string& dictionary)
 {
     const unsigned seconds = numberOf("FUZZ_SECONDS", 10);
-    const unsigned random =
-        numberOf("FUZZ_SEED", static_cast<unsigned>(Clock::now().time_since_epoch().count()));
+    const unsigned random = numberOf("FUZZ_SEED", 1); // the suite tries the same each time
     std::printf("FUZZ_SEED=%u\n", random);
     std::fflush(stdout);
     Changes changes(seeds, wordsIn(dictionary), random);

@@ -128,9 +128,9 @@ ReadPlanner::ReadPlanner(const NodeTable& table, const ReadMemo& memo, bool regi
     for (size_t i = 0; i < m_features.size(); ++i)
         m_positions[m_features[i]] = i;
     for (size_t i = 0; i < m_features.size(); ++i)
-        for (const Node* node = m_features[i]; node; node = node->link(Tag::pValue))
-            if (!m_positions.emplace(node, i).second && node != m_features[i])
-                break;
+        for (const Node* node = m_features[i]->link(Tag::pValue); node; node = node->link(Tag::pValue))
+            if (!m_positions.emplace(node, i).second)
+                break; // another feature's, or a circle
     findActing(table);
     findSelectors(table);
 }
