@@ -39,7 +39,7 @@ void GenCpShell::powerUp()
     m_isToRestart = false;
     m_kept->powerUp(m_responder.memory);
     const Bytes name = m_responder.memory.read(gencp::RegUserName, gencp::kTextSize);
-    m_name.assign(name.begin(), std::find(name.begin(), name.end(), 0));
+    m_name = std::string(name.begin(), std::find(name.begin(), name.end(), 0));
 }
 
 Bytes GenCpShell::peek(uint64_t address, size_t size) const
