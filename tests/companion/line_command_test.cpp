@@ -519,7 +519,8 @@ TEST_F(LineOfCameras, LooksAgainForWhoSeemsToBeMissing)
     companion::Console console(out, err, false, false);
     companion::World world{console};
     int looks = 0;
-    world.enumerate = [&looks, all = world.enumerate](std::vector<KX_DeviceEntry>& found) {
+    const companion::Enumerate all = world.enumerate;
+    world.enumerate = [&looks, all](std::vector<KX_DeviceEntry>& found) {
         const KX_Status status = all(found);
         if (++looks == 1 && !found.empty())
             found.pop_back();
@@ -529,6 +530,16 @@ TEST_F(LineOfCameras, LooksAgainForWhoSeemsToBeMissing)
     EXPECT_EQ(looks, 2);
     EXPECT_EQ(companion::runCompanion({"line", "check", file()}, world), 0);
     EXPECT_EQ(looks, 3);
+    // Each look without another one.
+    looks = 0;
+    world.enumerate = [&looks, all](std::vector<KX_DeviceEntry>& found) {
+        const KX_Status status = all(found);
+        if (found.size() == 2)
+            found.erase(found.begin() + looks++ % 2);
+        return status;
+    };
+    EXPECT_EQ(companion::runCompanion({"line", "check", file()}, world), 0) << out.str() << err.str();
+    EXPECT_EQ(looks, 2);
     looks = 0;
     EXPECT_EQ(companion::runCompanion({"line", "apply", file(), "--dry-run"}, world), 0) << err.str();
     EXPECT_EQ(looks, 2);

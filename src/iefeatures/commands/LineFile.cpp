@@ -12,11 +12,11 @@ namespace companion
 namespace
 {
 
-auto countMissing(const Inventory& inventory, const std::vector<ListedCamera>& cameras)
+bool isComplete(const Inventory& inventory, const std::vector<ListedCamera>& cameras)
 {
     const std::vector<LineMatch> line = matchLine(inventory, cameras);
-    return std::count_if(line.begin(), line.end(),
-                         [](const LineMatch& match) { return match.state == LineState::Missing; });
+    return std::none_of(line.begin(), line.end(),
+                        [](const LineMatch& match) { return match.state == LineState::Missing; });
 }
 
 } // namespace
@@ -45,12 +45,16 @@ bool hasCameras(Console& console, const Inventory& inventory, const QStringList&
 int findLine(World& world, const Inventory& inventory, std::vector<ListedCamera>& cameras)
 {
     const int code = CameraSearch::findAll(world, cameras);
-    if (code != ExitWell || countMissing(inventory, cameras) == 0)
+    if (code != ExitWell || isComplete(inventory, cameras))
         return code;
     std::vector<ListedCamera> again;
     const int codeAgain = CameraSearch::findAll(world, again);
-    if (codeAgain == ExitWell && countMissing(inventory, again) < countMissing(inventory, cameras))
-        cameras = again;
+    for (ListedCamera& camera : again)
+        if (std::none_of(cameras.begin(), cameras.end(),
+                         [&](const ListedCamera& other) { return isSameCamera(camera, other); })) {
+            camera.device.nDeviceID = static_cast<qint32>(cameras.size()) + 1;
+            cameras.push_back(camera);
+        }
     return codeAgain;
 }
 

@@ -18,8 +18,9 @@ bool readInventoryOrTell(Console& console, const std::string& file, Inventory& i
 // Whether it has cameras of all these names; one that it has not is told.
 bool hasCameras(Console& console, const Inventory& inventory, const QStringList& names);
 
-// All cameras that are there. Who of the inventory seems to be missing is looked for a second time: a packet
-// may get lost. Gives an ExitCode, as CameraSearch::findAll() does.
+// All cameras that are there. Who of the inventory seems to be missing is looked for a second time, as a
+// packet may get lost: whoever is found in one of the two looks is there. Gives an ExitCode, as
+// CameraSearch::findAll() does.
 int findLine(World& world, const Inventory& inventory, std::vector<ListedCamera>& cameras);
 
 } // namespace companion
