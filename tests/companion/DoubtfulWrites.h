@@ -34,6 +34,7 @@ protected:
             camera.releaseControl();
             return result;
         };
+        run({}); // which fetches the description, once and for all
         camera.resetCounters();
         ASSERT_EQ(run({}).code, 0);
         ASSERT_TRUE(write.isWritten());

@@ -124,7 +124,7 @@ private:
         entry.cameraValue = after.value;
         if (!after.isRead() && KX_IS_LINE_FAILURE(status))
             m_result.doubt(before.name, before.value);
-        else if (status == KX_OK || after.value != before.value)
+        else if (status == KX_OK || (after.isRead() && after.value != before.value))
             m_result.changes.push_back(
                 {before.name, false, 0, before.value, after.isRead() ? after.value : entry.fileValue});
         if (status != KX_OK)
