@@ -175,8 +175,10 @@ void VELADeviceTree::Private::fill(QTreeWidgetItem* item, int id, const KX_Devic
     device.stDeviceInfo = entry.info;
     item->setData(0, RoleDevice, QVariant::fromValue(device));
     item->setText(0, cameraLabel(entry.info));
-    // Words of a camera are never to be read as markup, which tips are.
-    item->setToolTip(0, Qt::convertFromPlainText(item->text(0), Qt::WhiteSpaceNormal));
+    // Words of a camera are never to be read as markup, which tips are that look like it.
+    const QString label = item->text(0);
+    item->setToolTip(0, Qt::mightBeRichText(label) ? Qt::convertFromPlainText(label, Qt::WhiteSpaceNormal)
+                                                   : label);
     item->setIcon(0, stateIcon(entry.availability));
 }
 

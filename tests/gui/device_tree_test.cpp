@@ -259,11 +259,14 @@ private slots:
     // Tips are read as markup where they look like it.
     void tipsShowWhatCamerasAreCalled()
     {
-        show({gige("<b>1</b>")});
+        show({gige("<b>1</b>"), gige("2 & 3")});
         VELADeviceTree tree;
         Announcements seen(tree);
         tree.updateDeviceTypes(5, true);
-        QTRY_COMPARE(seen.log, (QStringList{"new 1"}));
+        QTRY_COMPARE(seen.log, (QStringList{"new 1", "new 2"}));
+        const QTreeWidgetItem* plain = tree.findCameraItem(2);
+        QVERIFY(plain->text(0).contains("2 & 3"));
+        QCOMPARE(plain->toolTip(0), plain->text(0));
         const QTreeWidgetItem* camera = tree.findCameraItem(1);
         QVERIFY(camera->text(0).contains("<b>1</b>"));
         QVERIFY(!camera->toolTip(0).contains("<b>"));
