@@ -112,6 +112,12 @@ int pollUntil(WSAPOLLFD* entries, size_t count, Clock::time_point deadline)
     }
 }
 
+// There is no room to send in for a moment: the datagram is lost, as datagrams get lost.
+bool isCrowded(int error)
+{
+    return error == WSAENOBUFS || error == WSAEWOULDBLOCK;
+}
+
 bool meansNobodyThere(int error)
 {
     return error == WSAECONNRESET || error == WSAECONNREFUSED || error == WSAEHOSTUNREACH ||
@@ -280,6 +286,8 @@ Outcome UdpSocket::send(const std::vector<uint8_t>& datagram)
     if (attempt() >= 0 || (meansNobodyThere(::WSAGetLastError()) && attempt() >= 0))
         return Outcome::Done;
     const int error = ::WSAGetLastError();
+    if (isCrowded(error))
+        return Outcome::Done;
     if (meansNobodyThere(error))
         return Outcome::Refused;
     m_errorText = textOf(error);
@@ -293,7 +301,10 @@ Outcome UdpSocket::sendTo(Endpoint peer, const std::vector<uint8_t>& datagram)
                  static_cast<int>(datagram.size()), 0, reinterpret_cast<const sockaddr*>(&name),
                  sizeof name) >= 0)
         return Outcome::Done;
-    m_errorText = textOf(::WSAGetLastError());
+    const int error = ::WSAGetLastError();
+    if (isCrowded(error))
+        return Outcome::Done;
+    m_errorText = textOf(error);
     return Outcome::Failed;
 }
 
