@@ -115,7 +115,10 @@ bool RegisterEvaluator::computeFormula(const Formula& formula, const QString& te
     ok = false; // the remaining combinations are computed all the same
     const QString line = QString("getValue  failed:%1 compute erro,formula:%2.msg:%3")
                              .arg(formula.swissKnife, text, VELAInterface::GetCalculatorErro());
+    const bool wasTold = m_budget.mayTell(0);
     if (m_budget.mayTell(line.size()))
         IE_JOB_LOG(line);
+    else if (wasTold)
+        IE_JOB_LOG(QString("Further combinations that fail are not logged."));
     return true;
 }
