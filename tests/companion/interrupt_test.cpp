@@ -29,6 +29,41 @@ protected:
                          [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(5); });
     }
 
+    // One register, where a formula says that takes minutes.
+    static std::string descriptionWithAMillionCombinations()
+    {
+        std::string description = tests::descriptionWithOneRegister();
+        const std::string address = "<Address>0x10100</Address>";
+        description.replace(description.find(address), address.size(), "<pAddress>Where</pAddress>");
+        const std::string nodes =
+            "<Integer Name=\"Selector\"><pValue>Thousand</pValue><Min>1</Min><Max>1000</Max>"
+            "<pSelected>Zone</pSelected></Integer><Integer Name=\"Thousand\"><Value>1</Value></Integer>"
+            "<IntSwissKnife Name=\"Where\">"
+            "<pVariable Name=\"A\">Thousand</pVariable><pVariable Name=\"B\">Thousand</pVariable>"
+            "<Formula>0x10100+A-A+B-B" +
+            repeated("+(3*5-15)", 90) + "</Formula></IntSwissKnife>";
+        description.insert(description.find("<Port "), nodes);
+        return description.insert(description.find("<pFeature>Zone<"), "<pFeature>Selector</pFeature>");
+    }
+
+    static std::string repeated(const std::string& text, int times)
+    {
+        std::string all;
+        for (int i = 0; i < times; ++i)
+            all += text;
+        return all;
+    }
+
+    // Until the camera has been asked, and is asked no more.
+    static void awaitSilence(const emu::EmulatedCamera& camera)
+    {
+        awaitRequests(camera, 1);
+        for (uint64_t last = 0; last != camera.counters().requests();) {
+            last = camera.counters().requests();
+            std::this_thread::sleep_for(std::chrono::milliseconds(400));
+        }
+    }
+
     // Runs the command and raises the signal when the camera has got so many requests.
     Result interruptAt(const emu::EmulatedCamera& camera, uint64_t requests, int signal,
                        const tests::Arguments& arguments)
@@ -119,6 +154,23 @@ TEST_F(Interrupted, KeepsNoFileThatOnlyLooksWhole)
     EXPECT_EQ(allInFolder(), QStringList{"EMU-1_S1.fpk"});
     EXPECT_EQ(fileText("EMU-1_S1.fpk"), whole);
     EXPECT_EQ(run.err, "EMU-1 S1: interrupted; no file was written.\nInterrupted.\nEMU-1 S1: not written\n");
+    EXPECT_EQ(controlOf(camera), 0u);
+}
+
+// No call to the camera follows that could be refused.
+TEST_F(Interrupted, EndsAnExportThatComputesFormulas)
+{
+    const emu::EmulatedCamera& camera = addCamera(
+        "S1", [](emu::CameraConfig& config) { config.description = descriptionWithAMillionCombinations(); });
+    std::thread person([&] {
+        awaitSilence(camera);
+        std::raise(SIGINT);
+    });
+    const Result run = runInProcess({"export", "--all", "--to", folder()});
+    person.join();
+    EXPECT_EQ(run.code, 130);
+    EXPECT_EQ(allInFolder(), QStringList());
+    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: interrupted; no file was written.\n"));
     EXPECT_EQ(controlOf(camera), 0u);
 }
 

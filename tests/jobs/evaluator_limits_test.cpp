@@ -3,7 +3,10 @@
 
 #include "jobs/rules/BoundedText.h"
 
+#include <QThread>
+
 #include <limits>
+#include <memory>
 
 namespace
 {
@@ -107,6 +110,33 @@ TEST_F(EvaluatorLimits, TheLogOfCombinationsThatFailIsBounded)
     EXPECT_GT(lines.size(), 1);
     EXPECT_LE(characters, 200);
     EXPECT_EQ(budget->refusals(), 0u) << "nothing was refused";
+}
+
+// What has become long ends; a short formula needs no look at who waits for the thread.
+TEST_F(EvaluatorLimits, AThreadThatIsAskedToEndComputesNoFurther)
+{
+    describeSelector(1, 1000);
+    describe("<Integer Name=\"Sel\"/><IntSwissKnife Name=\"Long\"><pVariable Name=\"A\">V</pVariable>"
+             "<pVariable Name=\"B\">V</pVariable><Formula>A+B</Formula></IntSwissKnife>" +
+             knife("Short", "Two") + "<Integer Name=\"Two\"><Value>2</Value></Integer>");
+    nodes["V"] = valueThatSelects();
+    tests::suiteScript().compute = [](const char*, bool& ok) {
+        QThread::currentThread()->requestInterruption();
+        ok = true;
+        return 3.0;
+    };
+    Outcome shortOne, longOne;
+    const std::unique_ptr<QThread> thread(QThread::create([&] {
+        shortOne = value("Short");
+        longOne = value("Long");
+    }));
+    thread->start();
+    thread->wait();
+    EXPECT_TRUE(shortOne.ok);
+    EXPECT_FALSE(longOne.ok);
+    EXPECT_LT(tests::suiteCalls("Compute").size(), 65536);
+    EXPECT_TRUE(budget->isInterrupted());
+    takeLogs();
 }
 
 // Each register lies where the next one says, twice over: 2^20 questions in all.

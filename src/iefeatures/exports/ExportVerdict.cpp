@@ -2,6 +2,7 @@
 
 #include "iefeatures/cameras/CameraJson.h"
 #include "iefeatures/console/ExitCode.h"
+#include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
 #include "iefeatures/exports/ReadBack.h"
@@ -112,14 +113,18 @@ State stateOf(const JobOutcome& job, const CallWatch::Tally& tally)
 // "Failed to save feature." has many; the camera library's text about a feature bag has its own.
 QString causeOf(const ExportResult& result, const CallWatch::Findings& findings)
 {
+    const QString interrupted = "interrupted; no file was written.";
     if (result.tally.wasRefused)
-        return "interrupted; no file was written.";
+        return interrupted;
     if (!result.tally.wasOpened)
         return openRemark(findings);
     if (!findings.bagText.isEmpty())
         return {};
     const QString unread = unreadableRemark(findings, {"DeviceFirmwareVersion"});
-    return unread.isEmpty() || findings.lineFailure ? lineRemark(findings) : unread;
+    if (!unread.isEmpty() && !findings.lineFailure)
+        return unread;
+    const QString line = lineRemark(findings);
+    return line.isEmpty() && Interrupt::isRequested() ? interrupted : line;
 }
 
 QString stateWord(const ExportResult& result)

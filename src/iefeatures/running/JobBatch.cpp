@@ -54,7 +54,10 @@ std::vector<JobOutcome> JobBatch::run(const std::function<bool()>& mayStart)
     startWhatMay();
     if (m_running > 0) {
         QTimer ticks;
-        QObject::connect(&ticks, &QTimer::timeout, [this] { guarded([this] { m_listener.tick(); }); });
+        QObject::connect(&ticks, &QTimer::timeout, [this] {
+            askForTheEnd();
+            guarded([this] { m_listener.tick(); });
+        });
         ticks.start(kTickMilliseconds);
         m_loop.exec();
     }
@@ -64,6 +67,16 @@ std::vector<JobOutcome> JobBatch::run(const std::function<bool()>& mayStart)
     for (Job& job : m_jobs)
         outcomes.push_back(job.outcome);
     return outcomes;
+}
+
+// Heard by what a job computes between two calls to its camera.
+void JobBatch::askForTheEnd()
+{
+    if (m_mayStart())
+        return;
+    for (const Job& job : m_jobs)
+        if (job.worker)
+            job.worker->requestInterruption();
 }
 
 void JobBatch::startWhatMay()

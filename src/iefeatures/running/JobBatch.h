@@ -53,7 +53,8 @@ public:
 
     // Runs an event loop until every job is over and gives the outcomes in the cameras' order. As many jobs
     // as the suite supports in one batch run at once, the others wait; one that fails does not stop the
-    // others. No job is started when `mayStart` says no. What a job or a listener has thrown is thrown again
+    // others. Where `mayStart` says no, no job is started, and those that run are asked for their end
+    // (QThread::requestInterruption()). What a job or a listener has thrown is thrown again
     // when all are over.
     std::vector<JobOutcome> run(const std::function<bool()>& mayStart);
 
@@ -65,6 +66,7 @@ private:
         std::unique_ptr<QOperateThread> worker;
     };
 
+    void askForTheEnd();
     void startWhatMay();
     void start(Job& job);
     void finish();

@@ -3,6 +3,8 @@
 #include "jobs/export/FormulaResult.h"
 #include "jobs/rules/BoundedText.h"
 
+#include <QThread>
+
 #include <algorithm>
 
 namespace ie
@@ -13,6 +15,9 @@ namespace
 // One value in a list: the list's pointer, the record, and what an allocation costs beside.
 constexpr quint64 kValueSize = sizeof(void*) + sizeof(_FORMULA_RESULT_) + 16;
 
+// Milliseconds of work. What is over before needs no look: the next question to the camera is refused.
+constexpr quint64 kBetweenLooks = 65536;
+
 } // namespace
 
 bool ExportBudget::allow(bool isAllowed)
@@ -22,10 +27,20 @@ bool ExportBudget::allow(bool isAllowed)
     return isAllowed;
 }
 
+void ExportBudget::lookForInterruption(quint64 amount)
+{
+    m_sinceLook += amount;
+    if (m_sinceLook < kBetweenLooks)
+        return;
+    m_sinceLook = 0;
+    m_isInterrupted = m_isInterrupted || QThread::currentThread()->isInterruptionRequested();
+}
+
 // A refusal takes all that is left, so nothing smaller passes behind it.
 bool ExportBudget::take(quint64& taken, quint64 amount, quint64 limit)
 {
-    const bool isAllowed = amount <= limit && taken <= limit - amount;
+    lookForInterruption(amount);
+    const bool isAllowed = !m_isInterrupted && amount <= limit && taken <= limit - amount;
     taken = isAllowed ? taken + amount : limit + 1;
     return allow(isAllowed);
 }

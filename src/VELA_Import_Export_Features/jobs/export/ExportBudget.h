@@ -9,7 +9,8 @@ namespace ie
 {
 
 // Charged before anything is done or grows. Every operation answers whether it is allowed; a refusal is
-// always a failure of the evaluation, never a value.
+// always a failure of the evaluation, never a value. Once the thread has been asked to end
+// (QThread::requestInterruption()), what has become long is refused all that follows.
 class ExportBudget
 {
 public:
@@ -49,10 +50,13 @@ public:
 
     // How often something was refused.
     quint64 refusals() const { return m_refusals; }
+    // Whether it was because the thread has been asked to end.
+    bool isInterrupted() const { return m_isInterrupted; }
 
 private:
     bool take(quint64& taken, quint64 amount, quint64 limit);
     bool allow(bool isAllowed);
+    void lookForInterruption(quint64 amount);
 
     const Limits m_limits = Limits();
     int m_depth = 0;
@@ -62,6 +66,8 @@ private:
     quint64 m_memory = 0;
     quint64 m_told = 0;
     quint64 m_refusals = 0;
+    quint64 m_sinceLook = 0;
+    bool m_isInterrupted = false;
 };
 
 } // namespace ie

@@ -53,7 +53,7 @@ bool FeaturesExport::appendFeatures()
         if (!appendFeature(element))
             return false;
     }
-    return true;
+    return !m_budget.isInterrupted();
 }
 
 // A selected feature is one register with an address per selector value, and a plain value only where that

@@ -33,7 +33,8 @@ public:
     };
     explicit FeaturesExport(const Source& source);
 
-    // False: the firmware cannot be read, or the line failed; there is no text then.
+    // False: the firmware cannot be read, the line failed, or the thread has been asked to end in the middle
+    // of formulas; there is no text then.
     bool build(const QString& modelName, QString& text);
 
 private:
