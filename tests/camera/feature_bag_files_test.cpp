@@ -1,6 +1,7 @@
 // Feature bags as text and as files.
 #include "camera/FakeNodes.h"
 #include "camera/FakePort.h"
+#include "support/FullDisk.h"
 
 #include <gtest/gtest.h>
 
@@ -26,6 +27,13 @@ public:
     }
     ~TemporaryFolder() { std::filesystem::remove_all(m_path); }
     std::string operator/(const std::string& name) const { return m_path + "/" + name; }
+    std::string names() const
+    {
+        std::string all;
+        for (const auto& entry : std::filesystem::directory_iterator(m_path))
+            all += entry.path().filename().string();
+        return all;
+    }
 
 private:
     std::string m_path;
@@ -85,7 +93,7 @@ TEST(FeatureBagFiles, saveThenLoadBringsTheCameraBack)
     std::string message;
     uint32_t count = 0;
     ASSERT_EQ(saveBag(fake, {"M", "C", "1"}, folder / "a.fpk", message, count), KX_OK);
-    EXPECT_FALSE(std::filesystem::exists(folder / "a.fpk.part"));
+    EXPECT_EQ(folder.names(), "a.fpk");
     fake.nodes["Width"].value = "1";
     fake.selectedNodes["Gain"]["GainSelector=All;"].value = "10";
     fake.nodes["GainSelector"].value = "Blue";
@@ -160,16 +168,23 @@ TEST(FeatureBagFiles, whatCannotBeOpenedSaysSo)
     EXPECT_TRUE(fake.log.empty()) << "no write to the camera";
 }
 
-TEST(FeatureBagFiles, aFullDiskIsReported)
+TEST(FeatureBagFiles, aFullDiskIsReportedAndKeepsTheOlderFile)
 {
-    FakeNodes fake = channels();
-    TemporaryFolder folder;
-    std::filesystem::create_symlink("/dev/full", folder / "a.fpk.part");
+    const TemporaryFolder folder;
+    const auto save = [&](std::string& message) {
+        FakeNodes fake = channels();
+        uint32_t count = 0;
+        const tests::FullDisk disk(100);
+        return saveBag(fake, {}, folder / "a.fpk", message, count);
+    };
     std::string message;
-    uint32_t count = 0;
-    EXPECT_EQ(saveBag(fake, {}, folder / "a.fpk", message, count), KX_E_FILE);
-    EXPECT_NE(message.find("No space left"), std::string::npos) << message;
-    EXPECT_FALSE(std::filesystem::exists(folder / "a.fpk"));
+    EXPECT_EQ(save(message), KX_E_FILE);
+    EXPECT_EQ(message, "The feature file " + folder / "a.fpk" + " cannot be written: File too large");
+    EXPECT_EQ(folder.names(), "");
+    std::ofstream(folder / "a.fpk") << "old";
+    EXPECT_EQ(save(message), KX_E_FILE);
+    EXPECT_EQ(contentOf(folder / "a.fpk"), "old");
+    EXPECT_EQ(folder.names(), "a.fpk");
 }
 
 // A camera whose one feature is selected by an index from 0 to `last`; saved to `path`.

@@ -77,6 +77,9 @@ TEST(FeatureBagSave, whatACameraSaysForgesNoEntries)
     EXPECT_EQ(text, "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n# GenApi persistence file (version 3.0.0)\n"
                     "# Device = V Width\t8::M Gain\t9 -- Device version = 1 \n"
                     "# a remark of S Height\t10\nBraces\t{A=1}\nTab\ta\tb\n");
+    EXPECT_EQ(bag.notes.size(), 4u);
+    EXPECT_EQ(bag.notes.front(), "The value of Forged has no form in this file: it is left out.");
+    EXPECT_EQ(bag.remark, "") << "all that could be cut off is there";
 }
 
 TEST(FeatureBagSave, aRefusedFeatureIsLeftOutAndAFailedLineEndsIt)
@@ -136,9 +139,10 @@ TEST(FeatureBagSave, tooManySelectorValuesKeepTheOneThatIsSetAndAreTold)
     EXPECT_EQ(collectBag(fake, bag), KX_OK);
     EXPECT_EQ(bag.entries.size(), 5u);
     EXPECT_TRUE(fake.log.empty()) << "no selector was touched";
-    EXPECT_EQ(bag.cuts, (std::vector<std::string>{"The selector GainSelector has more than 65536 values: its "
-                                                  "features are saved for the one that it has."}));
-    EXPECT_EQ(bag.remark, bag.cuts[0] + " ");
+    EXPECT_EQ(bag.notes,
+              (std::vector<std::string>{"The selector GainSelector has more than 65536 values: its "
+                                        "features are saved for the one that it has."}));
+    EXPECT_EQ(bag.remark, bag.notes[0] + " ");
 }
 
 TEST(FeatureBagSave, whatCannotBeSavedOrMovedAnywayIsNoCut)
@@ -169,7 +173,7 @@ TEST(FeatureBagSave, combinationsBeyondTheLimitAreToldNotLeftOutInSilence)
         fake.order = {"Value"};
         Bag bag;
         EXPECT_EQ(collectBag(fake, bag), KX_OK);
-        cuts = bag.cuts;
+        cuts = bag.notes;
         return std::count_if(bag.entries.begin(), bag.entries.end(),
                              [](const BagEntry& entry) { return entry.name == "Value"; });
     };
@@ -192,7 +196,7 @@ TEST(FeatureBagSave, whatIsBehindThirtyTwoSelectorsIsSavedAndBehindMoreForTheirV
     fake.order = {"S42", "S43", "S44"}; // behind 32, 33 and 34
     Bag bag;
     EXPECT_EQ(collectBag(fake, bag), KX_OK);
-    EXPECT_EQ(bag.cuts,
+    EXPECT_EQ(bag.notes,
               (std::vector<std::string>{"There are features behind more than 32 selectors: they are "
                                         "saved for the values that those have."}));
     std::vector<std::string> names;

@@ -1,5 +1,6 @@
 // Files that are written whole or not at all, against everything that gets in between.
 #include "jobs/file/WholeFile.h"
+#include "support/FullDisk.h"
 #include "support/QtPrinting.h"
 
 #include <QDir>
@@ -11,11 +12,9 @@
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <thread>
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -88,28 +87,7 @@ protected:
     QTemporaryDir folder;
 };
 
-// Files of this process end at that size while it lives: a disk that fills up.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes)
-    {
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_before), 0);
-        rlimit limit = m_before;
-        limit.rlim_cur = bytes;
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    rlimit m_before = {};
-    void (*m_handler)(int) = nullptr;
-};
+using tests::FullDisk;
 
 const QString kText(100000, 'n');
 
@@ -282,6 +260,21 @@ TEST_F(WholeFile, ANameWithoutRoomForASecondOneIsWrittenInPlace)
     EXPECT_TRUE(ie::writeWholeFile(path(longest), kText));
     EXPECT_EQ(bytes(longest), kText.toLatin1());
     EXPECT_EQ(names(), QStringList({longest}));
+}
+
+TEST_F(WholeFile, WhatCannotBeWrittenInPlaceLeavesNoHalf)
+{
+    ASSERT_EQ(symlink("/dev/full", path().toLocal8Bit().constData()), 0);
+    EXPECT_FALSE(ie::writeWholeFile(path(), kText));
+    EXPECT_TRUE(QFileInfo(path()).isSymLink()) << "it was no file of ours";
+    const QString longest(255, 'x'), link = "link.fpk";
+    ASSERT_EQ(symlink(longest.toLatin1().constData(), path(link).toLocal8Bit().constData()), 0);
+    {
+        const FullDisk disk(50000);
+        EXPECT_FALSE(ie::writeWholeFile(path(longest), kText));
+        EXPECT_FALSE(ie::writeWholeFile(path(link), kText));
+    }
+    EXPECT_EQ(names(), QStringList({"Cam.fpk", link}));
 }
 
 TEST_F(WholeFile, MayBeOfBytesAsTheyAre)

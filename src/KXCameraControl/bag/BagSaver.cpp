@@ -1,12 +1,9 @@
 // Walking a camera through its selectors, and the file.
 #include "KXCameraControl/bag/BagSaver.h"
 
-#include "KXCameraControl/bag/ReplaceFile.h"
+#include "KXCameraControl/bag/BagFile.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <map>
 #include <set>
 
@@ -125,8 +122,12 @@ private:
         if (lineFailed() || !note(m_nodes.accessMode(feature, mode)) || mode != KX_AM_READ_WRITE)
             return false;
         BagEntry entry{feature, {}, {}};
-        if (!note(m_nodes.readText(feature, entry.value)) || !hasForm(entry))
+        if (!note(m_nodes.readText(feature, entry.value)))
             return false;
+        if (!hasForm(entry)) {
+            note("The value of " + feature + " has no form in this file: it is left out.");
+            return false;
+        }
         m_entries.push_back(std::move(entry));
         return true;
     }
@@ -152,14 +153,20 @@ private:
         restore(originals, begin);
     }
 
+    // False: it is known.
+    bool note(const std::string& remark)
+    {
+        if (std::find(m_bag.notes.begin(), m_bag.notes.end(), remark) != m_bag.notes.end())
+            return false;
+        m_bag.notes.push_back(remark);
+        return true;
+    }
+
     void tellCuts(const std::set<std::string>& cuts)
     {
-        for (const std::string& cut : cuts) {
-            if (std::find(m_bag.cuts.begin(), m_bag.cuts.end(), cut) != m_bag.cuts.end())
-                continue;
-            m_bag.cuts.push_back(cut);
-            m_bag.remark += cut + " ";
-        }
+        for (const std::string& cut : cuts)
+            if (note(cut))
+                m_bag.remark += cut + " ";
     }
 
     static std::string tooManyCombinations(const Selectors& selectors)
@@ -241,23 +248,12 @@ private:
     KX_Status m_status = KX_OK;
 };
 
-// Through a temporary and a rename: whoever looks at `path` sees the old file or the whole new one.
 KX_Status writeFile(const std::string& path, const std::string& text, std::string& message)
 {
-    const std::string temporary = path + ".part";
-    std::FILE* file = std::fopen(temporary.c_str(), "wb");
-    bool ok = file != nullptr;
-    if (file) {
-        ok = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-        ok = std::fflush(file) == 0 && ok;
-        ok = std::fclose(file) == 0 && ok;
-    }
-    const std::string reason = ok ? replaceFile(temporary, path) : std::strerror(errno);
+    const std::string reason = writeBagFile(path, text);
     if (reason.empty())
         return KX_OK;
     message = "The feature file " + path + " cannot be written: " + reason;
-    if (file)
-        std::remove(temporary.c_str());
     return KX_E_FILE;
 }
 
@@ -278,9 +274,9 @@ KX_Status saveBag(BagNodes& nodes, const BagIdentity& identity, const std::strin
     if (status != KX_OK)
         return status;
     if (bag.entries.empty())
-        bag.cuts.push_back(
+        bag.notes.push_back(
             "No feature of this camera is streamable, readable and writable: nothing is saved.");
-    const KX_Status written = writeFile(path, bagText(identity, bag.entries, bag.cuts), message);
+    const KX_Status written = writeFile(path, bagText(identity, bag.entries, bag.notes), message);
     return written == KX_OK && !bag.remark.empty() ? KX_E_INCOMPLETE : written;
 }
 

@@ -10,15 +10,15 @@ namespace kx
 struct Bag
 {
     std::vector<BagEntry> entries;
-    std::vector<std::string> cuts; // what was left out because there is too much of it; sentences
-    std::string remark;            // what could not be put back on the camera, and the cuts
+    std::vector<std::string> notes; // what was left out, and why; sentences, comments of the file
+    std::string remark; // what could not be put back on the camera, and what was cut off for its size
 };
 
 // Collects the bag's lines. Every selector is put back to what it was on every way out; a status of a failed
 // line ends the collection.
 KX_Status collectBag(BagNodes& nodes, Bag& bag);
 
-// The file, through a temporary beside `path` and a rename. `message` tells more in English; `count` is the
+// The file, as writeBagFile() writes it. `message` tells more in English; `count` is the
 // number of entries. KX_E_INCOMPLETE: it is written, but there is a remark.
 KX_Status saveBag(BagNodes& nodes, const BagIdentity& identity, const std::string& path, std::string& message,
                   uint32_t& count);

@@ -39,7 +39,7 @@ constexpr int kHeadOfBag = 3; // comments; others say what was left out
 struct BagLines
 {
     int features = 0;
-    int comments = 0;
+    QStringList comments;
 };
 
 BagLines bagLines(const QString& path)
@@ -49,8 +49,12 @@ BagLines bagLines(const QString& path)
     if (!file.open(QIODevice::ReadOnly))
         return count;
     for (const QByteArray& line : file.readAll().split('\n'))
-        if (!line.isEmpty())
-            ++(line.startsWith('#') ? count.comments : count.features);
+        if (!line.isEmpty()) {
+            if (line.startsWith('#'))
+                count.comments += QString::fromUtf8(line.mid(2));
+            else
+                ++count.features;
+        }
     return count;
 }
 
@@ -62,8 +66,11 @@ void examineBag(ExportResult& result, KX_Status status)
         return;
     const BagLines lines = bagLines(result.job.path);
     result.features = lines.features;
-    result.isCut = status == KX_E_INCOMPLETE && lines.comments > kHeadOfBag;
+    const QStringList notes = lines.comments.mid(kHeadOfBag);
+    result.isCut = status == KX_E_INCOMPLETE && !notes.isEmpty();
     result.isNotSetBack = status == KX_E_INCOMPLETE && !result.isCut;
+    if (status == KX_OK && result.features > 0)
+        result.notes = notes;
 }
 
 QString named(const QStringList& features)
@@ -182,6 +189,8 @@ QStringList exportRemarks(const ExportResult& result, const CallWatch::Findings&
                    "features file (--format xml) instead.";
     if (result.state == State::Failed)
         remarks += causeOf(result, findings);
+    for (const QString& note : result.notes)
+        remarks += printable(note);
     remarks.removeAll({});
     return remarks + printableLines(findings.bagText);
 }

@@ -26,6 +26,7 @@ struct ExportResult
     CallWatch::Tally tally;
     State state = State::NotStarted;
     int features = 0;          // blocks of the written file, lines of a feature bag
+    QStringList notes = {};    // of a feature bag that is whole: what it says itself that it leaves out
     bool isCut = false;        // a feature bag that lacks something, as it says itself
     bool isNotSetBack = false; // a selector is not what it was before a feature bag was saved
     QString problem = {};      // why the file is not kept, which the job has not told: a sentence

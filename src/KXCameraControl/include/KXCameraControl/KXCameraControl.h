@@ -568,7 +568,8 @@ KX_API KX_Status KX_CC_GetRegisterNames(KX_HANDLE handle, int64_t address, int64
  * without such a feature (descriptions before schema 1.1 know no Streamable) gives a file without an entry and KX_OK:
  * the observer is told the number of entries (KX_CallEvent, `value`), and a comment in the file says it. Of a selector
  * of more than 65,536 values the features are saved for the one that it has, of more than 262,144 combinations of
- * selectors the first ones; then comments in the file say so and the status is KX_E_INCOMPLETE.
+ * selectors the first ones; then comments in the file say so and the status is KX_E_INCOMPLETE. A value that the text
+ * has no form for, line breaks in it, is left out, which a comment says.
  * Load: passes over the file until nothing more settles, between the camera's streaming commands where it has them.
  * KX_E_FILE: the file cannot be opened, read or written; KX_E_FILE_FORMAT: it is no such file; KX_E_INCOMPLETE: some
  * entries did not take their value, something was cut off, or a selector could not be put back

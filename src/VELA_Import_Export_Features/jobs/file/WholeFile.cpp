@@ -45,7 +45,7 @@ bool isStored(const QFileDevice& file)
 #endif
 }
 
-// A disk that fills up must not leave half a file that looks whole.
+// A disk that fills up must not leave half a file that looks whole; a device or a pipe stays.
 template <typename Content>
 bool writeInPlace(const QString& path, const Content& content)
 {
@@ -56,7 +56,9 @@ bool writeInPlace(const QString& path, const Content& content)
     file.close();
     if (isWritten && file.error() == QFileDevice::NoError)
         return true;
-    file.remove();
+    const QFileInfo half(path);
+    if (half.isFile())
+        QFile::remove(half.canonicalFilePath());
     return false;
 }
 
