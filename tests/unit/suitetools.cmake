@@ -9,6 +9,10 @@ foreach(subject ${subjects})
         SOURCES ${subject}_test.cpp
         LIBRARIES SuiteTools GTest::gtest_main)
 endforeach()
+ie_add_test(session_processes_test LABEL unit
+    SOURCES session_processes_test.cpp "${CMAKE_SOURCE_DIR}/src/SuiteTools/widgets/SessionProcesses.cpp"
+    LIBRARIES SuiteTools GTest::gtest_main)
+target_include_directories(session_processes_test PRIVATE "${CMAKE_SOURCE_DIR}/src")
 if(WIN32)
     ie_skip_tests("what it compares with is a Linux library" calculator_differential_test)
     ie_skip_tests("it stands in for a function of the C library" calculator_table_test)

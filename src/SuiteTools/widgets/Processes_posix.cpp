@@ -5,56 +5,8 @@
 #include <QFile>
 #include <QFileInfo>
 
-#if defined(Q_OS_WIN)
-#include <windows.h>
-
-#include <tlhelp32.h>
-#else
 #include <signal.h>
 #include <sys/types.h>
-#endif
-
-#if defined(Q_OS_WIN)
-
-namespace
-{
-
-DWORD sessionOf(DWORD process)
-{
-    DWORD session = 0;
-    return ProcessIdToSessionId(process, &session) ? session : DWORD(-1);
-}
-
-} // namespace
-
-// Programs of another session, which another user may have on the same machine, are none of ours.
-void VELAInterface::processID(const QString& processName, QList<qint64>* ids)
-{
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    PROCESSENTRY32W entry;
-    entry.dwSize = sizeof entry;
-    const DWORD session = sessionOf(GetCurrentProcessId());
-    for (BOOL found = Process32FirstW(snapshot, &entry); found; found = Process32NextW(snapshot, &entry))
-        if (QFileInfo(QString::fromWCharArray(entry.szExeFile)).completeBaseName() == processName &&
-            sessionOf(entry.th32ProcessID) == session)
-            ids->append(entry.th32ProcessID);
-    CloseHandle(snapshot);
-}
-
-void VELAInterface::killProcess(const QString& processName)
-{
-    QList<qint64> ids;
-    processID(processName, &ids);
-    for (const qint64 id : qAsConst(ids)) {
-        if (id == QCoreApplication::applicationPid())
-            continue;
-        const HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, DWORD(id));
-        TerminateProcess(process, 0);
-        CloseHandle(process);
-    }
-}
-
-#else
 
 namespace
 {
@@ -96,5 +48,3 @@ void VELAInterface::killProcess(const QString& processName)
         if (id != QCoreApplication::applicationPid())
             kill(pid_t(id), SIGTERM);
 }
-
-#endif
