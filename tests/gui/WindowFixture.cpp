@@ -1,5 +1,7 @@
 #include "WindowFixture.h"
 
+#include "window/TaskbarProgress.h"
+
 #include <SuiteTools/SuiteToolsWidgets.h>
 
 #include <QApplication>
@@ -19,6 +21,8 @@ namespace
 
 // The tree's own search waits here while a window lives: what it finds is given to it by find() instead.
 std::unique_ptr<tests::Gate> g_search;
+
+QStringList* g_taskbar = nullptr; // of the fixture that lives
 
 template <std::size_t Size>
 void fillField(uint8_t (&field)[Size], const QByteArray& text)
@@ -41,6 +45,19 @@ QByteArray serialOf(const KX_DeviceInfo& info)
 }
 
 } // namespace
+
+// These two stand in the place of the window's own.
+void ShowTaskbarProgress(QWidget*, int done, int all, bool failed)
+{
+    if (g_taskbar)
+        *g_taskbar << QString("%1/%2%3").arg(done).arg(all).arg(failed ? " failed" : "");
+}
+
+void EndTaskbarProgress(QWidget*)
+{
+    if (g_taskbar)
+        *g_taskbar << "end";
+}
 
 extern "C" uint32_t KX_CC_GetInterfaceStamp(void)
 {
@@ -89,6 +106,7 @@ QVector<Camera> freeCameras(int count)
 
 WindowFixture::WindowFixture()
 {
+    g_taskbar = &taskbar;
     tests::resetScriptedCamera();
     tests::resetSuiteTools();
     tests::Recorder::instance().clear();
@@ -123,6 +141,7 @@ WindowFixture::WindowFixture()
 WindowFixture::~WindowFixture()
 {
     closeWindow();
+    g_taskbar = nullptr;
     speakEnglish();
     VELAInterface::setOpenFileHook({});
     ORBCustom::setDialogHook({});

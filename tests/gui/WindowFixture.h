@@ -117,6 +117,8 @@ protected:
     QList<ORBCustom::DialogRequest> messages; // message boxes and save-done dialogs, as they came
     QList<PathQuestion> fileQuestions, folderQuestions;
     QString fileAnswer, folderAnswer;
+    // What the button in the task bar was told: "DONE/ALL", "DONE/ALL failed", "end".
+    QStringList taskbar;
     std::function<void()> whileFileDialogIsOpen;
     std::function<void(const ORBCustom::DialogRequest&)> whileMessageIsShown;
 

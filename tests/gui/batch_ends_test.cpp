@@ -307,6 +307,7 @@ TEST_F(BatchEnds, CamerasThatLeaveBeforeTheirJobsBeganEndTheBatchWithTheLast)
     });
     runExport(folder.path());
     EXPECT_EQ(left, 2);
+    EXPECT_EQ(taskbar, (QStringList{"0/2", "1/2 failed", "2/2 failed", "end"}));
     EXPECT_EQ(counts(), (QStringList{"0", "0", "2"}));
     EXPECT_EQ(messages.size(), 0);
 }

@@ -68,6 +68,26 @@ TEST_F(BatchJobs, ThreeImportsOfWhichOneFails)
     EXPECT_EQ(probe->operateType, 0);
 }
 
+TEST_F(BatchJobs, TheTaskBarTellsHowManyJobsHaveEnded)
+{
+    readyCameras(3);
+    fail("S2");
+    QStringList beforeTheSummary;
+    whileMessageIsShown = [&](const ORBCustom::DialogRequest&) { beforeTheSummary = taskbar; };
+    runExportTogether(3, folder.path());
+    ASSERT_TRUE(actionDone);
+    ASSERT_EQ(taskbar.size(), 5) << taskbar.join(' ').toStdString();
+    EXPECT_EQ(taskbar[0], "0/3");
+    EXPECT_TRUE(taskbar[1].startsWith("1/3"));
+    EXPECT_TRUE(taskbar[2].startsWith("2/3"));
+    EXPECT_EQ(taskbar[3], "3/3 failed");
+    EXPECT_EQ(taskbar[4], "end");
+    EXPECT_EQ(beforeTheSummary, taskbar); // a person may not be there to close it
+    taskbar.clear();
+    runExportTogether(3, folder.path());
+    EXPECT_EQ(taskbar.value(0), "0/3"); // the failure before is another batch's
+}
+
 TEST_F(BatchJobs, ExportsWriteAFilePerCamera)
 {
     readyCameras(2);

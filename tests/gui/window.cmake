@@ -22,7 +22,7 @@ if(WIN32)
     set_target_properties(${window} PROPERTIES AUTOMOC ON)
     target_include_directories(${window} PUBLIC "${window_folder}")
     target_compile_definitions(${window} PUBLIC DEVLISTMGR_BUILD_LIBRARY)
-    target_link_libraries(${window} PUBLIC ie_jobs camera_line StyledCtl DevListMgr_headers SuiteToolsWidgets)
+    target_link_libraries(${window} PUBLIC ie_jobs camera_line StyledCtl DevListMgr_headers SuiteToolsWidgets ole32 uuid)
 endif()
 
 add_library(window_fixture STATIC

@@ -149,6 +149,7 @@ private:
     // other, and a job of an earlier batch counts in none.
     QMap<int, Job> m_mapJobs;
     int m_nBatch = 0;             // of the running or last batch; counts from 1
+    int m_nBatchJobs = 0;         // that it was started with
     unsigned int m_nLastType = 0; // of the last end signal, for the summary
     QString m_strLastFile;
     QStringList m_lstLost; // devices of this batch that left during their jobs

@@ -3,6 +3,7 @@
 
 #include "jobs/worker/QOperateThread.h"
 #include "window/DeviceColumns.h"
+#include "window/TaskbarProgress.h"
 #include "window/WindowOperation.h"
 
 #include <DevListMgr/VELADeviceTree.h>
@@ -82,6 +83,8 @@ void MainWidget::StartBatch(int nOperateType, const QString& strPath)
     ClearCounts();
     m_pTopStack->setCurrentWidget(m_pProgressPage);
     ++m_nBatch;
+    m_nBatchJobs = lstDevices.size();
+    ShowTaskbarProgress(this, 0, m_nBatchJobs, false);
     for (const StructDeviceInfo& stDevice : lstDevices) {
         QOperateThread* pWorker = WorkerOf(stDevice.nDeviceID);
         if (isImport(nOperateType))
@@ -203,6 +206,7 @@ void MainWidget::CountEnd(bool bSuccess)
 {
     int& nCount = bSuccess ? m_nSuccessNum : m_nFailedNum;
     (bSuccess ? m_pSuccessNumLabel : m_pFailedNumLabel)->setText(QString::number(++nCount));
+    ShowTaskbarProgress(this, m_nSuccessNum + m_nFailedNum, m_nBatchJobs, m_nFailedNum > 0);
 }
 
 void MainWidget::onBeginThread(long lCamerID, unsigned int nThreadType)
@@ -297,12 +301,14 @@ void MainWidget::EndJob(const Job& job, bool bSuccess)
     else if (!job.bBegun && m_nRunningNum == 0 && !HasJobs()) {
         // Its camera left before it began, and nobody else will end the batch.
         setEnabled(true);
+        EndTaskbarProgress(this);
         m_pLoadingDlg->close();
     }
 }
 
 void MainWidget::FinishBatch()
 {
+    EndTaskbarProgress(this);
     m_pLoadingDlg->close();
     if (!m_bHaveSuccess)
         return;
