@@ -4,7 +4,9 @@
 //   stage_hand hold FILE MS        has the file open, for nobody else, for so long; says "held" when it has
 //   it
 //   stage_hand code-page           prints the number of the system's 8-bit encoding
-//   stage_hand window DO TITLE     DO: look (prints "hidden", "minimised" or "shown"), minimise, close;
+//   stage_hand window DO TITLE     DO: look (prints "hidden", "minimised" or "shown"), popup (prints "open"
+//   when
+//                                  it has a window of its own open, else "none"), minimise, close;
 //                                  1 when no window has the title
 //   stage_hand crash PROGRAM.exe   lets every running copy run into an exception; 1 when there is none
 #include <windows.h>
@@ -45,6 +47,30 @@ int ask(const std::wstring& word)
     });
 }
 
+struct Others
+{
+    HWND window;
+    bool areThere;
+};
+
+BOOL CALLBACK lookAtOther(HWND window, LPARAM parameter)
+{
+    auto* const others = reinterpret_cast<Others*>(parameter);
+    DWORD process = 0;
+    DWORD wanted = 0;
+    GetWindowThreadProcessId(window, &process);
+    GetWindowThreadProcessId(others->window, &wanted);
+    others->areThere |= process == wanted && window != others->window && IsWindowVisible(window);
+    return TRUE;
+}
+
+bool hasOthersBesides(HWND window)
+{
+    Others others{window, false};
+    EnumWindows(lookAtOther, reinterpret_cast<LPARAM>(&others));
+    return others.areThere;
+}
+
 int doWithWindow(const std::wstring& what, const wchar_t* title)
 {
     const HWND window = FindWindowW(nullptr, title);
@@ -54,6 +80,8 @@ int doWithWindow(const std::wstring& what, const wchar_t* title)
         return ShowWindow(window, SW_MINIMIZE) ? 0 : 2;
     if (what == L"close")
         return PostMessageW(window, WM_CLOSE, 0, 0) ? 0 : 2;
+    if (what == L"popup")
+        return std::puts(hasOthersBesides(window) ? "open" : "none") < 0;
     std::puts(!IsWindowVisible(window) ? "hidden" : IsIconic(window) ? "minimised" : "shown");
     return 0;
 }

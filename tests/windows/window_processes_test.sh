@@ -62,6 +62,26 @@ xdotool mouseup 1
 within_limit is_right_below "$english" "${begin[@]}" || fail "dragged by its bar it stays at $X, $Y"
 passed "its title bar moves the window"
 
+place "$english"
+popup_is() { [ "$(window popup "$english")" = "$1" ]; }
+click_columns() { xdotool mousemove $((X + WIDTH - 53)) $((Y + 79)) click 1; }
+popup_is none || fail "it has another window already"
+for round in 1 2; do
+    click_columns
+    within_limit popup_is open || fail "a click on the columns' button opens nothing (round $round)"
+    sleep 1 # not by itself
+    popup_is open || fail "the columns' list does not stay"
+    click_columns
+    within_limit popup_is none || fail "a second click on the button does not close the columns' list"
+    sleep 1
+    popup_is none || fail "the second click opens the columns' list again"
+done
+click_columns
+within_limit popup_is open || fail "the columns' list does not open a third time"
+xdotool key Escape
+within_limit popup_is none || fail "keys do not reach the columns' list"
+passed "the columns' list opens and closes by its button, and closes by Escape"
+
 mkdir "$work/other"
 cp "$hand" "$work/other/Import_Export_Features.exe"
 : >"$work/held"

@@ -142,7 +142,6 @@ void ORBCustomMainWindow::cPopup()
     d->layout->activate();
     QWidget::resize(QWidget::width(), d->layout->sizeHint().height());
     show();
-    activateWindow();
     focusNextChild();
 }
 
