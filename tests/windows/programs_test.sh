@@ -31,7 +31,7 @@ iefeatures=("$run" --with "$windows" "$windows/iefeatures.exe")
 until_there() {
     local end=$((SECONDS + limit))
     until [ -e "$1" ]; do
-        [ "$SECONDS" -lt "$end" ] || fail "no $1"
+        [ "$SECONDS" -lt "$end" ] || { cat "${1%.ready}.log" >&2; fail "no $1"; }
         sleep 0.1
     done
 }
@@ -112,23 +112,72 @@ passed "changed by the named event, imported, verified: every setting came back"
 
 # A virus scanner has a file open for a moment; another program has it open for good.
 held=again/$(basename first/*S1.fpk)
-hold() { # MILLISECONDS
+hold() { # FILE MILLISECONDS
     : >held.out
-    "$run" "$hand" hold "$held" "$1" >held.out 2>&1 &
+    "$run" "$hand" hold "$1" "$2" >held.out 2>&1 &
     holder=$!
     end=$((SECONDS + limit))
     until grep -q held held.out; do [ "$SECONDS" -lt "$end" ] || fail "nobody holds it"; sleep 0.05; done
 }
-hold 500
+hold "$held" 500
 expect 0 "${iefeatures[@]}" export --serial S1 --to again
 wait "$holder"
-hold 20000
+hold "$held" 20000
 expect 1 "${iefeatures[@]}" export --serial S1 --to again
 cat out err | grep -q "$(basename "$held")" || fail "it is not told which file is held"
 kill "$holder"
 wait "$holder" || true
 same_files first again
-passed "a file that is held for a moment is waited for, one that stays held is named"
+hold "$held" 500
+expect 0 "${iefeatures[@]}" import "$held" --serial S1
+wait "$holder"
+hold "$held" 20000
+expect 6 "${iefeatures[@]}" import "$held" --serial S1
+cat out err | grep -q "$(basename "$held")" || fail "it is not told which file to import is held"
+kill "$holder"
+wait "$holder" || true
+passed "a file that is held for a moment is waited for, one that stays held is named; written and read"
+
+# A share as Wine has them: below a folder of the Wine installation.
+shares=${WINEPREFIX:-${KX_WINDOWS_CACHE:-$HOME/.cache/import-export-features/windows}/wine}/dosdevices/unc/ie-test-$$
+mkdir -p "$shares" shared
+ln -s "$folder/shared" "$shares/line"
+ln -s /sys/kernel "$shares/readonly" # nobody makes files there
+expect 0 "${iefeatures[@]}" export --all --to "\\\\ie-test-$$\\line"
+same_files first shared
+expect 0 "${iefeatures[@]}" verify "\\\\ie-test-$$\\line" --all
+expect 6 "${iefeatures[@]}" export --all --to "\\\\ie-test-$$\\readonly"
+cat out err | grep -q "readonly" || fail "it is not told which share takes no files"
+rm -r "$shares"
+passed "a share is written to and read from; one that takes no files is named"
+
+mkdir relative
+expect 0 "${iefeatures[@]}" export --all --to Z:relative
+same_files first relative
+passed "a folder below a drive's current one"
+
+for device in NUL CON COM1 first:stream; do
+    expect 6 "${iefeatures[@]}" export --all --to "$device"
+    expect 6 "${iefeatures[@]}" import "$device" --serial S1
+done
+passed "devices and streams of files are neither folders nor features files"
+
+# As of a person whose name is in no 8-bit encoding.
+profile="$folder/用户 Ω name"
+mkdir -p "$profile"
+(
+    export VELA_USER_DATA=$profile/documents VELA_PROGRAM_DATA=$profile/shared KX_DESCRIPTION_CACHE=$profile/cache
+    mkdir "$profile/out" "$profile/snapshots"
+    expect 0 "${iefeatures[@]}" export --all --to "$profile/out" --log "$profile/log.txt"
+    same_files first "$profile/out"
+    expect 6 "${iefeatures[@]}" import "$profile/out" --all --snapshot "$profile/snapshots" # has a feature bag
+    cat out err | grep -q "beyond Latin-1" || fail "a path that a snapshot cannot have is not told"
+    expect 0 "${iefeatures[@]}" import "$profile/out" --all
+    [ -s "$profile/log.txt" ] || fail "no log in a profile of any letters"
+    grep -q S1 "$profile"/documents/Audit/iefeatures.jsonl || fail "no audit log in a profile of any letters"
+    [ -n "$(ls -A "$profile/cache")" ] || fail "no descriptions are kept in a profile of any letters"
+)
+passed "a profile's path of any letters, with blanks: log, audit log, descriptions"
 
 "${windows_emulator[@]}" --ready-file odd.ready --address "$network.3" --serial "a:b" \
     --address "$network.4" --serial SLOW --fault delay=20 >odd.log 2>&1 &

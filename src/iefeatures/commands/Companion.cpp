@@ -136,6 +136,7 @@ int runCompanion(const std::vector<std::string>& arguments, World world)
 {
     const Commands commands = allCommands();
     CLI::App app("Copies the features of GenICam cameras into files and back.", "iefeatures");
+    app.allow_windows_style_options(false); // "/folder" is a path on every system
     describe(app, commands);
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend()); // as CLI11 takes them

@@ -34,6 +34,10 @@ bool isReplaceable(const QString& path);
 // everybody, or a group that is not this user's own.
 bool mayOthersWrite(const QString& folder);
 
+// Makes a folder of a name of its own in `parent`, for this user alone where the folder's rights are told by
+// a mode; gives its path, or an empty text and why there is none.
+QString newPrivateFolder(const QString& parent, QString& cause);
+
 // Puts the file at `from` in the place of `to`, on the same disk, in one step: who looks at `to` sees the
 // older file or the new one. A link of that name is replaced and not followed, and so is one of an older
 // file's names; the older file's permissions stay where it is this user's. Gives the cause when it cannot be

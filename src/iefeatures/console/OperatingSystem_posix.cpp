@@ -13,7 +13,9 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <QDir>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <atomic>
@@ -142,6 +144,16 @@ bool isReplaceable(const QString& path)
     struct stat about = {};
     return lstat(QFile::encodeName(path).constData(), &about) != 0 || S_ISREG(about.st_mode) ||
            S_ISLNK(about.st_mode);
+}
+
+QString newPrivateFolder(const QString& parent, QString& cause)
+{
+    QTemporaryDir folder(QDir(parent).filePath(".iefeatures-XXXXXX")); // mode 0700
+    folder.setAutoRemove(false);
+    if (folder.isValid())
+        return folder.path();
+    cause = folder.errorString();
+    return {};
 }
 
 QString putInPlace(const QString& from, const QString& to)

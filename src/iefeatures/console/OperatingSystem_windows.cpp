@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QRandomGenerator>
 
 #include <atomic>
 #include <chrono>
@@ -17,6 +18,8 @@ namespace companion
 {
 namespace
 {
+
+constexpr int kNames = 256; // that are tried for a folder of our own
 
 using EventHandler = void (*)(int);
 std::atomic<EventHandler> g_onEvent{nullptr};
@@ -87,6 +90,21 @@ bool isReplaceable(const QString& path)
 {
     const QFileInfo about(path);
     return !about.exists() || about.isFile();
+}
+
+// Not by QTemporaryDir: it takes the path of a share for one of the current drive.
+QString newPrivateFolder(const QString& parent, QString& cause)
+{
+    DWORD error = ERROR_ALREADY_EXISTS;
+    for (int i = 0; i < kNames && error == ERROR_ALREADY_EXISTS; ++i) {
+        const QString number = QString::number(QRandomGenerator::system()->generate(), 36);
+        const QString path = QDir(parent).filePath(".iefeatures-" + number);
+        if (CreateDirectoryW(nativePath(path).c_str(), nullptr))
+            return path;
+        error = GetLastError();
+    }
+    cause = qt_error_string(static_cast<int>(error));
+    return {};
 }
 
 QString putInPlace(const QString& from, const QString& to)

@@ -3,7 +3,6 @@
 #include "iefeatures/console/OperatingSystem.h"
 
 #include <QDir>
-#include <QTemporaryDir>
 
 #include <atomic>
 #include <utility>
@@ -82,11 +81,9 @@ void UnfinishedFolder::removeAll()
 
 UnfinishedFolder makePrivateFolder(const QString& parent, QString& cause)
 {
-    QTemporaryDir folder(QDir(parent).filePath(".iefeatures-XXXXXX")); // mode 0700
-    folder.setAutoRemove(false);
-    if (folder.isValid())
-        return UnfinishedFolder(folder.path());
-    cause = folder.errorString();
+    const QString path = newPrivateFolder(parent, cause);
+    if (!path.isEmpty())
+        return UnfinishedFolder(path);
     return {};
 }
 
