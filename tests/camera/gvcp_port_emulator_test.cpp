@@ -379,6 +379,19 @@ TEST_F(GvcpPortOnEmulator, aVanishedCameraIsNoticedAndClosedQuickly)
     EXPECT_EQ(port.requestCount(), requests) << "nobody is asked any more";
 }
 
+// Or whoever opens it next is refused until the heartbeat time is over.
+TEST_F(GvcpPortOnEmulator, aPacketThatIsLostWhenItIsClosedCostsNoControl)
+{
+    for (const auto mishap : {emu::Mishap::RequestLost, emu::Mishap::AnswerLost}) {
+        ASSERT_EQ(port.open(KX_ACCESS_EXCLUSIVE, 0), KX_OK) << port.lastError();
+        emu::Faults faults;
+        faults.accident = emu::Accident{mishap, 1, milliseconds(0)};
+        camera.setFaults(faults);
+        port.close();
+        EXPECT_FALSE(camera.isControlled());
+    }
+}
+
 TEST_F(GvcpPortOnEmulator, closingDoesNotWaitForAHeartbeatThatNobodyAnswers)
 {
     camera.pokeWord(RegHeartbeatTimeout, 500);

@@ -17,6 +17,7 @@ namespace
 constexpr uint32_t kDefaultHeartbeatTimeout = 3000; // ms, the standard's
 constexpr milliseconds kShortestBeat{20};
 constexpr milliseconds kLongestBeat{1000};
+constexpr unsigned kReleaseTries = 3; // within the time of one
 
 uint32_t privilegeOf(uint32_t accessMode)
 {
@@ -134,10 +135,10 @@ void GvcpPort::close()
     m_channel.interrupt();
     m_control.stop();
     m_channel.resume();
-    // One try, no extension: a camera that has vanished must not hold up whoever leaves it. It drops our
-    // control by itself.
+    // A camera that has vanished must not hold up whoever leaves it; it drops our control by itself. One that
+    // has only lost the packet must not keep it, or it refuses who opens it next, for seconds.
     if (m_privilege != 0 && !m_control.isLost())
-        writeControl(0, {timeouts().perTry, 1, milliseconds(0)});
+        writeControl(0, {timeouts().perTry / int(kReleaseTries), kReleaseTries, milliseconds(0)});
     m_control.reset();
     m_privilege = 0;
     m_channel.close();
