@@ -2,9 +2,8 @@
 
 #include "gvcp/Gvcp.h"
 #include "support/Cable.h"
+#include "support/Held.h"
 #include "support/LoopbackAddress.h"
-
-#include <QDir>
 
 #include <algorithm>
 #include <cstdio>
@@ -31,31 +30,14 @@ constexpr milliseconds kAway{800}; // that a reboot takes: longer than all tries
 constexpr uint64_t kBegin = 0x10000; // of the registers that are settings
 constexpr size_t kSize = 0x20000;
 
-size_t entriesOf(const char* folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
-}
-
-struct Held
-{
-    size_t threads = entriesOf("/proc/self/task");
-    size_t files = entriesOf("/proc/self/fd");
-    // Threads of the run before may not have ended when it is counted what there is.
-    bool isNoMoreThan(const Held& other) const { return threads <= other.threads && files <= other.files; }
-};
-
-std::string textOf(const Held& held)
-{
-    return std::to_string(held.threads) + " threads and " + std::to_string(held.files) + " files";
-}
-
-// What was held before is all that is held soon.
+// What was held before is all that is held soon. Threads of the run before may not have ended when it was
+// counted.
 void expectGivenBack(const Held& before)
 {
     const auto end = Clock::now() + kSlowMachine;
     while (!Held().isNoMoreThan(before) && Clock::now() < end)
         std::this_thread::sleep_for(milliseconds(2));
-    EXPECT_TRUE(Held().isNoMoreThan(before)) << textOf(Held()) << " instead of " << textOf(before);
+    EXPECT_TRUE(Held().isNoMoreThan(before)) << Held().text() << " instead of " << before.text();
 }
 
 emu::Faults faultsOf(const Trouble& trouble, unsigned request)

@@ -32,6 +32,12 @@ if(WIN32)
     return()
 endif()
 
+ie_add_test(window_soak_test LABEL gui
+    SOURCES window_soak_test.cpp ../support/ComingAndGoing.h ../support/Flatness.h ../support/Held.h
+    LIBRARIES ie_startup DevListMgr camera_emulator_core KXCameraControl SuiteTools Qt5::Test GTest::gtest)
+target_link_options(window_soak_test PRIVATE -Wl,--no-as-needed)
+add_dependencies(window_soak_test program_resources program_translations)
+
 add_test(NAME processes_test
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/on_a_display.sh" "${CMAKE_CURRENT_SOURCE_DIR}/processes_test.sh"
         "$<TARGET_FILE_DIR:Import_Export_Features>" "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")

@@ -3,6 +3,10 @@
 #include <atomic>
 #include <cstdlib>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 namespace ie
 {
 namespace
@@ -24,6 +28,14 @@ void releaseMemory(void* block)
 void setAllocateHook(AllocateHook hook)
 {
     g_hook.store(hook);
+}
+
+void giveFreeMemoryBack()
+{
+#if defined(__GLIBC__)
+    constexpr int kKept = 128 * 1024; // the allocator's own value, as long as it is left alone
+    mallopt(M_TRIM_THRESHOLD, kKept);
+#endif
 }
 
 } // namespace ie

@@ -1,8 +1,12 @@
 #include "jobs/worker/QOperateThread.h"
 
 #include "jobs/rules/DeviceNames.h"
+#include "jobs/rules/JobMemory.h"
 
-QOperateThread::QOperateThread(QObject* parent) : QThread(parent) {}
+QOperateThread::QOperateThread(QObject* parent) : QThread(parent)
+{
+    ie::giveFreeMemoryBack();
+}
 
 QOperateThread::~QOperateThread() = default;
 
