@@ -38,12 +38,8 @@ QString cameraLabel(const KX_DeviceInfo& device)
     return serial.isEmpty() ? name : QString("%1 (%2)").arg(name, serial);
 }
 
-// A dot in the colour of the camera's state.
-QIcon stateIcon(unsigned int availability)
+QIcon dot(const QColor& color)
 {
-    const QColor color = availability == KX_AVAILABILITY_FREE     ? QColor("#00B84A")
-                         : availability == KX_AVAILABILITY_IN_USE ? QColor("#FAB700")
-                                                                  : QColor("#A0A0A0");
     QIcon icon;
     for (const int size : {16, 32, 48}) {
         QPixmap pixmap(size, size);
@@ -91,9 +87,14 @@ private:
     void fill(QTreeWidgetItem* item, int id, const KX_DeviceEntry& entry);
     QTreeWidgetItem* parentFor(const KX_DeviceEntry& entry);
     QTreeWidgetItem* group(QTreeWidgetItem* parent, int type, const QString& key);
+    const QIcon& stateIcon(unsigned int availability) const;
     QString transportText(unsigned int transport) const;
     void removeEmptyGroups(QTreeWidgetItem* item);
 
+    // One for all cameras and for good: Qt keeps what it makes of each for a while, in all sizes.
+    const QIcon m_freeIcon = dot("#00B84A");
+    const QIcon m_inUseIcon = dot("#FAB700");
+    const QIcon m_unreachableIcon = dot("#A0A0A0");
     bool m_isApplying = false;
     std::optional<DeviceEntries> m_next;
 };
@@ -180,6 +181,14 @@ void VELADeviceTree::Private::fill(QTreeWidgetItem* item, int id, const KX_Devic
     item->setToolTip(0, Qt::mightBeRichText(label) ? Qt::convertFromPlainText(label, Qt::WhiteSpaceNormal)
                                                    : label);
     item->setIcon(0, stateIcon(entry.availability));
+}
+
+// A dot in the colour of the camera's state.
+const QIcon& VELADeviceTree::Private::stateIcon(unsigned int availability) const
+{
+    return availability == KX_AVAILABILITY_FREE     ? m_freeIcon
+           : availability == KX_AVAILABILITY_IN_USE ? m_inUseIcon
+                                                    : m_unreachableIcon;
 }
 
 // The nearest group that is shown: all devices, transport, interface.

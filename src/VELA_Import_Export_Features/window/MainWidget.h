@@ -5,6 +5,7 @@
 #include <StyledCtl/ORBCustomMainWindow.h>
 #include <SuiteTools/StructDeviceInfo.h>
 
+#include <QIcon>
 #include <QList>
 #include <QMap>
 #include <QString>
@@ -152,5 +153,7 @@ private:
     int m_nBatchJobs = 0;         // that it was started with
     unsigned int m_nLastType = 0; // of the last end signal, for the summary
     QString m_strLastFile;
+    // By file. One for all rows and for good: Qt keeps what it makes of each for a while, in all sizes.
+    QMap<QString, QIcon> m_mapStatusIcons;
     QStringList m_lstLost; // devices of this batch that left during their jobs
 };

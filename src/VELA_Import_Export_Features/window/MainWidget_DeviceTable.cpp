@@ -263,7 +263,10 @@ void MainWidget::FillStatus(int nRow, int nStatus)
     QTableWidgetItem* pItem = m_pTableWidget->item(nRow, ColumnStatus);
     if (!pItem)
         return;
-    pItem->setIcon(QIcon(look.icon));
+    QIcon& icon = m_mapStatusIcons[look.icon];
+    if (icon.isNull())
+        icon = QIcon(look.icon);
+    pItem->setIcon(icon);
     pItem->setData(StatusCodeRole, look.code);
     SetStatusWord(pItem);
 }
