@@ -12,7 +12,8 @@ namespace ie
 namespace
 {
 std::atomic<AllocateHook> g_hook{nullptr};
-}
+std::atomic<int> g_jobs{0};
+} // namespace
 
 void* allocateZeroed(std::size_t bytes)
 {
@@ -30,11 +31,21 @@ void setAllocateHook(AllocateHook hook)
     g_hook.store(hook);
 }
 
-void giveFreeMemoryBack()
+MemoryInUse::MemoryInUse()
 {
+    ++g_jobs;
 #if defined(__GLIBC__)
     constexpr int kKept = 128 * 1024; // the allocator's own value, as long as it is left alone
     mallopt(M_TRIM_THRESHOLD, kKept);
+#endif
+}
+
+MemoryInUse::~MemoryInUse()
+{
+    if (--g_jobs > 0)
+        return;
+#if defined(__GLIBC__)
+    malloc_trim(0);
 #endif
 }
 

@@ -22,9 +22,17 @@ using AllocateHook = void* (*)(std::size_t bytes);
 // Replaces the source of allocateZeroed (its blocks must come from calloc); null puts the real one back.
 void setAllocateHook(AllocateHook hook);
 
-// From now on memory that is free goes back to the system, where the allocator can be told. It has a heap for
-// every few threads, each job is a new thread, and each heap would keep twice as much as the largest block
-// that was ever freed. Any thread; more than once is no matter.
-void giveFreeMemoryBack();
+// While one lives, a job is under way, and memory that is free goes back to the system, where the allocator
+// can be told; what is left of it when the last job ends, too. The allocator has a heap for every few
+// threads, each job is a new thread, and each heap would keep twice as much as the largest block that was
+// ever freed.
+class MemoryInUse
+{
+public:
+    MemoryInUse();
+    ~MemoryInUse();
+    MemoryInUse(const MemoryInUse&) = delete;
+    MemoryInUse& operator=(const MemoryInUse&) = delete;
+};
 
 } // namespace ie

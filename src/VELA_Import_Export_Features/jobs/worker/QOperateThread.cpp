@@ -3,10 +3,7 @@
 #include "jobs/rules/DeviceNames.h"
 #include "jobs/rules/JobMemory.h"
 
-QOperateThread::QOperateThread(QObject* parent) : QThread(parent)
-{
-    ie::giveFreeMemoryBack();
-}
+QOperateThread::QOperateThread(QObject* parent) : QThread(parent) {}
 
 QOperateThread::~QOperateThread() = default;
 
@@ -39,6 +36,7 @@ void QOperateThread::SetJob(JobType eType, const StructDeviceInfo& stDevice, con
 
 void QOperateThread::run()
 {
+    const ie::MemoryInUse memory;
     m_strTargetPath.clear();
     emit SigBeginThread(m_stDevice.nDeviceID, m_nThreadType);
     switch (m_nThreadType) {
