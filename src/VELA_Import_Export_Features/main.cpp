@@ -1,3 +1,4 @@
+#include "own_files/OwnFiles.h"
 #include "startup/ProcessGuards.h"
 #include "startup/Startup.h"
 #include "window/MainWidget.h"
@@ -14,6 +15,7 @@
 // command line into arguments of the local code page and calls main.
 int main(int argc, char* argv[])
 {
+    own_files::keepFromOthers();
     auto displayGuard = std::make_unique<Startup::DisplayGuard>();
     QApplication application(argc, argv);
     displayGuard.reset();

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <sstream>
 
 namespace emu
@@ -23,7 +24,8 @@ std::optional<std::string> readFile(const std::string& path)
 
 bool writeFile(const std::string& path, const std::string& text)
 {
-    const fs::path temporary = fs::u8path(path + ".part");
+    std::random_device random; // a name that nobody can have prepared
+    const fs::path temporary = fs::u8path(path + ".part-" + std::to_string(random()));
     std::ofstream file(temporary, std::ios::binary);
     file << text;
     file.close();

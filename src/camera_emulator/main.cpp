@@ -2,6 +2,7 @@
 #include "camera_emulator/NewCamera.h"
 #include "camera_emulator/Options.h"
 #include "camera_emulator/ProgramSignals.h"
+#include "own_files/OwnFiles.h"
 
 #include <iostream>
 #include <memory>
@@ -102,6 +103,7 @@ int run(const emu::Options& options)
 
 int main(int argc, char** argv)
 {
+    own_files::keepFromOthers();
     const emu::ParsedOptions parsed = emu::parseOptions(emu::programArguments(argc, argv));
     if (parsed.options)
         return run(*parsed.options);

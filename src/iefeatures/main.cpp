@@ -1,5 +1,6 @@
 #include "iefeatures/commands/Companion.h"
 #include "iefeatures/console/OperatingSystem.h"
+#include "own_files/OwnFiles.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>
@@ -21,6 +22,7 @@ void useUtf8InPlainLocale()
 
 int main(int argc, char** argv)
 {
+    own_files::keepFromOthers();
     // Qt takes its own options out of argv.
     std::vector<char*> words(argv, argv + argc);
     const QCoreApplication application(argc, argv);

@@ -323,6 +323,27 @@ TEST_F(DescriptionCache, aFolderThatCannotBeWrittenIsNoError)
     }
 }
 
+// Whoever may write there could say what a camera's description is.
+TEST_F(DescriptionCache, aFolderThatOthersMayWriteToIsNotUsed)
+{
+    fetch();
+    for (const auto open : {fs::perms::others_write, fs::perms::group_write}) {
+        fs::permissions(folder / "cache", open, fs::perm_options::add);
+        forgetMemory();
+        EXPECT_EQ(fetch(), text());
+        EXPECT_TRUE(hasReadWhole());
+        device.offer(text('y'));
+        forgetMemory();
+        EXPECT_EQ(fetch(), text('y'));
+        EXPECT_EQ(files("").size(), 1u) << "nothing is written there either";
+        device.offer(text());
+        fs::permissions(folder / "cache", open, fs::perm_options::remove);
+    }
+    forgetMemory();
+    EXPECT_EQ(fetch(), text());
+    EXPECT_FALSE(hasReadWhole());
+}
+
 TEST_F(DescriptionCache, directoriesWhereFilesShouldBeAreNoError)
 {
     fetch();

@@ -40,7 +40,7 @@ has_windows() { [ "$(windows "$2")" -eq "$1" ]; }
 all_windows() { { xdotool search --onlyvisible --name '' 2>/dev/null || true; } | wc -l; }
 is_gone() { ! kill -0 "$1" 2>/dev/null; }
 start() { # arguments of the program; its id goes to $program
-    "${folder:-$programs}/Import_Export_Features" "$@" >"$work/out" 2>&1 &
+    (umask 0 && exec "${folder:-$programs}/Import_Export_Features" "$@") >"$work/out" 2>&1 &
     program=$!
     started+=("$program")
 }
@@ -104,6 +104,10 @@ within_seconds 60 is_gone "$program"
 VELA_LANGUAGE=CH start eng ENG
 expect "eng is no language, and a second argument counts for nothing" within_seconds 60 has_windows 1 "$chinese"
 
+# What it made so far, whatever the umask.
+open_to_others() { find "$VELA_USER_DATA" "$VELA_PROGRAM_DATA" "$XDG_RUNTIME_DIR" -mindepth 1 -perm /o+w | grep .; }
+expect "nothing that it made can be written by others" eval '! open_to_others'
+
 # A crash: a report beside the dump folder, nothing on the screen.
 shown_before=$(all_windows)
 kill -SEGV "$program"
@@ -113,6 +117,7 @@ expect "a crashed copy says nothing" [ ! -s "$work/out" ]
 expect "a crashed copy leaves no window" [ "$(all_windows)" -lt "$shown_before" ]
 report=$(find "$VELA_USER_DATA/Dump" -name '*.backtrace.txt' | head -n 1)
 expect "the crash left a report" [ -n "$report" ]
+expect "which others cannot write either" eval '! open_to_others'
 expect "with a backtrace" grep -q 'Import_Export_Features' "${report:-/dev/null}"
 start
 expect "a crashed copy does not keep the next one out" within_seconds 60 has_windows 1 "$english"

@@ -45,6 +45,7 @@ const std::vector<Component> kComponents = {
           {"gencp"},
           {"gentl"},
           {"held_files"},
+          {"own_files"},
           {"xml_entities"},
           {"KXCameraControl/include/KXCameraControl"}},
      }},

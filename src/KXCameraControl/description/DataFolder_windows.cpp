@@ -19,4 +19,11 @@ std::filesystem::path userDataFolder()
     return folder.is_absolute() ? folder : std::filesystem::path();
 }
 
+// Where programs keep their data here, the system lets nobody else write.
+bool isOwnFolder(const std::filesystem::path& folder)
+{
+    std::error_code error;
+    return std::filesystem::is_directory(folder, error);
+}
+
 } // namespace kx

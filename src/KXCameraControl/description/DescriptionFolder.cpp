@@ -67,6 +67,8 @@ std::optional<DescriptionFolder> DescriptionFolder::ofEnvironment()
 
 std::optional<std::string> DescriptionFolder::find(const digest::Sha256& key) const
 {
+    if (!isOwnFolder(m_folder))
+        return std::nullopt;
     const auto name = readWhole(m_folder / (digest::hexText(key) + keyEnding));
     auto bytes = name ? readWhole(m_folder / *name) : std::nullopt;
     return bytes && digest::hexText(digest::sha256(*bytes)) == *name ? bytes : std::nullopt;
@@ -77,6 +79,8 @@ void DescriptionFolder::store(const digest::Sha256& key, const std::string& byte
     std::error_code error;
     if (fs::create_directories(m_folder, error))
         fs::permissions(m_folder, fs::perms::owner_all, error);
+    if (!isOwnFolder(m_folder))
+        return;
     const std::string name = digest::hexText(digest::sha256(bytes));
     if (write(name, bytes) && write(digest::hexText(key) + keyEnding, name))
         removeOldest();

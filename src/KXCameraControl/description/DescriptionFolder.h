@@ -14,7 +14,8 @@ namespace kx
 // share a folder:
 //   <digest of the content>      a description as it lies in the camera's memory
 //   <digest of the key>.key      the name of the file that was stored last for the key
-// What cannot be read or written, or is damaged, counts as not there: no call fails for it.
+// What cannot be read or written, or is damaged, counts as not there: no call fails for it. Nor is anything
+// read from or written to a folder that is another user's or that others may write to.
 class DescriptionFolder
 {
 public:

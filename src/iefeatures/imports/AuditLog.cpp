@@ -212,9 +212,10 @@ AuditFile AuditTrail::keep(const QString& path)
     const QString folder = QFileInfo(log).absolutePath() + "/files";
     const QString kept = folder + '/' + file.sha256 + ".fpk";
     QFile original(path);
+    // One that has the name may be somebody else's.
     if (QDir().mkpath(folder) &&
-        (QFileInfo::exists(kept) || (ie::openRegular(original, QIODevice::ReadOnly).isEmpty() &&
-                                     ie::writeWholeBytes(kept, original.readAll()))))
+        (auditFile(kept).sha256 == file.sha256 || (ie::openRegular(original, QIODevice::ReadOnly).isEmpty() &&
+                                                   ie::writeWholeBytes(kept, original.readAll()))))
         return {kept, file.sha256};
     fail("The file cannot be kept for the audit log: " + printable(kept));
     return file;

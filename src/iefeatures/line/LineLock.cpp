@@ -2,11 +2,27 @@
 
 #include "iefeatures/console/Text.h"
 
+#include "jobs/file/RegularFile.h"
+
 #include <QDateTime>
 #include <QFileInfo>
 
 namespace companion
 {
+
+namespace
+{
+
+// Why what has the name cannot be a lock; empty: it can, or nothing has it.
+QString obstacle(const QString& path)
+{
+    QFile file(path);
+    const QString cause = ie::openRegular(file, QIODevice::ReadOnly, ie::LinkRule::Refused);
+    const QFileInfo about(path);
+    return about.exists() || about.isSymLink() ? cause : QString();
+}
+
+} // namespace
 
 LineLock::LineLock(const QString& inventory)
     : m_inventory(inventory), m_path(inventory + ".lock"), m_file(m_path)
@@ -16,9 +32,13 @@ LineLock::LineLock(const QString& inventory)
 
 QString LineLock::take()
 {
+    const QString line = printable(m_inventory);
+    // Before the lock's file reads it, which would wait for the other end of a pipe.
+    const QString cause = obstacle(m_path);
+    if (!cause.isEmpty())
+        return line + " cannot be locked: " + printable(m_path) + " is in the way (" + cause + ").";
     if (m_file.tryLock(0))
         return {};
-    const QString line = printable(m_inventory);
     qint64 process = 0;
     QString host;
     QString program;

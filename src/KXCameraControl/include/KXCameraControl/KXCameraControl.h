@@ -291,7 +291,7 @@ KX_API KX_Status KX_CC_CreateHandle(KX_HANDLE* handle, const KX_DeviceInfo* devi
  * version and URL are the same and blocks of it are found in the camera: those that change whenever the others do
  * (an archive's checksum, a text's VersionGuid), the first, the last, and three chosen at random. Environment:
  * KX_DESCRIPTION_CACHE names the folder where they are kept (64 MB, the oldest go first); unset: VELA/descriptions in
- * XDG_DATA_HOME or HOME/.local/share; "off": none, and only the last few of this process are known.
+ * XDG_DATA_HOME or HOME/.local/share; "off", another user's or open to others: none but the last few of this process.
  * `switchOverKey` is the key for a control switch-over (GigE Vision 2.x), 0: none.
  * KX_E_HANDLE; KX_E_CALL_ORDER: already open; KX_E_PARAMETER: unknown mode; KX_E_CONTROL_REFUSED;
  * KX_E_NO_ANSWER; KX_E_NO_DEVICE; KX_E_NETWORK; KX_E_DESCRIPTION is never given here: a camera whose description

@@ -8,7 +8,9 @@
 #include "KXCameraControl/ports/gentl/MakersLibraries.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <future>
@@ -189,6 +191,12 @@ uint32_t serialStamp()
 std::vector<std::string> serialProblems()
 {
     std::vector<std::string> problems;
+    for (const SerialPlace& line : namedLines())
+        if (::access(line.name.c_str(), R_OK | W_OK) != 0 && errno == EACCES)
+            problems.push_back(
+                "The serial line " + line.name +
+                " may not be opened by this user: Permission denied. The group that it belongs to "
+                "may, as a rule.");
     for (const std::string& library : serialLibraries()) {
         const std::string problem = searchProblem(Hosted::SerialLibrary, library);
         if (!problem.empty())
