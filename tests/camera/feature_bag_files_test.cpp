@@ -74,6 +74,22 @@ TEST(FeatureBagText, parsingTakesOtherLineEndsAndRefusesOtherFiles)
     EXPECT_EQ(error, "line 2 is no \"name<TAB>value\"");
 }
 
+// 64 MiB of the shortest lines would take a hundred bytes for each four of them.
+TEST(FeatureBagText, hasNoMoreEntriesThanABound)
+{
+    std::string text = "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n";
+    for (size_t i = 0; i < mostBagEntries; ++i)
+        text += "a\t\n";
+    std::vector<BagEntry> entries;
+    std::string error;
+    EXPECT_TRUE(parseBag(text, entries, error)) << error;
+    EXPECT_EQ(entries.size(), mostBagEntries);
+    EXPECT_EQ(entries.capacity(), mostBagEntries);
+    entries.clear();
+    EXPECT_FALSE(parseBag(text + "a\t", entries, error));
+    EXPECT_EQ(error, "line 1048578 is one more than the 1048576 entries that are possible");
+}
+
 TEST(FeatureBagText, bracesThatAreNoSelectorsBelongToTheValue)
 {
     std::vector<BagEntry> entries;
@@ -134,6 +150,19 @@ TEST(FeatureBagFiles, anEmptyBagIsASuccessThatSaysSo)
               "# Device = M::C -- Device version = 1\n"
               "# No feature of this camera is streamable, readable and writable: nothing is saved.\n");
     EXPECT_EQ(loadBag(fake, folder / "a.fpk", message), KX_OK) << message;
+}
+
+TEST(FeatureBagFiles, whatNobodyCouldLoadIsNotSaved)
+{
+    TemporaryFolder folder;
+    FakeNodes fake;
+    fake.nodes["Width"].value = "640";
+    fake.order.assign(mostBagEntries + 1, "Width");
+    std::string message;
+    uint32_t count = 0;
+    EXPECT_EQ(saveBag(fake, {}, folder / "a.fpk", message, count), KX_E_FILE);
+    EXPECT_EQ(message, "The bag would have 1048577 entries, and 1048576 are possible: nothing is saved.");
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.fpk"));
 }
 
 TEST(FeatureBagFiles, aFailedSaveLeavesTheOldFile)

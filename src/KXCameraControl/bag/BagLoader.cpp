@@ -8,7 +8,6 @@
 #include <iterator>
 #include <map>
 #include <set>
-#include <sstream>
 #include <sys/stat.h>
 
 namespace kx
@@ -214,14 +213,13 @@ KX_Status readFile(const std::string& path, std::string& text, std::string& mess
         return KX_E_FILE_FORMAT;
     }
     std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    if (!file) {
-        message = "The feature file " + path + " cannot be read.";
-        return KX_E_FILE;
-    }
-    text = content.str();
-    return KX_OK;
+    text.resize(static_cast<size_t>(about.st_size));
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<size_t>(file.gcount())); // where it has become shorter meanwhile
+    if (file.is_open() && !file.bad())
+        return KX_OK;
+    message = "The feature file " + path + " cannot be read.";
+    return KX_E_FILE;
 }
 
 } // namespace
@@ -277,6 +275,7 @@ KX_Status loadBag(BagNodes& nodes, const std::string& path, std::string& message
         message = "The feature file " + path + " cannot be used: " + error + ".";
         return KX_E_FILE_FORMAT;
     }
+    std::string().swap(text);
     BagLoadReport report;
     const KX_Status status = applyBag(nodes, entries, report);
     message = report.text();

@@ -273,6 +273,11 @@ KX_Status saveBag(BagNodes& nodes, const BagIdentity& identity, const std::strin
     count = static_cast<uint32_t>(bag.entries.size());
     if (status != KX_OK)
         return status;
+    if (bag.entries.size() > mostBagEntries) {
+        message = "The bag would have " + std::to_string(bag.entries.size()) + " entries, and " +
+                  std::to_string(mostBagEntries) + " are possible: nothing is saved.";
+        return KX_E_FILE;
+    }
     if (bag.entries.empty())
         bag.notes.push_back(
             "No feature of this camera is streamable, readable and writable: nothing is saved.");

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <string_view>
 
 namespace kx
 {
@@ -51,6 +52,17 @@ std::string comment(std::string text)
     return "# " + text + "\n";
 }
 
+// Without its end; `begin` is moved behind that.
+std::string_view lineAt(const std::string& text, size_t& begin)
+{
+    const size_t end = std::min(text.find('\n', begin), text.size());
+    std::string_view line = std::string_view(text).substr(begin, end - begin);
+    begin = end + 1;
+    if (!line.empty() && line.back() == '\r')
+        line.remove_suffix(1);
+    return line;
+}
+
 } // namespace
 
 bool hasForm(const BagEntry& entry)
@@ -75,12 +87,11 @@ std::string bagText(const BagIdentity& identity, const std::vector<BagEntry>& en
 
 bool parseBag(const std::string& text, std::vector<BagEntry>& entries, std::string& error)
 {
-    std::istringstream lines(text);
-    std::string line;
+    const auto lines = static_cast<size_t>(std::count(text.begin(), text.end(), '\n'));
+    entries.reserve(entries.size() + std::min(lines, mostBagEntries));
     size_t number = 0;
-    while (std::getline(lines, line)) {
-        if (!line.empty() && line.back() == '\r')
-            line.pop_back();
+    for (size_t begin = 0; begin < text.size();) {
+        const std::string_view line = lineAt(text, begin);
         if (++number == 1) {
             if (line != kIdentification) {
                 error = "it does not begin with the identification line of a GenApi persistence file";
@@ -91,15 +102,21 @@ bool parseBag(const std::string& text, std::vector<BagEntry>& entries, std::stri
         if (line.empty() || line[0] == '#')
             continue;
         const size_t tab = line.find('\t');
-        if (tab == std::string::npos || tab == 0) {
+        if (tab == std::string_view::npos || tab == 0) {
             error = "line " + std::to_string(number) + " is no \"name<TAB>value\"";
             return false;
         }
-        BagEntry entry{line.substr(0, tab), {}, line.substr(tab + 1)};
+        if (entries.size() == mostBagEntries) {
+            error = "line " + std::to_string(number) + " is one more than the " +
+                    std::to_string(mostBagEntries) + " entries that are possible";
+            return false;
+        }
+        BagEntry& entry = entries.emplace_back();
+        entry.name = line.substr(0, tab);
+        entry.value = line.substr(tab + 1);
         entry.selectors = selectorsBefore(entry.value);
         if (!entry.selectors.empty())
             entry.value.erase(0, entry.value.find('\t') + 1);
-        entries.push_back(entry);
     }
     if (number == 0)
         error = "it is empty";

@@ -1,6 +1,7 @@
 // The text of a feature bag: the GenApi persistence text (GenICam GenApi, "Streaming").
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,7 +31,9 @@ bool hasForm(const BagEntry& entry);
 // identity become blanks.
 std::string bagText(const BagIdentity& identity, const std::vector<BagEntry>& entries,
                     const std::vector<std::string>& remarks = {});
-// False unless the text begins with the persistence format's identification line.
+// Of one bag; a line of three characters becomes an entry of a hundred bytes.
+constexpr size_t mostBagEntries = size_t(1) << 20;
+// False unless the text begins with the persistence format's identification line, and for more entries.
 bool parseBag(const std::string& text, std::vector<BagEntry>& entries, std::string& error);
 
 } // namespace kx

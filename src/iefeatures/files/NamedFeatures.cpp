@@ -51,7 +51,11 @@ NamedFeatures namedBy(const ie::FeaturesContent& content)
 NamedFeatures namedByBag(const QString& bagFile)
 {
     NamedFeatures features;
-    for (const QByteArray& line : contentOf(bagFile).split('\n')) {
+    const QByteArray content = contentOf(bagFile);
+    for (int begin = 0, end = 0; begin < content.size(); begin = end + 1) {
+        end = content.indexOf('\n', begin);
+        end = end < 0 ? content.size() : end;
+        const QByteArray line = QByteArray::fromRawData(content.constData() + begin, end - begin);
         const int tab = line.indexOf('\t');
         if (!line.startsWith('#'))
             features.name(QString::fromUtf8(line.left(tab)).trimmed(), QString::fromUtf8(line.mid(tab + 1)));
