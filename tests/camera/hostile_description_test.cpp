@@ -7,6 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <unistd.h>
 
 namespace
 {
@@ -156,6 +160,73 @@ TEST(HostileDescription, copiesOfCopiesAreWrittenWithinBounds)
     EXPECT_EQ(KX_CC_SetIntValueEx(many.handle, "N0", 7), KX_E_GC_RUNTIME);
     EXPECT_NE(many.lastError().find("it has too many copies"), std::string::npos) << many.lastError();
     EXPECT_EQ(many.device.get32(0x100), 0u);
+}
+
+// Each points to the next, the last to the first one, which takes as many steps as there are.
+TEST(HostileDescription, aCircleOfFiftyThousandDefaultsIsSeenInOneLook)
+{
+    constexpr int kNodes = 50000;
+    std::string nodes = "<Integer Name=\"Index\"><Value>7</Value></Integer>";
+    for (int i = 0; i < kNodes; ++i)
+        nodes += "<Integer Name=\"N" + std::to_string(i) + "\"><pIndex>Index</pIndex><pValueDefault>N" +
+                 std::to_string((i + 1) % kNodes) + "</pValueDefault></Integer>";
+    const auto start = std::chrono::steady_clock::now();
+    tests::FakeCamera camera(around(nodes));
+    int64_t value = 0;
+    for (const char* name : {"N0", "N25000", "N49999"})
+        EXPECT_EQ(read(camera, name, value), KX_E_GC_RUNTIME) << camera.lastError();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20)) << "minutes, one by one";
+}
+
+// Where what lies between does not fit 64 bits with a sign: for who saves a bag, reads ahead or looks for
+// registers.
+TEST(HostileDescription, rangesThatEndWhereSixtyFourBitsDo)
+{
+    const auto camera = [](const std::string& minimum, const std::string& maximum, const std::string& step) {
+        return around(
+            "<Category Name=\"Root\"><pFeature>Index</pFeature><pFeature>Entry</pFeature></Category>"
+            "<Integer Name=\"Index\"><Value>" +
+            minimum + "</Value><Min>" + minimum + "</Min><Max>" + maximum + "</Max><Inc>" + step +
+            "</Inc><pSelected>Entry</pSelected></Integer><Integer Name=\"Entry\"><Streamable>Yes"
+            "</Streamable><pValue>Reg</pValue></Integer><IntReg Name=\"Reg\"><Address>0x100</Address>"
+            "<IntSwissKnife Name=\"Off\"><pVariable Name=\"I\">Index</pVariable>"
+            "<Formula>(I&gt;0)?16:0</Formula></IntSwissKnife><Length>4</Length><AccessMode>RW"
+            "</AccessMode><pPort>Device</pPort><Endianess>BigEndian</Endianess></IntReg>");
+    };
+    const char* lowest = "-9223372036854775808";
+    const char* highest = "9223372036854775807";
+    const struct
+    {
+        std::string minimum, maximum, step;
+        std::vector<std::string> values;
+    } cases[] = {
+        {lowest,
+         highest,
+         "4611686018427387904",
+         {lowest, "-4611686018427387904", "0", "4611686018427387904"}},
+        {lowest, lowest, highest, {lowest}},
+        {lowest, "0", highest, {lowest, "-1"}},
+        {lowest, highest, highest, {lowest, "-1", "9223372036854775806"}},
+        {highest, highest, highest, {highest}},
+    };
+    for (const auto& one : cases) {
+        tests::FakeCamera fake(camera(one.minimum, one.maximum, one.step));
+        char name[] = "/tmp/hostile_XXXXXX";
+        const int file = mkstemp(name);
+        EXPECT_EQ(KX_CC_FeatureSave(fake.handle, name), KX_OK) << fake.lastError();
+        std::ifstream bag(name);
+        std::vector<std::string> values;
+        for (std::string line; std::getline(bag, line);)
+            if (line.rfind("Index\t", 0) == 0)
+                values.push_back(line.substr(6));
+        ::close(file);
+        std::remove(name);
+        ASSERT_FALSE(values.empty());
+        values.pop_back(); // the one that it had
+        EXPECT_EQ(values, one.values) << one.minimum << " to " << one.maximum;
+        KX_RegisterCoverage coverage{};
+        EXPECT_EQ(KX_CC_GetRegisterCoverage(fake.handle, 0, 0x1000, &coverage), KX_OK);
+    }
 }
 
 // Named parts that double fourteen times, in each of many formulas; and one of blanks that is met time and

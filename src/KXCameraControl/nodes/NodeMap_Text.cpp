@@ -184,14 +184,10 @@ KX_Status NodeMap::selectorValues(const char* selector, size_t limit, std::vecto
                 values.push_back(nameOfEntry(node, *entry));
         } else if (isIntegerKind(node.kind)) {
             const Range range = nodes.values.range(node);
-            const int64_t first = range.minimum.asInteger(), last = range.maximum.asInteger();
-            const uint64_t steps = last < first
-                                       ? 0
-                                       : (static_cast<uint64_t>(last) - static_cast<uint64_t>(first)) /
-                                             static_cast<uint64_t>(range.increment);
-            isMore = steps >= limit;
-            for (uint64_t i = 0; !isMore && first <= last && i <= steps; ++i)
-                values.push_back(std::to_string(first + static_cast<int64_t>(i) * range.increment));
+            const bool isEmpty = range.maximum.asInteger() < range.minimum.asInteger();
+            isMore = !isEmpty && range.steps() >= limit;
+            for (uint64_t i = 0; !isMore && !isEmpty && i <= range.steps(); ++i)
+                values.push_back(std::to_string(range.valueAt(i)));
         }
         isMore = isMore || values.size() > limit;
         if (isMore)

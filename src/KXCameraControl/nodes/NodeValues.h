@@ -20,6 +20,18 @@ struct Range
     bool countsFromMinimum = false; // multiples of the increment start at the minimum, not at 0
 
     int64_t incrementOrigin() const { return countsFromMinimum ? minimum.asInteger() : 0; }
+    // Of integers whose maximum is not below the minimum: how many increments fit in between, and the value
+    // that is so many above the minimum. Differences may take all 64 bits.
+    uint64_t steps() const
+    {
+        return (static_cast<uint64_t>(maximum.asInteger()) - static_cast<uint64_t>(minimum.asInteger())) /
+               static_cast<uint64_t>(increment);
+    }
+    int64_t valueAt(uint64_t step) const
+    {
+        return static_cast<int64_t>(static_cast<uint64_t>(minimum.asInteger()) +
+                                    step * static_cast<uint64_t>(increment));
+    }
 };
 
 // All questions throw NodeFailure. Answers are remembered within one call, so that a register or a formula

@@ -482,13 +482,9 @@ std::vector<int64_t> ReadPlanner::valuesOf(const Node& selector)
             values.push_back(m_values.entryValue(*entry));
     } else if (isIntegerKind(selector.kind)) {
         const Range range = m_values.range(selector);
-        const int64_t last = range.maximum.asInteger();
-        for (int64_t value = range.minimum.asInteger(); value <= last && values.size() <= maximumSelected;) {
-            values.push_back(value);
-            if (value > last - range.increment)
-                break;
-            value += range.increment;
-        }
+        const bool isEmpty = range.maximum.asInteger() < range.minimum.asInteger();
+        for (uint64_t i = 0; !isEmpty && i <= range.steps() && values.size() <= maximumSelected; ++i)
+            values.push_back(range.valueAt(i));
     }
     return values;
 }

@@ -98,13 +98,10 @@ std::vector<int64_t> RegisterMap::valuesOf(const Node& feature)
         values = {0, 1};
     } else if (isIntegerKind(feature.kind) && m_links.boundedBy(feature).empty()) {
         const Range range = m_values.range(feature);
-        const int64_t first = range.minimum.asInteger();
-        const int64_t last = range.maximum.asInteger();
-        const uint64_t steps = last < first ? maximumPlaces
-                                            : (static_cast<uint64_t>(last) - static_cast<uint64_t>(first)) /
-                                                  static_cast<uint64_t>(range.increment);
+        const bool isEmpty = range.maximum.asInteger() < range.minimum.asInteger();
+        const uint64_t steps = isEmpty ? maximumPlaces : range.steps();
         for (uint64_t i = 0; steps < maximumPlaces && i <= steps; ++i)
-            values.push_back(first + static_cast<int64_t>(i) * range.increment);
+            values.push_back(range.valueAt(i));
     }
     return values;
 }
