@@ -12,6 +12,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 if(WIN32)
     set(IE_SYSTEM windows)
     set(IE_NETWORK_LIBRARIES ws2_32 iphlpapi)
+    set(IE_DEVICE_LIBRARIES setupapi)
     set(CMAKE_SHARED_LIBRARY_PREFIX "") # libraries are called there as they are everywhere, without "lib"
     # Libraries that are compiled against headers alone stand anywhere in a link. Import libraries are archives, which
     # the linker would look into once, where they stand.

@@ -70,7 +70,7 @@ enum HostExit : int
 {
     ExitDone = 0,
     ExitUsage = 2,
-    ExitMemory = 3 // the producer took more memory than it may
+    ExitMemory = 113 // the producer took more memory than it may; no code of an aborted program
 };
 
 } // namespace gentl

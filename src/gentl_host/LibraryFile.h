@@ -2,8 +2,6 @@
 // still run.
 #pragma once
 
-#include <dlfcn.h>
-
 #include <cstdint>
 #include <string>
 
@@ -27,13 +25,13 @@ struct Function<int32_t(Parameters...)>
 class LibraryFile
 {
 public:
-    // What stands in the way, or an empty text.
+    // What stands in the way, or an empty text. `path`: UTF-8 on Windows.
     std::string open(const std::string& path);
 
     template <class Signature>
     void find(Function<Signature>& function)
     {
-        function.address = reinterpret_cast<decltype(function.address)>(dlsym(m_library, function.name));
+        function.address = reinterpret_cast<decltype(function.address)>(address(function.name));
         if (!function.address && function.isNeeded)
             m_missing += (m_missing.empty() ? "" : ", ") + std::string(function.name);
     }
@@ -41,6 +39,8 @@ public:
     const std::string& missing() const { return m_missing; }
 
 private:
+    void* address(const char* name) const;
+
     void* m_library = nullptr;
     std::string m_missing;
 };

@@ -1,14 +1,11 @@
 // ie_gentl_host LIBRARY: serves one GenTL producer, or a grabber's serial library, to the camera library
 // (gentl/HostProtocol.h). Started by that alone.
+#include "gentl_host/OwnProcess.h"
 #include "gentl_host/ResidentMemory.h"
 #include "gentl_host/Session.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 
 namespace
 {
@@ -29,12 +26,6 @@ long memoryLimit()
     return (given > 0 ? given : kUsualLimit) * 1024;
 }
 
-// Should all memory of the machine be used up before the limit is seen, this process goes first.
-void volunteer()
-{
-    std::ofstream("/proc/self/oom_score_adj") << 1000;
-}
-
 void connect(Loaded& loaded, std::vector<Channel>& ends)
 {
     if (ends.empty())
@@ -50,7 +41,7 @@ void connect(Loaded& loaded, std::vector<Channel>& ends)
 // The library is gone, by its own will or not. What the producer has open is given back if it can be.
 [[noreturn]] void leave(Modules& modules)
 {
-    ::alarm(kLastSeconds);
+    endWithin(kLastSeconds);
     while (sessions > 0) // they close their devices
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     modules.closeAll();
@@ -77,12 +68,13 @@ void connect(Loaded& loaded, std::vector<Channel>& ends)
 
 int main(int argc, char** argv)
 {
-    if (argc != 2 || ::fcntl(kControlDescriptor, F_GETFD) < 0) {
+    const std::string library = libraryArgument(argc, argv);
+    Channel control = controlChannel();
+    if (library.empty() || !control.isOpen()) {
         std::fprintf(stderr, "ie_gentl_host is started by the camera library.\n");
         return ExitUsage;
     }
-    ::fcntl(kControlDescriptor, F_SETFD, FD_CLOEXEC); // producers start programs too
     volunteer();
-    static Loaded loaded(argv[1]); // sessions outlive main
-    serve(loaded, Channel(kControlDescriptor));
+    static Loaded loaded(library); // sessions outlive main
+    serve(loaded, std::move(control));
 }

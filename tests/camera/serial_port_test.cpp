@@ -75,8 +75,8 @@ protected:
     std::unique_ptr<CameraLinkPort> port(const std::string& serialNumber = "EMU0001",
                                          CameraLinkPort::Rate rate = CameraLinkPort::Rate::Raise)
     {
-        return std::make_unique<CameraLinkPort>(
-            isTerminal() ? std::make_unique<Terminal>(camera->path()) : libraryLine(), serialNumber, rate);
+        return std::make_unique<CameraLinkPort>(isTerminal() ? newTerminal(camera->path()) : libraryLine(),
+                                                serialNumber, rate);
     }
     std::string lineName() const { return isTerminal() ? camera->path() : "Port A"; }
 };
@@ -301,7 +301,7 @@ TEST_P(Serial, aSecondProgramIsKeptOutAndTold)
 TEST_F(SerialTerminal, aLineThatGoesAwayIsALossAndNoHang)
 {
     start();
-    auto open = portOver(std::make_unique<Terminal>(camera->path()));
+    auto open = portOver(newTerminal(camera->path()));
     ASSERT_EQ(open->open(KX_ACCESS_EXCLUSIVE, 0), KX_OK);
     std::atomic<int> losses{0};
     open->setConnectionLostHandler([&](KX_Status) { ++losses; });
@@ -322,11 +322,11 @@ TEST_F(SerialTerminal, whatIsNoSerialLineIsSaidToBeNone)
     const std::string fifo = scratchFile("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     for (const std::string& path : {file, fifo, std::string("/dev/null")}) {
-        CameraLinkPort none(std::make_unique<Terminal>(path), {});
+        CameraLinkPort none(newTerminal(path), {});
         EXPECT_EQ(none.open(KX_ACCESS_EXCLUSIVE, 0), KX_E_NETWORK) << path;
         EXPECT_EQ(none.lastError(), path + ": is no serial line");
     }
-    CameraLinkPort missing(std::make_unique<Terminal>(scratchFile("missing")), {});
+    CameraLinkPort missing(newTerminal(scratchFile("missing")), {});
     EXPECT_EQ(missing.open(KX_ACCESS_EXCLUSIVE, 0), KX_E_NO_DEVICE);
     EXPECT_EQ(std::filesystem::file_size(file), 0u);
     std::filesystem::remove_all(std::filesystem::path(file).parent_path());

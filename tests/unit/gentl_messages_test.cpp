@@ -91,11 +91,11 @@ TEST(GentlChannel, shuttingDownEndsAWaitInAnotherThread)
 {
     auto [a, b] = Channel::pair();
     Channel::Outcome outcome = Channel::Outcome::Done;
-    std::thread waiting([&, &end = b] {
+    std::thread waiting([&, &end = a] {
         Bytes message;
         outcome = end.receive(message, std::nullopt);
     });
-    b.shutDown();
+    a.shutDown();
     waiting.join();
     EXPECT_EQ(outcome, Channel::Outcome::Gone);
 }

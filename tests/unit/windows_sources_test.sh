@@ -14,7 +14,7 @@ while read -r source; do
     esac
     "$compiler" -std=c++17 -c -o /dev/null -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror \
         -D_WIN32_WINNT=0x0A00 -DWINVER=0x0A00 -DUNICODE -D_UNICODE -DNOMINMAX -DWIN32_LEAN_AND_MEAN \
-        -I"$root/src" -I"$root/src/KXCameraControl/include" "$source"
+        -I"$root/src" -I"$root/src/KXCameraControl/include" -isystem /usr/include/libusb-1.0 "$source"
     count=$((count + 1))
 done < <(find "$root/src" -name '*_windows.cpp' | sort)
 [ "$count" -gt 0 ] || { echo "There is none."; exit 1; }

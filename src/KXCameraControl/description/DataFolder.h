@@ -6,8 +6,6 @@
 namespace kx
 {
 
-// The value of an environment variable as a path, in whatever letters; empty without one.
-std::filesystem::path environmentPath(const char* variable);
 // The user's folder for programs' data; empty where the environment names none.
 std::filesystem::path userDataFolder();
 // Whether a folder is this user's, and nobody else may write to it: what lies there is then his own.

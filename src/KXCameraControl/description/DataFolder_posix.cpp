@@ -1,7 +1,8 @@
 // Where the XDG base directories have it.
 #include "KXCameraControl/description/DataFolder.h"
 
-#include <cstdlib>
+#include "KXCameraControl/ports/EnvironmentPath.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,12 +19,6 @@ std::filesystem::path absoluteFolder(const char* variable)
 }
 
 } // namespace
-
-std::filesystem::path environmentPath(const char* variable)
-{
-    const char* value = std::getenv(variable);
-    return value ? value : "";
-}
 
 std::filesystem::path userDataFolder()
 {

@@ -3,6 +3,7 @@
 
 #include "KXCameraControl/description/DataFolder.h"
 #include "KXCameraControl/description/Unzip.h"
+#include "KXCameraControl/ports/EnvironmentPath.h"
 
 #include <algorithm>
 #include <fstream>

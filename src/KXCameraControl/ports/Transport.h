@@ -41,7 +41,7 @@ struct Transport
     KX_Status (*forceIp)(const KX_DeviceInfo& device, const IpSettings& wanted) = nullptr;
 };
 
-// Those of this system (Transports_posix.cpp, Transports_windows.cpp).
+// Those that there are lines for (Transports.cpp).
 const std::vector<Transport>& transports();
 // Null: a transport that this library has no port for.
 const Transport* transportOf(const KX_DeviceInfo& device);

@@ -1,10 +1,5 @@
 #include "camera_emulator/producer/Cameras.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstring>
 #include <sstream>
@@ -46,38 +41,11 @@ gentl::Error errorOf(uint16_t status)
 
 } // namespace
 
-bool CameraLine::connect(const std::string& path)
-{
-    disconnect();
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::memcpy(address.sun_path, path.c_str(), std::min(path.size(), sizeof address.sun_path - 1));
-    m_socket = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-    if (m_socket >= 0 && ::connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0)
-        return true;
-    disconnect();
-    return false;
-}
-
-void CameraLine::disconnect()
-{
-    if (m_socket >= 0)
-        ::close(m_socket);
-    m_socket = -1;
-}
-
-bool CameraLine::isGone() const
-{
-    pollfd entry{m_socket, 0, 0};
-    return m_socket < 0 || (::poll(&entry, 1, 0) > 0 && (entry.revents & (POLLHUP | POLLERR)) != 0);
-}
-
 bool CameraLine::send(char letter, const Bytes& rest)
 {
     Bytes message{static_cast<uint8_t>(letter)};
     message.insert(message.end(), rest.begin(), rest.end());
-    return ::send(m_socket, message.data(), message.size(), MSG_NOSIGNAL) ==
-           static_cast<ssize_t>(message.size());
+    return m_socket.send(message);
 }
 
 std::optional<Bytes> CameraLine::receive(char letter, milliseconds patience)
@@ -85,15 +53,11 @@ std::optional<Bytes> CameraLine::receive(char letter, milliseconds patience)
     const auto end = std::chrono::steady_clock::now() + patience;
     for (;;) {
         const auto left = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now()).count();
-        pollfd entry{m_socket, POLLIN, 0};
-        if (left <= 0 || ::poll(&entry, 1, static_cast<int>(left)) <= 0)
-            return std::nullopt;
-        Bytes message(emu::kGrabberMessage);
-        const ssize_t size = ::recv(m_socket, message.data(), message.size(), 0);
-        if (size <= 0)
+        Bytes message;
+        if (left <= 0 || !m_socket.receive(message, milliseconds(left)))
             return std::nullopt;
         if (static_cast<char>(message[0]) == letter)
-            return Bytes(message.begin() + 1, message.begin() + size);
+            return Bytes(message.begin() + 1, message.end());
     }
 }
 

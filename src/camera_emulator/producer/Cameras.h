@@ -2,7 +2,7 @@
 #pragma once
 
 #include "camera_emulator/GrabberLine.h"
-#include "gencp/Gencp.h"
+#include "camera_emulator/producer/GrabberSocket.h"
 #include "gentl/GenTl.h"
 
 #include <chrono>
@@ -13,20 +13,13 @@
 namespace producer
 {
 
-using gencp::Bytes;
-
-// One connection to the socket of a camera. One caller at a time, but for isGone().
+// One connection to a camera. One caller at a time, but for isGone().
 class CameraLine
 {
 public:
-    CameraLine() = default;
-    CameraLine(const CameraLine&) = delete;
-    CameraLine& operator=(const CameraLine&) = delete;
-    ~CameraLine() { disconnect(); }
-
-    bool connect(const std::string& path); // false: no camera is there
-    void disconnect();
-    bool isGone() const;
+    bool connect(const std::string& place) { return m_socket.connect(place); } // false: no camera is there
+    void disconnect() { m_socket.close(); }
+    bool isGone() const { return m_socket.isGone(); }
 
     // GrabberFieldCount texts, or nothing.
     std::vector<std::string> who();
@@ -41,7 +34,7 @@ private:
     std::optional<Bytes> receive(char letter, std::chrono::milliseconds patience);
     gentl::Error request(uint16_t command, const Bytes& scd, Bytes& answer);
 
-    int m_socket = -1;
+    GrabberSocket m_socket;
     uint16_t m_lastId = 0;
 };
 

@@ -1,14 +1,15 @@
 #include "camera_emulator/producer/Faults.h"
 
-#include <dlfcn.h>
-#include <unistd.h>
+#include "camera_emulator/producer/OwnFile.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <map>
 #include <mutex>
 #include <sstream>
+#include <thread>
 
 namespace producer
 {
@@ -17,16 +18,13 @@ namespace
 {
 
 constexpr size_t kLeak = 64 << 20;
-constexpr unsigned kSlow = 50000; // microseconds
+constexpr std::chrono::milliseconds kSlow{50};
 
 // Of the file that this code was loaded from, without its ending.
 std::string ownName()
 {
-    Dl_info info{};
-    if (::dladdr(reinterpret_cast<void*>(&ownName), &info) == 0 || !info.dli_fname)
-        return {};
-    const std::string path = info.dli_fname;
-    const std::string file = path.substr(path.find_last_of('/') + 1);
+    const std::string path = ownFile();
+    const std::string file = path.substr(path.find_last_of("/\\") + 1);
     return file.substr(0, file.rfind('.'));
 }
 
@@ -68,7 +66,7 @@ unsigned long countCall(const std::string& function)
 [[noreturn]] void hang()
 {
     for (;;)
-        ::pause();
+        std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
 void leak()
@@ -109,7 +107,7 @@ Fault enter(const char* function)
     else if (kind == "hang")
         hang();
     else if (kind == "slow")
-        ::usleep(kSlow);
+        std::this_thread::sleep_for(kSlow);
     else if (kind == "leak")
         leak();
     else if (kind == "long")

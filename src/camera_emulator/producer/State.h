@@ -86,4 +86,9 @@ std::pair<Error, std::string> lastError();
 
 } // namespace producer
 
-#define PRODUCER_EXPORT extern "C" __attribute__((visibility("default"))) ::gentl::Error
+#if defined(_WIN32)
+#define PRODUCER_VISIBLE __declspec(dllexport)
+#else
+#define PRODUCER_VISIBLE __attribute__((visibility("default")))
+#endif
+#define PRODUCER_EXPORT extern "C" PRODUCER_VISIBLE ::gentl::Error

@@ -4,13 +4,10 @@
 #include "KXCameraControl/ports/Stamp.h"
 #include "KXCameraControl/ports/cameralink/CameraLinkPort.h"
 #include "KXCameraControl/ports/cameralink/SerialPlaces.h"
+#include "KXCameraControl/ports/cameralink/Terminal.h"
 #include "KXCameraControl/ports/gentl/HostedSearches.h"
 #include "KXCameraControl/ports/gentl/MakersLibraries.h"
 
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <future>
@@ -178,8 +175,7 @@ uint32_t serialStamp()
 {
     Stamp stamp;
     for (const SerialPlace& line : namedLines()) {
-        struct stat state = {};
-        const bool isThere = ::stat(line.name.c_str(), &state) == 0;
+        const bool isThere = isTerminalThere(line.name);
         stamp.add(line.name.c_str(), line.name.size() + 1);
         stamp.add(&isThere, sizeof isThere);
     }
@@ -192,7 +188,7 @@ std::vector<std::string> serialProblems()
 {
     std::vector<std::string> problems;
     for (const SerialPlace& line : namedLines())
-        if (::access(line.name.c_str(), R_OK | W_OK) != 0 && errno == EACCES)
+        if (isTerminalForbidden(line.name))
             problems.push_back(
                 "The serial line " + line.name +
                 " may not be opened by this user: Permission denied. The group that it belongs to "

@@ -74,7 +74,7 @@ std::optional<SerialPlace> placeOf(const KX_DeviceInfo& device)
 std::unique_ptr<SerialLine> lineAt(const SerialPlace& place)
 {
     if (place.serialLibrary.empty())
-        return std::make_unique<Terminal>(place.name);
+        return newTerminal(place.name);
     return std::make_unique<LibraryLine>(place.serialLibrary, place.index, place.name);
 }
 

@@ -21,6 +21,32 @@ using std::chrono::milliseconds;
 namespace
 {
 
+class Terminal final : public SerialLine
+{
+public:
+    explicit Terminal(std::string path) : m_path(std::move(path)) {}
+    ~Terminal() override { Terminal::close(); }
+
+    KX_Status open() override;
+    void close() override;
+    bool isOpen() const override { return m_descriptor >= 0; }
+    bool setBaudRate(uint32_t baud) override;
+    Outcome write(const uint8_t* data, size_t size, Clock::time_point deadline) override;
+    Outcome read(uint8_t* data, size_t capacity, size_t& size, Clock::time_point deadline) override;
+    std::string name() const override { return m_path; }
+    std::string errorText() const override { return m_errorText; }
+
+private:
+    KX_Status fail(KX_Status status, const std::string& text);
+    KX_Status take();
+    Outcome wait(short events, Clock::time_point deadline);
+    Outcome judgeErrno();
+
+    const std::string m_path;
+    int m_descriptor = -1;
+    std::string m_errorText;
+};
+
 KX_Status statusOfOpening(int code)
 {
     switch (code) {
@@ -34,8 +60,6 @@ KX_Status statusOfOpening(int code)
         return KX_E_NETWORK;
     }
 }
-
-} // namespace
 
 KX_Status Terminal::fail(KX_Status status, const std::string& text)
 {
@@ -101,14 +125,14 @@ bool Terminal::setBaudRate(uint32_t baud)
     return true;
 }
 
-SerialLine::Outcome Terminal::judgeErrno()
+Terminal::Outcome Terminal::judgeErrno()
 {
     const int code = errno;
     fail(KX_E_NETWORK, std::strerror(code));
     return code == EIO || code == ENXIO || code == ENODEV ? Outcome::Gone : Outcome::Failed;
 }
 
-SerialLine::Outcome Terminal::wait(short events, Clock::time_point deadline)
+Terminal::Outcome Terminal::wait(short events, Clock::time_point deadline)
 {
     for (;;) {
         const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now()).count();
@@ -127,7 +151,7 @@ SerialLine::Outcome Terminal::wait(short events, Clock::time_point deadline)
     }
 }
 
-SerialLine::Outcome Terminal::write(const uint8_t* data, size_t size, Clock::time_point deadline)
+Terminal::Outcome Terminal::write(const uint8_t* data, size_t size, Clock::time_point deadline)
 {
     for (size_t done = 0; done < size;) {
         const ssize_t count = ::write(m_descriptor, data + done, size - done);
@@ -142,7 +166,7 @@ SerialLine::Outcome Terminal::write(const uint8_t* data, size_t size, Clock::tim
     return Outcome::Done;
 }
 
-SerialLine::Outcome Terminal::read(uint8_t* data, size_t capacity, size_t& size, Clock::time_point deadline)
+Terminal::Outcome Terminal::read(uint8_t* data, size_t capacity, size_t& size, Clock::time_point deadline)
 {
     for (;;) {
         const Outcome waited = wait(POLLIN, deadline);
@@ -160,6 +184,24 @@ SerialLine::Outcome Terminal::read(uint8_t* data, size_t capacity, size_t& size,
         if (errno != EAGAIN && errno != EINTR)
             return judgeErrno();
     }
+}
+
+} // namespace
+
+std::unique_ptr<SerialLine> newTerminal(const std::string& name)
+{
+    return std::make_unique<Terminal>(name);
+}
+
+bool isTerminalThere(const std::string& name)
+{
+    struct stat state = {};
+    return ::stat(name.c_str(), &state) == 0;
+}
+
+bool isTerminalForbidden(const std::string& name)
+{
+    return ::access(name.c_str(), R_OK | W_OK) != 0 && errno == EACCES;
 }
 
 } // namespace kx

@@ -1,14 +1,13 @@
 // One running ie_gentl_host: a process with one producer in it, which can be ended at any time.
 //
-// The program is found by KX_GENTL_HOST (a path), else beside the library or in bin beside its folder, else
-// in libexec/import-export-features of what the library is installed to. What the producer prints goes to the
-// file that KX_GENTL_LOG names, else nowhere.
+// The program is found by KX_GENTL_HOST (a path), else beside the library, on Linux also in bin beside its
+// folder or in libexec/import-export-features of what the library is installed to. What the producer prints
+// goes to the file that KX_GENTL_LOG names, else nowhere.
 #pragma once
 
 #include "gentl/Channel.h"
 
-#include <sys/types.h>
-
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -40,12 +39,13 @@ public:
     void configureOnce(const std::function<void()>& configure) { std::call_once(m_configured, configure); }
 
 private:
-    HostProcess(pid_t process, gentl::Channel control) : m_process(process), m_control(std::move(control)) {}
-    // Waits for a process that ends or is ended. With the lock.
-    int reap(bool kill);
+    HostProcess(intptr_t process, gentl::Channel control) : m_process(process), m_control(std::move(control))
+    {}
+    // Ends it, and waits for that; gives what it ended by, as the system says it. With the lock.
+    uint32_t reap();
 
     mutable std::mutex m_mutex;
-    pid_t m_process; // 0: over
+    intptr_t m_process; // a process's number, on Windows a handle; 0: over
     gentl::Channel m_control;
     std::string m_reason; // for its end
     std::once_flag m_configured;

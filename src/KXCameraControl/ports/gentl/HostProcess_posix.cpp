@@ -115,9 +115,10 @@ std::unique_ptr<HostProcess> HostProcess::start(const std::string& producer, std
     int code = ours.isOpen() ? 0 : EMFILE;
     // The helper's end must not be the very descriptor that it is put to: it would be closed there.
     if (code == 0 && theirs.descriptor() == gentl::kControlDescriptor)
-        theirs = gentl::Channel(::fcntl(theirs.descriptor(), F_DUPFD_CLOEXEC, gentl::kControlDescriptor + 1));
+        theirs = gentl::Channel(
+            ::fcntl(gentl::kControlDescriptor, F_DUPFD_CLOEXEC, gentl::kControlDescriptor + 1));
     if (code == 0)
-        code = Start().run(program, producer, theirs.descriptor(), process);
+        code = Start().run(program, producer, static_cast<int>(theirs.descriptor()), process);
     if (code != 0) {
         problem = "The helper " + program + " cannot be started: " + std::strerror(code) + ".";
         return nullptr;
@@ -131,19 +132,19 @@ HostProcess::~HostProcess()
     m_control.close();
     const auto end = std::chrono::steady_clock::now() + kLeaveTime;
     while (m_process > 0 && std::chrono::steady_clock::now() < end) {
-        if (::waitpid(m_process, nullptr, WNOHANG) != 0)
+        if (::waitpid(static_cast<pid_t>(m_process), nullptr, WNOHANG) != 0)
             m_process = 0;
         else
             std::this_thread::sleep_for(kLeavePause);
     }
     if (m_process > 0)
-        reap(true);
+        reap();
 }
 
 bool HostProcess::connect(const gentl::Channel& requests, const gentl::Channel& loss)
 {
     const std::lock_guard lock(m_mutex);
-    std::vector<int> ends{requests.descriptor()};
+    std::vector<gentl::Channel::Descriptor> ends{requests.descriptor()};
     if (loss.isOpen())
         ends.push_back(loss.descriptor());
     return m_process > 0 &&
@@ -151,24 +152,24 @@ bool HostProcess::connect(const gentl::Channel& requests, const gentl::Channel& 
 }
 
 // A process whose connections are gone has its end behind it, whatever is sent to it now.
-int HostProcess::reap(bool kill)
+uint32_t HostProcess::reap()
 {
+    const auto process = static_cast<pid_t>(m_process);
     int status = 0;
-    if (kill)
-        ::kill(m_process, SIGKILL);
+    ::kill(process, SIGKILL);
     pid_t waited = 0;
     do
-        waited = ::waitpid(m_process, &status, 0);
+        waited = ::waitpid(process, &status, 0);
     while (waited < 0 && errno == EINTR);
     m_process = 0;
-    return status;
+    return static_cast<uint32_t>(status);
 }
 
 std::string HostProcess::endHung(const std::string& function, int64_t milliseconds)
 {
     const std::lock_guard lock(m_mutex);
     if (m_process > 0) {
-        reap(true);
+        reap();
         m_reason = "hung in " + function + " for " + std::to_string(milliseconds) + " ms and was ended";
     }
     return m_reason;
@@ -179,7 +180,7 @@ std::string HostProcess::endGone(const std::string& function)
     const std::lock_guard lock(m_mutex);
     if (m_process <= 0)
         return m_reason;
-    const int status = reap(true);
+    const auto status = static_cast<int>(reap());
     if (WIFEXITED(status) && WEXITSTATUS(status) == gentl::ExitMemory)
         m_reason = "took more memory than it may (KX_GENTL_MEMORY)";
     else

@@ -1,5 +1,6 @@
 #include "KXCameraControl/ports/usb3/Usb.h"
 
+#include "KXCameraControl/ports/usb3/UsbNodes.h"
 #include "gencp/Usb3Vision.h"
 
 #include <algorithm>
@@ -178,9 +179,7 @@ std::string usbLocation(libusb_device* device)
 
 std::string mayNotOpenText(const UsbCamera& camera)
 {
-    return "USB " + usbLocation(camera.device.get()) +
-           ": this user may not open the camera. Where 60-usb3-vision.rules lies in a folder of udev rules, "
-           "plugging the camera in anew lets whoever sits here and the group plugdev open it.";
+    return "USB " + usbLocation(camera.device.get()) + ": " + usbOpeningHelp();
 }
 
 UsbTexts::UsbTexts(libusb_device_handle* handle) : m_handle(handle)

@@ -108,7 +108,7 @@ std::vector<std::string> usb3Problems()
         libusb_device_handle* raw = nullptr;
         const int code = libusb_open(camera.device.get(), &raw);
         const UsbHandle handle(raw);
-        if (code == LIBUSB_ERROR_ACCESS)
+        if (isUsbOpeningRefused(code))
             problems.push_back(mayNotOpenText(camera));
     }
     return problems;

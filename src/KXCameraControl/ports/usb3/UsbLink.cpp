@@ -1,6 +1,7 @@
 #include "KXCameraControl/ports/usb3/UsbLink.h"
 
 #include "KXCameraControl/ports/Fields.h"
+#include "KXCameraControl/ports/usb3/UsbNodes.h"
 
 #include <algorithm>
 #include <cstring>
@@ -57,8 +58,11 @@ KX_Status UsbLink::open()
         UsbHandle handle(raw);
         if (code == 0 && isIt(m_wanted, camera, raw))
             return take(std::move(camera), std::move(handle));
-        if (code == LIBUSB_ERROR_ACCESS)
+        if (isUsbOpeningRefused(code))
             status = fail(KX_E_NETWORK, mayNotOpenText(camera));
+        else if (isUsbInUse(code))
+            status = fail(KX_E_CONTROL_REFUSED,
+                          "USB " + usbLocation(camera.device.get()) + ": another program uses the camera");
     }
     return status;
 }

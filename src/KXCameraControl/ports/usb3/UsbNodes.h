@@ -28,4 +28,11 @@ std::string usbSystemText(const std::string& location, const char* name);
 // Whether somebody tells of devices that come and go. Containers often have nobody.
 bool areUsbEventsTold();
 
+// Of libusb_open(): the system does not let this user, or libusb, have the camera; usbOpeningHelp() says what
+// helps, a sentence behind the camera's place.
+bool isUsbOpeningRefused(int code);
+const char* usbOpeningHelp();
+// Of libusb_open(): another program has the camera. Elsewhere only claiming its interface tells that.
+bool isUsbInUse(int code);
+
 } // namespace kx

@@ -2,6 +2,7 @@
 #include "KXCameraControl/ports/usb3/UsbNodes.h"
 
 #include <dirent.h>
+#include <libusb.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -62,6 +63,22 @@ std::string usbSystemText(const std::string& location, const char* name)
 bool areUsbEventsTold()
 {
     return ::access("/run/udev/control", F_OK) == 0;
+}
+
+bool isUsbOpeningRefused(int code)
+{
+    return code == LIBUSB_ERROR_ACCESS;
+}
+
+bool isUsbInUse(int)
+{
+    return false;
+}
+
+const char* usbOpeningHelp()
+{
+    return "this user may not open the camera. Where 60-usb3-vision.rules lies in a folder of udev rules, "
+           "plugging the camera in anew lets whoever sits here and the group plugdev open it.";
 }
 
 } // namespace kx

@@ -1,4 +1,4 @@
-// What POSIX systems have lines for.
+// What there are lines for.
 #include "KXCameraControl/ports/Transport.h"
 #include "KXCameraControl/ports/cameralink/SerialDiscovery.h"
 #include "KXCameraControl/ports/gentl/GenTlDiscovery.h"

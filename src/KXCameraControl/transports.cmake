@@ -4,7 +4,7 @@ target_sources(kx_ports PRIVATE
     ports/cameralink/SerialLine.h
     ports/cameralink/LibraryLine.cpp ports/cameralink/LibraryLine.h
     ports/cameralink/SerialPlaces.cpp ports/cameralink/SerialPlaces.h
-    ports/cameralink/Terminal_posix.cpp ports/cameralink/Terminal.h
+    ports/cameralink/Terminal_${IE_SYSTEM}.cpp ports/cameralink/Terminal.h
     ports/cameralink/SerialLink.cpp ports/cameralink/SerialLink.h
     ports/cameralink/CameraLinkPort.cpp ports/cameralink/CameraLinkPort.h
     ports/cameralink/SerialDiscovery.cpp ports/cameralink/SerialDiscovery.h
@@ -14,7 +14,8 @@ target_sources(kx_ports PRIVATE
     ports/gentl/GenTlSettings.cpp ports/gentl/GenTlSettings.h
     ports/gentl/HostLink.cpp ports/gentl/HostLink.h
     ports/gentl/HostedSearches.cpp ports/gentl/HostedSearches.h
-    ports/gentl/HostProcess_posix.cpp ports/gentl/HostProcess.h
+    ports/gentl/HostProcess_${IE_SYSTEM}.cpp ports/gentl/HostProcess.h
+    ports/gentl/LibraryPlaces_${IE_SYSTEM}.cpp ports/gentl/LibraryPlaces.h
     ports/gentl/MakersLibraries.cpp ports/gentl/MakersLibraries.h
     ports/gencp/GenCpLink.h
     ports/gencp/GenCpPort.cpp ports/gencp/GenCpPort.h
@@ -22,9 +23,9 @@ target_sources(kx_ports PRIVATE
     ports/usb3/Usb3Discovery.cpp ports/usb3/Usb3Discovery.h
     ports/usb3/Usb3Port.cpp ports/usb3/Usb3Port.h
     ports/usb3/UsbLink.cpp ports/usb3/UsbLink.h
-    ports/usb3/UsbNodes_posix.cpp ports/usb3/UsbNodes.h
+    ports/usb3/UsbNodes_${IE_SYSTEM}.cpp ports/usb3/UsbNodes.h
     ports/usb3/UsbWatch.cpp ports/usb3/UsbWatch.h)
-target_link_libraries(kx_ports PUBLIC gentl PRIVATE PkgConfig::LIBUSB)
+target_link_libraries(kx_ports PUBLIC gentl PRIVATE PkgConfig::LIBUSB ${IE_DEVICE_LIBRARIES})
 target_sources(kx_core PRIVATE camera/ModuleFeatures.cpp camera/ModuleFeatures.h)
 # The helper is started by the library, and built with it.
 add_dependencies(kx_ports ie_gentl_host)

@@ -1,5 +1,7 @@
 #include "gentl_host/LibraryFile.h"
 
+#include <dlfcn.h>
+
 namespace gentl_host
 {
 
@@ -10,6 +12,11 @@ std::string LibraryFile::open(const std::string& path)
         return {};
     const char* reason = dlerror();
     return std::string("it cannot be loaded: ") + (reason ? reason : "no reason is given");
+}
+
+void* LibraryFile::address(const char* name) const
+{
+    return dlsym(m_library, name);
 }
 
 } // namespace gentl_host

@@ -1,8 +1,0 @@
-#include "KXCameraControl/camera/PortNeeds.h"
-
-namespace kx
-{
-
-void servePorts() {}
-
-} // namespace kx

@@ -1,0 +1,15 @@
+// Where a system keeps the libraries of grabbers' makers, and what they are called there.
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+namespace kx
+{
+
+std::vector<std::filesystem::path> producerFolders();
+std::vector<std::filesystem::path> serialLibraryFolders();
+// By its name.
+bool isSerialLibrary(const std::filesystem::path& file);
+
+} // namespace kx

@@ -1,1 +1,0 @@
-# None yet: Transports_windows.cpp says so to whoever asks.
