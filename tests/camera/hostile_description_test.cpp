@@ -212,14 +212,13 @@ TEST(HostileDescription, rangesThatEndWhereSixtyFourBitsDo)
     for (const auto& one : cases) {
         tests::FakeCamera fake(camera(one.minimum, one.maximum, one.step));
         char name[] = "/tmp/hostile_XXXXXX";
-        const int file = mkstemp(name);
+        ::close(mkstemp(name)); // on Windows nobody replaces a file that is open
         EXPECT_EQ(KX_CC_FeatureSave(fake.handle, name), KX_OK) << fake.lastError();
         std::ifstream bag(name);
         std::vector<std::string> values;
         for (std::string line; std::getline(bag, line);)
             if (line.rfind("Index\t", 0) == 0)
                 values.push_back(line.substr(6));
-        ::close(file);
         std::remove(name);
         ASSERT_FALSE(values.empty());
         values.pop_back(); // the one that it had
