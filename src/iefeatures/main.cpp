@@ -1,10 +1,12 @@
 #include "iefeatures/commands/Companion.h"
+#include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/OperatingSystem.h"
 #include "own_files/OwnFiles.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>
 
+#include <cstdio>
 #include <iostream>
 
 namespace
@@ -18,9 +20,7 @@ void useUtf8InPlainLocale()
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int runProgram(int argc, char** argv)
 {
     own_files::keepFromOthers();
     // Qt takes its own options out of argv.
@@ -35,4 +35,16 @@ int main(int argc, char** argv)
     const bool redraws = companion::isTerminal(companion::StandardStream::Error);
     companion::Console console(std::cout, std::cerr, redraws, redraws && companion::wantsColour());
     return companion::runCompanion(arguments, {console});
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return runProgram(argc, argv);
+    } catch (...) { // not even enough to tell of it as usual
+        std::fputs("There is not enough memory.\n", stderr);
+        return companion::ExitInputOutput;
+    }
 }

@@ -3,6 +3,9 @@ foreach(subject discovery gvcp_port_emulator gvcp_port_wire)
         SOURCES ${subject}_test.cpp GvcpClient.h ScriptedCamera.h
         LIBRARIES kx_ports camera_emulator_core GTest::gtest_main)
 endforeach()
+ie_add_test(control_thread_test LABEL camera
+    SOURCES control_thread_test.cpp
+    LIBRARIES kx_ports GTest::gtest_main)
 ie_add_test(other_network_test LABEL camera
     SOURCES other_network_test.cpp
     LIBRARIES kx_ports camera_emulator_core GTest::gtest_main)

@@ -338,7 +338,7 @@ TEST_F(Audit, CountsWhatItDoesNotTell)
 namespace
 {
 
-// While one lives, jobs find no memory for their large buffers.
+// While one lives, jobs find no memory for their large buffers: the export that a snapshot begins with ends.
 struct NoMemory
 {
     NoMemory()
@@ -350,19 +350,39 @@ struct NoMemory
 
 } // namespace
 
-TEST_F(Audit, EndsWhatAnExceptionHasEnded)
+TEST_F(Audit, EndsWhatRanOutOfMemory)
 {
     addCamera("S1");
     const std::string file = exported("S1");
     {
         const NoMemory none;
-        EXPECT_EQ(import(file, {"--all", "--snapshot", folder()}).code, 6);
+        EXPECT_EQ(import(file, {"--all", "--snapshot", folder()}).code, 1);
     }
     EXPECT_EQ(lines(logText(), "begins").size(), 1u);
     ASSERT_EQ(lines().size(), 1u);
     EXPECT_EQ(lines().front()["camera"]["serial"], "S1");
-    EXPECT_EQ(lines().front()["outcome"], "failed");
     EXPECT_EQ(lines().front()["exit"], 1);
+}
+
+TEST_F(Audit, ClaimsNothingOfWhatAnExceptionHasEnded)
+{
+    std::ostringstream out, err;
+    companion::Console console(out, err, false, false);
+    try {
+        const companion::AuditRule rule{true, QString::fromStdString(path("log"))};
+        companion::AuditTrail trail(console, rule);
+        companion::AuditEntry entry;
+        entry.camera.model = "EMU-1";
+        entry.camera.serial = "S1";
+        trail.begin({entry});
+        throw std::bad_alloc();
+    } catch (const std::bad_alloc&) {
+    }
+    EXPECT_THAT(err.str(), HasSubstr(" S1: what was written to it is not known.\n"));
+    const json line = lines(fileText("log"), "ends").front();
+    EXPECT_EQ(line["outcome"], "failed");
+    EXPECT_TRUE(line["changes"].is_null());
+    EXPECT_TRUE(line["not_applied"].is_null());
 }
 
 TEST_F(Audit, HasItsLinesWhereAFileCannotBeKept)

@@ -3,6 +3,8 @@
 
 #include "jobs/rules/JobMemory.h"
 
+#include <nlohmann/json.hpp>
+
 #include <QFile>
 
 #include <new>
@@ -57,12 +59,46 @@ TEST_F(ResourceLimits, EndAJobWithItsCameraGivenBack)
     write("EMU-1_S1.fpk", "yesterday");
     const NoMemory none;
     const Result result = runInProcess({"export", "--all", "--to", folder()});
-    EXPECT_EQ(result.code, 6);
-    EXPECT_THAT(result.err, ::testing::EndsWith(kNoMemory));
+    EXPECT_EQ(result.code, 1);
+    for (const char* const title : {"EMU-1 S1", "EMU-1 S2"})
+        EXPECT_THAT(result.err, HasSubstr(std::string(title) + ": Out of memory.\n"));
+    EXPECT_THAT(result.out, HasSubstr("0 exported, 2 failed\n"));
     EXPECT_GT(camera.counters().writeReg, 0u); // control was taken
     EXPECT_EQ(controlOf(camera), 0u);
     EXPECT_EQ(fileText("EMU-1_S1.fpk"), "yesterday");
     EXPECT_EQ(allInFolder(), QStringList{"EMU-1_S1.fpk"});
+}
+
+// What is left out of a file for want of memory is nothing that the camera lacks.
+TEST_F(ResourceLimits, LeaveNoFileThatLacksFeatures)
+{
+    const emu::EmulatedCamera& camera = addCamera("S1");
+    write("EMU-1_S1.fpk", "yesterday");
+    ie::setAllocateHook([](std::size_t) -> void* { return nullptr; });
+    const Result result = runInProcess({"export", "--all", "--to", folder()});
+    ie::setAllocateHook(nullptr);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_THAT(result.err,
+                HasSubstr("EMU-1 S1: memory ran out during the export; a file that lacks features is "
+                          "not kept.\n"));
+    EXPECT_EQ(controlOf(camera), 0u);
+    EXPECT_EQ(fileText("EMU-1_S1.fpk"), "yesterday");
+    EXPECT_EQ(runInProcess({"export", "--all", "--to", folder()}).code, 0);
+}
+
+// A block of registers that could not be prepared was not applied.
+TEST_F(ResourceLimits, AreNoImportThatWentWell)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    ie::setAllocateHook([](std::size_t) -> void* { return nullptr; });
+    const Result result = import(file, {"--all", "--json"});
+    ie::setAllocateHook(nullptr);
+    EXPECT_EQ(result.code, 1);
+    EXPECT_EQ(tests::lastObject(result, "result")["result"], "failed");
+    EXPECT_EQ(tests::lastObject(result, "result")["error"],
+              "memory ran out. A part of the file may have been applied, and not all of it told.");
+    EXPECT_EQ(controlOf(camera), 0u);
 }
 
 TEST_F(ResourceLimits, EndTheProgramWithAMessage)

@@ -41,7 +41,7 @@ set(subjects main_window_layout device_table check_logic local_config column_cho
 if(WIN32)
     ie_skip_tests("it is written against POSIX calls (users, permissions)" settings_trouble_test)
 else()
-    list(APPEND subjects settings_trouble)
+    list(APPEND subjects settings_trouble batch_threads)
 endif()
 foreach(subject ${subjects})
     ie_add_test(${subject}_test LABEL gui SOURCES ${subject}_test.cpp LIBRARIES window_fixture device_tree)

@@ -1,6 +1,8 @@
 // What a worker says and does around its job: signals, connection, end report.
 #include "JobFixture.h"
 
+#include "jobs/rules/JobMemory.h"
+
 #include <QMetaMethod>
 #include <QTranslator>
 
@@ -398,4 +400,21 @@ TEST_F(JobDispatch, TwoCamerasOfOneFileNameNeverMixTheirFiles)
         EXPECT_EQ(header.model, header.firmware == "V1" ? QString("A_B") : QString("A"));
     }
     EXPECT_TRUE(infos().isEmpty());
+}
+
+// Where only the log would tell of a missing block, no exception ends the job.
+TEST_F(JobDispatch, AJobThatRunsOutOfMemoryGivesItsCameraBackAndEnds)
+{
+    makeExportable();
+    ie::setAllocateHook([](std::size_t) -> void* { throw std::bad_alloc(); });
+    runExport();
+    ie::setAllocateHook(nullptr);
+    const QStringList events = takeTrace();
+    EXPECT_EQ(
+        events.mid(events.size() - 4),
+        QStringList({"CloseDevice", "DestroyHandle", "info 7 failed Out of memory.", "end 7 3 " + target()}));
+    EXPECT_EQ(worker.ErrorCode(), IMPORT_ERR_ABANDONED);
+    EXPECT_EQ(probe.handle, nullptr);
+    runExport();
+    EXPECT_FALSE(takeTrace().contains("info 7 failed Out of memory."));
 }

@@ -52,7 +52,10 @@ void ControlThread::run(std::chrono::milliseconds interval, const Beat& beat, co
     const auto isOver = [this] { return m_stopping || m_loss; };
     while (!m_changed.wait_for(lock, interval, isOver)) {
         lock.unlock();
-        beat();
+        try {
+            beat();
+        } catch (...) { // no memory: there may be some at the next beat
+        }
         lock.lock();
     }
     const std::optional<KX_Status> loss = m_loss;

@@ -1,7 +1,8 @@
 #include "KXCameraControl/ports/Discovery.h"
 
+#include "KXCameraControl/ports/Beside.h"
+
 #include <algorithm>
-#include <future>
 #include <string>
 #include <tuple>
 
@@ -42,7 +43,7 @@ KX_Status enumerateDevices(uint32_t transportMask, std::vector<KX_DeviceEntry>& 
     std::vector<std::future<Found>> searches;
     for (const Transport& transport : transports())
         if ((transportMask & transport.type) != 0)
-            searches.push_back(std::async(std::launch::async, search, std::cref(transport)));
+            searches.push_back(std::async(beside, search, std::cref(transport)));
     KX_Status failure = KX_OK;
     for (auto& running : searches) {
         const Found found = running.get();

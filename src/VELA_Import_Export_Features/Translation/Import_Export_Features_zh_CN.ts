@@ -217,5 +217,13 @@
         <source>Failed to import features. Possible version incompatibility.</source>
         <translation>导入属性失败。版本可能不兼容。</translation>
     </message>
+    <message>
+        <source>Out of memory.</source>
+        <translation>内存不足。</translation>
+    </message>
+    <message>
+        <source>No thread could be started.</source>
+        <translation>无法启动线程。</translation>
+    </message>
 </context>
 </TS>

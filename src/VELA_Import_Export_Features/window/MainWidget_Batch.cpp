@@ -92,7 +92,7 @@ void MainWidget::StartBatch(int nOperateType, const QString& strPath)
         else
             pWorker->SetXmlExportJob(stDevice, strPath);
         m_mapJobs.insert(stDevice.nDeviceID, {m_nBatch, false});
-        pWorker->start(QThread::InheritPriority);
+        pWorker->Launch();
     }
     m_nOperateType = nOperateType;
     m_pLoadingDlg->SetLabelText(isImport(nOperateType) ? tr("Importing features...")

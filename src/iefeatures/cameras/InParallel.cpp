@@ -27,8 +27,13 @@ void inParallel(size_t count, const std::function<void(size_t)>& work)
         }
     };
     std::vector<std::thread> threads;
-    for (size_t i = 0; i < std::min<size_t>(count, VELAInterface::toolsSupportNum()); ++i)
-        threads.emplace_back(takeTurns);
+    threads.reserve(std::min<size_t>(count, VELAInterface::toolsSupportNum()));
+    try {
+        while (threads.size() < threads.capacity())
+            threads.emplace_back(takeTurns);
+    } catch (...) { // the system gives no more of them
+        takeTurns();
+    }
     for (std::thread& thread : threads)
         thread.join();
     if (failure)

@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <functional>
 #include <memory>
 #include <new>
 
@@ -114,25 +115,30 @@ int tellFailure(Console& console, const std::string& problem)
 }
 
 // Whatever is thrown has closed its cameras on the way.
-int run(Command& command, World& world)
+int guarded(Console& console, const std::function<int()>& body)
 {
     try {
+        return body();
+    } catch (const std::bad_alloc&) {
+        return tellFailure(console, "There is not enough memory.");
+    } catch (const std::exception& problem) {
+        return tellFailure(console, std::string("It could not be done: ") + problem.what());
+    } catch (...) {
+        return tellFailure(console, "It could not be done.");
+    }
+}
+
+int run(Command& command, World& world)
+{
+    return guarded(world.console, [&] {
         const int code = command.execute(world);
         if (!wasLimitMet())
             return code;
         return tellFailure(world.console, "A file met the limit on the size of files (ulimit -f).");
-    } catch (const std::bad_alloc&) {
-        return tellFailure(world.console, "There is not enough memory.");
-    } catch (const std::exception& problem) {
-        return tellFailure(world.console, std::string("It could not be done: ") + problem.what());
-    } catch (...) {
-        return tellFailure(world.console, "It could not be done.");
-    }
+    });
 }
 
-} // namespace
-
-int runCompanion(const std::vector<std::string>& arguments, World world)
+int runArguments(const std::vector<std::string>& arguments, World& world)
 {
     const Commands commands = allCommands();
     CLI::App app("Copies the features of GenICam cameras into files and back.", "iefeatures");
@@ -163,6 +169,13 @@ int runCompanion(const std::vector<std::string>& arguments, World world)
         return ended(world.console, run(*command, world));
     }
     return tellUsage(world.console, app, "Name a command.");
+}
+
+} // namespace
+
+int runCompanion(const std::vector<std::string>& arguments, World world)
+{
+    return guarded(world.console, [&] { return runArguments(arguments, world); });
 }
 
 } // namespace companion

@@ -101,7 +101,9 @@ void examineFeaturesFile(ExportResult& result, Unreadable unreadable)
 {
     if (result.state != State::Written)
         return;
-    result.problem = result.tally.hasLineFailed
+    result.problem = result.tally.wasShort
+                         ? "memory ran out during the export; a file that lacks features is not kept."
+                     : result.tally.hasLineFailed
                          ? "the line failed during the export; a file that lacks features is not kept."
                          : unreadableProblem(result, unreadable);
     if (result.problem.isEmpty())

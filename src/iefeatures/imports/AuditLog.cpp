@@ -72,12 +72,12 @@ Json changesJson(const std::vector<Change>& changes)
 void addEnd(const AuditEntry& entry, Json& line)
 {
     line["snapshot"] = jsonUnlessEmpty(entry.snapshot);
-    line["changes"] = changesJson(entry.changes);
+    line["changes"] = entry.isKnown ? changesJson(entry.changes) : Json();
     if (entry.changes.size() > kMostChanges)
         line["more_changes"] = entry.changes.size() - kMostChanges;
     if (!entry.inDoubt.empty())
         line["in_doubt"] = changesJson(entry.inDoubt);
-    line["not_applied"] = json(entry.notApplied);
+    line["not_applied"] = entry.isKnown ? json(entry.notApplied) : Json();
     line["user_set"] = jsonUnlessEmpty(entry.userSet);
     line["outcome"] = json(verdictWord(entry.outcome));
     line["exit"] = int(exitCodeOf(entry.outcome));
@@ -153,9 +153,12 @@ QString auditPath(const AuditRule& rule)
 
 AuditTrail::~AuditTrail()
 {
-    for (AuditEntry& entry : m_begun)
-        entry.outcome = CameraVerdict::Failed;
     try {
+        for (AuditEntry& entry : m_begun) {
+            entry.outcome = CameraVerdict::Failed;
+            entry.isKnown = false;
+            m_console.err(entry.camera.title() + ": what was written to it is not known.\n");
+        }
         append(m_begun, AuditMoment::Ends);
     } catch (...) {
         return; // no memory: as after a crash, the first line stands alone

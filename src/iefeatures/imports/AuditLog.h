@@ -35,6 +35,7 @@ struct AuditEntry
     ListedCamera camera;
     QString firmware;        // empty: not known
     QString descriptionHash; // SHA-256, hexadecimal; empty: not known
+    bool isKnown = true;     // what was changed and what not; else nothing is told of it
     std::vector<Change> changes;
     std::vector<Change> inDoubt;                    // writes that no answer came to
     QStringList notApplied;                         // features
@@ -64,7 +65,7 @@ struct AuditRule
 QString auditPath(const AuditRule& rule);
 
 // The lines of one command. What has begun ends: where the command is left without an end, by an exception or
-// otherwise, its cameras have failed.
+// otherwise, its cameras have failed, and nobody knows what was written to them.
 class AuditTrail
 {
 public:

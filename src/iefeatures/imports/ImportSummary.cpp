@@ -62,10 +62,17 @@ CameraVerdict verdictOnFeaturesFile(const JobRecord& record)
     return record.findings.failures.empty() ? CameraVerdict::Applied : CameraVerdict::Incomplete;
 }
 
+bool hasRunOutOfMemory(const JobRecord& record)
+{
+    return record.job.errorCode == IMPORT_ERR_ABANDONED || record.tally.wasShort;
+}
+
 CameraVerdict verdictOn(const JobRecord& record)
 {
     if (!record.job.hasStarted)
         return CameraVerdict::NotStarted;
+    if (hasRunOutOfMemory(record))
+        return CameraVerdict::Failed;
     if (record.tally.wasRefused)
         return CameraVerdict::Interrupted;
     if (!record.tally.wasOpened)
@@ -187,6 +194,8 @@ QString importError(const ImportOutcome& result)
         return {};
     if (result.verdict == CameraVerdict::Interrupted)
         return "interrupted; a part of the file may have been applied.";
+    if (hasRunOutOfMemory(record))
+        return "memory ran out. A part of the file may have been applied, and not all of it told.";
     if (!record.tally.wasOpened)
         return openRemark(record.findings);
     if (record.job.errorCode == IMPORT_ERR_APPLY)

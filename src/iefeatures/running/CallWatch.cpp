@@ -6,6 +6,8 @@
 #include "iefeatures/console/Text.h"
 #include "iefeatures/running/CallKind.h"
 
+#include "jobs/rules/JobMemory.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -101,20 +103,6 @@ CallWatch::Findings CallWatch::findings(int deviceId) const
     return found;
 }
 
-void CallWatch::release(int deviceId)
-{
-    KX_HANDLE left = nullptr;
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (const Entry* entry = entryOf(deviceId))
-            left = entry->open;
-    }
-    if (!left)
-        return;
-    KX_CC_CloseDevice(left); // which is observed, too
-    KX_CC_DestroyHandle(left);
-}
-
 int CallWatch::observe(void* user, const KX_CallEvent* event)
 {
     return static_cast<CallWatch*>(user)->take(*event);
@@ -128,15 +116,21 @@ int CallWatch::take(const KX_CallEvent& event)
     });
     if (entry == m_entries.end())
         return !event.finished && event.operation != KX_OP_CLOSE && m_refuse();
-    Tally& tally = entry->tally;
-    tally.requests = std::max<quint64>(tally.requests, event.requests);
-    if (event.finished) {
-        takeFinished(event, *entry);
-        return false;
+    try {
+        return event.finished ? takeFinished(event, *entry) : takeBegun(event, *entry);
+    } catch (...) {
+        entry->tally.wasShort = true;
+        if (event.finished)
+            return false;
+        throw; // the call is not made
     }
-    takeLineText(event, entry->findings);
-    const bool isRefused = refuses(event, *entry);
-    tally.wasRefused = tally.wasRefused || isRefused;
+}
+
+bool CallWatch::takeBegun(const KX_CallEvent& event, Entry& entry)
+{
+    takeLineText(event, entry.findings);
+    const bool isRefused = refuses(event, entry);
+    entry.tally.wasRefused = entry.tally.wasRefused || isRefused;
     return isRefused;
 }
 
@@ -163,9 +157,12 @@ QString CallWatch::featureOf(const KX_CallEvent& event, const Entry& entry)
     return block == entry.expected->blocks.end() ? QString::number(event.address) : block->second;
 }
 
-void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
+// The answer to the call: none.
+bool CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
 {
     Tally& tally = entry.tally;
+    tally.requests = std::max<quint64>(tally.requests, event.requests);
+    tally.wasShort = ie::takeShortage() || tally.wasShort;
     tally.reads += isRead(event.operation);
     if (const QString feature = featureOf(event, entry);
         entry.expected && entry.expected->values.contains(feature))
@@ -175,10 +172,7 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
     else
         takeListed(event, entry);
     tally.hasLineFailed = tally.hasLineFailed || tellsLineFailure(event);
-    if (event.operation == KX_OP_CLOSE)
-        entry.open = nullptr;
     if (event.operation == KX_OP_OPEN) {
-        entry.open = event.status == KX_OK ? event.handle : nullptr;
         entry.openStatus = event.status;
         (event.status == KX_OK ? tally.wasOpened : tally.hasOpenFailed) = true;
     }
@@ -191,6 +185,7 @@ void CallWatch::takeFinished(const KX_CallEvent& event, Entry& entry)
     // The bag's text is there once its call has returned; closing is what comes next on this thread.
     if (event.operation == KX_OP_CLOSE && found.bagStatus != KX_OK)
         found.bagText = withInterruption(lastErrorText());
+    return false;
 }
 
 // Exports visit what is listed once, in the order of names, and not all of it is asked for. What the file's

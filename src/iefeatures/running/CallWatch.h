@@ -43,15 +43,13 @@ public:
         int features = 0;     // of the expected ones, that the job has come to
         int expected = 0;     // all of them; of an export those that the description lists
         bool hasLineFailed = false;
+        bool wasShort = false; // of memory: something may be missing, and not all may be told
         bool wasRefused = false;
         bool wasOpened = false;
         bool hasOpenFailed = false;
     };
     // From any thread; an empty one for an unknown id.
     Tally tally(int deviceId) const;
-
-    // Closes what a job has left open that was ended by an exception; on the job's thread.
-    void release(int deviceId);
 
     // What a job leaves behind and its signals do not tell.
     struct Findings
@@ -84,11 +82,11 @@ private:
         QStringList listed; // where none are expected: what the description lists, in the order of names
         QString inHand;     // the feature of the last call that was not refused
         QSet<QString> metFeatures;
-        KX_HANDLE open = nullptr; // null: closed
     };
     bool refuses(const KX_CallEvent& event, Entry& entry) const;
     static QString featureOf(const KX_CallEvent& event, const Entry& entry);
-    void takeFinished(const KX_CallEvent& event, Entry& entry);
+    bool takeBegun(const KX_CallEvent& event, Entry& entry);
+    bool takeFinished(const KX_CallEvent& event, Entry& entry);
     static void takeListed(const KX_CallEvent& event, Entry& entry);
     static void takeFailure(const KX_CallEvent& event, Findings& found);
     static void takeLineText(const KX_CallEvent& event, Findings& found);

@@ -16,7 +16,7 @@ namespace
 
 constexpr int kTickMilliseconds = 100;
 
-// A job that runs out of memory must not take the process and the other jobs with it.
+// Where not even the memory is there to tell that a job ran out of it.
 class GuardedWorker : public QOperateThread
 {
 public:
@@ -38,9 +38,8 @@ private:
 
 } // namespace
 
-JobBatch::JobBatch(const std::vector<ListedCamera>& cameras, SetUp setUp, JobListener& listener,
-                   Release release)
-    : m_setUp(std::move(setUp)), m_release(std::move(release)), m_listener(listener), m_jobs(cameras.size())
+JobBatch::JobBatch(const std::vector<ListedCamera>& cameras, SetUp setUp, JobListener& listener)
+    : m_setUp(std::move(setUp)), m_listener(listener), m_jobs(cameras.size())
 {
     for (size_t i = 0; i < cameras.size(); ++i)
         m_jobs[i].outcome.camera = cameras[i];
@@ -51,7 +50,7 @@ JobBatch::~JobBatch() = default;
 std::vector<JobOutcome> JobBatch::run(const std::function<bool()>& mayStart)
 {
     m_mayStart = mayStart;
-    startWhatMay();
+    guarded([this] { startWhatMay(); });
     if (m_running > 0) {
         QTimer ticks;
         QObject::connect(&ticks, &QTimer::timeout, [this] {
@@ -88,11 +87,7 @@ void JobBatch::startWhatMay()
 void JobBatch::start(Job& job)
 {
     JobOutcome& outcome = job.outcome;
-    job.worker = std::make_unique<GuardedWorker>([this, &outcome] {
-        keepFailure();
-        if (m_release)
-            m_release(outcome.camera);
-    });
+    job.worker = std::make_unique<GuardedWorker>([this] { keepFailure(); });
     QOperateThread* worker = job.worker.get();
     QObject::connect(worker, &QOperateThread::SigBeginThread, &m_here, [this, &outcome](long, unsigned type) {
         outcome.type = type;
@@ -115,11 +110,20 @@ void JobBatch::start(Job& job)
         outcome.errorCode = worker->ErrorCode();
         finish();
     });
-    outcome.hasStarted = true;
-    ++m_running;
     m_setUp(*worker, outcome.camera.device);
     job.clock.start();
     worker->start();
+    if (!worker->isRunning() && !worker->isFinished())
+        return tellNotStarted(job);
+    outcome.hasStarted = true;
+    ++m_running;
+}
+
+// The system gives no thread, and the worker will never say so.
+void JobBatch::tellNotStarted(Job& job)
+{
+    job.worker.reset();
+    guarded([&] { m_listener.info(job.outcome.camera, "no thread can be started for it.", true); });
 }
 
 void JobBatch::keepFailure()
@@ -142,7 +146,7 @@ void JobBatch::guarded(const std::function<void()>& body)
 void JobBatch::finish()
 {
     --m_running;
-    startWhatMay();
+    guarded([this] { startWhatMay(); });
     if (m_running == 0)
         m_loop.quit();
 }

@@ -45,17 +45,13 @@ class JobBatch
 {
 public:
     using SetUp = std::function<void(QOperateThread& worker, const StructDeviceInfo& device)>;
-    // Gives up the connection that a job has left open, on the job's thread.
-    using Release = std::function<void(const ListedCamera& camera)>;
-    JobBatch(const std::vector<ListedCamera>& cameras, SetUp setUp, JobListener& listener,
-             Release release = {});
+    JobBatch(const std::vector<ListedCamera>& cameras, SetUp setUp, JobListener& listener);
     ~JobBatch();
 
     // Runs an event loop until every job is over and gives the outcomes in the cameras' order. As many jobs
     // as the suite supports in one batch run at once, the others wait; one that fails does not stop the
     // others. Where `mayStart` says no, no job is started, and those that run are asked for their end
-    // (QThread::requestInterruption()). What a job or a listener has thrown is thrown again
-    // when all are over.
+    // (QThread::requestInterruption()). What a listener has thrown is thrown again when all are over.
     std::vector<JobOutcome> run(const std::function<bool()>& mayStart);
 
 private:
@@ -69,12 +65,12 @@ private:
     void askForTheEnd();
     void startWhatMay();
     void start(Job& job);
+    void tellNotStarted(Job& job);
     void finish();
     void keepFailure();
     void guarded(const std::function<void()>& body);
 
     SetUp m_setUp;
-    const Release m_release;
     std::mutex m_mutex;
     std::exception_ptr m_failure;
     JobListener& m_listener;

@@ -64,8 +64,7 @@ std::vector<JobRecord> runJobs(Console& console, const std::vector<ListedCamera>
         listener = std::make_unique<Progress>(console, cameras, watch);
 
     Conclusion conclusion(*listener, watch, run);
-    JobBatch batch(cameras, run.setUp, conclusion,
-                   [&](const ListedCamera& camera) { watch.release(camera.device.nDeviceID); });
+    JobBatch batch(cameras, run.setUp, conclusion);
     std::vector<JobRecord> records;
     for (const JobOutcome& outcome : batch.run([] { return !Interrupt::isRequested(); })) {
         const int id = outcome.camera.device.nDeviceID;

@@ -100,4 +100,12 @@ QString titleOf(const Change& change)
     return place.isEmpty() ? change.feature : change.feature + " (" + place + ')';
 }
 
+QStringList titlesOf(const std::vector<Change>& changes)
+{
+    QStringList titles;
+    for (const Change& change : changes)
+        titles += titleOf(change);
+    return titles;
+}
+
 } // namespace companion

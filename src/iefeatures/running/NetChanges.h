@@ -23,5 +23,6 @@ std::vector<Change> netChanges(const std::vector<Change>& changes, const Selecto
 
 // "Height", "Gain (GainSelector=Red)", "Gain (register 77824)"
 QString titleOf(const Change& change);
+QStringList titlesOf(const std::vector<Change>& changes);
 
 } // namespace companion

@@ -1,6 +1,8 @@
 #include "iefeatures/running/ReadingProgress.h"
 
 #include <chrono>
+#include <new>
+#include <system_error>
 
 namespace companion
 {
@@ -20,7 +22,10 @@ ReadingProgress::ReadingProgress(Console& console, const std::vector<ListedCamer
     m_board = std::make_unique<ProgressBoard>(console, titlesOf(cameras), silence);
     for (size_t i = 0; i < cameras.size(); ++i)
         m_board->begin(i, verb);
-    m_thread = std::thread([this] { run(); });
+    try {
+        m_thread = std::thread([this] { run(); });
+    } catch (const std::system_error&) { // the system gives no more threads: it is done without a word then
+    }
 }
 
 ReadingProgress::~ReadingProgress()
@@ -50,8 +55,11 @@ void ReadingProgress::end(size_t camera)
 void ReadingProgress::run()
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    while (!m_changed.wait_for(lock, kTick, [this] { return m_isOver; }))
-        m_board->tick();
+    try {
+        while (!m_changed.wait_for(lock, kTick, [this] { return m_isOver; }))
+            m_board->tick();
+    } catch (const std::bad_alloc&) { // what is told on the way is not worth the work's end
+    }
 }
 
 } // namespace companion

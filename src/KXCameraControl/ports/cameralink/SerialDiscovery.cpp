@@ -1,5 +1,6 @@
 #include "KXCameraControl/ports/cameralink/SerialDiscovery.h"
 
+#include "KXCameraControl/ports/Beside.h"
 #include "KXCameraControl/ports/Fields.h"
 #include "KXCameraControl/ports/Stamp.h"
 #include "KXCameraControl/ports/cameralink/CameraLinkPort.h"
@@ -10,7 +11,6 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <future>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -90,7 +90,7 @@ std::vector<KX_DeviceEntry> entriesAt(const std::vector<SerialPlace>& places)
 {
     std::vector<std::future<std::optional<KX_DeviceEntry>>> looks;
     for (const SerialPlace& place : places)
-        looks.push_back(std::async(std::launch::async, entryAt, place));
+        looks.push_back(std::async(beside, entryAt, place));
     std::vector<KX_DeviceEntry> entries;
     for (auto& one : looks)
         if (const auto entry = one.get())
@@ -118,9 +118,9 @@ std::vector<KX_DeviceEntry> entriesBehind(const std::string& library)
 KX_Status findSerialCameras(std::vector<KX_DeviceEntry>& entries)
 {
     std::vector<std::future<std::vector<KX_DeviceEntry>>> searches;
-    searches.push_back(std::async(std::launch::async, [] { return entriesAt(namedLines()); }));
+    searches.push_back(std::async(beside, [] { return entriesAt(namedLines()); }));
     for (const std::string& library : serialLibraries())
-        searches.push_back(std::async(std::launch::async, entriesBehind, library));
+        searches.push_back(std::async(beside, entriesBehind, library));
     for (auto& search : searches)
         for (const KX_DeviceEntry& entry : search.get())
             entries.push_back(entry);

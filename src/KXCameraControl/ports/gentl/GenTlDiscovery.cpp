@@ -1,5 +1,6 @@
 #include "KXCameraControl/ports/gentl/GenTlDiscovery.h"
 
+#include "KXCameraControl/ports/Beside.h"
 #include "KXCameraControl/ports/Fields.h"
 #include "KXCameraControl/ports/Stamp.h"
 #include "KXCameraControl/ports/gentl/GenTlDevices.h"
@@ -9,7 +10,6 @@
 #include "KXCameraControl/ports/gentl/MakersLibraries.h"
 
 #include <cstdio>
-#include <future>
 
 namespace kx
 {
@@ -54,7 +54,7 @@ KX_Status findGenTlCameras(std::vector<KX_DeviceEntry>& entries)
 {
     std::vector<std::future<std::vector<KX_DeviceEntry>>> searches;
     for (const std::string& producer : gentlProducers())
-        searches.push_back(std::async(std::launch::async, entriesOf, producer));
+        searches.push_back(std::async(beside, entriesOf, producer));
     for (auto& search : searches)
         for (const KX_DeviceEntry& entry : search.get())
             entries.push_back(entry);

@@ -127,7 +127,12 @@ UsbWatcher& watcher()
 UsbWatch::UsbWatch(const UsbPlace& place, std::function<void()> onGone)
     : m_place(place), m_onGone(std::move(onGone))
 {
-    watcher().add(*this);
+    try {
+        watcher().add(*this);
+    } catch (...) {
+        watcher().remove(*this);
+        throw;
+    }
 }
 
 UsbWatch::~UsbWatch()

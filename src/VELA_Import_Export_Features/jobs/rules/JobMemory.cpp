@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <utility>
 
 #if defined(__GLIBC__)
 #include <malloc.h>
@@ -13,12 +14,20 @@ namespace
 {
 std::atomic<AllocateHook> g_hook{nullptr};
 std::atomic<int> g_jobs{0};
+thread_local bool t_isShort = false;
 } // namespace
 
 void* allocateZeroed(std::size_t bytes)
 {
     const AllocateHook hook = g_hook.load();
-    return hook ? hook(bytes) : std::calloc(1, bytes);
+    void* const block = hook ? hook(bytes) : std::calloc(1, bytes);
+    t_isShort = t_isShort || !block;
+    return block;
+}
+
+bool takeShortage()
+{
+    return std::exchange(t_isShort, false);
 }
 
 void releaseMemory(void* block)

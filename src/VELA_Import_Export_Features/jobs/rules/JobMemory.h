@@ -9,6 +9,9 @@ namespace ie
 
 // A zero-filled block of `bytes`, or null. Released with releaseMemory(), which takes null too.
 void* allocateZeroed(std::size_t bytes);
+// Whether it has given null on this thread since this was asked last: what was to come of the block is
+// missing, and nothing but the log tells.
+bool takeShortage();
 void releaseMemory(void* block);
 
 struct MemoryReleaser

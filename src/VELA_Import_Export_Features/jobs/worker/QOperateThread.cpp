@@ -34,11 +34,37 @@ void QOperateThread::SetJob(JobType eType, const StructDeviceInfo& stDevice, con
     m_strFilePath = strPath;
 }
 
-void QOperateThread::run()
+void QOperateThread::Launch()
+{
+    start(QThread::InheritPriority);
+    if (!isRunning() && !isFinished())
+        QMetaObject::invokeMethod(
+            this, [this] { ReportNotStarted(); }, Qt::QueuedConnection);
+}
+
+void QOperateThread::ReportNotStarted()
 {
     const ie::MemoryInUse memory;
     m_strTargetPath.clear();
     emit SigBeginThread(m_stDevice.nDeviceID, m_nThreadType);
+    emit SigThreadInfo(m_stDevice.nDeviceID, tr("No thread could be started."), true);
+    ReportEnd();
+}
+
+void QOperateThread::run()
+{
+    m_strTargetPath.clear();
+    m_bEndReported = false;
+    try {
+        emit SigBeginThread(m_stDevice.nDeviceID, m_nThreadType);
+        RunJob();
+    } catch (...) {
+        AbandonJob();
+    }
+}
+
+void QOperateThread::RunJob()
+{
     switch (m_nThreadType) {
     case JOB_FEATURE_BAG_IMPORT:
         FeatureBagImport();
@@ -57,6 +83,16 @@ void QOperateThread::run()
     }
 }
 
+// Memory has run out: the job ends, and neither the process nor the jobs beside it do.
+void QOperateThread::AbandonJob()
+{
+    GiveDeviceBack();
+    m_nErrorCode = IMPORT_ERR_ABANDONED;
+    emit SigThreadInfo(m_stDevice.nDeviceID, tr("Out of memory."), true);
+    if (!m_bEndReported)
+        ReportEnd();
+}
+
 bool QOperateThread::OpenDevice()
 {
     return KX_CC_CreateHandle(&m_hDevice, &m_stDevice.stDeviceInfo) == KX_OK &&
@@ -65,12 +101,17 @@ bool QOperateThread::OpenDevice()
 
 void QOperateThread::CloseDevice()
 {
-    if (m_hDevice) {
-        KX_CC_CloseDevice(m_hDevice);
-        KX_CC_DestroyHandle(m_hDevice);
-        m_hDevice = nullptr;
-    }
+    GiveDeviceBack();
     ReportEnd();
+}
+
+void QOperateThread::GiveDeviceBack()
+{
+    if (!m_hDevice)
+        return;
+    KX_CC_CloseDevice(m_hDevice);
+    KX_CC_DestroyHandle(m_hDevice);
+    m_hDevice = nullptr;
 }
 
 // The default name is made at every end, which other tools count on; an export says the file that it has
@@ -79,6 +120,7 @@ void QOperateThread::ReportEnd()
 {
     m_bRunning = false;
     const QString strDefaultPath = DefaultPath();
+    m_bEndReported = true;
     emit SigEndThread(m_stDevice.nDeviceID, m_nThreadType,
                       m_strTargetPath.isEmpty() ? strDefaultPath : m_strTargetPath);
 }

@@ -32,7 +32,8 @@ enum ImportResult : unsigned int
     IMPORT_ERR_NO_FEATURES = 0xE0000002,
     IMPORT_ERR_VERSION = 0xE0000003,
     IMPORT_ERR_MODEL = 0xE0000004,
-    IMPORT_ERR_APPLY = 0xE0000005
+    IMPORT_ERR_APPLY = 0xE0000005,
+    IMPORT_ERR_ABANDONED = 0xE0000006 // memory ran out, in whatever job
 };
 
 // Set up while it is idle, then started; every job ends with SigEndThread after its connection is closed, and
@@ -55,7 +56,12 @@ public:
     // (GevCCP): an import of that would give its own control away.
     void SetAccessMode(uint32_t nAccessMode) { m_nAccessMode = nAccessMode; }
 
-    // The result of the last XML import (ImportResult); to be asked when the job is over.
+    // Starts the job. Where the system gives no thread for it, its begin and its failed end are told all the
+    // same, by the event loop of the thread that the worker belongs to.
+    void Launch();
+
+    // The result of the last XML import (ImportResult), or that a job was abandoned; to be asked when the job
+    // is over.
     unsigned int ErrorCode() const { return m_nErrorCode; }
 
 signals:
@@ -75,10 +81,14 @@ private:
     // Connection and end report.
     bool OpenDevice();
     void CloseDevice();
+    void GiveDeviceBack();
     void ReportEnd();
     QString DefaultPath() const;
 
     // Jobs.
+    void RunJob();
+    void AbandonJob();
+    void ReportNotStarted();
     void FeatureBagImport();
     void FeatureBagExport();
     void FeatureXmlImport();
@@ -152,8 +162,9 @@ private:
 
     // Not part of what a job leaves behind.
     ie::NodeAccess m_camera{m_hDevice};
-    QString m_strTargetPath;    // the running export's file, as soon as it has its name
-    QSet<QString> m_setSkipped; // the running job's skip list
+    bool m_bEndReported = false; // of the running job
+    QString m_strTargetPath;     // the running export's file, as soon as it has its name
+    QSet<QString> m_setSkipped;  // the running job's skip list
     ie::FeatureIndex m_index{{m_domGenICam, m_mapNodeElement, m_mapFeatureCategory, m_lstFeatureNames,
                               m_lstCategoryNames, m_mapSelectorFeatures, m_lstSelectorPairs}};
 };
