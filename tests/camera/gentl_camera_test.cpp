@@ -311,6 +311,23 @@ TEST_F(GentlCamera, refusalsSilenceAndBusyCamerasAreToldApart)
     EXPECT_EQ(KX_CC_ReadMemory(handle, bytes, 0x20000, 4), KX_OK) << "silence is no loss";
 }
 
+// Else a feature would be left out of a file for a disturbance of a moment.
+TEST_F(GentlCamera, aFaultOfTheLineThatHasPassedIsNoRefusal)
+{
+    stage.addProducer();
+    emu::GrabberCamera& camera = stage.addCamera("A");
+    Handle handle(list().at(0).info);
+    ASSERT_EQ(handle.open(), KX_OK) << handle.error();
+    uint8_t bytes[4] = {1, 2, 3, 4};
+    emu::Faults faults;
+    faults.accident = emu::Accident{emu::Mishap::AnswerShort};
+    camera.setFaults(faults);
+    EXPECT_EQ(KX_CC_ReadMemory(handle, bytes, 0x20000, 4), KX_OK) << handle.error();
+    faults.accident = emu::Accident{emu::Mishap::Refused};
+    camera.setFaults(faults);
+    EXPECT_EQ(KX_CC_WriteMemory(handle, bytes, 0x20000, 4), KX_OK) << handle.error();
+}
+
 TEST_F(GentlCamera, aProducerOfTheFirstVersionNamesItsDescriptionInTheOldWay)
 {
     stage.setFaults("GCGetNumPortURLs=-1003");

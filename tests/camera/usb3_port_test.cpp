@@ -144,6 +144,27 @@ TEST_F(Usb3, aSilentCameraIsNoLossAndNoHang)
     EXPECT_EQ(port->readRegister(kSomewhere, value), KX_OK);
 }
 
+// It is plugged in, and a job would ask it for each of its features.
+TEST_F(Usb3, aCameraThatStaysSilentIsLost)
+{
+    emu::Usb3Camera& camera = add();
+    auto port = openPort(camera);
+    port->setTimeouts({milliseconds(300), 2, milliseconds(1000)});
+    emu::Faults faults;
+    faults.silence = emu::Silence{};
+    camera.setFaults(faults);
+    uint32_t value = 0;
+    const auto began = Clock::now();
+    KX_Status status = KX_E_NO_ANSWER;
+    while (status == KX_E_NO_ANSWER && Clock::now() - began < std::chrono::seconds(20))
+        status = port->readRegister(kSomewhere, value);
+    EXPECT_EQ(status, KX_E_CONNECTION_LOST) << port->lastError();
+    camera.setFaults({});
+    port->close();
+    EXPECT_EQ(port->open(KX_ACCESS_EXCLUSIVE, 0), KX_OK);
+    EXPECT_EQ(port->readRegister(kSomewhere, value), KX_OK);
+}
+
 TEST_F(Usb3, packetsThatAreNoneAreNoAnswer)
 {
     const std::vector<std::pair<const char*, std::function<void(Bytes&)>>> breakers = {

@@ -1,4 +1,5 @@
-// When a camera that does not answer counts as lost, on a line where nobody else tells.
+// When a camera that does not answer counts as lost, though its line is there: a job would ask it for every
+// feature, again and again.
 #pragma once
 
 #include <chrono>

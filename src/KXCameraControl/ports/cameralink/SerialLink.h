@@ -25,7 +25,6 @@ public:
     std::chrono::milliseconds wireTime(size_t bytes) const override;
     std::string name() const override { return m_line->name(); }
     std::string errorText() const override { return m_line->errorText(); }
-    bool tellsOfLoss() const override { return false; } // the line may stay when the camera leaves
     std::string lossText() const override { return m_line->lossText(); }
 
     // What has arrived and was not taken is forgotten.

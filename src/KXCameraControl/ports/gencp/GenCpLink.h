@@ -45,8 +45,6 @@ public:
 
     virtual std::string name() const = 0; // for messages: "the camera at ..."
     virtual std::string errorText() const = 0;
-    // Whether a device that leaves makes the link Gone. Else nothing but silence shows it.
-    virtual bool tellsOfLoss() const { return true; }
     // Why a link that is Gone has gone: a clause.
     virtual std::string lossText() const { return name() + " is gone"; }
 };

@@ -215,7 +215,7 @@ KX_Status GenCpPort::request(uint16_t command, Bytes scd, size_t ackSize, Bytes&
 
 bool GenCpPort::isLostBySilence(Clock::time_point begin)
 {
-    if (m_link->tellsOfLoss() || !m_isSettled || !m_silence.isTooLong(begin))
+    if (!m_isSettled || !m_silence.isTooLong(begin))
         return false;
     reportLoss(m_link->name() + " does not answer any more");
     return true;

@@ -100,6 +100,7 @@ KX_Status GenTlPort::openDevice(uint32_t accessMode)
     m_readOnly = accessMode == KX_ACCESS_MONITOR;
     m_isOpen = true;
     m_isLost = false;
+    m_silence.end();
     m_isClosing = false;
     m_watcher = std::thread([this] { watch(); });
     return KX_OK;
@@ -198,15 +199,26 @@ HostReply GenTlPort::request(const Writer& message)
     return reply;
 }
 
+// Producers give the same number for a camera that refuses a register and for a fault of the line that has
+// passed by now: only the first of them comes again.
 KX_Status GenTlPort::ask(const Writer& message, const std::string& what, HostReply& reply)
 {
     if (const KX_Status status = checkUsable())
         return status;
+    const Silence::Clock::time_point begin = Silence::Clock::now();
     reply = request(message);
-    if (reply.status == KX_OK)
-        return KX_OK;
-    const KX_Status status = meaningOf(reply);
-    return fail(status, what + ": " + reply.text);
+    KX_Status status = reply.status == KX_OK ? KX_OK : meaningOf(reply);
+    if (status == KX_E_GC_ACCESS && (reply.code == ErrIo || reply.code == ErrError)) {
+        reply = request(message);
+        status = reply.status == KX_OK ? KX_OK : meaningOf(reply);
+    }
+    if (status != KX_E_NO_ANSWER)
+        m_silence.end();
+    else if (m_silence.isTooLong(begin)) {
+        lose();
+        return checkUsable();
+    }
+    return status == KX_OK ? KX_OK : fail(status, what + ": " + reply.text);
 }
 
 KX_Status GenTlPort::meaningOf(const HostReply& reply)

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "KXCameraControl/ports/Port.h"
+#include "KXCameraControl/ports/Silence.h"
 #include "KXCameraControl/ports/gentl/GenTlDevices.h"
 
 #include <atomic>
@@ -68,6 +69,7 @@ private:
     std::vector<std::string> m_urls;
     uint64_t m_requestCount = 0; // of links that are closed
     std::string m_error;
+    Silence m_silence;
 
     gentl::Channel m_losses;
     std::thread m_watcher;
