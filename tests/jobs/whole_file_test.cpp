@@ -24,6 +24,7 @@ namespace
 
 std::atomic<int> g_syncs{0};
 std::atomic<int> g_syncError{0};
+std::atomic<int> g_interruptions{0}; // of the next ones
 
 } // namespace
 
@@ -31,6 +32,11 @@ std::atomic<int> g_syncError{0};
 extern "C" int fsync(int file)
 {
     ++g_syncs;
+    if (g_interruptions > 0) {
+        --g_interruptions;
+        errno = EINTR;
+        return -1;
+    }
     if (g_syncError == 0)
         return static_cast<int>(syscall(SYS_fsync, file));
     errno = g_syncError;
@@ -288,4 +294,15 @@ TEST_F(WholeFile, MayBeOfBytesAsTheyAre)
         EXPECT_FALSE(ie::writeWholeBytes(path(), kText.toLatin1()));
     }
     EXPECT_EQ(bytes(), odd);
+}
+
+TEST_F(WholeFile, IsStoredThoughSignalsInterruptIt)
+{
+    put("old");
+    g_interruptions = 2;
+    EXPECT_TRUE(ie::writeWholeBytes(path(), "new"));
+    EXPECT_EQ(g_interruptions, 0);
+    QFile file(path());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "new");
 }

@@ -48,7 +48,10 @@ bool writeAll(int file, const std::string& text)
 // Some file systems tell only now that there is no room. One that cannot be asked counts as stored.
 bool isStored(int file)
 {
-    return ::fsync(file) == 0 || errno == EINVAL || errno == ENOTSUP;
+    int failed = ::fsync(file);
+    while (failed != 0 && errno == EINTR)
+        failed = ::fsync(file);
+    return failed == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
 // Closes the file. An empty text: all of it is on the disk.
@@ -75,7 +78,10 @@ int createBeside(const std::string& target, std::string& name)
 // Half a file must not look like a whole one; a device or a pipe stays.
 std::string writeInPlace(const std::string& path, const std::string& text)
 {
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kNewFile);
+    const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
+    int file = ::open(path.c_str(), flags, kNewFile);
+    while (file < 0 && errno == EINTR)
+        file = ::open(path.c_str(), flags, kNewFile);
     if (file < 0)
         return lastReason();
     struct stat status = {};

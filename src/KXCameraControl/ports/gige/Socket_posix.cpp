@@ -78,7 +78,17 @@ private:
 // There is no room to send in for a moment: the datagram is lost, as datagrams get lost.
 bool isCrowded(int error)
 {
-    return error == ENOBUFS || error == EAGAIN || error == ENOMEM || error == EINTR;
+    return error == ENOBUFS || error == EAGAIN || error == ENOMEM;
+}
+
+// Again behind a signal: nothing was sent.
+template <typename Send>
+ssize_t sent(const Send& send)
+{
+    ssize_t count = send();
+    while (count < 0 && errno == EINTR)
+        count = send();
+    return count;
 }
 
 bool meansNobodyThere(int error)
@@ -225,10 +235,11 @@ void UdpSocket::close()
 Outcome UdpSocket::send(const std::vector<uint8_t>& datagram)
 {
     // The refusal of an earlier datagram is told here instead of sending; this one has not been tried yet.
-    ssize_t sent = ::send(m_descriptor, datagram.data(), datagram.size(), 0);
-    if (sent < 0 && errno == ECONNREFUSED)
-        sent = ::send(m_descriptor, datagram.data(), datagram.size(), 0);
-    if (sent >= 0 || isCrowded(errno))
+    const auto send = [&] { return ::send(m_descriptor, datagram.data(), datagram.size(), 0); };
+    ssize_t count = sent(send);
+    if (count < 0 && errno == ECONNREFUSED)
+        count = sent(send);
+    if (count >= 0 || isCrowded(errno))
         return Outcome::Done;
     if (meansNobodyThere(errno))
         return Outcome::Refused;
@@ -248,7 +259,7 @@ Outcome UdpSocket::sendTo(Endpoint peer, const std::vector<uint8_t>& datagram)
     SourceNote note(m_source);
     if (m_source != 0)
         note.addTo(message);
-    if (::sendmsg(m_descriptor, &message, 0) >= 0 || isCrowded(errno))
+    if (sent([&] { return ::sendmsg(m_descriptor, &message, 0); }) >= 0 || isCrowded(errno))
         return Outcome::Done;
     m_errorText = std::strerror(errno);
     return Outcome::Failed;

@@ -37,7 +37,10 @@ QString causeOf(int error)
 
 QString openRegular(QFile& file, QIODevice::OpenMode mode, LinkRule links)
 {
-    const int handle = ::open(QFile::encodeName(file.fileName()).constData(), flagsOf(mode, links), 0666);
+    const QByteArray name = QFile::encodeName(file.fileName());
+    int handle = ::open(name.constData(), flagsOf(mode, links), 0666);
+    while (handle == -1 && errno == EINTR)
+        handle = ::open(name.constData(), flagsOf(mode, links), 0666);
     if (handle == -1)
         return causeOf(errno);
     struct stat about = {};

@@ -39,7 +39,10 @@ bool write(QFileDevice& file, const QByteArray& bytes)
 bool isStored(const QFileDevice& file)
 {
 #if defined(Q_OS_UNIX)
-    return ::fsync(file.handle()) == 0 || errno == EINVAL || errno == ENOTSUP;
+    int failed = ::fsync(file.handle());
+    while (failed != 0 && errno == EINTR)
+        failed = ::fsync(file.handle());
+    return failed == 0 || errno == EINVAL || errno == ENOTSUP;
 #else
     return file.handle() != -1;
 #endif
