@@ -295,6 +295,14 @@ Bytes EmulatedCamera::peek(uint64_t address, size_t size) const
     return m_state->responder.memory.read(address, size);
 }
 
+Bytes EmulatedCamera::peekAtPowerUp(uint64_t address, size_t size) const
+{
+    std::lock_guard lock(m_state->mutex);
+    Memory memory = m_state->responder.memory;
+    m_state->kept->powerUp(memory);
+    return memory.read(address, size);
+}
+
 void EmulatedCamera::poke(uint64_t address, const Bytes& data)
 {
     std::lock_guard lock(m_state->mutex);

@@ -40,7 +40,8 @@ public:
 
     Bytes peek(uint64_t address, size_t size) const override;
     void poke(uint64_t address, const Bytes& data) override;
-    uint32_t peekWord(uint32_t address) const; // big-endian
+    Bytes peekAtPowerUp(uint64_t address, size_t size) const; // what a power cut would leave there
+    uint32_t peekWord(uint32_t address) const;                // big-endian
     void pokeWord(uint32_t address, uint32_t value);
 
     std::optional<NodeValue> node(const std::string& name) const override;
@@ -58,7 +59,7 @@ public:
     bool isControlled() const;
 
     Counters counters() const override;
-    void resetCounters();
+    void resetCounters() override;
     // True as soon as `condition(counters())` holds; false when it does not within `limit`.
     template <typename Condition>
     bool waitFor(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(5)) const

@@ -28,7 +28,7 @@ public:
     std::vector<std::string> change(const std::string& json) override;
     void setFaults(const Faults& faults) override;
     Counters counters() const override;
-    void resetCounters();
+    void resetCounters() override;
 
 protected:
     CameraCore m_core;

@@ -48,6 +48,7 @@ public:
     virtual std::vector<std::string> change(const std::string& json) = 0;
     virtual void setFaults(const Faults& faults) = 0;
     virtual Counters counters() const = 0;
+    virtual void resetCounters() = 0;
 
     // The camera's registers from behind, without its rules. Addresses are in bytes, of any alignment.
     virtual Bytes peek(uint64_t address, size_t size) const = 0;

@@ -247,6 +247,11 @@ TEST(CameraImport, AddsItsStepsUpToTheGravest)
     EXPECT_EQ(reportOf(importOf({incomplete, applied})).verdict, Verdict::Incomplete);
     EXPECT_EQ(reportOf(importOf({incomplete, applied})).notApplied(), QStringList{"Width"});
 
+    CameraImport doubted = importOf({applied});
+    doubted.userSet = companion::SavedSet::State::InDoubt;
+    ASSERT_EQ(inDoubt(doubted).size(), 1u);
+    EXPECT_EQ(inDoubt(doubted).front().feature, "UserSetSave");
+
     CameraImport result = importOf({applied});
     result.userSetProblem = "UserSet1 was not saved.";
     EXPECT_EQ(reportOf(result).verdict, Verdict::Failed);

@@ -99,3 +99,27 @@ TEST_F(LineOfCameras, LeavesSwappedAddressesToAPerson)
         EXPECT_EQ(camera->counters().settingWrites, 0u);
     }
 }
+
+// It is where it should be, and will not be when it is switched on again.
+TEST_F(LineOfCameras, FinishesAnAddressThatTheCommandBeforeHasOnlyForced)
+{
+    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    const std::string home = camera.config().address;
+    const std::string other = tests::freshLoopbackAddress();
+    qputenv("KX_CAMERA_ADDRESSES", qgetenv("KX_CAMERA_ADDRESSES") + ',' + QByteArray::fromStdString(other));
+    const uint32_t away = gvcp::parseAddress(other).value();
+    camera.pokeWord(gvcp::RegPersistentAddress, away);
+    camera.switchOff();
+    ASSERT_TRUE(camera.start());
+    emu::Faults faults;
+    faults.refusals = {{gvcp::RegPersistentAddress, 4, gvcp::WriteProtect}};
+    camera.setFaults(faults);
+    EXPECT_NE(line({"apply"}, {"--yes"}).code, 0);
+    EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegCurrentAddress)), home);
+    camera.setFaults({});
+    const Result run = line({"apply"}, {"--yes", "--json"});
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegPersistentAddress)), home);
+    EXPECT_EQ(tests::lastObject(run, "result")["changed"], tests::Json::array({"GevPersistentIPAddress"}));
+}

@@ -1,5 +1,8 @@
 // What stands behind an import: the check of everything that the file names, and the camera's user set.
 #include "companion/ImportCompanion.h"
+#include "iefeatures/imports/UserSet.h"
+
+#include "gvcp/Gvcp.h"
 
 #include <nlohmann/json.hpp>
 
@@ -201,6 +204,33 @@ TEST_F(VerifiedImport, TellsOfAUserSetThatCannotBeSaved)
     EXPECT_EQ(refused.code, 1);
     EXPECT_THAT(refused.err, HasSubstr("EMU-1 S1: UserSet1 was not saved: UserSetSave failed: "));
     EXPECT_EQ(camera.peekWord(kUserSetDefault), 0u);
+}
+
+TEST_F(VerifiedImport, DoubtsAUserSetThatNoAnswerCameTo)
+{
+    using State = companion::SavedSet::State;
+    EXPECT_EQ(companion::savingText("UserSet1", {State::Saved, {}}), "saved into UserSet1.");
+    EXPECT_EQ(companion::savingText("UserSet1", {State::InDoubt, "UserSetSave failed: why."}),
+              "UserSet1 may have been saved, as no answer came: UserSetSave failed: why.");
+    EXPECT_EQ(
+        companion::savingText("UserSet1", {State::Saved, "UserSetDefault did not take UserSet1: why."}),
+        "UserSet1 was saved, and the camera does not start with it: UserSetDefault did not take UserSet1: "
+        "why.");
+}
+
+TEST_F(VerifiedImport, TellsOfAUserSetThatTheCameraDoesNotStartWith)
+{
+    emu::EmulatedCamera& camera = addCamera("S1");
+    const std::string file = exported("S1");
+    emu::Faults faults;
+    faults.refusals = {{kUserSetDefault, 4, gvcp::WriteProtect}};
+    camera.setFaults(faults);
+    const Result run = import(file, {"--all", "--persist", "UserSet1", "--start-up", "--json"});
+    EXPECT_EQ(run.code, 1);
+    const tests::Json userSet = tests::lastObject(run, "result")["user_set"];
+    EXPECT_EQ(userSet["saved"], true);
+    EXPECT_THAT(userSet["error"].get<std::string>(),
+                HasSubstr("UserSet1 was saved, and the camera does not start with it: "));
 }
 
 TEST_F(VerifiedImport, IsInTheAuditLog)

@@ -80,8 +80,8 @@ struct CameraCheck
     ie::IdentityComparisons identity; // all of them, in the order of the import
     std::vector<EntryCheck> entries;  // in the file's order; interrupted: those that were done
 
-    std::optional<QStringList> changed = {}; // of an import, what it has changed in the end; titles
-    QStringList inDoubt = {};                // of an import, what it may have changed as well; titles
+    std::optional<QStringList> changed = {}; // of what was written, in the end; titles
+    QStringList inDoubt = {};                // what may have been written as well; titles
 
     QStringList notApplied() const; // the titles of what is amiss
 };

@@ -53,8 +53,21 @@ void tellNetwork(Console& console, const LineTarget& target)
         console.err(name + ": " + problem + "; that stays as it is.\n");
     if (!target.network.isEmpty())
         console.err(name + ": would get " + networkWords(target.network).join("; ") + ".\n");
+    if (target.isUnfinished)
+        console.err(name + ": " + printable(target.wanted->userSet) +
+                    " may not hold what was written before; it would be saved.\n");
     if (target.isUnreachable())
         console.err(name + ": unreachable now; its features are what the next apply looks at.\n");
+}
+
+// Where nothing is left to be finished.
+QStringList inOrder(const LinePlan& plan)
+{
+    QStringList names;
+    for (const LineCameraCheck& one : plan.settled)
+        if (one.match.state == LineState::InOrder)
+            names += one.name();
+    return names;
 }
 
 void tellNotBegun(Console& console, const std::vector<LineTarget>& targets)
@@ -117,17 +130,24 @@ int LineApplyCommand::apply(World& world, const Inventory& inventory) const
         world.console.err(holder + '\n');
         return ExitJobFailed;
     }
+    Unfinished unfinished(inventory.path);
+    if (const QString problem = unfinished.read(); !problem.isEmpty()) {
+        world.console.err(problem + '\n');
+        return ExitInputOutput;
+    }
     std::vector<ListedCamera> cameras;
     if (const int code = findLine(world, inventory, cameras))
         return code;
     CameraSearch::tellProblems(world.console);
-    const LinePlan plan = planLine(inventory, cameras, names(), mayGoOn);
+    const LinePlan plan = planLine(inventory, unfinished, cameras, names(), mayGoOn);
     if (Interrupt::isRequested()) {
         world.console.err(std::string("Interrupted.\n"));
         return ExitInterrupted;
     }
     tellPlan(world.console, plan);
     const int rest = exitCodeOf(plan.gravest()); // of those that nothing can be done about
+    if (!m_isDryRun)
+        unfinished.remove(inOrder(plan));
     if (m_isDryRun || plan.targets.empty())
         return rest;
     if (!m_isAgreed) {
@@ -137,7 +157,7 @@ int LineApplyCommand::apply(World& world, const Inventory& inventory) const
         if (const int code = askForAgreement(world, question))
             return code;
     }
-    const int code = write(world, inventory, plan);
+    const int code = write(world, inventory, unfinished, plan);
     return code == ExitWell ? rest : code;
 }
 
@@ -170,21 +190,22 @@ void LineApplyCommand::tellPlan(Console& console, const LinePlan& plan) const
 }
 
 // One camera proves the files before the others get theirs.
-int LineApplyCommand::write(World& world, const Inventory& inventory, const LinePlan& plan) const
+int LineApplyCommand::write(World& world, const Inventory& inventory, Unfinished& unfinished,
+                            const LinePlan& plan) const
 {
     const auto first = plan.targets.begin();
     const auto behindFirst = m_isAllAtOnce ? plan.targets.end() : first + 1;
-    int code = writeBatch(world, inventory, {first, behindFirst});
+    int code = writeBatch(world, inventory, unfinished, {first, behindFirst});
     if (behindFirst == plan.targets.end())
         return code;
     if (code == ExitWell)
-        return writeBatch(world, inventory, {behindFirst, plan.targets.end()});
+        return writeBatch(world, inventory, unfinished, {behindFirst, plan.targets.end()});
     tellNotBegun(world.console, {behindFirst, plan.targets.end()});
     return code;
 }
 
 // What was planned is looked at again right before the first write: all of it, or nothing is written.
-int LineApplyCommand::writeBatch(World& world, const Inventory& inventory,
+int LineApplyCommand::writeBatch(World& world, const Inventory& inventory, Unfinished& unfinished,
                                  const std::vector<LineTarget>& batch) const
 {
     std::vector<ListedCamera> cameras;
@@ -193,7 +214,7 @@ int LineApplyCommand::writeBatch(World& world, const Inventory& inventory,
     QStringList names;
     for (const LineTarget& target : batch)
         names += target.wanted->name;
-    const LinePlan now = planLine(inventory, cameras, names, mayGoOn);
+    const LinePlan now = planLine(inventory, unfinished, cameras, names, mayGoOn);
     bool isAsPlanned = true;
     for (const LineTarget& target : batch) {
         const QString objection = planObjection(target, now);
@@ -203,9 +224,27 @@ int LineApplyCommand::writeBatch(World& world, const Inventory& inventory,
     }
     if (!isAsPlanned)
         return Interrupt::isRequested() ? ExitInterrupted : ExitJobFailed;
-    if (const int code = import(world.console, inventory, now.targets))
+    QString problem = unfinished.add(names);
+    int code = problem.isEmpty() ? writeTargets(world, inventory, now.targets) : int(ExitInputOutput);
+    if (code == ExitWell)
+        problem = unfinished.remove(names);
+    if (problem.isEmpty())
         return code;
-    return writeNames(world, now.targets);
+    world.console.err(problem + '\n');
+    return ExitInputOutput;
+}
+
+int LineApplyCommand::writeTargets(World& world, const Inventory& inventory,
+                                   const std::vector<LineTarget>& targets) const
+{
+    const int code = import(world.console, inventory, targets);
+    if (code == ExitWell)
+        return writeNames(world, targets);
+    for (const LineTarget& target : targets)
+        if (!target.network.isEmpty())
+            world.console.err(printable(target.wanted->name) +
+                              ": not begun: " + networkWords(target.network).join("; ") + ".\n");
+    return code;
 }
 
 // Behind the features: a camera with another address has to be found again.

@@ -24,9 +24,11 @@ public:
 private:
     int readLine(Console& console, Inventory& inventory) const;
     int apply(World& world, const Inventory& inventory) const;
-    int write(World& world, const Inventory& inventory, const LinePlan& plan) const;
-    int writeBatch(World& world, const Inventory& inventory, const std::vector<LineTarget>& batch) const;
+    int write(World& world, const Inventory& inventory, Unfinished& unfinished, const LinePlan& plan) const;
+    int writeBatch(World& world, const Inventory& inventory, Unfinished& unfinished,
+                   const std::vector<LineTarget>& batch) const;
     int writeNames(World& world, const std::vector<LineTarget>& targets) const;
+    int writeTargets(World& world, const Inventory& inventory, const std::vector<LineTarget>& targets) const;
     int import(Console& console, const Inventory& inventory, const std::vector<LineTarget>& targets) const;
     void tellPlan(Console& console, const LinePlan& plan) const;
     QStringList names() const;

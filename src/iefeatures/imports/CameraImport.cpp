@@ -106,6 +106,8 @@ std::vector<Change> inDoubt(const CameraImport& result)
     std::vector<Change> changes;
     for (const ImportOutcome& job : result.jobs)
         appendNamed(job.record.findings.changes.inDoubt(), result.files->named.blocks, changes);
+    if (result.userSet == SavedSet::State::InDoubt)
+        changes.push_back({"UserSetSave", false, 0, {}, {}});
     return changes;
 }
 

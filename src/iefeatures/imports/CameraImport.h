@@ -5,6 +5,7 @@
 #include "iefeatures/imports/ImportFiles.h"
 #include "iefeatures/imports/ImportSummary.h"
 #include "iefeatures/imports/Snapshot.h"
+#include "iefeatures/imports/UserSet.h"
 
 #include <optional>
 #include <vector>
@@ -20,7 +21,7 @@ struct CameraImport
     std::optional<SnapshotResult> snapshot; // when one was asked for
     std::vector<ImportOutcome> jobs;        // feature bag, features file; those that were begun
     std::optional<CameraCheck> check;       // behind the jobs, what they were seen to do laid over it
-    bool isUserSetSaved = false;
+    SavedSet::State userSet = SavedSet::State::NotSaved;
     QString userSetProblem;  // a sentence
     bool isCutShort = false; // an interrupt came before the last step that was asked for
 };
@@ -38,7 +39,7 @@ ImportOutcome summed(const CameraImport& result);
 // What all jobs have changed in the end, in the order of the first writes, registers with the names of their
 // features.
 std::vector<Change> changesOf(const CameraImport& result);
-// Writes that the line failed: the camera may have carried them out.
+// Writes that the line failed, saving a user set among them: the camera may have carried them out.
 std::vector<Change> inDoubt(const CameraImport& result);
 // Features of the files that no job has come to.
 QStringList notReached(const CameraImport& result);

@@ -35,14 +35,6 @@ QStringList namesOf(const std::vector<Change>& changes)
     return names;
 }
 
-QStringList titlesOf(const std::vector<Change>& changes)
-{
-    QStringList titles;
-    for (const Change& change : changes)
-        titles += titleOf(change);
-    return titles;
-}
-
 QString listed(const QStringList& names)
 {
     if (names.isEmpty())
@@ -349,14 +341,14 @@ void ImportProcedure::saveUserSets()
             clean.push_back(&result);
         else
             tell(result.camera, set + " was not saved: not all was applied.");
-    inParallel(clean.size(), [&](size_t i) {
-        const QString problem = saveUserSet(clean[i]->camera, m_task.userSet);
-        clean[i]->isUserSetSaved = problem.isEmpty();
-        if (!problem.isEmpty())
-            clean[i]->userSetProblem = set + " was not saved: " + problem;
-    });
-    for (const CameraImport* result : clean)
-        tell(result->camera, result->isUserSetSaved ? "saved into " + set + '.' : result->userSetProblem);
+    std::vector<SavedSet> saved(clean.size());
+    inParallel(clean.size(), [&](size_t i) { saved[i] = saveUserSet(clean[i]->camera, m_task.userSet); });
+    for (size_t i = 0; i < clean.size(); ++i) {
+        const QString text = savingText(m_task.userSet.name, saved[i]);
+        clean[i]->userSet = saved[i].state;
+        clean[i]->userSetProblem = saved[i].problem.isEmpty() ? QString() : text;
+        tell(clean[i]->camera, text);
+    }
 }
 
 void ImportProcedure::tellInterrupted(const CameraImport& result)
@@ -417,7 +409,9 @@ Json ImportProcedure::resultJson(const CameraImport& result) const
     object["user_set"] = Json();
     if (!m_task.userSet.name.isEmpty())
         object["user_set"] = {{"name", json(m_task.userSet.name)},
-                              {"saved", result.isUserSetSaved},
+                              {"saved", result.userSet == SavedSet::State::InDoubt
+                                            ? Json()
+                                            : Json(result.userSet == SavedSet::State::Saved)},
                               {"error", jsonUnlessEmpty(result.userSetProblem)}};
     return object;
 }
@@ -443,7 +437,7 @@ AuditEntry ImportProcedure::auditEntryOf(const CameraImport& result) const
     entry.notApplied = report.notApplied();
     if (result.snapshot && result.snapshot->snapshot)
         entry.snapshot = result.snapshot->folder;
-    if (result.isUserSetSaved)
+    if (result.userSet == SavedSet::State::Saved)
         entry.userSet = m_task.userSet.name;
     entry.outcome = report.verdict;
     return entry;

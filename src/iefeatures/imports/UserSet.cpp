@@ -50,19 +50,22 @@ QString chooseForStartUp(KX_HANDLE handle, const QString& set)
     return choose(handle, isNew ? "UserSetDefault" : "UserSetDefaultSelector", set);
 }
 
-// Saves or loads the set.
-QString atSet(const ListedCamera& camera, const QString& set, const char* command, bool isForStartUp)
+// Saves or loads the set, whose command came to that.
+struct Commanded
 {
-    const CameraConnection line(camera.device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
+    KX_Status status = KX_E_ABORTED; // also where it was not given
+    QString problem;
+};
+
+Commanded atSet(const CameraConnection& line, const QString& set, const char* command)
+{
     if (line.status() != KX_OK)
-        return sentence("the camera could not be opened", line.status());
+        return {KX_E_ABORTED, sentence("the camera could not be opened", line.status())};
     QString problem = choose(line.handle(), "UserSetSelector", set);
     if (!problem.isEmpty())
-        return problem;
+        return {KX_E_ABORTED, problem};
     const KX_Status status = KX_CC_ExecuteCommand(line.handle(), command);
-    if (status != KX_OK)
-        return sentence(QString(command) + " failed", status);
-    return isForStartUp ? chooseForStartUp(line.handle(), set) : QString();
+    return {status, status == KX_OK ? QString() : sentence(QString(command) + " failed", status)};
 }
 
 } // namespace
@@ -73,14 +76,36 @@ bool hasUserSet(const ListedCamera& camera, const QString& name)
     return line.status() == KX_OK && entryValue(line.handle(), "UserSetSelector", name).has_value();
 }
 
-QString saveUserSet(const ListedCamera& camera, const UserSet& set)
+SavedSet saveUserSet(const ListedCamera& camera, const UserSet& set)
 {
-    return atSet(camera, set.name, "UserSetSave", set.isForStartUp);
+    const CameraConnection line(camera.device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
+    const Commanded saved = atSet(line, set.name, "UserSetSave");
+    if (saved.status == KX_OK)
+        return {SavedSet::State::Saved,
+                set.isForStartUp ? chooseForStartUp(line.handle(), set.name) : QString()};
+    const bool isInDoubt = saved.status != KX_E_ABORTED && KX_IS_LINE_FAILURE(saved.status);
+    return {isInDoubt ? SavedSet::State::InDoubt : SavedSet::State::NotSaved, saved.problem};
+}
+
+QString savingText(const QString& set, const SavedSet& saved)
+{
+    switch (saved.state) {
+    case SavedSet::State::NotSaved:
+        return printable(set) + " was not saved: " + saved.problem;
+    case SavedSet::State::InDoubt:
+        return printable(set) + " may have been saved, as no answer came: " + saved.problem;
+    case SavedSet::State::Saved:
+        break;
+    }
+    return saved.problem.isEmpty()
+               ? "saved into " + printable(set) + '.'
+               : printable(set) + " was saved, and the camera does not start with it: " + saved.problem;
 }
 
 QString loadUserSet(const ListedCamera& camera, const QString& set)
 {
-    return atSet(camera, set, "UserSetLoad", false);
+    const CameraConnection line(camera.device.stDeviceInfo, KX_ACCESS_EXCLUSIVE);
+    return atSet(line, set, "UserSetLoad").problem;
 }
 
 QString startWithUserSet(const ListedCamera& camera, const QString& set)

@@ -5,6 +5,7 @@
 #include "iefeatures/console/Interrupt.h"
 #include "iefeatures/console/JsonLine.h"
 #include "iefeatures/console/Text.h"
+#include "iefeatures/running/NetChanges.h"
 
 namespace companion
 {
@@ -32,6 +33,7 @@ int tellWrites(Console& console, const std::vector<FeatureWrites>& results)
     std::vector<CameraVerdict> verdicts;
     for (const FeatureWrites& result : results) {
         checks.push_back(result.check);
+        checks.back().changed = titlesOf(result.changes);
         verdicts.push_back(result.check.verdict);
         for (const Change& change : result.changes)
             console.err(result.check.camera.title() + ": " + printable(change.feature) + ": " +

@@ -43,7 +43,7 @@ struct Row
 };
 
 // One that is unreachable in its network may be reached by the address that it should have.
-NetworkTask planNetwork(LineMatch& match)
+NetworkTask planNetwork(const Unfinished& unfinished, LineMatch& match)
 {
     if (!match.camera || match.isOther ||
         (match.state == LineState::Unreachable && match.camera->mac.isEmpty()))
@@ -51,6 +51,8 @@ NetworkTask planNetwork(LineMatch& match)
     if (!isAsked(match) && match.state != LineState::Unreachable)
         return {};
     NetworkTask task = networkTaskOf(match);
+    if (unfinished.contains(match.wanted->name) && isAsked(match))
+        task.persistent = networkTaskOf(*match.wanted, *match.camera).persistent;
     QStringList objections = task.isEmpty() ? QStringList() : networkObjections(*match.camera, task);
     if (objections.isEmpty())
         return task;
@@ -61,15 +63,18 @@ NetworkTask planNetwork(LineMatch& match)
 }
 
 // What an import would do; nothing where it has nothing to do, or cannot be.
-void planFeatures(const Inventory& inventory, const std::function<bool()>& mayGoOn, Row& row,
-                  LineTarget& target)
+void planFeatures(const Inventory& inventory, const Unfinished& unfinished,
+                  const std::function<bool()>& mayGoOn, Row& row, LineTarget& target)
 {
     LineMatch& match = row.settled.match;
     if (!isAsked(match) || match.wanted->featuresFile.isEmpty() || !readFiles(inventory, match, target.files))
         return;
     const CheckRule rule(CheckMode::Plan, false, inventory.ignoredOf(*match.wanted));
     const CameraCheck plan = checkCamera(target.camera, target.files->input.content, rule, mayGoOn);
-    if (plan.verdict <= CameraVerdict::Incomplete && wouldWrite(plan)) {
+    const bool isToWrite = plan.verdict <= CameraVerdict::Incomplete && wouldWrite(plan);
+    target.isUnfinished = !isToWrite && plan.verdict <= CameraVerdict::Ready &&
+                          !match.wanted->userSet.isEmpty() && unfinished.contains(match.wanted->name);
+    if (isToWrite || target.isUnfinished) {
         target.plan = plan;
         return;
     }
@@ -80,15 +85,16 @@ void planFeatures(const Inventory& inventory, const std::function<bool()>& mayGo
     }
 }
 
-void plan(const Inventory& inventory, const std::function<bool()>& mayGoOn, Row& row)
+void plan(const Inventory& inventory, const Unfinished& unfinished, const std::function<bool()>& mayGoOn,
+          Row& row)
 {
     LineMatch& match = row.settled.match;
     if (!match.camera)
         return;
     if (isAsked(match))
         compareNetwork(askCameras(mayGoOn), match);
-    LineTarget target{match.wanted, *match.camera, {}, {}, {}, planNetwork(match)};
-    planFeatures(inventory, mayGoOn, row, target);
+    LineTarget target{match.wanted, *match.camera, {}, {}, {}, planNetwork(unfinished, match)};
+    planFeatures(inventory, unfinished, mayGoOn, row, target);
     target.match = match;
     const bool isKind = match.state != LineState::BadFiles && match.state != LineState::Incompatible &&
                         match.state != LineState::NotJudged;
@@ -127,8 +133,9 @@ LineState LinePlan::gravest() const
     return found;
 }
 
-LinePlan planLine(const Inventory& inventory, const std::vector<ListedCamera>& cameras,
-                  const QStringList& names, const std::function<bool()>& mayGoOn)
+LinePlan planLine(const Inventory& inventory, const Unfinished& unfinished,
+                  const std::vector<ListedCamera>& cameras, const QStringList& names,
+                  const std::function<bool()>& mayGoOn)
 {
     LinePlan made;
     std::vector<Row> rows;
@@ -138,7 +145,7 @@ LinePlan planLine(const Inventory& inventory, const std::vector<ListedCamera>& c
         else if (names.isEmpty() || names.contains(match.wanted->name))
             rows.push_back({{match, {}}, {}});
     }
-    inParallel(rows.size(), [&](size_t i) { plan(inventory, mayGoOn, rows[i]); });
+    inParallel(rows.size(), [&](size_t i) { plan(inventory, unfinished, mayGoOn, rows[i]); });
     for (const Row& row : rows) {
         if (row.target)
             made.targets.push_back(*row.target);

@@ -4,6 +4,7 @@
 #include "iefeatures/console/Console.h"
 #include "iefeatures/imports/ImportFiles.h"
 #include "iefeatures/line/LineCheck.h"
+#include "iefeatures/line/Unfinished.h"
 #include "iefeatures/network/NetworkTask.h"
 
 #include <functional>
@@ -22,6 +23,7 @@ struct LineTarget
     std::optional<CameraCheck> plan; // what an import of the features file would do; none: it is not needed
     LineMatch match;                 // with what differs in anything but features
     NetworkTask network = {};        // what is set of that
+    bool isUnfinished = false;       // it has its features, and its user set may not
 
     bool isUnreachable() const { return match.state == LineState::Unreachable; } // until it has its address
     QStringList changes() const;   // "Gain: 1 -> 2", of what would be written
@@ -40,8 +42,9 @@ struct LinePlan
 
 // `names`: of the inventory; empty: all. An address that somebody else has is not set. Blocks until all have
 // answered. `inventory` must outlive the plan.
-LinePlan planLine(const Inventory& inventory, const std::vector<ListedCamera>& cameras,
-                  const QStringList& names, const std::function<bool()>& mayGoOn);
+LinePlan planLine(const Inventory& inventory, const Unfinished& unfinished,
+                  const std::vector<ListedCamera>& cameras, const QStringList& names,
+                  const std::function<bool()>& mayGoOn);
 
 // Whether the target is the same camera, and the same would be written to it, as when it was planned: it is
 // asked again. A sentence where not, else an empty text.

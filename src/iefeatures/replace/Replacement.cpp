@@ -288,7 +288,7 @@ int Replacement::keep()
     const QString& set = m_task.wanted.userSet;
     if (set.isEmpty() || m_record.has(ReplaceStep::Kept))
         return ExitWell;
-    QString problem = saveUserSet(m_camera, {set, false});
+    QString problem = saveUserSet(m_camera, {set, false}).problem;
     if (problem.isEmpty())
         problem = loadUserSet(m_camera, set);
     if (!problem.isEmpty())
