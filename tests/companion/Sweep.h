@@ -36,8 +36,8 @@ const std::vector<Trouble>& troubles();
 class Settings
 {
 public:
-    static Settings of(const emu::EmulatedCamera& camera);
-    void putInto(emu::EmulatedCamera& camera) const;
+    static Settings of(const emu::Shell& camera);
+    void putInto(emu::Shell& camera) const;
     bool operator==(const Settings& other) const { return m_bytes == other.m_bytes; }
     // Addresses of the words that differ.
     std::vector<uint64_t> differences(const Settings& other) const;
@@ -46,22 +46,32 @@ private:
     emu::Bytes m_bytes;
 };
 
-// A job as the sweep runs it. `camera` is the one that has the trouble.
+// A job as the sweep runs it.
 struct SweptJob
 {
     std::string name;
     std::function<void()> prepare; // what it finds, before each run
     std::function<Result()> run;
-    // What is wrong about how it has ended, a sentence each. `isWell`: nothing had gone wrong.
+    // What is wrong about how it has ended, a sentence each.
     std::function<std::vector<std::string>(const Result&)> objections;
+    // The same of the run behind one that has failed, which goes on with what that has left. Empty: each run
+    // begins anew.
+    std::function<std::vector<std::string>(const Result&)> objectionsToNext = {};
+    // The camera was without power, and is off. Empty: it comes back with the settings from before the job.
+    std::function<void()> lose = {};
+    std::chrono::milliseconds waiting{0}; // that the job itself may do for a camera that is gone
+    size_t filesOfReturn = 0;             // that the emulated line opens whenever the camera comes back
 };
 
 class Sweep
 {
 public:
-    explicit Sweep(emu::EmulatedCamera& camera) : m_camera(camera) {}
+    explicit Sweep(emu::Shell& camera)
+        : m_camera(camera), m_onNetwork(dynamic_cast<emu::EmulatedCamera*>(&camera))
+    {}
 
-    // Every so many requests, so that about `runs` runs are made of each trouble; all with KX_SWEEP=all.
+    // Every so many requests, so that about `runs` runs are made of each trouble (0: one of each third one);
+    // all with KX_SWEEP=all, every n-th with KX_SWEEP=n.
     void over(const SweptJob& job, size_t runs);
     // "RequestLost: 24 tried, 24 well"
     void printSums() const;
@@ -71,7 +81,8 @@ private:
     void runOnce(const SweptJob& job, const Trouble& trouble, uint64_t request);
     void awaitFreeCamera();
 
-    emu::EmulatedCamera& m_camera;
+    emu::Shell& m_camera;
+    emu::EmulatedCamera* const m_onNetwork; // null: on another line, whose control is not told
     std::chrono::milliseconds m_ownTime{0};
     std::map<std::string, std::map<int, int>> m_endings; // by trouble: how often each exit code
     int m_runs = 0;

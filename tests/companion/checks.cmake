@@ -1,3 +1,8 @@
+# Jobs of the companion over all lines, each with another one of its requests going wrong.
+ie_add_test(companion_transport_sweep_test LABEL companion TIMEOUT 1200
+    SOURCES transport_sweep_test.cpp Sweep.cpp Sweep.h SweptSettings.h Told.h ../support/AllTransports.h
+    LIBRARIES companion_fixture usb_stage)
+ie_use_every_transport(companion_transport_sweep_test)
 # What imports would do and have done: over a scripted camera library, and over the emulator.
 foreach(subject camera_check register_check identity_check entry_lines feature_nature inventory line_check)
     ie_add_test(${subject}_test LABEL companion

@@ -1,15 +1,23 @@
 // Put before the C library (LD_PRELOAD), it lets one call of the system fail: the n-th of a kind. Of calls on
-// files those count that have to do with one folder; of calls on sockets those of IPv4.
+// files those count that have to do with one folder; of calls on sockets those of IPv4; memory:
+// failing_memory.cpp.
 //
 //   FAILING_FOLDER   the folder
 //   FAILING_CALL     which kind is to fail, by the names below; none: calls are counted only
 //   FAILING_NUMBER   the n-th from the program's begin
 //   FAILING_ERROR    what errno says then, as a number
 //   FAILING_COUNTS   a file of as many 32-bit numbers as there are kinds, which count the calls
+//
+//   INTERRUPTED_CALLS   every other call of a thread that may wait, without a pattern, is interrupted by a
+//   signal JUMPING_CLOCK       the time of day is another one whenever it is asked for
 #define _GNU_SOURCE
+#include "failing_calls.h"
+
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <poll.h>
+#include <pthread.h>
 #include <stdarg.h>
 #include <stdint.h>
 #include <stdlib.h>
@@ -18,33 +26,24 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/time.h>
 #include <sys/types.h>
 #include <sys/uio.h>
+#include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
-enum Kind
-{
-    OPEN,
-    WRITE,
-    FSYNC,
-    RENAME,
-    LINK,
-    MKDIR,
-    UNLINK,
-    SOCKET,
-    BIND,
-    CONNECT,
-    SEND,
-    KINDS
-};
-static const char* const kNames[KINDS] = {"open",   "write",  "fsync", "rename",  "link", "mkdir",
-                                          "unlink", "socket", "bind",  "connect", "send"};
+static const char* const kNames[KINDS] = {"open",  "write",  "fsync",  "rename", "link",
+                                          "mkdir", "unlink", "socket", "bind",   "connect",
+                                          "send",  "thread", "new",    "malloc", "qt"};
 
 static uint32_t* counts;
 static const char* folder;
 static int failing = -1;
 static uint32_t number;
 static int failure;
+static int interrupts;
+static int jumps;
 static char isOurs[4096]; // files that lie in the folder, by their descriptors
 
 __attribute__((constructor)) static void begin(void)
@@ -52,6 +51,8 @@ __attribute__((constructor)) static void begin(void)
     const char* call = getenv("FAILING_CALL");
     const char* path = getenv("FAILING_COUNTS");
     folder = getenv("FAILING_FOLDER");
+    interrupts = getenv("INTERRUPTED_CALLS") != NULL;
+    jumps = getenv("JUMPING_CLOCK") != NULL;
     number = getenv("FAILING_NUMBER") ? (uint32_t)atoi(getenv("FAILING_NUMBER")) : 0;
     failure = getenv("FAILING_ERROR") ? atoi(getenv("FAILING_ERROR")) : EIO;
     for (int kind = 0; call && kind < KINDS; ++kind)
@@ -66,8 +67,7 @@ __attribute__((constructor)) static void begin(void)
     counts = memory == MAP_FAILED ? NULL : memory;
 }
 
-// Whether this call is the one; errno is set then.
-static int fails(enum Kind kind)
+int failing_calls_fails(enum Kind kind)
 {
     if (!counts)
         return 0;
@@ -75,6 +75,24 @@ static int fails(enum Kind kind)
     if ((int)kind != failing || now != number)
         return 0;
     errno = failure;
+    return 1;
+}
+
+static int fails(enum Kind kind)
+{
+    return failing_calls_fails(kind);
+}
+
+// A signal's handler has run instead; never twice in a row.
+static int isInterrupted(void)
+{
+    static __thread uint32_t dice = 1;
+    static __thread int was;
+    dice = dice * 1664525 + 1013904223;
+    was = interrupts && !was && (dice >> 31) != 0;
+    if (!was)
+        return 0;
+    errno = EINTR;
     return 1;
 }
 
@@ -108,7 +126,7 @@ static int noted(int file, int isIn)
             va_end(rest);                                                                                    \
         }                                                                                                    \
         const int isIn = isInFolder(path);                                                                   \
-        return isIn && fails(OPEN) ? -1 : noted(NEXT(name) arguments, isIn);                                 \
+        return isInterrupted() || (isIn && fails(OPEN)) ? -1 : noted(NEXT(name) arguments, isIn);            \
     }
 OPENS(open, (const char* path, int flags, ...), (path, flags, mode))
 OPENS(open64, (const char* path, int flags, ...), (path, flags, mode))
@@ -123,17 +141,17 @@ int close(int file)
 
 ssize_t write(int file, const void* data, size_t size)
 {
-    return isOfFolder(file) && fails(WRITE) ? -1 : NEXT(write)(file, data, size);
+    return isInterrupted() || (isOfFolder(file) && fails(WRITE)) ? -1 : NEXT(write)(file, data, size);
 }
 
 ssize_t writev(int file, const struct iovec* parts, int count)
 {
-    return isOfFolder(file) && fails(WRITE) ? -1 : NEXT(writev)(file, parts, count);
+    return isInterrupted() || (isOfFolder(file) && fails(WRITE)) ? -1 : NEXT(writev)(file, parts, count);
 }
 
 int fsync(int file)
 {
-    return isOfFolder(file) && fails(FSYNC) ? -1 : NEXT(fsync)(file);
+    return isInterrupted() || (isOfFolder(file) && fails(FSYNC)) ? -1 : NEXT(fsync)(file);
 }
 
 int rename(const char* from, const char* to)
@@ -190,16 +208,72 @@ static int isIpv4(int file)
 
 ssize_t send(int file, const void* data, size_t size, int flags)
 {
-    return isIpv4(file) && fails(SEND) ? -1 : NEXT(send)(file, data, size, flags);
+    return isInterrupted() || (isIpv4(file) && fails(SEND)) ? -1 : NEXT(send)(file, data, size, flags);
 }
 
 ssize_t sendto(int file, const void* data, size_t size, int flags, const struct sockaddr* to,
                socklen_t length)
 {
-    return isIpv4(file) && fails(SEND) ? -1 : NEXT(sendto)(file, data, size, flags, to, length);
+    return isInterrupted() || (isIpv4(file) && fails(SEND))
+               ? -1
+               : NEXT(sendto)(file, data, size, flags, to, length);
 }
 
 ssize_t sendmsg(int file, const struct msghdr* message, int flags)
 {
-    return isIpv4(file) && fails(SEND) ? -1 : NEXT(sendmsg)(file, message, flags);
+    return isInterrupted() || (isIpv4(file) && fails(SEND)) ? -1 : NEXT(sendmsg)(file, message, flags);
+}
+
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*), void* argument)
+{
+    return fails(THREAD) ? EAGAIN : NEXT(pthread_create)(thread, attributes, body, argument);
+}
+
+#define WAITS(type, name, parameters, arguments)                                                             \
+    type name parameters                                                                                     \
+    {                                                                                                        \
+        return isInterrupted() ? -1 : NEXT(name) arguments;                                                  \
+    }
+WAITS(ssize_t, read, (int file, void* data, size_t size), (file, data, size))
+WAITS(ssize_t, readv, (int file, const struct iovec* parts, int count), (file, parts, count))
+WAITS(ssize_t, recv, (int file, void* data, size_t size, int flags), (file, data, size, flags))
+WAITS(ssize_t, recvfrom,
+      (int file, void* data, size_t size, int flags, struct sockaddr* from, socklen_t* length),
+      (file, data, size, flags, from, length))
+WAITS(ssize_t, recvmsg, (int file, struct msghdr* message, int flags), (file, message, flags))
+WAITS(int, poll, (struct pollfd * entries, nfds_t count, int timeout), (entries, count, timeout))
+WAITS(int, ppoll,
+      (struct pollfd * entries, nfds_t count, const struct timespec* timeout, const sigset_t* signals),
+      (entries, count, timeout, signals))
+WAITS(pid_t, waitpid, (pid_t process, int* status, int options), (process, status, options))
+
+// By turns an hour back, right, and an hour on.
+static long jump(void)
+{
+    static uint32_t calls;
+    return jumps ? ((long)(__atomic_add_fetch(&calls, 1, __ATOMIC_SEQ_CST) % 3) - 1) * 3600 : 0;
+}
+
+int clock_gettime(clockid_t clock, struct timespec* now)
+{
+    const int result = NEXT(clock_gettime)(clock, now);
+    if (result == 0 && (clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE))
+        now->tv_sec += jump();
+    return result;
+}
+
+int gettimeofday(struct timeval* restrict now, void* restrict zone)
+{
+    const int result = NEXT(gettimeofday)(now, zone);
+    if (result == 0)
+        now->tv_sec += jump();
+    return result;
+}
+
+time_t time(time_t* now)
+{
+    const time_t result = NEXT(time)(NULL) + jump();
+    if (now)
+        *now = result;
+    return result;
 }

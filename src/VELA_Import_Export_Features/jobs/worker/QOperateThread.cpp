@@ -44,7 +44,6 @@ void QOperateThread::Launch()
 
 void QOperateThread::ReportNotStarted()
 {
-    const ie::MemoryInUse memory;
     m_strTargetPath.clear();
     emit SigBeginThread(m_stDevice.nDeviceID, m_nThreadType);
     emit SigThreadInfo(m_stDevice.nDeviceID, tr("No thread could be started."), true);
@@ -53,6 +52,7 @@ void QOperateThread::ReportNotStarted()
 
 void QOperateThread::run()
 {
+    const ie::MemoryInUse memory;
     m_strTargetPath.clear();
     m_bEndReported = false;
     try {
