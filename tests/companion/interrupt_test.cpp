@@ -139,7 +139,7 @@ TEST_F(Interrupted, KeepsNoFileThatOnlyLooksWhole)
 {
     const emu::EmulatedCamera& camera = addCamera("S1", [](emu::CameraConfig& config) {
         config.description = tests::descriptionWithOneRegister();
-        config.latency = std::chrono::milliseconds(100);
+        config.latency = std::chrono::milliseconds(50); // answered before anything is sent again
     });
     ASSERT_EQ(runInProcess({"export", "--all", "--to", folder()}).code, 0);
     const QByteArray whole = fileText("EMU-1_S1.fpk");

@@ -1,5 +1,5 @@
-#include "KXCameraControl/camera/ModuleFeatures.h"
 #include "KXCameraControl/camera/PortNeeds.h"
+#include "KXCameraControl/camera/ModuleFeatures.h"
 
 namespace kx
 {

@@ -48,7 +48,8 @@ bool isStored(const QFileDevice& file)
 #endif
 }
 
-// A disk that fills up must not leave half a file that looks whole; a device or a pipe stays.
+// A disk that fills up must not leave half a file that looks whole, nor a link to a device what looks like a
+// file; a device or a pipe itself stays.
 template <typename Content>
 bool writeInPlace(const QString& path, const Content& content)
 {
@@ -62,6 +63,8 @@ bool writeInPlace(const QString& path, const Content& content)
     const QFileInfo half(path);
     if (half.isFile())
         QFile::remove(half.canonicalFilePath());
+    else if (half.isSymLink())
+        QFile::remove(path);
     return false;
 }
 
