@@ -142,6 +142,9 @@ ln -s /sys/kernel "$shares/readonly" # nobody makes files there
 expect 0 "${iefeatures[@]}" export --all --to "\\\\ie-test-$$\\line"
 same_files first shared
 expect 0 "${iefeatures[@]}" verify "\\\\ie-test-$$\\line" --all
+expect 0 "${iefeatures[@]}" line init "\\\\ie-test-$$\\line\\line.toml" --all
+expect 0 "${iefeatures[@]}" line check "\\\\ie-test-$$\\line\\line.toml" --metrics "\\\\ie-test-$$\\line\\line.prom"
+[ -s shared/line.toml ] && [ -s shared/line.prom ] || fail "no inventory, or no metrics, on a share"
 expect 6 "${iefeatures[@]}" export --all --to "\\\\ie-test-$$\\readonly"
 cat out err | grep -q "readonly" || fail "it is not told which share takes no files"
 rm -r "$shares"

@@ -1,6 +1,7 @@
 #include "iefeatures/console/Text.h"
 #include "iefeatures/line/LineReport.h"
 
+#include <QDir>
 #include <QSaveFile>
 
 namespace companion
@@ -83,7 +84,7 @@ QByteArray lineMetrics(const QString& line, const std::optional<LineCheck>& chec
 QString writeMetrics(const QString& path, const QByteArray& text)
 {
     using File = QFileDevice;
-    QSaveFile file(path);
+    QSaveFile file(QDir::fromNativeSeparators(path)); // or it takes a share for a folder of the current drive
     const bool isWritten =
         file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
         file.setPermissions(File::ReadOwner | File::WriteOwner | File::ReadGroup | File::ReadOther) &&

@@ -2,6 +2,7 @@
 
 #include "jobs/file/WindowsNames.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
 #include <QTextStream>
@@ -79,7 +80,9 @@ bool writeWhole(const QString& path, const Content& content)
 {
     if (isSpecial(QFileInfo(path)))
         return writeInPlace(path, content);
-    QSaveFile file(path); // follows links and keeps permissions
+    // It follows links and keeps permissions. A share's path with backslashes it takes for one of the current
+    // drive.
+    QSaveFile file(QDir::fromNativeSeparators(path));
     if (!file.open(QIODevice::WriteOnly))
         return writeInPlace(path, content);
     return write(file, content) && isStored(file) && file.commit();
