@@ -25,7 +25,7 @@ check_libraries() {
             [ ! -e "$1/$name" ] || continue
             case "${name,,}" in
             advapi32.dll | bcrypt.dll | comctl32.dll | d3d11.dll | dbghelp.dll | dwmapi.dll | dxgi.dll | gdi32.dll | imm32.dll | \
-            iphlpapi.dll | kernel32.dll | mpr.dll | msvcrt.dll | netapi32.dll | ole32.dll | oleaut32.dll | shell32.dll | \
+            iphlpapi.dll | kernel32.dll | mpr.dll | msvcrt.dll | netapi32.dll | ole32.dll | oleaut32.dll | setupapi.dll | shell32.dll | \
             user32.dll | userenv.dll | uxtheme.dll | version.dll | winmm.dll | ws2_32.dll | wtsapi32.dll) ;;
             *) fail "$(basename "$file") needs $name" ;;
             esac
