@@ -12,15 +12,7 @@ ie_add_test(other_network_test LABEL camera
 ie_add_test(gencp_port_test LABEL camera
     SOURCES gencp_port_test.cpp
     LIBRARIES kx_ports GTest::gtest_main)
-# Serial libraries of grabbers: one with all functions, one of Camera Link 1.1 with those alone that none may lack, and
-# one of version 1.0.
-foreach(kind emu plain old)
-    add_library(clser${kind} MODULE clser_libraries/clseremu.cpp)
-    set_target_properties(clser${kind} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests/clser")
-    target_link_libraries(clser${kind} PRIVATE gentl gencp)
-endforeach()
-target_compile_definitions(clserplain PRIVATE CLSEREMU_PLAIN)
-target_compile_definitions(clserold PRIVATE CLSEREMU_PLAIN CLSEREMU_1_0)
+add_subdirectory(clser_libraries)
 ie_add_test(serial_port_test LABEL camera
     SOURCES serial_port_test.cpp ClserStage.h
     LIBRARIES kx_ports camera_emulator_core GTest::gtest_main)

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
-# Cameras behind COM ports and GenTL producers, under Wine: emulated by this system's program, which the program for
-# Windows reaches by a pseudo terminal and by a producer that is a DLL. What it exports is what this system exports.
-# usage: lines_test.sh RUN WINDOWS-FOLDER PRODUCER.cti [FOLDER-OF-THIS-SYSTEM'S-PROGRAMS]
+# Cameras behind COM ports, serial libraries of grabbers and GenTL producers, under Wine: emulated by this system's
+# program, which the program for Windows reaches by a pseudo terminal and by DLLs. What it exports is what this system
+# exports.
+# usage: lines_test.sh RUN WINDOWS-FOLDER PRODUCER.cti CLSER.dll [FOLDER-OF-THIS-SYSTEM'S-PROGRAMS]
 set -euo pipefail
-run=$1 windows=$2 producer=$3 native=${4:-}
+run=$1 windows=$2 producer=$3 library=$4 native=${5:-}
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 [ -n "$native" ] || { echo "SKIPPED: KX_NATIVE_PROGRAMS names no programs of this system"; exit 0; }
 folder=$(mktemp -d)
@@ -65,6 +66,17 @@ expect 0 "COM33" "${iefeatures[@]}" list
 round_trip EMU-1_CL1.fpk "KX_CAMERA_SERIAL_PORTS=$folder/line"
 passed "a camera behind a COM port"
 export KX_CAMERA_SERIAL_PORTS=
+
+mkdir grabber 'grabber/数 据'
+cp "$library" 'grabber/数 据/clseremu.dll'
+export CLSEREMU_PORTS=COM33 CLSERIALPATH="$folder/none;$folder/grabber/数 据" KX_GENTL_TIMEOUT=3000
+expect 0 "Emulated board, port A" "${iefeatures[@]}" list
+round_trip EMU-1_CL1.fpk "KX_CAMERA_SERIAL_PORTS=$folder/line CLSERIALPATH="
+expect 0 "crashed in clSerialInit (exit code 3)" env CLSEREMU_FAULTS=clSerialInit=crash "${iefeatures[@]}" list
+expect 0 "hung in clSerialInit for 3000 ms and was ended." env CLSEREMU_FAULTS=clSerialInit=hang "${iefeatures[@]}" list
+expect 1 "0 exported, 1 failed" env CLSEREMU_FAULTS=clSerialRead=crash@60 "${iefeatures[@]}" export --all --to there
+passed "a camera behind the serial library of a grabber"
+unset CLSEREMU_PORTS CLSERIALPATH KX_GENTL_TIMEOUT
 
 start grabber.ready "$native/camera_emulator" --socket "$folder/camera" --serial GT1 --ready-file grabber.ready
 start port python3 "$here/grabber_bridge.py" "$folder/camera" port

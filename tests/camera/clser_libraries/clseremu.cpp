@@ -1,29 +1,26 @@
-// A grabber's serial library for tests: its ports are the terminals that CLSEREMU_PORTS names (separated by
-// commas). CLSEREMU_FAULTS ("clSerialRead=hang@40,clSetBaudRate=crash") makes it fail at the n-th call of a
-// function and at all behind that: crash, hang, refuse, or long (more bytes than there is room for are told).
-// Built without the functions that a library may lack, it is one of those.
+// A grabber's serial library for tests: its ports are the system's lines that CLSEREMU_PORTS names (separated
+// by commas). CLSEREMU_FAULTS ("clSerialRead=hang@40,clSetBaudRate=crash") makes it fail at the n-th call of
+// a function and at all behind that: crash, hang, refuse, or long (more bytes than there is room for are
+// told). Built without the functions that a library may lack, it is one of those.
+#include "KXCameraControl/ports/cameralink/Terminal.h"
 #include "gencp/SerialFrame.h"
 #include "gentl/ClSerial.h"
-
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/file.h>
-#include <sys/ioctl.h>
-#include <termios.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace clserial;
-using Clock = std::chrono::steady_clock;
+using kx::SerialLine;
+using std::chrono::milliseconds;
 
 namespace
 {
@@ -55,38 +52,51 @@ std::string faultOf(const std::string& function)
     return {};
 }
 
-// True: the call is refused.
-bool meets(const char* function)
+// What the fault asks for; true: the call is refused.
+bool fails(const std::string& fault)
 {
-    const std::string fault = faultOf(function);
     if (fault == "crash")
         abort();
     while (fault == "hang")
-        pause();
+        std::this_thread::sleep_for(std::chrono::hours(1));
     return fault == "refuse";
+}
+
+bool meets(const char* function)
+{
+    return fails(faultOf(function));
 }
 
 constexpr Error kRefused = -10500; // one of this maker's own
 
-int descriptorOf(Port port)
+// A port of the board, with what has arrived and was not asked for yet.
+class BoardPort
 {
-    return static_cast<int>(reinterpret_cast<intptr_t>(port)) - 1;
-}
+public:
+    explicit BoardPort(const std::string& name) : m_line(kx::newTerminal(name)) {}
 
-bool setRate(int line, uint32_t baud)
-{
-    termios settings{};
-    if (tcgetattr(line, &settings) != 0 || cfsetspeed(&settings, baud) != 0)
-        return false;
-    cfmakeraw(&settings);
-    return tcsetattr(line, TCSADRAIN, &settings) == 0;
-}
+    SerialLine& line() { return *m_line; }
 
-bool waitFor(int line, short what, Clock::time_point end)
+    // All there is; false: the line fails.
+    bool gather(SerialLine::Clock::time_point end)
+    {
+        uint8_t piece[4096];
+        size_t count = 0;
+        const SerialLine::Outcome outcome = m_line->read(piece, sizeof piece, count, end);
+        if (outcome == SerialLine::Outcome::Done)
+            m_arrived.append(reinterpret_cast<const char*>(piece), count);
+        return outcome == SerialLine::Outcome::Done || outcome == SerialLine::Outcome::TimedOut;
+    }
+    std::string& arrived() { return m_arrived; }
+
+private:
+    const std::unique_ptr<SerialLine> m_line;
+    std::string m_arrived;
+};
+
+BoardPort& boardPort(Port port)
 {
-    pollfd entry{line, what, 0};
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-    return poll(&entry, 1, static_cast<int>(std::max<int64_t>(left, 0))) > 0 && (entry.revents & what) != 0;
+    return *static_cast<BoardPort*>(port);
 }
 
 [[maybe_unused]] Error giveText(const std::string& words, char* text, uint32_t* size)
@@ -100,7 +110,11 @@ bool waitFor(int line, short what, Clock::time_point end)
 
 } // namespace
 
+#ifdef _WIN32
+#define EXPORTED extern "C" __declspec(dllexport) Error
+#else
 #define EXPORTED extern "C" __attribute__((visibility("default"))) Error
+#endif
 
 EXPORTED clSerialInit(uint32_t index, Port* port)
 {
@@ -109,48 +123,40 @@ EXPORTED clSerialInit(uint32_t index, Port* port)
     const std::vector<std::string> ports = listOf("CLSEREMU_PORTS");
     if (index >= ports.size())
         return ErrInvalidIndex;
-    const int line = open(ports[index].c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    if (line < 0)
-        return kRefused;
-    if (flock(line, LOCK_EX | LOCK_NB) != 0) {
-        close(line);
-        return ErrPortInUse;
-    }
-    setRate(line, 9600);
-    tcflush(line, TCIFLUSH);
-    *port = reinterpret_cast<Port>(static_cast<intptr_t>(line + 1));
+    auto opened = std::make_unique<BoardPort>(ports[index]);
+    const KX_Status status = opened->line().open();
+    if (status != KX_OK)
+        return status == KX_E_CONTROL_REFUSED ? ErrPortInUse : kRefused;
+    *port = opened.release();
     return Success;
 }
 
 EXPORTED clSerialClose(Port port)
 {
     meets("clSerialClose");
-    close(descriptorOf(port));
+    delete &boardPort(port);
     return Success;
 }
 
 EXPORTED clSerialRead(Port port, char* data, uint32_t* size, uint32_t time)
 {
     const std::string fault = faultOf("clSerialRead");
-    if (fault == "crash")
-        abort();
-    while (fault == "hang")
-        pause();
-    if (fault == "refuse")
+    if (fails(fault))
         return kRefused;
     if (fault == "long") {
         *size += 1000;
         return Success;
     }
-    const auto end = Clock::now() + std::chrono::milliseconds(time);
-    for (uint32_t done = 0; done < *size;) {
-        if (!waitFor(descriptorOf(port), POLLIN, end))
-            return ErrTimeout;
-        const ssize_t count = read(descriptorOf(port), data + done, *size - done);
-        if (count <= 0)
+    const auto end = SerialLine::Clock::now() + milliseconds(time);
+    std::string& arrived = boardPort(port).arrived();
+    while (arrived.size() < *size) {
+        if (!boardPort(port).gather(end))
             return kRefused;
-        done += static_cast<uint32_t>(count);
+        if (arrived.size() < *size && SerialLine::Clock::now() >= end)
+            return ErrTimeout;
     }
+    arrived.copy(data, *size);
+    arrived.erase(0, *size);
     return Success;
 }
 
@@ -158,17 +164,16 @@ EXPORTED clSerialWrite(Port port, char* data, uint32_t* size, uint32_t time)
 {
     if (meets("clSerialWrite"))
         return kRefused;
-    const auto end = Clock::now() + std::chrono::milliseconds(time);
-    uint32_t done = 0;
-    while (done < *size && waitFor(descriptorOf(port), POLLOUT, end)) {
-        const ssize_t count = write(descriptorOf(port), data + done, *size - done);
-        if (count < 0)
-            return kRefused;
-        done += static_cast<uint32_t>(count);
+    switch (boardPort(port).line().write(reinterpret_cast<const uint8_t*>(data), *size,
+                                         SerialLine::Clock::now() + milliseconds(time))) {
+    case SerialLine::Outcome::Done:
+        return Success;
+    case SerialLine::Outcome::TimedOut:
+        *size = 0;
+        return ErrTimeout;
+    default:
+        return kRefused;
     }
-    const bool isWhole = done == *size;
-    *size = done;
-    return isWhole ? Success : ErrTimeout;
 }
 
 #ifndef CLSEREMU_1_0
@@ -207,17 +212,16 @@ EXPORTED clSetBaudRate(Port port, uint32_t rate)
     if (meets("clSetBaudRate"))
         return kRefused;
     for (const gencp::BaudRate& one : gencp::kBaudRates)
-        if (one.bit == rate && setRate(descriptorOf(port), one.baud))
+        if (one.bit == rate && boardPort(port).line().setBaudRate(one.baud))
             return Success;
     return ErrBaudRateNotSupported;
 }
 
 EXPORTED clGetNumBytesAvail(Port port, uint32_t* count)
 {
-    int waiting = 0;
-    if (meets("clGetNumBytesAvail") || ioctl(descriptorOf(port), FIONREAD, &waiting) != 0)
+    if (meets("clGetNumBytesAvail") || !boardPort(port).gather(SerialLine::Clock::now()))
         return kRefused;
-    *count = static_cast<uint32_t>(waiting);
+    *count = static_cast<uint32_t>(boardPort(port).arrived().size());
     return Success;
 }
 
@@ -225,8 +229,9 @@ EXPORTED clFlushPort(Port port)
 {
     if (meets("clFlushPort"))
         return kRefused;
-    tcflush(descriptorOf(port), TCIFLUSH);
-    return Success;
+    const bool isWell = boardPort(port).gather(SerialLine::Clock::now());
+    boardPort(port).arrived().clear();
+    return isWell ? Success : kRefused;
 }
 
 EXPORTED clGetErrorText(Error error, char* text, uint32_t* size)
