@@ -288,6 +288,34 @@ TEST_F(EvaluatorLimits, ValuesAreChargedByFeature)
     EXPECT_TRUE(integer("V").ok);
 }
 
+TEST_F(EvaluatorLimits, AValueIsChargedByTheLengthOfItsVariablesToo)
+{
+    limits.memory = 1000;
+    const auto places = [this](qint64 characters) {
+        ie::ExportBudget fresh(limits);
+        int count = 0;
+        while (fresh.takeValue(characters))
+            ++count;
+        return count;
+    };
+    EXPECT_GT(places(0), places(8));
+    EXPECT_GT(places(8), places(100));
+    EXPECT_GT(places(100), 0);
+}
+
+TEST_F(EvaluatorLimits, ARegistersValueIsChargedBesideItsAddress)
+{
+    describe("<Integer Name=\"N\"><pValue>R</pValue></Integer>"
+             "<IntReg Name=\"R\"><Address>0</Address><Length>4</Length></IntReg>");
+    limits.memory = 120; // of two values: the address, and the sum that it is the only term of
+    startRun();
+    EXPECT_FALSE(integer("N").ok);
+    EXPECT_EQ(takeCalls(), QStringList({"ReadMemory 0 4"}));
+    limits.memory = 180;
+    startRun();
+    EXPECT_VALUES(integer("N"), {"0"});
+}
+
 TEST_F(EvaluatorLimits, ALengthThatTheBudgetEndedIsNone)
 {
     const QString masked = "<MaskedIntReg Name=\"M\"><Address>0</Address><pLength>K</pLength><Bit>0</Bit>"

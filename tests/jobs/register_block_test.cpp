@@ -2,6 +2,7 @@
 #include "EvaluatorFixture.h"
 
 #include "jobs/export/RegisterBlock.h"
+#include "jobs/rules/BoundedText.h"
 #include "jobs/rules/JobMemory.h"
 
 #include <SuiteTools/SuiteTools.h>
@@ -412,6 +413,14 @@ TEST_F(RegisterBlock, ALaterVariableHitsWhatAnEarlierOnePutIn)
              constant("Two", "2"));
     camera.setWord(0x1000, 7);
     expectLines("C", {line(0x1000, "27.000000", "7", "12+06+2+TO")});
+}
+
+TEST_F(RegisterBlock, TheRegistersOwnVariableMayNotGrowTheTextTooFarEither)
+{
+    const QString formula(ie::kLongestFormula / 2 + 1, 'X');
+    describe(converter(formula, {"X=R"}) + intReg());
+    expectFailure("C", {"getValue  failed:C compute erro,formula:" + formula + ".msg:too long"});
+    EXPECT_EQ(tests::suiteCalls("Compute").size(), 0);
 }
 
 TEST_F(RegisterBlock, TextsThatMultiplyEnd)
