@@ -320,6 +320,20 @@ TEST(FeatureLinksTest, namesTheFeaturesBehindALock)
     EXPECT_EQ(camera.related("ExposureAuto", KX_RELATED_LOCKS), "");
 }
 
+// A feature is the end of its way, whatever lies under it; a formula is not, even one that a category lists.
+TEST(FeatureLinksTest, goesThroughFormulasAndNoOtherFeature)
+{
+    Described camera(category({"Shown", "Under", "Ratio", "ByFeature", "ByFormula"}) +
+                     reg("Reg", "<Address>0x100</Address>") + integer("Under", "<pValue>Reg</pValue>") +
+                     integer("Shown", "<pValue>Under</pValue>") +
+                     "<SwissKnife Name=\"Ratio\"><pVariable "
+                     "Name=\"U\">Under</pVariable><Formula>U</Formula></SwissKnife>" +
+                     integer("ByFeature", "<Value>0</Value><pIsLocked>Shown</pIsLocked>") +
+                     integer("ByFormula", "<Value>0</Value><pIsLocked>Ratio</pIsLocked>"));
+    EXPECT_EQ(camera.related("ByFeature", KX_RELATED_LOCKS), "Shown");
+    EXPECT_EQ(camera.related("ByFormula", KX_RELATED_LOCKS), "Under");
+}
+
 TEST(FeatureLinksTest, followsFourHundredNodesAtMost)
 {
     std::vector<std::string> names;

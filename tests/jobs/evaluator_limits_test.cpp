@@ -112,6 +112,25 @@ TEST_F(EvaluatorLimits, TheLogOfCombinationsThatFailIsBounded)
     EXPECT_EQ(budget->refusals(), 0u) << "nothing was refused";
 }
 
+TEST_F(EvaluatorLimits, LogLinesUpToTheLastCharacterAreWritten)
+{
+    camera.setEnumeration("En", 0, {0, 1});
+    describe("<Integer Name=\"L\"><pValue>En</pValue></Integer><Enumeration Name=\"En\"/>" + knife("K", "L"));
+    tests::suiteScript().compute = [](const char*, bool& ok) {
+        ok = false;
+        return 0.0;
+    };
+    EXPECT_FALSE(value("K").ok);
+    const QStringList all = takeLogs();
+    ASSERT_EQ(all.size(), 2);
+    limits.told = quint64(all.join("").size());
+    startRun();
+    EXPECT_FAILURE(value("K"), all);
+    --limits.told;
+    startRun();
+    EXPECT_FAILURE(value("K"), {all[0], "Further combinations that fail are not logged."});
+}
+
 // What has become long ends; a short formula needs no look at who waits for the thread.
 TEST_F(EvaluatorLimits, AThreadThatIsAskedToEndComputesNoFurther)
 {
