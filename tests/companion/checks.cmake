@@ -3,6 +3,9 @@ ie_add_test(companion_transport_sweep_test LABEL companion TIMEOUT 1200
     SOURCES transport_sweep_test.cpp Sweep.cpp Sweep.h SweptSettings.h Told.h ../support/AllTransports.h
     LIBRARIES companion_fixture usb_stage)
 ie_use_every_transport(companion_transport_sweep_test)
+ie_add_test(companion_real_sweep_test LABEL companion TIMEOUT 1200
+    SOURCES real_sweep_test.cpp Sweep.cpp Sweep.h Told.h RealSeed.cpp RealSeed.h ../support/OwnDescription.h
+    LIBRARIES companion_fixture)
 # What imports would do and have done: over a scripted camera library, and over the emulator.
 foreach(subject camera_check register_check identity_check entry_lines feature_nature inventory line_check)
     ie_add_test(${subject}_test LABEL companion

@@ -232,6 +232,7 @@ namespace
 CameraImport importOf(const std::vector<ImportOutcome>& jobs)
 {
     CameraImport result;
+    result.files = std::make_shared<companion::ImportFiles>();
     result.jobs = jobs;
     return result;
 }
