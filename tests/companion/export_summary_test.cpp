@@ -39,6 +39,15 @@ protected:
         tally.wasRefused = wasRefused;
         return tally;
     }
+
+    // A feature bag, with what the camera library had to say about it.
+    static CallWatch::Findings saved(KX_Status status, const QString& text)
+    {
+        CallWatch::Findings findings;
+        findings.bagStatus = status;
+        findings.bagText = text;
+        return findings;
+    }
 };
 
 const QByteArray kBagHead = "# {05D8C294-F295-4dfb-9D01-096BD04049F4}\n"
@@ -74,7 +83,7 @@ TEST_F(ExportSummary, NamesWhatCannotBeReadAgain)
     EXPECT_EQ(refused.leftOut, QStringList());
     EXPECT_THAT(refused.problem.toStdString(), ::testing::HasSubstr(" for the texts of A;"));
 
-    const ExportResult kept = examineExport(job, opened(), KX_OK, Unreadable::LeftOut);
+    const ExportResult kept = examineExport(job, opened(), {}, Unreadable::LeftOut);
     EXPECT_EQ(kept.state, State::Written);
     EXPECT_EQ(kept.features, 1);
     EXPECT_EQ(kept.leftOut, QStringList{"A"});
@@ -87,16 +96,15 @@ TEST_F(ExportSummary, TellsTheFileOfAFeatureBagThatWasCut)
     JobOutcome job = jobWithFile(kBagHead + "# There are too many.\nWidth\t640\n");
     job.type = JOB_FEATURE_BAG_EXPORT;
     job.hasFailed = true;
-    const ExportResult cut = examineExport(job, opened(), KX_E_INCOMPLETE);
+    const CallWatch::Findings findings = saved(KX_E_INCOMPLETE, "There are too many.");
+    const ExportResult cut = examineExport(job, opened(), findings);
     EXPECT_EQ(cut.state, State::Written);
     EXPECT_EQ(cut.features, 1);
     EXPECT_THAT(exportTable({cut}).toStdString(),
                 ::testing::HasSubstr("EMU-1_S1.fpk\n1 exported, 0 failed\n"));
     EXPECT_EQ(exportExitCode({cut}, false), 1);
-    EXPECT_EQ(examineExport(job, opened(), KX_E_FILE).state, State::Failed);
-    CallWatch::Findings findings;
-    findings.bagText = "Of Index, not all values.";
-    EXPECT_EQ(exportRemarks(cut, findings), QStringList{"Of Index, not all values."});
+    EXPECT_EQ(examineExport(job, opened(), saved(KX_E_FILE, "")).state, State::Failed);
+    EXPECT_EQ(exportRemarks(cut, findings), QStringList{"There are too many."});
 }
 
 // Nothing is missing in the file; the camera is not as it was.
@@ -105,11 +113,26 @@ TEST_F(ExportSummary, TellsABagThatIsWholeFromOneThatWasCut)
     JobOutcome job = jobWithFile(kBagHead + "Width\t640\n");
     job.type = JOB_FEATURE_BAG_EXPORT;
     job.hasFailed = true;
-    const ExportResult result = examineExport(job, opened(), KX_E_INCOMPLETE);
+    const ExportResult result =
+        examineExport(job, opened(), saved(KX_E_INCOMPLETE, "Index could not be set back."));
     EXPECT_EQ(result.state, State::Written);
     EXPECT_FALSE(result.isCut);
     EXPECT_TRUE(result.isNotSetBack);
     EXPECT_EQ(exportExitCode({result}, false), 1);
+}
+
+// A value without a form is left out of every bag of that camera, and no snapshot fails for it.
+TEST_F(ExportSummary, TellsWhatABagLeavesOutFromWhatWasCut)
+{
+    JobOutcome job = jobWithFile(kBagHead + "# The value of A has no form.\nWidth\t640\n");
+    job.type = JOB_FEATURE_BAG_EXPORT;
+    job.hasFailed = true;
+    const CallWatch::Findings findings = saved(KX_E_INCOMPLETE, "Index could not be set back.");
+    const ExportResult result = examineExport(job, opened(), findings);
+    EXPECT_FALSE(result.isCut);
+    EXPECT_TRUE(result.isNotSetBack);
+    EXPECT_EQ(exportRemarks(result, findings),
+              (QStringList{"The value of A has no form.", "Index could not be set back."}));
 }
 
 TEST_F(ExportSummary, LeavesTheFileOfAFailedJobAlone)

@@ -58,19 +58,23 @@ BagLines bagLines(const QString& path)
     return count;
 }
 
-void examineBag(ExportResult& result, KX_Status status)
+// The camera library tells what was cut, and what was not set back. What it leaves out of every bag of such a
+// camera stands in the file alone.
+void examineBag(ExportResult& result, const CallWatch::Findings& findings)
 {
-    if (status == KX_E_INCOMPLETE && result.job.hasStarted && !result.tally.wasRefused)
+    const bool isIncomplete = findings.bagStatus == KX_E_INCOMPLETE;
+    if (isIncomplete && result.job.hasStarted && !result.tally.wasRefused)
         result.state = State::Written;
     if (result.state != State::Written)
         return;
     const BagLines lines = bagLines(result.job.path);
     result.features = lines.features;
-    const QStringList notes = lines.comments.mid(kHeadOfBag);
-    result.isCut = status == KX_E_INCOMPLETE && !notes.isEmpty();
-    result.isNotSetBack = status == KX_E_INCOMPLETE && !result.isCut;
-    if (status == KX_OK && result.features > 0)
-        result.notes = notes;
+    for (const QString& comment : lines.comments.mid(kHeadOfBag))
+        if (isIncomplete && findings.bagText.contains(comment))
+            result.isCut = true;
+        else if (result.features > 0)
+            result.notes += comment;
+    result.isNotSetBack = isIncomplete && !result.isCut;
 }
 
 QString named(const QStringList& features)
@@ -162,15 +166,15 @@ auto countOf(const std::vector<ExportResult>& results, State state)
 
 } // namespace
 
-ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally, KX_Status bagStatus,
-                           Unreadable unreadable)
+ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally,
+                           const CallWatch::Findings& findings, Unreadable unreadable)
 {
     ExportResult result;
     result.job = job;
     result.tally = tally;
     result.state = stateOf(job, tally);
     if (job.type == JOB_FEATURE_BAG_EXPORT)
-        examineBag(result, bagStatus);
+        examineBag(result, findings);
     else
         examineFeaturesFile(result, unreadable);
     return result;

@@ -26,8 +26,8 @@ struct ExportResult
     CallWatch::Tally tally;
     State state = State::NotStarted;
     int features = 0;          // blocks of the written file, lines of a feature bag
-    QStringList notes = {};    // of a feature bag that is whole: what it says itself that it leaves out
-    bool isCut = false;        // a feature bag that lacks something, as it says itself
+    QStringList notes = {};    // of a feature bag: what it says itself that it leaves out and nobody has told
+    bool isCut = false;        // a feature bag for which there was too much, as it says itself
     bool isNotSetBack = false; // a selector is not what it was before a feature bag was saved
     QString problem = {};      // why the file is not kept, which the job has not told: a sentence
     QStringList leftOut = {};  // features that were taken out of the file, for nobody could read them again
@@ -45,8 +45,9 @@ inline constexpr char kSkipUnreadableHelp[] =
 // features file that was written although calls of its job were refused, or the line failed, lacks features
 // without showing it, and one that cannot be read back (ReadBack.h) is none: then the job counts as failed.
 // With Unreadable::LeftOut the file is written again without what cannot be read back.
-// `bagStatus`: of saving a feature bag. KX_E_INCOMPLETE is a failure with a file.
-ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally, KX_Status bagStatus = KX_OK,
+// Of a feature bag, `findings` have what became of saving it. KX_E_INCOMPLETE is a failure with a file.
+ExportResult examineExport(const JobOutcome& job, const CallWatch::Tally& tally,
+                           const CallWatch::Findings& findings = {},
                            Unreadable unreadable = Unreadable::Refused);
 // What to tell of a file that is kept although something was left out of it; a sentence, or an empty text.
 QString leftOutNote(const ExportResult& result);

@@ -112,7 +112,7 @@ private:
         const QString name = nameFor(job);
         const QString target = m_stage.target(id, name);
         ExportResult& result = done.result =
-            examineExport(job, record.tally, record.findings.bagStatus, m_task.unreadable);
+            examineExport(job, record.tally, record.findings, m_task.unreadable);
         result.job.path = target;
         if (isEmptyBag(result))
             result.problem = descriptionProblemOf(job.camera);
