@@ -109,6 +109,8 @@ INSTANTIATE_TEST_SUITE_P(
         std::pair(Arguments{"--frobnicate"}, "The following argument was not expected: --frobnicate\n"),
         std::pair(Arguments{"list", "--frobnicate"},
                   "The following argument was not expected: --frobnicate\n"),
+        std::pair(Arguments{"list", "--serial", "a b", "c"},
+                  "The following arguments were not expected: --serial a b c\n"),
         std::pair(Arguments{"list", "extra"}, "The following argument was not expected: extra\n"),
         std::pair(Arguments{"list", "export"}, "The following argument was not expected: export\n"),
         std::pair(Arguments{"export", "--all"}, "--to is required\n"),

@@ -70,6 +70,17 @@ bool isEmptyValue(const std::string& argument)
     return argument.empty() || (argument.rfind("--", 0) == 0 && argument.back() == '=');
 }
 
+// CLI11 has arguments that nobody knows the wrong way round.
+std::string textOf(const CLI::ParseError& problem, const CLI::App& app)
+{
+    if (!dynamic_cast<const CLI::ExtrasError*>(&problem))
+        return problem.what();
+    const std::vector<std::string> words = app.remaining(true);
+    return (words.size() == 1 ? "The following argument was not expected: "
+                              : "The following arguments were not expected: ") +
+           CLI::detail::join(words, " ");
+}
+
 int tellUsage(Console& console, const CLI::App& app, const std::string& problem)
 {
     console.err(problem + '\n');
@@ -155,7 +166,7 @@ int runArguments(const std::vector<std::string>& arguments, World& world)
         return withOutputChecked(world.console, ExitWell);
     } catch (const CLI::ParseError& problem) {
         beginJson(world.console, arguments);
-        return ended(world.console, tellUsage(world.console, app, problem.what()));
+        return ended(world.console, tellUsage(world.console, app, textOf(problem, app)));
     }
     if (std::any_of(arguments.begin(), arguments.end(), isEmptyValue)) {
         beginJson(world.console, arguments);
