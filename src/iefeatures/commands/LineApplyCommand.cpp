@@ -70,6 +70,18 @@ QStringList inOrder(const LinePlan& plan)
     return names;
 }
 
+// All but those whose user set a command before has not saved, and whose features nobody has looked at now.
+QStringList finishedBy(const std::vector<LineTarget>& targets, const Unfinished& before)
+{
+    QStringList names;
+    for (const LineTarget& target : targets) {
+        const bool hasUserSet = !target.wanted->featuresFile.isEmpty() && !target.wanted->userSet.isEmpty();
+        if (target.plan || !hasUserSet || !before.contains(target.wanted->name))
+            names += target.wanted->name;
+    }
+    return names;
+}
+
 void tellNotBegun(Console& console, const std::vector<LineTarget>& targets)
 {
     for (const LineTarget& target : targets)
@@ -224,10 +236,11 @@ int LineApplyCommand::writeBatch(World& world, const Inventory& inventory, Unfin
     }
     if (!isAsPlanned)
         return Interrupt::isRequested() ? ExitInterrupted : ExitJobFailed;
+    const QStringList finished = finishedBy(now.targets, unfinished);
     QString problem = unfinished.add(names);
     int code = problem.isEmpty() ? writeTargets(world, inventory, now.targets) : int(ExitInputOutput);
     if (code == ExitWell)
-        problem = unfinished.remove(names);
+        problem = unfinished.remove(finished);
     if (problem.isEmpty())
         return code;
     world.console.err(problem + '\n');
