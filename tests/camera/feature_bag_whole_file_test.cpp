@@ -158,6 +158,28 @@ TEST_F(BagFile, IsWrittenInPlaceWhereTheFolderAllowsNoSecondFile)
     EXPECT_EQ(names(), "a.fpk");
 }
 
+// Half of it could not be told from a small one.
+TEST_F(BagFile, IsEmptyWhereADiskFillsUpAndTheFolderLetsNobodyRemoveIt)
+{
+    put("old");
+    ASSERT_EQ(chmod(path().c_str(), 0666), 0);
+    ASSERT_EQ(chmod(folder.c_str(), 0555), 0);
+    const bool isRoot = geteuid() == 0;
+    if (isRoot) {
+        ASSERT_EQ(seteuid(65534), 0);
+    }
+    {
+        const tests::FullDisk disk(50000);
+        EXPECT_EQ(writeBagFile(path(), whole), "File too large");
+    }
+    if (isRoot) {
+        ASSERT_EQ(seteuid(0), 0);
+    }
+    ASSERT_EQ(chmod(folder.c_str(), 0755), 0);
+    EXPECT_EQ(names(), "a.fpk");
+    EXPECT_EQ(text(), "");
+}
+
 TEST_F(BagFile, OneThatItsOwnerProtectsIsLeftAlone)
 {
     put("old");

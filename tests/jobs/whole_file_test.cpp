@@ -260,6 +260,28 @@ TEST_F(WholeFile, IsWrittenInPlaceWhereTheFolderAllowsNoSecondFile)
     EXPECT_EQ(names(), QStringList({"Cam.fpk"}));
 }
 
+// Half of it could not be told from a small one.
+TEST_F(WholeFile, IsEmptyWhereADiskFillsUpAndTheFolderLetsNobodyRemoveIt)
+{
+    put("old");
+    ASSERT_EQ(chmod(path().toLocal8Bit().constData(), 0666), 0);
+    ASSERT_EQ(chmod(folder.path().toLocal8Bit().constData(), 0555), 0);
+    const uid_t user = geteuid();
+    if (user == 0) {
+        ASSERT_EQ(seteuid(65534), 0);
+    }
+    {
+        const FullDisk disk(50000);
+        EXPECT_FALSE(ie::writeWholeFile(path(), kText));
+    }
+    if (user == 0) {
+        ASSERT_EQ(seteuid(0), 0);
+    }
+    ASSERT_EQ(chmod(folder.path().toLocal8Bit().constData(), 0755), 0);
+    EXPECT_EQ(names(), QStringList({"Cam.fpk"}));
+    EXPECT_EQ(bytes(), "");
+}
+
 TEST_F(WholeFile, ANameWithoutRoomForASecondOneIsWrittenInPlace)
 {
     const QString longest(255, 'x');

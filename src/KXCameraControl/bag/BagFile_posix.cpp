@@ -75,7 +75,14 @@ int createBeside(const std::string& target, std::string& name)
     return file;
 }
 
-// Half a file must not look like a whole one; a device or a pipe stays.
+// Half a file must not look like a whole one. Where the folder lets nobody remove it, it is empty then.
+void drop(const std::string& path)
+{
+    const bool isDropped = ::unlink(followed(path).c_str()) == 0 || ::truncate(path.c_str(), 0) == 0;
+    static_cast<void>(isDropped);
+}
+
+// A device or a pipe stays, whatever happens.
 std::string writeInPlace(const std::string& path, const std::string& text)
 {
     const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
@@ -88,7 +95,7 @@ std::string writeInPlace(const std::string& path, const std::string& text)
     const bool isRegular = ::fstat(file, &status) == 0 && S_ISREG(status.st_mode);
     const std::string reason = fill(file, text);
     if (!reason.empty() && isRegular)
-        ::unlink(followed(path).c_str());
+        drop(path);
     return reason;
 }
 

@@ -49,6 +49,13 @@ bool isStored(const QFileDevice& file)
 #endif
 }
 
+// Where the folder lets nobody remove it, it is empty then.
+void drop(const QString& file)
+{
+    if (!QFile::remove(file))
+        QFile::resize(file, 0);
+}
+
 // A disk that fills up must not leave half a file that looks whole, nor a link to a device what looks like a
 // file; a device or a pipe itself stays.
 template <typename Content>
@@ -63,7 +70,7 @@ bool writeInPlace(const QString& path, const Content& content)
         return true;
     const QFileInfo half(path);
     if (half.isFile())
-        QFile::remove(half.canonicalFilePath());
+        drop(half.canonicalFilePath());
     else if (half.isSymLink())
         QFile::remove(path);
     return false;
