@@ -32,7 +32,10 @@ bool writeFile(const std::string& path, const std::string& text)
     std::error_code failure;
     if (file)
         fs::rename(temporary, fs::u8path(path), failure); // over an older one
-    return file && !failure;
+    if (file && !failure)
+        return true;
+    fs::remove(temporary, failure);
+    return false;
 }
 
 } // namespace emu

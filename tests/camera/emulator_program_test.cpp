@@ -10,6 +10,8 @@
 
 #include <csignal>
 #include <cstdio>
+#include <filesystem>
+#include <iterator>
 #include <regex>
 #include <set>
 #include <thread>
@@ -116,6 +118,16 @@ Names knownFaults()
 }
 
 } // namespace
+
+TEST(EmulatorProgram, LeavesNothingBesideAFileThatCannotBeWritten)
+{
+    const std::string folder = temporary("files");
+    std::filesystem::create_directories(folder + "/ready/taken");
+    EXPECT_FALSE(emu::writeFile(folder + "/ready", "ready\n"));
+    const std::filesystem::directory_iterator left(folder);
+    EXPECT_EQ(std::distance(left, {}), 1);
+    std::filesystem::remove_all(folder);
+}
 
 TEST(EmulatorProgram, changesRegistersBehindTheHostsBackWhenAsked)
 {
