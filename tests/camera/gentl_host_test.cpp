@@ -10,6 +10,8 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace kx;
 using gentl::Reader;
@@ -44,6 +46,24 @@ protected:
 
     GentlStage stage;
     HostReply reply;
+};
+
+// The process may open so many files more.
+class FewDescriptors
+{
+public:
+    explicit FewDescriptors(rlim_t more)
+    {
+        const int next = dup(STDERR_FILENO);
+        close(next);
+        EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &m_before), 0);
+        const rlimit few{static_cast<rlim_t>(next) + more, m_before.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+    }
+    ~FewDescriptors() { EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &m_before), 0); }
+
+private:
+    rlimit m_before{};
 };
 
 } // namespace
@@ -120,6 +140,29 @@ TEST_F(GentlHost, linksOfOneProducerShareItsHelperAndEachHasItsOwnDevice)
         usleep(5000);
     EXPECT_FALSE(a.isControlled());
     EXPECT_TRUE(b.isControlled());
+}
+
+// The helper is others' as well.
+TEST_F(GentlHost, aLinkThatThereAreNoDescriptorsForLeavesTheHelperAlone)
+{
+    stage.addCamera("A");
+    const std::string path = stage.addProducer();
+    const auto link = open(path);
+    ASSERT_TRUE(link) << reply.text;
+    for (rlim_t more = 0; more < 8; ++more) {
+        gentl::Channel losses;
+        std::unique_ptr<HostLink> second;
+        {
+            const FewDescriptors few(more);
+            second = HostLink::open(path, &losses, reply);
+        }
+        EXPECT_EQ(second != nullptr, losses.isOpen()) << more;
+        EXPECT_TRUE(second || !reply.text.empty()) << more;
+        const HostReply looked = link->request(message(Request::Look));
+        ASSERT_EQ(looked.status, KX_OK) << more << ": " << looked.text << " / " << reply.text;
+    }
+    gentl::Channel losses;
+    EXPECT_TRUE(HostLink::open(path, &losses, reply)) << reply.text;
 }
 
 TEST_F(GentlHost, whatIsNoProducerIsToldWithoutStartingAnything)

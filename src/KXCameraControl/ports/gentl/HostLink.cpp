@@ -88,6 +88,11 @@ std::unique_ptr<HostLink> HostLink::open(const std::string& producer, Channel* l
         reply.text = problem;
         return nullptr;
     }
+    if (!theirs.isOpen() || (loss && !losses.second.isOpen())) { // the helper is there, for others too
+        reply = failed(KX_E_FILE, kind, producer,
+                       "cannot be connected: the system gives this program no more channels");
+        return nullptr;
+    }
     if (!process->connect(theirs, losses.second)) {
         reply = failed(KX_E_CONNECTION_LOST, kind, producer, process->endGone("loading"));
         return nullptr;
@@ -95,18 +100,24 @@ std::unique_ptr<HostLink> HostLink::open(const std::string& producer, Channel* l
     theirs.close(); // so that the helper's end is the only one
     losses.second.close();
     std::unique_ptr<HostLink> link(new HostLink(producer, kind, process, std::move(ours)));
-    const Request load = kind == Hosted::Producer ? Request::Load : Request::LoadSerial;
-    reply = link->request(Writer().u32(static_cast<uint32_t>(load)));
-    Reader answer(reply.content);
-    const uint32_t version = answer.u32();
-    link->m_memory = answer.u32();
-    if (reply.status == KX_OK && version != kProtocolVersion)
-        reply = failed(KX_E_INTERNAL, kind, producer, "has a helper of another version");
+    reply = link->load();
     if (reply.status != KX_OK)
         return nullptr;
     if (loss)
         *loss = std::move(losses.first);
     return link;
+}
+
+HostReply HostLink::load()
+{
+    HostReply reply = request(Writer().u32(
+        static_cast<uint32_t>(m_kind == Hosted::Producer ? Request::Load : Request::LoadSerial)));
+    Reader answer(reply.content);
+    const uint32_t version = answer.u32();
+    m_memory = answer.u32();
+    if (reply.status == KX_OK && version != kProtocolVersion)
+        return failure(KX_E_INTERNAL, "has a helper of another version");
+    return reply;
 }
 
 HostReply HostLink::request(const Writer& message)

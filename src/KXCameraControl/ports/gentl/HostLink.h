@@ -58,6 +58,7 @@ private:
         : m_producer(std::move(producer)), m_kind(kind), m_process(std::move(process)),
           m_channel(std::move(channel))
     {}
+    HostReply load();
     HostReply await();
     HostReply judge(gentl::Reader& answer, const gentl::Bytes& message) const;
     HostReply failure(KX_Status status, const std::string& what) const;
