@@ -106,6 +106,26 @@ TEST_F(NodeValues, integersTellTheirOwnBoundsElseThoseOfWhatTheyLinkTo)
     EXPECT_EQ(integer("IncZero").increment, 1);
 }
 
+// 2^63 is the first number that no integer of 64 bits is.
+TEST(IntegerBounds, thatLieBeyond64BitsAreTheLastOfThem)
+{
+    const auto real = [](const std::string& name, const std::string& value) {
+        return "<Float Name=\"" + name + "\"><Value>" + value + "</Value></Float>";
+    };
+    const tests::FakeCamera camera(
+        "<RegisterDescription SchemaMajorVersion=\"1\" SchemaMinorVersion=\"1\"><Port Name=\"Device\"/>"
+        "<Integer Name=\"AtTheEnds\"><Value>1</Value><pMin>Low</pMin><pMax>High</pMax></Integer>"
+        "<Integer Name=\"Beyond\"><Value>1</Value><pMin>Lower</pMin><pMax>Higher</pMax></Integer>" +
+        real("Low", "-9223372036854775808") + real("High", "9223372036854775808") + real("Lower", "-1e30") +
+        real("Higher", "1e30") + "</RegisterDescription>");
+    for (const char* name : {"AtTheEnds", "Beyond"}) {
+        KX_IntegerValue value{};
+        EXPECT_EQ(KX_CC_GetIntValueEx(camera.handle, name, &value), KX_OK) << name;
+        EXPECT_EQ(value.minimum, lowest) << name;
+        EXPECT_EQ(value.maximum, highest) << name;
+    }
+}
+
 TEST_F(NodeValues, anIndexChoosesWhereAnIntegerStands)
 {
     device().set32(0x100, 5);
