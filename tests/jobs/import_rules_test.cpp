@@ -168,3 +168,37 @@ TEST_F(Identity, ACameraOfNoTransportHasAnEmptyModel)
     header.model.clear();
     EXPECT_EQ(outcomes(), QString("ggggg"));
 }
+
+// What a text is written as; in brackets where that is not what it says.
+template <typename Value>
+QString shown(const Imported<Value>& imported)
+{
+    const QString text = QString::number(imported.value);
+    return imported.isFaithful ? text : '(' + text + ')';
+}
+
+TEST(ImportedValue, TellsTextsThatAreWrittenAsSomethingElse)
+{
+    EXPECT_EQ(shown(importedBoolean("0")), QString("0"));
+    EXPECT_EQ(shown(importedBoolean("1")), QString("1"));
+    EXPECT_EQ(shown(importedBoolean("2")), QString("1"));
+    EXPECT_EQ(shown(importedBoolean("-1")), QString("(0)"));
+    EXPECT_EQ(shown(importedBoolean("true")), QString("(0)"));
+    EXPECT_EQ(shown(importedNumber("4294967295")), QString("4294967295"));
+    for (const QString text : {"-1", "4294967296", "0x10", ""})
+        EXPECT_EQ(shown(importedNumber(text)), QString("(0)")) << text.toStdString();
+    EXPECT_EQ(shown(importedFloat("-1.5")), QString("-1.5"));
+    EXPECT_EQ(shown(importedFloat("1,5")), QString("(0)"));
+}
+
+TEST(ImportedValue, IsAWordOf32Bits)
+{
+    EXPECT_EQ(shown(importedWord("4294967295")), QString("4294967295"));
+    EXPECT_EQ(shown(importedWord("0x10")), QString("16"));
+    EXPECT_EQ(shown(importedWord("4294967297")), QString("(1)"));
+    EXPECT_EQ(shown(importedWord("18446744073709551615")), QString("(4294967295)"));
+    for (const QString text : {"0", "000", "0x0"})
+        EXPECT_EQ(shown(importedWord(text)), QString("0")) << text.toStdString();
+    for (const QString text : {"", "-1", "0 ", "x"})
+        EXPECT_EQ(shown(importedWord(text)), QString("(0)")) << text.toStdString();
+}
