@@ -96,6 +96,17 @@ TEST(EntryLines, BreakTitlesToo)
               "      0x00085004): 0x00000001 -> 0x00000002\n");
 }
 
+TEST(EntryLines, LeaveRoomForTheColonBehindATitle)
+{
+    const EntryCheck one =
+        entry("FeatureOfTwentyFourSigns", EntryVerdict::OutOfRange, "1", "2", "it is too much for it");
+    const std::string wide = told({one}, onColumns(41));
+    EXPECT_EQ(wide.substr(0, wide.find('\n')), "  out of range: FeatureOfTwentyFourSigns:");
+    for (int columns = 38; columns < 46; ++columns)
+        for (const QString& line : QString::fromStdString(told({one}, onColumns(columns))).split('\n'))
+            EXPECT_LE(companion::displayWidth(line), columns) << line.toStdString();
+}
+
 TEST(EntryLines, TellNothingOfFeaturesInASummary)
 {
     EXPECT_EQ(told({entry("A", EntryVerdict::NotApplied, "1", "2")}, Detail::Summary), "");

@@ -107,6 +107,18 @@ TEST_F(ExportSummary, TellsTheFileOfAFeatureBagThatWasCut)
     EXPECT_EQ(exportRemarks(cut, findings), QStringList{"There are too many."});
 }
 
+TEST_F(ExportSummary, TellsWhatAWholeFeatureBagSaysOfItself)
+{
+    JobOutcome job = jobWithFile(kBagHead + "# There is no Height.\nWidth\t640\n");
+    job.type = JOB_FEATURE_BAG_EXPORT;
+    const ExportResult whole = examineExport(job, opened());
+    EXPECT_FALSE(whole.isCut);
+    EXPECT_EQ(whole.notes, QStringList{"There is no Height."});
+    EXPECT_EQ(exportExitCode({whole}, false), 0);
+    job.path = jobWithFile(kBagHead + "# There is nothing.\n").path;
+    EXPECT_EQ(examineExport(job, opened()).notes, QStringList());
+}
+
 // Nothing is missing in the file; the camera is not as it was.
 TEST_F(ExportSummary, TellsABagThatIsWholeFromOneThatWasCut)
 {
