@@ -45,8 +45,7 @@ public:
         if (!m_file.isOpen())
             return;
         m_file.flush();
-        const int code =
-            QProcess::execute("python3", {IE_CHECK_JSON_LINES, IE_JSON_SCHEMA, m_file.fileName()});
+        const int code = validate();
         if (code == kNoValidator)
             std::puts("SKIPPED: no python3-jsonschema, so no object was held against the schema");
         else
@@ -54,6 +53,18 @@ public:
     }
 
 private:
+    // What stands before the C library of a test is not for the validator.
+    int validate() const
+    {
+        QProcess validator;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("LD_PRELOAD");
+        validator.setProcessEnvironment(environment);
+        validator.setProcessChannelMode(QProcess::ForwardedChannels);
+        validator.start("python3", {IE_CHECK_JSON_LINES, IE_JSON_SCHEMA, m_file.fileName()});
+        return validator.waitForFinished(-1) ? validator.exitCode() : -2;
+    }
+
     static constexpr int kNoValidator = 77;
     QTemporaryFile m_file;
 };

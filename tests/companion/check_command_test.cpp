@@ -423,7 +423,8 @@ TEST_F(CheckCommand, CallsRegistersAndEntriesAsTheDescriptionDoes)
                 HasSubstr(" AnalogControl:\n  would change: Gain, GainRaw (GainSelector=All, register "
                           "0x00013000): 0x00000007 -> 0x00000064\n"));
     const Result scripts = run("plan", file, {"--all", "--group", "category", "--json"});
-    for (const tests::Json& entry : tests::lastObject(scripts, "result")["features"]) {
+    const tests::Json told = tests::lastObject(scripts, "result");
+    for (const tests::Json& entry : told["features"]) {
         if (entry["feature"] == "Gain" && entry["register"] == kGainOfAll) {
             EXPECT_EQ(entry["selectors"], "GainSelector=All");
             EXPECT_EQ(entry["category"], "AnalogControl");
