@@ -2,13 +2,12 @@
 #pragma once
 
 #include "camera_emulator/Usb3Camera.h"
+#include "support/OrdinaryUser.h"
 #include "support/UsbStage.h"
 
 #include <KXCameraControl/KXCameraControl.h>
 
 #include <gtest/gtest.h>
-
-#include <unistd.h>
 
 #include <cstdlib>
 #include <memory>
@@ -56,14 +55,6 @@ protected:
     }
 
     std::vector<std::unique_ptr<emu::Usb3Camera>> cameras;
-};
-
-// For as long as it lives this process is an ordinary user.
-class OrdinaryUser
-{
-public:
-    OrdinaryUser() { EXPECT_TRUE(geteuid() != 0 || seteuid(65534) == 0); }
-    ~OrdinaryUser() { EXPECT_TRUE(getuid() != 0 || seteuid(0) == 0); }
 };
 
 } // namespace tests
