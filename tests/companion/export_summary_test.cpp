@@ -171,6 +171,22 @@ TEST_F(ExportSummary, IsAFailureWhenTheLineFailed)
     EXPECT_EQ(result.problem, "the line failed during the export; a file that lacks features is not kept.");
 }
 
+// Behind a line that has failed nothing can be read: that is no cause of its own.
+TEST_F(ExportSummary, SaysTheFirstCauseOfAFailure)
+{
+    JobOutcome job = jobWithFile(kTwoFeatures);
+    job.hasFailed = true;
+    const ExportResult result = examineExport(job, opened());
+    CallWatch::Findings findings;
+    EXPECT_EQ(exportRemarks(result, findings), QStringList());
+    findings.unreadable["DeviceFirmwareVersion"] = KX_E_GC_ACCESS;
+    EXPECT_EQ(exportRemarks(result, findings), QStringList{QString("DeviceFirmwareVersion cannot be read: ") +
+                                                           KX_CC_StatusText(KX_E_GC_ACCESS)});
+    findings.lineFailure = FailedCall{"Width", false, 0, KX_E_CONNECTION_LOST};
+    EXPECT_EQ(exportRemarks(result, findings),
+              QStringList{QString("the line failed at Width: ") + KX_CC_StatusText(KX_E_CONNECTION_LOST)});
+}
+
 // A feature bag job does not say that it could not open its camera.
 TEST_F(ExportSummary, IsAFailureWhenTheJobNeverGotToItsCamera)
 {
