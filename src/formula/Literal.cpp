@@ -48,14 +48,13 @@ std::size_t decimalLength(std::string_view text, bool& isWhole)
     return end;
 }
 
-// Whether a number that does not fit into a double is nearer to 0 than to infinity.
+// Whether a number that does not fit into a double, and so has a digit other than 0, is nearer to 0 than to
+// infinity.
 bool isTiny(std::string_view number)
 {
     const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
     const std::size_t point = std::min(number.find('.'), mantissaEnd);
     const std::size_t first = number.find_first_of("123456789");
-    if (first >= mantissaEnd)
-        return true;
     const auto magnitude = static_cast<double>(point) - static_cast<double>(first);
     double exponent = 0;
     for (std::size_t i = mantissaEnd + 1; i < number.size(); ++i)
