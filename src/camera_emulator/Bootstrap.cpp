@@ -36,19 +36,6 @@ std::string hexadecimal(uint64_t number)
     return text;
 }
 
-// One that is no MAC address counts as none.
-uint64_t macOf(const CameraConfig& config, uint32_t address)
-{
-    unsigned part[6] = {};
-    if (std::sscanf(config.mac.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x", &part[0], &part[1], &part[2], &part[3],
-                    &part[4], &part[5]) != 6)
-        return kLocallyAdministered << 32 | address;
-    uint64_t mac = 0;
-    for (const unsigned byte : part)
-        mac = mac << 8 | byte;
-    return mac;
-}
-
 std::string baseName(const CameraConfig& config)
 {
     std::string name = config.descriptionFile.substr(config.descriptionFile.find_last_of('/') + 1);
@@ -69,11 +56,25 @@ std::string url(std::string text, const std::string& name, uint32_t address, siz
 
 } // namespace
 
+std::optional<uint64_t> macIn(const std::string& text)
+{
+    unsigned part[6] = {};
+    int size = 0;
+    const int count = std::sscanf(text.c_str(), "%2x:%2x:%2x:%2x:%2x:%2x%n", &part[0], &part[1], &part[2],
+                                  &part[3], &part[4], &part[5], &size);
+    if (count != 6 || static_cast<size_t>(size) != text.size())
+        return std::nullopt;
+    uint64_t mac = 0;
+    for (const unsigned byte : part)
+        mac = mac << 8 | byte;
+    return mac;
+}
+
 void writeBootstrap(const CameraConfig& config, uint32_t address, uint32_t mask, Memory& memory)
 {
     memory.writeWord(RegVersion, kVersion);
     memory.writeWord(RegDeviceMode, kDeviceMode);
-    const uint64_t mac = macOf(config, address);
+    const uint64_t mac = macIn(config.mac).value_or(kLocallyAdministered << 32 | address);
     memory.writeWord(RegMacHigh, static_cast<uint32_t>(mac >> 32));
     memory.writeWord(RegMacLow, static_cast<uint32_t>(mac));
     memory.writeWord(RegIpOptions, kIpLinkLocal | kIpDhcp | kIpPersistent);

@@ -5,6 +5,8 @@
 #include "camera_emulator/CameraConfig.h"
 #include "camera_emulator/Memory.h"
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 namespace emu
@@ -14,6 +16,9 @@ namespace emu
 constexpr uint32_t kDescriptionAddress = 0xC8000000;
 constexpr uint32_t kZippedDescriptionAddress = 0xCC000000;
 constexpr size_t kMaxDescriptionSize = kZippedDescriptionAddress - kDescriptionAddress;
+
+// "02:00:00:00:00:01"; nothing: it is no MAC address.
+std::optional<uint64_t> macIn(const std::string& text);
 
 void writeBootstrap(const CameraConfig& config, uint32_t address, uint32_t mask, Memory& memory);
 

@@ -81,16 +81,27 @@ OwnRegisters ownRegisters()
              {RegPersistentGateway, 4}}};
 }
 
+std::string placeProblem(const CameraConfig& config)
+{
+    if (!gvcp::parseAddress(config.address))
+        return '"' + config.address + "\" is no IPv4 address.";
+    if (!config.dhcpAddress.empty() && !gvcp::parseAddress(config.dhcpAddress))
+        return '"' + config.dhcpAddress + "\" is no IPv4 address.";
+    if (!gvcp::parseAddress(config.mask))
+        return '"' + config.mask + "\" is no IPv4 network mask.";
+    if (!config.mac.empty() && !macIn(config.mac))
+        return '"' + config.mac + "\" is no MAC address.";
+    return {};
+}
+
 } // namespace
 
 EmulatedCamera::State::State(const CameraConfig& wanted)
     : core(wanted, builtInDescription()), address(gvcp::parseAddress(wanted.address))
 {
-    if (!address)
-        core.problem = "\"" + wanted.address + "\" is no IPv4 address.";
+    if (const std::string problem = placeProblem(wanted); !problem.empty())
+        core.problem = problem;
     const auto mask = gvcp::parseAddress(wanted.mask);
-    if (!mask)
-        core.problem = "\"" + wanted.mask + "\" is no IPv4 network mask.";
     responder.latency = wanted.latency;
     responder.concatenation = wanted.concatenation;
     responder.answersEverybody = wanted.answersEverybody;

@@ -272,6 +272,8 @@ TEST(EmulatorProgram, exitCodesSayWhatWentWrong)
         {{"--link", "/nowhere/line"}, 6, "/nowhere/line cannot be made: No such file or directory."},
         {{"--link", "/nowhere/line", "--baud", "1234"}, 2, "1234 is no baud rate of a camera."},
         {{"--address", "here"}, 2, "\"here\" is no IPv4 address."},
+        {{"--address", free, "--dhcp-address", "there"}, 2, "\"there\" is no IPv4 address."},
+        {{"--address", free, "--mac", "02:00:00:00:00:1x"}, 2, "\"02:00:00:00:00:1x\" is no MAC address."},
         {{"--address", free, "--what"}, 2, "--what"},
         {{"--address", free, "--description", "/nowhere.xml"},
          2,
