@@ -52,6 +52,13 @@ protected:
         return *cameras.back();
     }
     static void name(const std::string& ports) { setenv("KX_CAMERA_SERIAL_PORTS", ports.c_str(), 1); }
+    static std::string problems()
+    {
+        char words[8192] = "";
+        uint32_t length = 0;
+        EXPECT_EQ(KX_CC_GetSearchProblems(words, sizeof words, &length), KX_OK);
+        return words;
+    }
 
     std::vector<std::unique_ptr<emu::SerialCamera>> cameras;
 };
@@ -72,6 +79,7 @@ TEST_F(SerialDiscovery, camerasAreListedBySerialNumber)
     name(second.path() + " , " + first.path() + ",/dev/no_such_line," + first.path());
     const auto found = list();
     ASSERT_EQ(found.size(), 2u);
+    EXPECT_EQ(problems(), "There is no serial line /dev/no_such_line, which KX_CAMERA_SERIAL_PORTS names.");
     EXPECT_EQ(found[0].info.transportType, uint32_t(KX_TRANSPORT_CAMERA_LINK));
     EXPECT_EQ(text(found[0].info.special.cameraLink.serialNumber), "A");
     EXPECT_EQ(text(found[0].info.special.cameraLink.modelName), "EMU-1");
@@ -180,14 +188,6 @@ class ClserDiscovery : public SerialDiscovery
 protected:
     ClserDiscovery() { setenv("KX_GENTL_TIMEOUT", "1000", 1); }
     ~ClserDiscovery() override { unsetenv("KX_GENTL_TIMEOUT"); }
-
-    static std::string problems()
-    {
-        char words[8192] = "";
-        uint32_t length = 0;
-        EXPECT_EQ(KX_CC_GetSearchProblems(words, sizeof words, &length), KX_OK);
-        return words;
-    }
 
     ClserStage stage;
 };

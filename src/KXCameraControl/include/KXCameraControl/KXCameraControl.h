@@ -198,7 +198,7 @@ KX_API KX_Status KX_CC_EnumDevices(uint32_t transportMask, KX_DeviceEntry* entri
 KX_API KX_Status KX_CC_CheckSearchPlaces(void);
 
 /* What hides cameras beyond that: GenTL producers and serial libraries that cannot be used, or that failed in the last search of this process
- * (each hides no other's cameras), and USB cameras that this user may not open. A sentence for each, separated by line feeds, zero-terminated; `*length` is the length
+ * (each hides no other's cameras), serial lines that are not there, and those and USB cameras that this user may not open. A sentence for each, separated by line feeds, zero-terminated; `*length` is the length
  * without the zero, also when `capacity` was too small (KX_E_BUFFER_TOO_SMALL). Sends nothing, does not block.
  * KX_E_PARAMETER: `length` null, or `text` null with capacity > 0. */
 KX_API KX_Status KX_CC_GetSearchProblems(char* text, uint32_t capacity, uint32_t* length);

@@ -188,7 +188,10 @@ std::vector<std::string> serialProblems()
 {
     std::vector<std::string> problems;
     for (const SerialPlace& line : namedLines())
-        if (isTerminalForbidden(line.name))
+        if (!isTerminalThere(line.name))
+            problems.push_back("There is no serial line " + line.name +
+                               ", which KX_CAMERA_SERIAL_PORTS names.");
+        else if (isTerminalForbidden(line.name))
             problems.push_back(
                 "The serial line " + line.name +
                 " may not be opened by this user: Permission denied. The group that it belongs to "

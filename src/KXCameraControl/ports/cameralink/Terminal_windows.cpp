@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstring>
 #include <system_error>
 #include <thread>
 
@@ -17,6 +18,8 @@ namespace
 // Between two readings that get nothing.
 constexpr milliseconds kReadPause{1};
 
+constexpr char kDevices[] = "\\\\.\\"; // in front of a device's name, where a file's could stand
+
 std::string reasonOf(DWORD error)
 {
     return std::system_category().message(static_cast<int>(error));
@@ -26,7 +29,7 @@ std::string reasonOf(DWORD error)
 std::string devicePath(const std::string& name)
 {
     const bool isPort = name.size() > 3 && _strnicmp(name.c_str(), "COM", 3) == 0;
-    return isPort ? "\\\\.\\" + name : name;
+    return isPort ? kDevices + name : name;
 }
 
 KX_Status statusOfOpening(DWORD error)
@@ -215,8 +218,10 @@ std::unique_ptr<SerialLine> newTerminal(const std::string& name)
 
 bool isTerminalThere(const std::string& name)
 {
+    const bool isPath = name.rfind(kDevices, 0) == 0;
+    const std::string port = isPath ? name.substr(std::strlen(kDevices)) : name;
     char target[512];
-    return QueryDosDeviceA(name.c_str(), target, sizeof target) != 0;
+    return QueryDosDeviceA(port.c_str(), target, sizeof target) != 0;
 }
 
 // Every user may open every line here.
