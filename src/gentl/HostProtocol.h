@@ -1,10 +1,10 @@
 // What the camera library and ie_gentl_host say to each other.
 //
 // The helper is started with the path of its library, a GenTL producer or a grabber's serial library, as its
-// one argument and the control channel as descriptor kControlDescriptor. On that the library sends Connect,
-// with one or two further channels: the first carries requests, each answered before the next is sent; the
-// second one tells of a device's loss, by one message without content. The helper ends when the control
-// channel closes, a session when its own does.
+// one argument and the control channel as descriptor kControlDescriptor, on Windows as its standard input. On
+// that the library sends Connect, with one or two further channels: the first carries requests, each answered
+// before the next is sent; the second one tells of a device's loss, by one message without content. The
+// helper ends when the control channel closes, a session when its own does.
 //
 // While a request runs, the helper sends a Note before each call into the producer (the function's name):
 // whoever waits knows what hangs or crashed, and each call has its own time. Requests whose answer is a list
