@@ -24,6 +24,7 @@ namespace
 {
 
 std::atomic<int> g_syncs{0};
+std::atomic<qint64> g_storedSize{0}; // of the last file
 std::atomic<int> g_syncError{0};
 std::atomic<int> g_interruptions{0}; // of the next ones
 
@@ -33,6 +34,8 @@ std::atomic<int> g_interruptions{0}; // of the next ones
 extern "C" int fsync(int file)
 {
     ++g_syncs;
+    struct stat status = {};
+    g_storedSize = fstat(file, &status) == 0 ? qint64(status.st_size) : -1;
     if (g_interruptions > 0) {
         --g_interruptions;
         errno = EINTR;
@@ -161,6 +164,9 @@ TEST_F(WholeFile, IsStoredBeforeTheOlderOneGoes)
     g_syncError = EIO;
     EXPECT_FALSE(ie::writeWholeFile(path(), kText));
     EXPECT_GE(g_syncs, 1);
+    EXPECT_EQ(g_storedSize, kText.size());
+    EXPECT_FALSE(ie::writeWholeFile(path(), "new")); // which no buffer has passed on by itself
+    EXPECT_EQ(g_storedSize, 3);
     EXPECT_EQ(bytes(), QByteArray("old"));
     EXPECT_EQ(names(), QStringList({"Cam.fpk"}));
 }
