@@ -29,6 +29,12 @@ TEST(XmlSafety, TakesAThousandLevelsAndNotOneMore)
     EXPECT_FALSE(ie::isSafeToParse(nested(1000, "<b x='/>'></b>")));
 }
 
+TEST(XmlSafety, CountsWhatFollowsAnEndTagAtOnce)
+{
+    EXPECT_TRUE(ie::isSafeToParse(QString("<a><b></b>").repeated(999)));
+    EXPECT_FALSE(ie::isSafeToParse(QString("<a><b></b>").repeated(1000)));
+}
+
 TEST(XmlSafety, RefusesWhatWouldOverflowTheStack)
 {
     EXPECT_FALSE(ie::isSafeToParse(nested(100000)));
