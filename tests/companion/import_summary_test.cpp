@@ -102,6 +102,25 @@ TEST(ImportSummary, KnowsWhatTheBagsStatusMeans)
     EXPECT_EQ(verdictOf(withBag(KX_E_CONNECTION_LOST)), Verdict::Failed);
 }
 
+// Entries say whether a refusal matters, of jobs that came to their end, and of no others.
+TEST(ImportSummary, IsSettledByEntriesWhereTheJobCameToItsEnd)
+{
+    EntryCheck same;
+    same.verdict = EntryVerdict::Unchanged;
+    const auto settled = [](const JobRecord& record, const std::vector<EntryCheck>& judged) {
+        ImportOutcome result = examineImport(record);
+        settle(result, judged);
+        return result.verdict;
+    };
+    const JobRecord refused = withFailure(KX_E_GC_ACCESS);
+    EXPECT_EQ(settled(refused, {same}), Verdict::Applied);
+    EXPECT_EQ(settled(refused, {}), Verdict::Incomplete);
+    EXPECT_EQ(settled(withCode(IMPORT_ERR_APPLY, true), {same}), Verdict::Incomplete);
+    JobRecord interrupted = silent();
+    interrupted.tally.wasRefused = true;
+    EXPECT_EQ(settled(interrupted, {same}), Verdict::Interrupted);
+}
+
 TEST(ImportSummary, NamesAFewAndCountsTheRest)
 {
     JobRecord record = silent();
