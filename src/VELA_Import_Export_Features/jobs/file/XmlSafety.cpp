@@ -21,8 +21,7 @@ public:
 
     bool isSafe()
     {
-        const int size = m_text.size();
-        while ((m_pos = m_text.indexOf('<', m_pos)) >= 0 && m_pos < size) {
+        while ((m_pos = m_text.indexOf('<', m_pos)) >= 0) {
             if (!skipCommentOrInstruction() && !takeMarkup())
                 return false;
         }
@@ -79,7 +78,7 @@ private:
         const size_t attributes = skipQuotedUpTo('>', '>');
         if (++m_elements > xml_entities::maximumElements || attributes > xml_entities::maximumAttributes)
             return false;
-        const bool isEmptyElement = m_pos > 0 && m_pos < m_text.size() && m_text.at(m_pos - 1) == '/';
+        const bool isEmptyElement = m_pos < m_text.size() && m_text.at(m_pos - 1) == '/';
         const int depth = m_depth + 1;
         if (!isEmptyElement)
             m_depth = depth;
