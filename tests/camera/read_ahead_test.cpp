@@ -74,7 +74,8 @@ std::string description(int plain)
         "Name=\"B\"><Value>1</Value></EnumEntry>"
         "<EnumEntry "
         "Name=\"C\"><pIsAvailable>Bit0</pIsAvailable><Value>2</Value></EnumEntry><pValue>SelectorReg</pValue>"
-        "<pSelected>Placed</pSelected><pSelected>Indexed</pSelected></Enumeration>");
+        "<pSelected>Placed</pSelected><pSelected>Indexed</pSelected><pSelected>DataFifo</pSelected></"
+        "Enumeration>");
     feature("Placed",
             integer("Placed", "<pValue>PlacedReg</pValue>") + reg("PlacedReg", "<pAddress>Place</pAddress>"));
     feature("Indexed", integer("Indexed", "<pValue>IndexedReg</pValue>") +
@@ -375,6 +376,18 @@ TEST(ReadAhead, aRowOfGettersTakesAHandfulOfRequests)
     for (int i = 0; i < 300; ++i)
         EXPECT_EQ(camera.get("N" + std::to_string(1000 + i)).substr(0, 2), "0 ");
     EXPECT_LE(camera.device().requests.size(), 12u);
+}
+
+// Who asks by address for one place of a selected feature, and for another, has the others with that.
+TEST(ReadAhead, placesOfASelectedFeatureAreReadTogether)
+{
+    Camera camera(true, 128);
+    for (const char* name : {"PolledCount", "Selector", "Computed", "Copied", "Indexed"})
+        camera.get(name);
+    camera.device().requests.clear();
+    for (uint64_t k = 0; k < 3; ++k)
+        camera.raw(kIndexed + 8 * k);
+    EXPECT_EQ(camera.device().requests.size(), 1u);
 }
 
 TEST(ReadAhead, whatIsNotAvailableOrNotImplementedIsNotRead)
