@@ -13,16 +13,16 @@ namespace
 using namespace gentl_host;
 
 constexpr std::chrono::milliseconds kMemoryInterval{100};
-constexpr long kUsualLimit = 1024; // MB
+constexpr int64_t kUsualLimit = 1024; // MB
 constexpr unsigned kLastSeconds = 2;
 
 std::atomic<int> sessions{0};
 
 // In KiB.
-long memoryLimit()
+int64_t memoryLimit()
 {
     const char* setting = std::getenv("KX_GENTL_MEMORY");
-    const long given = setting ? std::strtol(setting, nullptr, 10) : 0;
+    const int64_t given = setting ? std::strtoll(setting, nullptr, 10) : 0;
     return (given > 0 ? given : kUsualLimit) * 1024;
 }
 
@@ -50,7 +50,7 @@ void connect(Loaded& loaded, std::vector<Channel>& ends)
 
 [[noreturn]] void serve(Loaded& loaded, Channel control)
 {
-    const long limit = memoryLimit();
+    const int64_t limit = memoryLimit();
     for (;;) {
         Bytes message;
         std::vector<Channel> ends;

@@ -10,7 +10,7 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 folder=$(mktemp -d)
 cd "$folder" # on Wine's drive Z:, so that its paths can be written as they are written here
 processes=()
-limit=60 # seconds that anything may take
+limit=180 # seconds that anything may take
 # An installation of its own: its server starts with the port.
 export WINEPREFIX=$folder/prefix KX_CAMERA_INTERFACES=none KX_CAMERA_ADDRESSES= KX_DESCRIPTION_CACHE=off
 export VELA_USER_DATA=$folder/user
@@ -81,7 +81,7 @@ unset CLSEREMU_PORTS CLSERIALPATH KX_GENTL_TIMEOUT
 start grabber.ready "$native/camera_emulator" --socket "$folder/camera" --serial GT1 --ready-file grabber.ready
 start port python3 "$here/grabber_bridge.py" "$folder/camera" port
 mkdir producers 'producers/数 据'
-cp "$producer" 'producers/数 据/camera.cti'
+cp "$producer" 'producers/数 据/camera.CTI' # names are the same in any case there
 export CAMERA_EMULATOR_GENTL=$(cat port) GENICAM_GENTL64_PATH="$folder/none;$folder/producers/数 据"
 expect 0 "EMU-Grabber" "${iefeatures[@]}" list
 round_trip EMU-1_GT1.fpk \

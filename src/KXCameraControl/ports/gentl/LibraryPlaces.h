@@ -9,7 +9,8 @@ namespace kx
 
 std::vector<std::filesystem::path> producerFolders();
 std::vector<std::filesystem::path> serialLibraryFolders();
-// By its name.
+// By their names.
+bool isProducer(const std::filesystem::path& file);
 bool isSerialLibrary(const std::filesystem::path& file);
 
 } // namespace kx

@@ -59,6 +59,11 @@ std::vector<fs::path> serialLibraryFolders()
     return foldersOf("CLSERIALPATH");
 }
 
+bool isProducer(const fs::path& file)
+{
+    return file.extension() == ".cti";
+}
+
 bool isSerialLibrary(const fs::path& file)
 {
     const std::string name = file.filename().string();

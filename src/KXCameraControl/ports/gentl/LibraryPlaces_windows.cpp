@@ -88,6 +88,11 @@ std::vector<fs::path> serialLibraryFolders()
     return foldersOf(setting.empty() ? registeredFolders() : setting);
 }
 
+bool isProducer(const fs::path& file)
+{
+    return lowerCase(file.extension().wstring()) == L".cti";
+}
+
 bool isSerialLibrary(const fs::path& file)
 {
     return lowerCase(file.extension().wstring()) == L".dll" &&

@@ -14,11 +14,6 @@ namespace
 
 using IsMeant = bool (*)(const fs::path& file);
 
-bool isProducer(const fs::path& file)
-{
-    return file.extension() == ".cti";
-}
-
 std::vector<std::string> filesIn(const fs::path& folder, IsMeant isMeant)
 {
     std::vector<std::string> paths;

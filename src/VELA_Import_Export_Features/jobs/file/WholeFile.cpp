@@ -64,7 +64,7 @@ bool writeInPlace(const QString& path, const Content& content)
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    const bool isWritten = write(file, content);
+    const bool isWritten = write(file, content) && isStored(file);
     file.close();
     if (isWritten && file.error() == QFileDevice::NoError)
         return true;
