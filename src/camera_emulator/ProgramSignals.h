@@ -38,4 +38,7 @@ private:
 // The arguments without the program's name; in UTF-8 on Windows, as they are elsewhere.
 std::vector<std::string> programArguments(int argc, char** argv);
 
+// Lines that are printed end with line feeds from now on, on Windows too.
+void prepareOutput();
+
 } // namespace emu

@@ -34,4 +34,6 @@ std::vector<std::string> programArguments(int argc, char** argv)
     return {argv + 1, argv + argc};
 }
 
+void prepareOutput() {}
+
 } // namespace emu

@@ -5,6 +5,10 @@
 #include <shellapi.h>
 
 #include <algorithm>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <io.h>
 
 namespace emu
 {
@@ -72,6 +76,12 @@ std::vector<std::string> programArguments(int, char**)
         arguments.push_back(utf8Of(words[i]));
     LocalFree(words);
     return arguments;
+}
+
+void prepareOutput()
+{
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
 }
 
 } // namespace emu

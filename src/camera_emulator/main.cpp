@@ -104,6 +104,7 @@ int run(const emu::Options& options)
 int main(int argc, char** argv)
 {
     own_files::keepFromOthers();
+    emu::prepareOutput();
     const emu::ParsedOptions parsed = emu::parseOptions(emu::programArguments(argc, argv));
     if (parsed.options)
         return run(*parsed.options);

@@ -4,14 +4,11 @@
 #pragma once
 
 #include "gvcp/Gvcp.h"
+#include "support/Datagrams.h"
 #include "support/LoopbackAddress.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <map>
@@ -47,12 +44,11 @@ public:
         : m_broadcastsToMiss(broadcast == Broadcast::HeardFromTheSecondOn ? 1 : 0),
           m_address(tests::freshLoopbackAddress())
     {
-        m_sockets[0] = listenTo(m_address, false);
+        m_sockets.push_back(listenTo(m_address, false));
         // The loopback network's broadcast address; whoever shares it hears everything.
-        m_sockets[1] = broadcast != Broadcast::Deaf ? listenTo("127.255.255.255", true) : -1;
+        if (broadcast != Broadcast::Deaf)
+            m_sockets.push_back(listenTo("127.255.255.255", true));
         m_stranger = listenTo(m_address, false, 0);
-        if (::pipe(m_wake) != 0)
-            throw std::runtime_error("no pipe");
         m_thread = std::thread([this] { run(); });
     }
     ~ScriptedCamera() { stop(); }
@@ -64,11 +60,11 @@ public:
     {
         if (!m_thread.joinable())
             return;
-        ::close(m_wake[1]);
+        m_isOver = true;
         m_thread.join();
-        for (int descriptor : {m_sockets[0], m_sockets[1], m_stranger, m_wake[0]})
-            if (descriptor >= 0)
-                ::close(descriptor);
+        for (tests::Descriptor descriptor : m_sockets)
+            tests::closeSocket(descriptor);
+        tests::closeSocket(m_stranger);
     }
 
     const std::string& address() const { return m_address; }
@@ -136,15 +132,17 @@ public:
     }
 
 private:
-    static int listenTo(const std::string& address, bool shared, uint16_t port = gvcp::kPort)
+    static constexpr int kLookMilliseconds = 20; // for the end
+
+    static tests::Descriptor listenTo(const std::string& address, bool shared, uint16_t port = gvcp::kPort)
     {
-        const int descriptor = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+        const tests::Descriptor descriptor = tests::datagramSocket();
         sockaddr_in name{};
         name.sin_family = AF_INET;
         name.sin_port = htons(port);
         name.sin_addr.s_addr = htonl(gvcp::parseAddress(address).value());
         const int on = shared;
-        ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+        ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&on), sizeof on);
         if (::bind(descriptor, reinterpret_cast<sockaddr*>(&name), sizeof name) != 0)
             throw std::runtime_error("cannot listen to " + address);
         return descriptor;
@@ -152,29 +150,33 @@ private:
 
     void run()
     {
-        for (;;) {
-            pollfd entries[] = {{m_sockets[0], POLLIN, 0}, {m_sockets[1], POLLIN, 0}, {m_wake[0], POLLIN, 0}};
-            ::poll(entries, 3, -1);
-            if (entries[2].revents != 0)
-                return;
-            serve(entries[0].revents != 0 ? m_sockets[0] : m_sockets[1]);
+        while (!m_isOver) {
+            std::vector<pollfd> entries;
+            for (tests::Descriptor descriptor : m_sockets)
+                entries.push_back({descriptor, POLLIN, 0});
+            tests::await(entries.data(), entries.size(), kLookMilliseconds);
+            const auto ready = std::find_if(entries.begin(), entries.end(),
+                                            [](const pollfd& entry) { return entry.revents != 0; });
+            if (ready != entries.end())
+                serve(ready->fd, ready != entries.begin());
         }
     }
 
-    void serve(int descriptor)
+    void serve(tests::Descriptor descriptor, bool isBroadcast)
     {
         uint8_t data[2048];
         sockaddr_in from{};
         socklen_t fromSize = sizeof from;
-        const ssize_t size =
-            ::recvfrom(descriptor, data, sizeof data, 0, reinterpret_cast<sockaddr*>(&from), &fromSize);
+        const auto size = ::recvfrom(descriptor, reinterpret_cast<char*>(data), sizeof data, 0,
+                                     reinterpret_cast<sockaddr*>(&from), &fromSize);
         const auto command = size < 0 ? std::nullopt : gvcp::decodeCommand(data, static_cast<size_t>(size));
-        if (!command || (descriptor == m_sockets[1] && m_broadcastsToMiss-- > 0))
+        if (!command || (isBroadcast && m_broadcastsToMiss-- > 0))
             return;
         for (const ScriptedReply& reply : repliesTo(*command)) {
             std::this_thread::sleep_for(reply.after);
-            ::sendto(reply.fromStranger ? m_stranger : m_sockets[0], reply.bytes.data(), reply.bytes.size(),
-                     0, reinterpret_cast<sockaddr*>(&from), fromSize);
+            ::sendto(reply.fromStranger ? m_stranger : m_sockets[0],
+                     reinterpret_cast<const char*>(reply.bytes.data()), reply.bytes.size(), 0,
+                     reinterpret_cast<sockaddr*>(&from), fromSize);
         }
     }
 
@@ -216,9 +218,9 @@ private:
 
     int m_broadcastsToMiss; // the thread's alone
     const std::string m_address;
-    int m_sockets[2] = {-1, -1};
-    int m_stranger = -1;
-    int m_wake[2] = {-1, -1};
+    std::vector<tests::Descriptor> m_sockets; // its own, and that of broadcasts
+    tests::Descriptor m_stranger{};
+    std::atomic<bool> m_isOver{false};
     mutable std::mutex m_mutex;
     Script m_script;
     std::map<uint32_t, uint32_t> m_registers;

@@ -15,8 +15,9 @@ ie_add_test(emulator_power_test LABEL camera
 
 find_package(nlohmann_json REQUIRED)
 ie_add_test(emulator_program_test LABEL camera
-    SOURCES emulator_program_test.cpp EmulatorFixture.h GvcpClient.h
-    LIBRARIES camera_emulator_core gvcp nlohmann_json::nlohmann_json GTest::gmock GTest::gtest_main)
+    SOURCES emulator_program_test.cpp EmulatorFixture.h GvcpClient.h ../support/gtest_qt_main.cpp
+        ../support/Processes_posix.cpp ../support/Processes.h
+    LIBRARIES camera_emulator_core gvcp nlohmann_json::nlohmann_json Qt5::Core GTest::gmock GTest::gtest)
 target_compile_definitions(emulator_program_test PRIVATE CAMERA_EMULATOR="$<TARGET_FILE:camera_emulator>"
     IE_EMULATOR_MAN_PAGE="${CMAKE_SOURCE_DIR}/packaging/man/camera_emulator.1")
 add_dependencies(emulator_program_test camera_emulator)

@@ -2,13 +2,15 @@
 #include "camera/EmulatorFixture.h"
 #include "camera_emulator/Files.h"
 #include "camera_emulator/Options.h"
+#include "support/Processes.h"
+#include "support/SystemTexts.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include <sys/wait.h>
+#include <QFileInfo>
+#include <QProcess>
 
-#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <iterator>
@@ -32,46 +34,37 @@ std::string temporary(const std::string& name)
 class Program
 {
 public:
-    explicit Program(std::vector<std::string> arguments) : m_output(temporary("output"))
+    explicit Program(const std::vector<std::string>& arguments) : m_output(temporary("output"))
     {
-        arguments.insert(arguments.begin(), CAMERA_EMULATOR);
-        m_process = fork();
-        if (m_process == 0) {
-            std::vector<char*> raw;
-            for (std::string& argument : arguments)
-                raw.push_back(argument.data());
-            raw.push_back(nullptr);
-            if (!std::freopen(m_output.c_str(), "w", stdout) || dup2(1, 2) < 0)
-                _exit(126);
-            execv(CAMERA_EMULATOR, raw.data());
-            _exit(127);
-        }
+        QStringList words;
+        for (const std::string& argument : arguments)
+            words += QString::fromStdString(argument);
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_process.setStandardOutputFile(QString::fromStdString(m_output));
+        tests::startProgram(m_process, CAMERA_EMULATOR, words);
+        EXPECT_TRUE(m_process.waitForStarted());
     }
     ~Program()
     {
-        if (m_process > 0) {
-            kill(m_process, SIGKILL);
-            waitpid(m_process, nullptr, 0);
-        }
+        m_process.kill();
+        m_process.waitForFinished();
         std::remove(m_output.c_str());
     }
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
-    void signal(int number) { kill(m_process, number); }
-    // The exit code; -1 when a signal ended it.
+    QProcess& process() { return m_process; }
+    // The exit code; -1 when it has crashed.
     int wait()
     {
-        int status = 0;
-        waitpid(m_process, &status, 0);
-        m_process = 0;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        m_process.waitForFinished(-1);
+        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
     }
     std::string output() const { return emu::readFile(m_output).value_or(""); }
 
 private:
     std::string m_output;
-    pid_t m_process = 0;
+    QProcess m_process;
 };
 
 template <typename Condition>
@@ -88,7 +81,7 @@ bool waitUntil(Condition condition)
 
 bool appears(const std::string& path)
 {
-    return waitUntil([&] { return access(path.c_str(), F_OK) == 0; });
+    return waitUntil([&] { return QFileInfo::exists(QString::fromStdString(path)); });
 }
 
 using Names = std::set<std::string>;
@@ -140,12 +133,12 @@ TEST(EmulatorProgram, changesRegistersBehindTheHostsBackWhenAsked)
     const auto says = [&](const std::string& lines) {
         return waitUntil([&] { return program.output() == "ready\n" + lines; });
     };
-    program.signal(SIGUSR1);
+    EXPECT_TRUE(tests::askEmulatorToChange(program.process()));
     const std::string unread = "camera_emulator: " + first + ": " + changes + " cannot be read.\nchanged\n";
     EXPECT_TRUE(says(unread)) << program.output();
 
     ASSERT_TRUE(emu::writeFile(changes, R"({"nodes": {"Width": 128, "Nope": 1}})"));
-    program.signal(SIGUSR1);
+    EXPECT_TRUE(tests::askEmulatorToChange(program.process()));
     EXPECT_TRUE(says(unread + "camera_emulator: " + first +
                      ": not changed: Node Nope is no node of the description.\nchanged\n"))
         << program.output();
@@ -188,7 +181,7 @@ TEST(EmulatorProgram, runsSeveralCamerasUntilItIsEnded)
     const std::string stats = temporary("stats");
     const std::string seed = temporary("seed");
     ASSERT_TRUE(emu::writeFile(seed, R"({"nodes": {"Width": 128}})"));
-    for (int end : {SIGTERM, SIGINT}) {
+    for (const auto& askToEnd : {tests::askEmulatorToEnd, tests::interruptProgram}) {
         Program program({"--ready-file", ready, "--stats", stats, "--address", first, "--serial", "A1",
                          "--model", "MA", "--user-name", "Left", "--address=" + second, "--serial=B2",
                          "--seed", seed, "--fault", "busy=1"});
@@ -202,7 +195,7 @@ TEST(EmulatorProgram, runsSeveralCamerasUntilItIsEnded)
         EXPECT_EQ(found->userName, "Left");
         EXPECT_EQ(secondHost.read({0x11010}).status, gvcp::Busy);
         EXPECT_EQ(secondHost.read({0x11010}).payload, (gvcp::Bytes{0, 0, 0, 128}));
-        program.signal(end);
+        EXPECT_TRUE(askToEnd(program.process()));
         EXPECT_EQ(program.wait(), 0);
         EXPECT_EQ(program.output(), "ready\n");
         const auto json = nlohmann::json::parse(emu::readFile(stats).value_or(""), nullptr, false);
@@ -224,7 +217,7 @@ TEST(EmulatorProgram, withoutAStatsFileTheCountersArePrinted)
     const std::string ready = temporary("ready");
     Program program({"--ready-file", ready, "--address", tests::freshLoopbackAddress()});
     ASSERT_TRUE(appears(ready));
-    program.signal(SIGTERM);
+    EXPECT_TRUE(tests::askEmulatorToEnd(program.process()));
     EXPECT_EQ(program.wait(), 0);
     EXPECT_THAT(program.output(), testing::StartsWith("ready\n[{\"address\":\"127."));
     EXPECT_THAT(program.output(), HasSubstr("\"requests\":0,"));
@@ -250,18 +243,33 @@ TEST(EmulatorProgram, aSeedThatIsRejectedIsAnError)
     std::remove(seed.c_str());
 }
 
+namespace
+{
+
+struct Ending
+{
+    std::vector<std::string> arguments;
+    int code;
+    std::string output;
+};
+
+void expectEndings(const std::vector<Ending>& endings)
+{
+    for (const Ending& each : endings) {
+        Program program(each.arguments);
+        EXPECT_EQ(program.wait(), each.code) << each.output;
+        EXPECT_THAT(program.output(), HasSubstr(each.output));
+    }
+}
+
+} // namespace
+
 TEST(EmulatorProgram, exitCodesSayWhatWentWrong)
 {
     const std::string free = tests::freshLoopbackAddress();
     emu::EmulatedCamera occupant(freshConfig());
     ASSERT_TRUE(occupant.start());
-    struct Case
-    {
-        std::vector<std::string> arguments;
-        int code;
-        std::string output;
-    };
-    const Case cases[] = {
+    expectEndings({
         {{"--help"}, 0, "--transport-latency"},
         {{}, 2, "No camera: give at least one --address, --link or --socket."},
         {{"--model", "M"}, 2, "--model"},
@@ -269,8 +277,6 @@ TEST(EmulatorProgram, exitCodesSayWhatWentWrong)
         {{"--transport", "usb3"}, 2, "A USB3 Vision camera cannot be emulated for other programs"},
         {{"--address", free, "--transport=usb3"}, 2, "under umockdev"},
         {{"--link", "/nowhere/line", "--transport", "gige"}, 2, "A camera with --link does not speak gige."},
-        {{"--link", "/nowhere/line"}, 6, "/nowhere/line cannot be made: No such file or directory."},
-        {{"--link", "/nowhere/line", "--baud", "1234"}, 2, "1234 is no baud rate of a camera."},
         {{"--address", "here"}, 2, "\"here\" is no IPv4 address."},
         {{"--address", free, "--dhcp-address", "there"}, 2, "\"there\" is no IPv4 address."},
         {{"--address", free, "--mac", "02:00:00:00:00:1x"}, 2, "\"02:00:00:00:00:1x\" is no MAC address."},
@@ -283,16 +289,19 @@ TEST(EmulatorProgram, exitCodesSayWhatWentWrong)
         {{"--address", free, "--fault", "rust"}, 2, "There is no fault \"rust\"."},
         {{"--address", free, "--fault", "busy"}, 2, "Write the fault as busy=N, not \"busy\"."},
         {{"--address", free, "--ready-file", "/nowhere/ready"}, 2, "/nowhere/ready cannot be written."},
-        {{"--address", occupant.config().address}, 6, "Address already in use"},
+        {{"--address", occupant.config().address}, 6, tests::addressInUse()},
         {{"--address", free, "--address", "10.255.255.1"},
          6,
          "UDP port 3956 of 10.255.255.1 cannot be taken"},
-    };
-    for (const Case& each : cases) {
-        Program program(each.arguments);
-        EXPECT_EQ(program.wait(), each.code) << each.output;
-        EXPECT_THAT(program.output(), HasSubstr(each.output));
-    }
+    });
+}
+
+TEST(EmulatorProgram, exitCodesSayWhatWentWrongWithALine)
+{
+    expectEndings({
+        {{"--link", "/nowhere/line"}, 6, "/nowhere/line cannot be made: No such file or directory."},
+        {{"--link", "/nowhere/line", "--baud", "1234"}, 2, "1234 is no baud rate of a camera."},
+    });
 }
 
 TEST(EmulatorOptions, everyGroupIsACameraOfItsOwn)

@@ -1,5 +1,6 @@
 // The file of a feature bag is whole or not there, whatever it meets.
 #include "KXCameraControl/bag/BagFile.h"
+#include "camera/FakeNodes.h"
 #include "support/FullDisk.h"
 #include "support/OrdinaryUser.h"
 
@@ -127,6 +128,24 @@ TEST_F(BagFile, WritesIntoAPipe)
     EXPECT_STREQ(buffer, "short");
     close(reader);
     EXPECT_TRUE(S_ISFIFO(status().st_mode));
+}
+
+TEST_F(BagFile, OnAFullDiskIsToldAndTheOlderOneIsKept)
+{
+    const auto save = [&](std::string& message) {
+        tests::FakeNodes fake = tests::channels();
+        uint32_t count = 0;
+        const tests::FullDisk disk(100);
+        return kx::saveBag(fake, {}, path(), message, count);
+    };
+    std::string message;
+    EXPECT_EQ(save(message), KX_E_FILE);
+    EXPECT_EQ(message, "The feature file " + path() + " cannot be written: File too large");
+    EXPECT_EQ(names(), "");
+    put("old");
+    EXPECT_EQ(save(message), KX_E_FILE);
+    EXPECT_EQ(text(), "old");
+    EXPECT_EQ(names(), "a.fpk");
 }
 
 TEST_F(BagFile, ANameWithoutRoomForASecondOneIsWrittenInPlaceOrNotAtAll)

@@ -1,12 +1,15 @@
 find_package(nlohmann_json REQUIRED)
 
-foreach(subject nodes_values nodes_access nodes_writes nodes_text nodes_described nodes_real_descriptions description description_cache hostile_description parsed_descriptions node_formula camera_handles read_memo batch_reader read_ahead nodes_noise)
+foreach(subject nodes_values nodes_access nodes_writes nodes_text nodes_described nodes_real_descriptions description hostile_description parsed_descriptions node_formula camera_handles read_memo batch_reader read_ahead nodes_noise)
     ie_add_test(${subject}_test LABEL camera
         SOURCES ${subject}_test.cpp EveryNodeKind.h FakePort.h
         LIBRARIES kx_api kx_core GTest::gtest_main)
 endforeach()
 target_link_libraries(description_test PRIVATE PkgConfig::ZLIB)
-target_link_libraries(description_cache_test PRIVATE PkgConfig::ZLIB)
+ie_add_test(description_cache_test LABEL camera
+    SOURCES description_cache_test.cpp description_cache_posix_test.cpp DescriptionCacheFixture.h FakePort.h
+        ../support/gtest_qt_main.cpp
+    LIBRARIES kx_api kx_core Qt5::Core PkgConfig::ZLIB GTest::gtest)
 target_link_libraries(node_formula_test PRIVATE PkgConfig::ARAVIS)
 
 ie_add_test(nodes_other_engine_test LABEL camera

@@ -1,7 +1,9 @@
 #include "companion/CompanionFixture.h"
 
+#include "companion/JsonLines.h"
 #include "gvcp/Gvcp.h"
 #include "support/LoopbackAddress.h"
+#include "support/Processes.h"
 
 #include <nlohmann/json.hpp>
 
@@ -10,8 +12,6 @@
 #include <QTemporaryFile>
 
 #include <algorithm>
-#include <csignal>
-#include <cstdio>
 #include <cstring>
 #include <sstream>
 
@@ -45,27 +45,10 @@ public:
         if (!m_file.isOpen())
             return;
         m_file.flush();
-        const int code = validate();
-        if (code == kNoValidator)
-            std::puts("SKIPPED: no python3-jsonschema, so no object was held against the schema");
-        else
-            EXPECT_EQ(code, 0) << "objects that docs/iefeatures.schema.json does not allow";
+        holdJsonLines(m_file.fileName());
     }
 
 private:
-    // What stands before the C library of a test is not for the validator.
-    int validate() const
-    {
-        QProcess validator;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.remove("LD_PRELOAD");
-        validator.setProcessEnvironment(environment);
-        validator.setProcessChannelMode(QProcess::ForwardedChannels);
-        validator.start("python3", {IE_CHECK_JSON_LINES, IE_JSON_SCHEMA, m_file.fileName()});
-        return validator.waitForFinished(-1) ? validator.exitCode() : -2;
-    }
-
-    static constexpr int kNoValidator = 77;
     QTemporaryFile m_file;
 };
 auto* const g_seenObjects = static_cast<SeenObjects*>(::testing::AddGlobalTestEnvironment(new SeenObjects));
@@ -138,24 +121,30 @@ Program::~Program()
     m_process.waitForFinished();
 }
 
-void Program::start()
+QString Program::path()
 {
-    if (m_wrapper.isEmpty())
-        m_process.start(IE_COMPANION, m_arguments);
-    else
-        m_process.start("/bin/sh",
-                        QStringList{"-c", m_wrapper + " exec \"$0\" \"$@\"", IE_COMPANION} + m_arguments);
-    ASSERT_TRUE(m_process.waitForStarted());
+    return IE_COMPANION;
 }
 
-void Program::signal(int number)
+void Program::start()
 {
-    ASSERT_EQ(::kill(static_cast<pid_t>(m_process.processId()), number), 0);
+    startProgram(m_process, path(), m_arguments, m_wrapper);
+    ASSERT_TRUE(m_process.waitForStarted()) << m_process.errorString().toStdString();
+}
+
+void Program::interrupt()
+{
+    ASSERT_TRUE(interruptProgram(m_process));
+}
+
+void Program::end()
+{
+    ASSERT_TRUE(endProgram(m_process));
 }
 
 Result Program::finish()
 {
-    if (!m_process.waitForFinished(kProgramMilliseconds))
+    if (m_process.state() != QProcess::NotRunning && !m_process.waitForFinished(kProgramMilliseconds))
         return {-1, {}, "the program did not end"};
     const int code = m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -2;
     const Result run{code, m_process.readAllStandardOutput().toStdString(),

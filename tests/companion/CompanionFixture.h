@@ -47,13 +47,15 @@ Result runInProcess(const Arguments& arguments, companion::Enumerate enumerate);
 class Program
 {
 public:
-    // `wrapper`: shell words in front of the program, e.g. a limit; empty: none.
+    // `wrapper`: shell words in front of the program, e.g. a limit; empty: none. POSIX systems alone.
     explicit Program(const Arguments& arguments, const QString& wrapper = {});
     ~Program(); // ends it when it still runs
 
+    static QString path();
     QProcess& process() { return m_process; }
     void start();
-    void signal(int number);
+    void interrupt(); // as Ctrl-C does
+    void end();       // as the system asks programs to end
     // Waits for its end.
     Result finish();
 

@@ -11,7 +11,6 @@
 #include <QDir>
 #include <QSysInfo>
 
-#include <csignal>
 #include <new>
 #include <sstream>
 #include <thread>
@@ -199,7 +198,7 @@ TEST_F(Audit, HasATraceOfAnImportThatNeverEnded)
     program.start();
     ASSERT_TRUE(camera.waitFor([](const emu::Counters& now) { return now.settingWrites > 0; },
                                std::chrono::seconds(20)));
-    program.signal(SIGKILL);
+    program.process().kill();
     program.finish();
     EXPECT_EQ(lines(logText(), "begins").size(), 1u);
     EXPECT_EQ(lines().size(), 0u);

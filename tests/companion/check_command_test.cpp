@@ -1,12 +1,11 @@
 // iefeatures plan and verify, and import --dry-run, against emulated cameras.
 #include "companion/ImportCompanion.h"
 #include "gvcp/Gvcp.h"
+#include "support/SystemTexts.h"
 
 #include <nlohmann/json.hpp>
 
 #include <QRegularExpression>
-
-#include <csignal>
 
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
@@ -319,9 +318,9 @@ TEST_F(CheckCommand, ExitsByTheTable)
         const Result missing = run(command, "missing.fpk");
         EXPECT_EQ(missing.code, 6);
         EXPECT_EQ(missing.err,
-                  "The file cannot be read: " + path("missing.fpk") + " (No such file or directory)\n");
+                  "The file cannot be read: " + path("missing.fpk") + " (" + tests::noSuchFile() + ")\n");
         EXPECT_EQ(missing.out, "EMU-1 S1: unreadable file: The file cannot be read: " + path("missing.fpk") +
-                                   " (No such file or directory)\n");
+                                   " (" + tests::noSuchFile() + ")\n");
         EXPECT_EQ(run(command, file, {"--model", "EMU-1"}).code, 0);
     }
     EXPECT_EQ(camera.counters().settingWrites, 0u);
@@ -336,7 +335,7 @@ TEST_F(CheckCommand, EndsProperlyOnCtrlC)
     Program program({"plan", path(file), "--all"});
     program.start();
     awaitRequests(camera, before + 100);
-    program.signal(SIGINT);
+    program.interrupt();
     const Result run = program.finish();
     EXPECT_EQ(run.code, 130);
     EXPECT_EQ(run.err, "Interrupted.\n");

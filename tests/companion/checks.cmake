@@ -1,8 +1,3 @@
-# Jobs of the companion over all lines, each with another one of its requests going wrong.
-ie_add_test(companion_transport_sweep_test LABEL companion TIMEOUT 1200
-    SOURCES transport_sweep_test.cpp Sweep.cpp Sweep.h SweptSettings.h Told.h ../support/AllTransports.h
-    LIBRARIES companion_fixture usb_stage)
-ie_use_every_transport(companion_transport_sweep_test)
 ie_add_test(companion_real_sweep_test LABEL companion TIMEOUT 1200
     SOURCES real_sweep_test.cpp Sweep.cpp Sweep.h Told.h RealSeed.cpp RealSeed.h ../support/OwnDescription.h
     LIBRARIES companion_fixture)

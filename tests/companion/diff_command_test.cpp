@@ -3,6 +3,7 @@
 #include "iefeatures/cameras/NamePatterns.h"
 #include "iefeatures/cameras/NamedNatures.h"
 #include "support/RegisterByRegister.h"
+#include "support/SystemTexts.h"
 
 #include <nlohmann/json.hpp>
 
@@ -211,7 +212,8 @@ TEST_F(DiffOfOddFiles, MustBeFeaturesFiles)
     };
     const Result missing = with(path("missing"));
     EXPECT_EQ(missing.code, 6);
-    EXPECT_EQ(missing.err, "The file cannot be read: " + path("missing") + " (No such file or directory)\n");
+    EXPECT_EQ(missing.err,
+              "The file cannot be read: " + path("missing") + " (" + tests::noSuchFile() + ")\n");
     EXPECT_EQ(missing.out, "");
     EXPECT_EQ(with(folder()).code, 6);
     write("text", "Width 5");

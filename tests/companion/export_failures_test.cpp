@@ -1,5 +1,6 @@
 #include "companion/CompanionFixture.h"
 #include "support/RegisterByRegister.h"
+#include "support/SystemTexts.h"
 
 #include <nlohmann/json.hpp>
 
@@ -185,7 +186,7 @@ TEST_F(ExportFailures, NameAFolderThatIsMissing)
     const Result run = runInProcess({"export", "--all", "--to", path("missing"), "--json"});
     EXPECT_EQ(run.code, 6);
     EXPECT_EQ(run.err,
-              "The folder " + path("missing") + " cannot be written to: No such file or directory.\n");
+              "The folder " + path("missing") + " cannot be written to: " + tests::noSuchFolder() + ".\n");
     EXPECT_EQ(camera.counters().requests(), 0u);
 }
 
@@ -195,7 +196,8 @@ TEST_F(ExportFailures, NameAFolderThatIsAFile)
     ASSERT_TRUE(QFile(QString::fromStdString(path("plain"))).open(QIODevice::WriteOnly));
     const Result run = runInProcess({"export", "--all", "--to", path("plain")});
     EXPECT_EQ(run.code, 6);
-    EXPECT_EQ(run.err, "The folder " + path("plain") + " cannot be written to: Not a directory.\n");
+    EXPECT_EQ(run.err,
+              "The folder " + path("plain") + " cannot be written to: " + tests::notAFolder() + ".\n");
     EXPECT_EQ(camera.counters().requests(), 0u);
 }
 

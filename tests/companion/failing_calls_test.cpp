@@ -313,11 +313,12 @@ TEST_F(FailingCalls, GoOnWhereTheProgramWasStoppedAndContinued)
     ASSERT_EQ(m_camera.setNode("Height", int64_t(16)), "");
     Program program({"import", path("a.fpk"), "--all", "--verify", "--snapshot", path("work"), "--no-audit"});
     program.start();
+    const auto process = static_cast<pid_t>(program.process().processId());
     bool isOver = false;
     for (int i = 0; i < 40 && !isOver; ++i) {
-        program.signal(SIGSTOP);
+        ::kill(process, SIGSTOP);
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        program.signal(SIGCONT);
+        ::kill(process, SIGCONT);
         isOver = program.process().waitForFinished(10);
     }
     EXPECT_TRUE(isOver || program.process().waitForFinished());

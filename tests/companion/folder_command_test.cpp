@@ -7,8 +7,6 @@
 #include <QDir>
 #include <QFile>
 
-#include <sys/stat.h>
-
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -310,15 +308,6 @@ TEST_F(Folder, IsRefusedWholeWhenOneOfItsFilesIsNone)
     const Result checked = verify({"--all", "--json"});
     EXPECT_EQ(checked.code, 5);
     EXPECT_EQ(results(lastObject(checked, "summary")), (Words{"S1 incomplete", "S2 bad file"}));
-}
-
-TEST_F(Folder, DoesNotHangAtAPipe)
-{
-    addCamera("S1");
-    ASSERT_EQ(::mkfifo((files() + "/EMU-1_S1.fpk").c_str(), 0666), 0);
-    EXPECT_EQ(importAll().code, 6);
-    EXPECT_EQ(verify().code, 6);
-    EXPECT_EQ(writes(), 0u);
 }
 
 TEST_F(Folder, WithoutFilesIsRefusedBeforeACameraIsLookedFor)

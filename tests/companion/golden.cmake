@@ -16,12 +16,6 @@ ie_add_test(emulator_export_test LABEL companion
     LIBRARIES real_export)
 target_compile_definitions(emulator_export_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>")
 add_dependencies(emulator_export_test iefeatures)
-# The same over an emulated USB, and another host's word on the camera where arv-tool is installed.
-ie_add_test(usb3_jobs_test LABEL companion
-    SOURCES usb3_jobs_test.cpp ../camera/UsbFixture.h
-    LIBRARIES real_export usb_stage)
-target_compile_definitions(usb3_jobs_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>")
-add_dependencies(usb3_jobs_test iefeatures)
 ie_add_test(real_descriptions_export_test LABEL camera
     SOURCES real_descriptions_export_test.cpp RealSeed.cpp RealSeed.h RegisterRule.cpp RegisterRule.h
         WhyLeftOut.cpp WhyLeftOut.h
@@ -38,26 +32,3 @@ target_compile_definitions(round_trip_test PRIVATE
 ie_add_test(import_cost_test LABEL companion
     SOURCES import_cost_test.cpp
     LIBRARIES real_export)
-# And behind producers of frame grabbers, bad ones among them.
-ie_add_test(gentl_jobs_test LABEL companion
-    SOURCES gentl_jobs_test.cpp ../camera/GentlStage.h
-    LIBRARIES real_export)
-target_compile_definitions(gentl_jobs_test PRIVATE
-    CAMERA_EMULATOR_GENTL="$<TARGET_FILE:camera_emulator_gentl>")
-add_dependencies(gentl_jobs_test camera_emulator_gentl ie_gentl_host)
-ie_add_test(gentl_companion_test LABEL companion
-    SOURCES gentl_companion_test.cpp ../camera/GentlStage.h ../support/gtest_qt_main.cpp
-    LIBRARIES camera_emulator_core Qt5::Core GTest::gtest)
-target_compile_definitions(gentl_companion_test PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>"
-    CAMERA_EMULATOR_GENTL="$<TARGET_FILE:camera_emulator_gentl>")
-add_dependencies(gentl_companion_test iefeatures camera_emulator_gentl ie_gentl_host)
-# The same jobs over each transport, and cameras of all kinds in one batch.
-foreach(name all_transports_test mixed_batch_test line_transports_test)
-    ie_add_test(${name} LABEL companion TIMEOUT 300
-        SOURCES ${name}.cpp ../support/AllTransports.h ../support/Cable.h
-        LIBRARIES real_export usb_stage)
-    target_compile_definitions(${name} PRIVATE IEFEATURES="$<TARGET_FILE:iefeatures>"
-        IE_DEMO_CHANGES="${CMAKE_SOURCE_DIR}/scripts/demo-changes.json")
-    ie_use_every_transport(${name})
-    add_dependencies(${name} iefeatures)
-endforeach()

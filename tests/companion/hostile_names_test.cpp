@@ -4,6 +4,7 @@
 #include "companion/LineCompanion.h"
 #include "companion/SmallDescription.h"
 #include "iefeatures/console/Text.h"
+#include "support/FileNames.h"
 
 #include <QDirIterator>
 #include <QXmlStreamReader>
@@ -60,7 +61,8 @@ protected:
     // lie outside of the folder.
     static bool hasFile(const std::string& text)
     {
-        return text.find_first_of("/<") == text.npos && text != "]]>";
+        return text.find_first_of(tests::kNotInFileNames) == text.npos && text.find('<') == text.npos &&
+               text != "]]>";
     }
     // Whose files an import takes for theirs.
     static bool hasFileOfItsOwn(const std::string& text)

@@ -139,7 +139,11 @@ TEST_F(BagCommand, RefusesPathsThatTheCameraLibraryCannotBeTold)
                             ": only Latin-1 characters are possible.\n");
     EXPECT_EQ(importBag("门.fpk").code, 2);
     EXPECT_EQ(camera.counters().writeReg, 0u);
+}
 
+TEST_F(BagCommand, TakesPathsOfLatin1)
+{
+    addCamera("S1");
     write("é.fpk", fileText(exportedBag()));
     EXPECT_EQ(importBag("é.fpk").code, 0);
 }

@@ -68,14 +68,27 @@ protected:
     Result interruptAt(const emu::EmulatedCamera& camera, uint64_t requests, int signal,
                        const tests::Arguments& arguments)
     {
+        return interruptWhen([&] { awaitRequests(camera, requests); }, signal, arguments);
+    }
+    Result interruptWhen(const std::function<void()>& isAwaited, int signal,
+                         const tests::Arguments& arguments)
+    {
         const tests::RegisterByRegister setting;
         std::thread person([&] {
-            awaitRequests(camera, requests);
+            isAwaited();
             std::raise(signal);
         });
         const Result run = runInProcess(arguments);
         person.join();
         return run;
+    }
+
+    void awaitFile(const std::string& name) const
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!filesInFolder().contains(QString::fromStdString(name)) &&
+               std::chrono::steady_clock::now() < end)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
 };
 
@@ -105,8 +118,9 @@ INSTANTIATE_TEST_SUITE_P(Signals, InterruptedBy, ::testing::Values(SIGINT, SIGTE
 TEST_F(Interrupted, KeepsWhatWasDoneAndSaysSo)
 {
     addCamera("Fast");
-    const emu::EmulatedCamera& slow = addSlowCamera("Slow");
-    const Result run = interruptAt(slow, kMiddle, SIGINT, {"export", "--all", "--to", folder(), "--json"});
+    addCamera("Slow", [](emu::CameraConfig& config) { config.latency = std::chrono::milliseconds(50); });
+    const Result run = interruptWhen([this] { awaitFile("EMU-1_Fast.fpk"); }, SIGINT,
+                                     {"export", "--all", "--to", folder(), "--json"});
     EXPECT_EQ(run.code, 130);
     EXPECT_EQ(filesInFolder(), QStringList{"EMU-1_Fast.fpk"});
     EXPECT_TRUE(fileText("EMU-1_Fast.fpk").endsWith("</FeaturesFile>"));

@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QDirIterator>
 
-#include <csignal>
 #include <cstdlib>
 #include <random>
 #include <thread>
@@ -43,7 +42,7 @@ protected:
         Program program(arguments);
         program.start();
         std::this_thread::sleep_for(std::chrono::microseconds(m_random() % m_within.count()));
-        program.signal(SIGKILL);
+        program.process().kill();
         program.process().waitForFinished();
         for (emu::EmulatedCamera& camera : cameras())
             camera.releaseControl();

@@ -140,8 +140,11 @@ TEST_F(WatchProgram, FollowsACameraUntilCtrlC)
     EXPECT_THAT(nextLine(), HasSubstr("  changed   GigE  EMU-1 S1  " + camera.config().address +
                                       "  in use by 127.255.255.254:1  (status was free)\n"));
     camera.stop();
-    EXPECT_THAT(nextLine(), HasSubstr("  gone      GigE  EMU-1 S1  " + camera.config().address + "\n"));
-    program.signal(SIGINT);
+    std::string last = nextLine();
+    if (last.find("  unreachable  ") != last.npos) // it went between two requests of one look
+        last = nextLine();
+    EXPECT_THAT(last, HasSubstr("  gone      GigE  EMU-1 S1  " + camera.config().address + "\n"));
+    program.interrupt();
     const Result run = program.finish();
     EXPECT_EQ(run.code, 0);
     EXPECT_EQ(run.err, "");
@@ -153,7 +156,7 @@ TEST_F(WatchProgram, EndsOnCtrlCAlsoBetweenTwoLooks)
     Program program({"list", "--watch", "--interval", "3600"});
     program.start();
     ASSERT_TRUE(program.process().waitForReadyRead(20000));
-    program.signal(SIGTERM);
+    program.end();
     EXPECT_EQ(program.finish().code, 0);
 }
 

@@ -1,6 +1,7 @@
 // One file, one verdict: whatever is wrong with a features file, all commands that take one say the same of
 // it.
 #include "companion/ImportCompanion.h"
+#include "support/Device.h"
 
 #include <nlohmann/json.hpp>
 
@@ -67,7 +68,7 @@ protected:
     std::string made(const OddFile& odd)
     {
         if (std::string(odd.name) == "Device")
-            return "/dev/zero";
+            return tests::kDevice;
         if (odd.text)
             altered(exported("S1"), odd.text, odd.by);
         else if (odd.by)

@@ -285,6 +285,18 @@ TEST_F(OtherUsers, MayWriteToNothingThatIsMadeWhateverTheUmask)
     EXPECT_TRUE(QFile::exists(QString::fromStdString(path("line.prom"))));
 }
 
+TEST_F(OtherUsers, MayReadMetricsWhateverTheUmask)
+{
+    addNamed("S1", "Gate 1");
+    ASSERT_EQ(init().code, 0);
+    for (int time = 0; time < 2; ++time) { // a new file, and one that is replaced
+        const Result ran = run({"line", "check", file(), "--metrics", path("line.prom")}, "umask 077;");
+        EXPECT_EQ(ran.code, 0) << ran.err;
+        EXPECT_EQ(QFileInfo(QString::fromStdString(path("line.prom"))).permissions() & 0x0FFF,
+                  QFile::ReadUser | QFile::WriteUser | QFile::ReadGroup | QFile::ReadOther);
+    }
+}
+
 // What is around a program is no matter of its log.
 TEST_F(OtherUsers, ReadNothingOfTheEnvironmentInALog)
 {

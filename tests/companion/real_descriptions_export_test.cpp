@@ -141,7 +141,9 @@ void expectTheCamerasValues(const ie::FeaturesContent& content, const emu::Emula
     const Connection connection(camera.config());
     for (const auto& entry : content.entries) {
         if (!entry.isComplex) {
-            EXPECT_EQ(entry.plain.value, connection.value(entry.plain)) << entry.plain.name.toStdString();
+            // The file is written in the system's encoding, and read as UTF-8.
+            const QString value = QString::fromUtf8(connection.value(entry.plain).toLocal8Bit());
+            EXPECT_EQ(entry.plain.value, value) << entry.plain.name.toStdString();
             continue;
         }
         EXPECT_FALSE(entry.complex.values.isEmpty()) << entry.complex.name.toStdString();

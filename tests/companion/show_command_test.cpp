@@ -1,4 +1,5 @@
 #include "companion/ImportCompanion.h"
+#include "support/Device.h"
 
 #include <nlohmann/json.hpp>
 
@@ -80,7 +81,7 @@ TEST_F(ShowCommand, KeepsWhatIsNoNumberAndNothingThatTheTerminalActsOn)
 TEST_F(ShowCommand, SaysWhatIsWrongWithAFile)
 {
     EXPECT_EQ(show(path("missing")).code, 6);
-    EXPECT_EQ(show("/dev/zero").code, 6);
+    EXPECT_EQ(show(tests::kDevice).code, 6);
     write("no-xml", "<F version=\"1\"><Features>");
     EXPECT_EQ(show(path("no-xml")).code, 5);
     EXPECT_EQ(show(path("no-xml")).out, "");

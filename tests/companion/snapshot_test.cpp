@@ -2,6 +2,7 @@
 #include "companion/SmallDescription.h"
 #include "iefeatures/imports/Snapshot.h"
 #include "support/RegisterByRegister.h"
+#include "support/SystemTexts.h"
 
 #include <nlohmann/json.hpp>
 
@@ -163,7 +164,7 @@ TEST_F(SnapshotTest, WithoutAFolderToWriteIntoNothingIsImported)
     EXPECT_EQ(heightOf(camera), 16);
     EXPECT_EQ(camera.counters().requests(), 0u);
     EXPECT_EQ(run.err,
-              "The folder " + path("missing") + " cannot be written to: No such file or directory.\n");
+              "The folder " + path("missing") + " cannot be written to: " + tests::noSuchFolder() + ".\n");
 }
 
 // The camera library could not write the bag there.

@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <csignal>
 #include <sstream>
 #include <thread>
 
@@ -390,7 +389,7 @@ TEST_F(Asked, CtrlCIsAnAnswerToo)
 {
     program.start();
     ASSERT_TRUE(terminal.awaits("[y/N] "));
-    program.signal(SIGINT);
+    program.interrupt();
     EXPECT_EQ(program.finish().code, 130);
     EXPECT_EQ(height(), 480);
 }

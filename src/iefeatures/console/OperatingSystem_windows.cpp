@@ -44,6 +44,13 @@ std::wstring nativePath(const QString& path)
     return (isShare ? "\\\\?\\UNC" + whole.mid(1) : "\\\\?\\" + whole).toStdWString();
 }
 
+// Without the full stop that the system's own texts end with.
+QString causeOf(DWORD error)
+{
+    const QString text = qt_error_string(static_cast<int>(error));
+    return text.endsWith('.') ? text.chopped(1) : text;
+}
+
 // Far behind the file's end: what is locked there keeps nobody from reading.
 OVERLAPPED lockedPlace()
 {
@@ -103,7 +110,7 @@ QString newPrivateFolder(const QString& parent, QString& cause)
             return path;
         error = GetLastError();
     }
-    cause = qt_error_string(static_cast<int>(error));
+    cause = causeOf(error);
     return {};
 }
 
@@ -117,7 +124,7 @@ QString putInPlace(const QString& from, const QString& to)
         const DWORD flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
         return MoveFileExW(source.c_str(), target.c_str(), flags) ? DWORD(ERROR_SUCCESS) : GetLastError();
     });
-    return error == ERROR_SUCCESS ? QString() : qt_error_string(static_cast<int>(error));
+    return error == ERROR_SUCCESS ? QString() : causeOf(error);
 }
 
 // Access control lists are not looked into.

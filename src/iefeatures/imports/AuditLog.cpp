@@ -106,6 +106,7 @@ QString appendLines(const QString& path, const QByteArrayList& lines)
     if (const QString cause = ie::openRegular(file, mode, ie::LinkRule::Refused); !cause.isEmpty())
         return problem + " (" + cause + ')';
     lock(file);
+    file.seek(file.size()); // where others have written meanwhile; Windows appends behind what it has opened
     for (const QByteArray& text : lines) {
         const QByteArray line = (endsInTheMiddle(path) ? "\n" : "") + text;
         if (file.write(line) != line.size())

@@ -1,5 +1,6 @@
 #include "iefeatures/console/Text.h"
 #include "iefeatures/line/LineReport.h"
+#include "jobs/file/RegularFile.h"
 
 #include <QDir>
 #include <QSaveFile>
@@ -89,7 +90,7 @@ QString writeMetrics(const QString& path, const QByteArray& text)
         file.open(QIODevice::WriteOnly) && file.write(text) == text.size() &&
         file.setPermissions(File::ReadOwner | File::WriteOwner | File::ReadGroup | File::ReadOther) &&
         file.commit();
-    return isWritten ? QString() : printable(path) + " cannot be written: " + file.errorString() + '.';
+    return isWritten ? QString() : printable(path) + " cannot be written: " + ie::causeOf(file) + '.';
 }
 
 } // namespace companion

@@ -19,4 +19,7 @@ enum class LinkRule
 // Gives the cause when it is not open then, or an empty text. Not for Truncate.
 QString openRegular(QFile& file, QIODevice::OpenMode mode, LinkRule links = LinkRule::Followed);
 
+// Why the file could not be opened, read or written, without the full stop that Windows ends its texts with.
+QString causeOf(const QFileDevice& file);
+
 } // namespace ie

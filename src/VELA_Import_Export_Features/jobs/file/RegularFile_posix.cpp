@@ -48,7 +48,12 @@ QString openRegular(QFile& file, QIODevice::OpenMode mode, LinkRule links)
     if (isRegular && file.open(handle, mode, QFileDevice::AutoCloseHandle))
         return {};
     ::close(handle);
-    return isRegular ? file.errorString() : QString(kNoFile);
+    return isRegular ? causeOf(file) : QString(kNoFile);
+}
+
+QString causeOf(const QFileDevice& file)
+{
+    return file.errorString();
 }
 
 } // namespace ie

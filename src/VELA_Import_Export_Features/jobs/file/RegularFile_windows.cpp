@@ -37,7 +37,13 @@ QString openRegular(QFile& file, QIODevice::OpenMode mode, LinkRule links)
         return "it is a link";
     if (about.exists())
         held_files::retried([&] { return holderOf(file.fileName()); });
-    return file.open(mode) ? QString() : file.errorString();
+    return file.open(mode) ? QString() : causeOf(file);
+}
+
+QString causeOf(const QFileDevice& file)
+{
+    const QString text = file.errorString();
+    return text.endsWith('.') ? text.chopped(1) : text;
 }
 
 } // namespace ie
