@@ -36,8 +36,6 @@ ie_skip_cases(companion_import_bag_test "letters beyond ASCII are the system's 8
     BagCommand.TakesPathsOfLatin1)
 ie_skip_cases(companion_hostile_names_test "the system's 8-bit encoding, which bags' names are in, has no such letters"
     HostileNames.ALineOfThemHasReports)
-ie_skip_cases(companion_hostile_names_test "exports of so many cameras crash under Wine; the cause is not known"
-    HostileNames.FilesStayInTheFolderAndAreToldApart)
 ie_skip_cases(companion_process_test "Wine's C library calls the end of a pipe's reader an invalid argument"
     ProgramTest.FinishesItsJobsQuietlyWhenTheReaderOfItsResultsIsGone)
 ie_skip_cases(companion_snapshot_test "no file's name has a backslash there" SnapshotTest.NeverGoesIntoAnotherOnesFolder)

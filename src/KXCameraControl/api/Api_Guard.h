@@ -5,6 +5,7 @@
 
 #include "KXCameraControl/api/Handles.h"
 #include "KXCameraControl/api/StatusText.h"
+#include "KXCameraControl/api/ThreadError.h"
 
 #include <cstring>
 #include <new>
@@ -12,13 +13,6 @@
 
 namespace kx::api
 {
-
-// Of the last failure on the calling thread.
-inline std::string& lastThreadError()
-{
-    static thread_local std::string text;
-    return text;
-}
 
 inline KX_Status failed(Camera* camera, KX_Status status, std::string text)
 {

@@ -65,8 +65,7 @@ std::string sha1In(const std::string& url)
 
 unsigned anyNumber()
 {
-    static thread_local std::random_device device;
-    return device();
+    return std::random_device()();
 }
 
 // Whether the camera has at `local` what is remembered, as far as the evidence goes. A refused block is a

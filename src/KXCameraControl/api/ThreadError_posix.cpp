@@ -1,0 +1,12 @@
+#include "KXCameraControl/api/ThreadError.h"
+
+namespace kx::api
+{
+
+std::string& lastThreadError()
+{
+    static thread_local std::string text;
+    return text;
+}
+
+} // namespace kx::api
