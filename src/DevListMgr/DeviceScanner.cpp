@@ -6,11 +6,13 @@
 #include <QDeadlineTimer>
 #include <QDebug>
 
+#include <chrono>
+
 namespace
 {
 
 constexpr int kIntervalMs = 2000;
-constexpr int kInterfaceCheckMs = 250;
+constexpr std::chrono::milliseconds kInterfaceCheck{250};
 
 // A search that fails is one without answers: the next one comes soon.
 DeviceEntries search(unsigned int transports)
@@ -31,21 +33,21 @@ DeviceScanner::DeviceScanner(QObject* parent) : QThread(parent)
 DeviceScanner::~DeviceScanner()
 {
     {
-        QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         m_end = true;
     }
-    m_wake.wakeAll();
+    m_wake.notify_all();
     wait();
 }
 
 void DeviceScanner::setTransports(unsigned int transports)
 {
     {
-        QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         m_transports = transports;
         m_again = true;
     }
-    m_wake.wakeAll();
+    m_wake.notify_all();
 }
 
 void DeviceScanner::run()
@@ -53,7 +55,7 @@ void DeviceScanner::run()
     do {
         unsigned int transports = 0;
         {
-            QMutexLocker lock(&m_mutex);
+            const std::lock_guard lock(m_mutex);
             transports = m_transports;
             m_again = false;
         }
@@ -77,12 +79,12 @@ bool DeviceScanner::pause()
 {
     const uint32_t stamp = KX_CC_GetInterfaceStamp();
     const QDeadlineTimer interval(kIntervalMs);
-    QMutexLocker lock(&m_mutex);
+    std::unique_lock lock(m_mutex);
     while (!m_end && !m_again && !interval.hasExpired()) {
-        m_wake.wait(&m_mutex, kInterfaceCheckMs);
+        m_wake.wait_for(lock, kInterfaceCheck);
         lock.unlock();
         const bool changed = KX_CC_GetInterfaceStamp() != stamp;
-        lock.relock();
+        lock.lock();
         if (changed)
             break;
     }

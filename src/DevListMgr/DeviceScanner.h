@@ -4,11 +4,11 @@
 
 #include <KXCameraControl/KXCameraControl.h>
 
-#include <QMutex>
 #include <QStringList>
 #include <QThread>
-#include <QWaitCondition>
 
+#include <condition_variable>
+#include <mutex>
 #include <vector>
 
 using DeviceEntries = std::vector<KX_DeviceEntry>;
@@ -35,8 +35,8 @@ private:
     void tellProblems();
     bool pause(); // false: the thread is to end
 
-    QMutex m_mutex;
-    QWaitCondition m_wake;
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
     unsigned int m_transports = 0;
     bool m_again = false;
     bool m_end = false;

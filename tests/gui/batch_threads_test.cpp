@@ -41,6 +41,6 @@ TEST_F(BatchThreads, TheBatchEndsWhereNoneCanBeStarted)
     g_areThereNone = false;
     EXPECT_EQ(counts(), (QStringList{"0", "0", "2"}));
     EXPECT_TRUE(window->isEnabled());
-    runExport(folder.path());
+    runExportTogether(2, folder.path());
     EXPECT_EQ(counts(), (QStringList{"0", "2", "0"}));
 }

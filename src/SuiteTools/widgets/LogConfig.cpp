@@ -5,11 +5,11 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QMutex>
 #include <QThread>
 
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace VELAInterface
@@ -35,7 +35,7 @@ public:
         }
         if (files.empty())
             return false;
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         m_level = settings.level;
         m_files = std::move(files);
         return true;
@@ -43,7 +43,7 @@ public:
 
     void write(LogLevel level, const LogLine& line)
     {
-        const QMutexLocker lock(&m_mutex);
+        const std::lock_guard lock(m_mutex);
         if (level < m_level)
             return;
         for (const auto& file : m_files) {
@@ -53,7 +53,7 @@ public:
     }
 
 private:
-    QMutex m_mutex;
+    std::mutex m_mutex;
     LogLevel m_level = LogLevel::Off;
     std::vector<std::unique_ptr<LogFile>> m_files;
 };
