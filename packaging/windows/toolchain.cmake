@@ -36,5 +36,5 @@ set(nlohmann_json_DIR "${CMAKE_CURRENT_LIST_DIR}/headers" CACHE PATH "")
 set(Qt5LinguistTools_DIR "/usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu/cmake/Qt5LinguistTools" CACHE PATH "")
 
 # Tests run under Wine.
-set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/wine/run" --with "${CMAKE_BINARY_DIR}/bin"
+set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/wine/run" --relayed --with "${CMAKE_BINARY_DIR}/bin"
     CACHE STRING "")
