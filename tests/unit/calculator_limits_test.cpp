@@ -4,9 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <pthread.h>
-#include <time.h>
 
-#include <algorithm>
 #include <string>
 #include <thread>
 #include <vector>
@@ -64,27 +62,6 @@ void runOnStackOf(size_t bytes, Body body)
     pthread_attr_destroy(&attributes);
 }
 
-#if !defined(_WIN32) // its clock of the processor's time ticks too seldom
-// Of this thread alone, whatever else the machine has to do.
-double secondsWorked()
-{
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
-}
-
-double secondsFor(const std::string& formula)
-{
-    double best = 1e9;
-    for (int i = 0; i < 5; ++i) {
-        const double start = secondsWorked();
-        EXPECT_TRUE(compute(formula).ok);
-        best = std::min(best, secondsWorked() - start);
-    }
-    return best;
-}
-#endif
-
 // Each is a formula of about `length` characters that keeps as much pending as it can.
 std::vector<std::string> longFormulas(int length)
 {
@@ -134,16 +111,6 @@ TEST(CalculatorLimits, evaluatesAHundredThousandCharacters)
         EXPECT_DOUBLE_EQ(outcome.value, expected[i]) << i;
     }
 }
-
-#if !defined(_WIN32)
-TEST(CalculatorLimits, workGrowsWithTheLengthNotWithItsSquare)
-{
-    const std::vector<std::string> small = longFormulas(20000);
-    const std::vector<std::string> large = longFormulas(320000);
-    for (size_t i = 0; i < small.size(); ++i) // 16 times the text; squares would take 256 times as long
-        EXPECT_LT(secondsFor(large[i]), 100 * secondsFor(small[i])) << i;
-}
-#endif
 
 TEST(CalculatorLimits, needsNoMoreThanASmallStack)
 {
