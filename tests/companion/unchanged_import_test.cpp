@@ -40,10 +40,10 @@ protected:
             return row;
         }
         const std::string file = path(filesInFolder().first().toStdString());
-        const uint64_t byJob =
-            writesOf(camera, [&] { tests::importFile(camera.config(), QString::fromStdString(file)); });
+        const uint64_t byJob = settingWritesOf(
+            camera, [&] { tests::importFile(camera.config(), QString::fromStdString(file)); });
         Result imported;
-        const uint64_t byCompanion = writesOf(camera, [&] {
+        const uint64_t byCompanion = settingWritesOf(camera, [&] {
             imported = runInProcess({"import", file, "--serial", serial, "--verify"});
         });
         EXPECT_EQ(byCompanion, byJob);
@@ -83,11 +83,11 @@ protected:
 
 private:
     template <class Work>
-    static uint64_t writesOf(emu::EmulatedCamera& camera, Work work)
+    static uint64_t settingWritesOf(emu::EmulatedCamera& camera, Work work)
     {
         camera.resetCounters();
         work();
-        return camera.counters().registersWritten;
+        return camera.counters().settingWrites;
     }
 };
 

@@ -111,9 +111,18 @@ INSTANTIATE_TEST_SUITE_P(
                   "The following argument was not expected: --frobnicate\n"),
         std::pair(Arguments{"list", "--serial", "a b", "c"},
                   "The following arguments were not expected: --serial a b c\n"),
+        std::pair(Arguments{"list", "\x1b[31m"},
+                  "The following argument was not expected: \xEF\xBF\xBD[31m\n"),
         std::pair(Arguments{"list", "extra"}, "The following argument was not expected: extra\n"),
         std::pair(Arguments{"list", "export"}, "The following argument was not expected: export\n"),
         std::pair(Arguments{"export", "--all"}, "--to is required\n"),
+        std::pair(Arguments{"get", "--serial", "E1"}, "FEATURE is required\n"),
+        std::pair(Arguments{"get", "--serial", "E1", "Gain"},
+                  "FEATURE is required; --serial has taken all the words behind it (E1 Gain): put it last, "
+                  "or -- behind its own\n"),
+        std::pair(Arguments{"verify", "--strict", "--name", "Gate 1", "a.fpk"},
+                  "FILE is required; --name has taken all the words behind it (Gate 1 a.fpk): put it "
+                  "last, or -- behind its own\n"),
         std::pair(Arguments{"export", "--all", "--to", ""}, "--to: Name a folder.\n"),
         std::pair(Arguments{"export", "--to", "."}, "At least 1 option from"),
         std::pair(Arguments{"export", "--to", ".", "--all", "--serial", "1"}, "--all excludes --serial\n"),

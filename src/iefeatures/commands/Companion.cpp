@@ -14,6 +14,7 @@
 #include "iefeatures/commands/ShowCommand.h"
 #include "iefeatures/console/ExitCode.h"
 #include "iefeatures/console/OperatingSystem.h"
+#include "iefeatures/console/Text.h"
 
 #include <SuiteTools/SuiteTools.h>
 
@@ -70,9 +71,33 @@ bool isEmptyValue(const std::string& argument)
     return argument.empty() || (argument.rfind("--", 0) == 0 && argument.back() == '=');
 }
 
+// The option that took several words, the last of which may have been meant for what is required.
+const CLI::Option* greedyOption(const CLI::App& app)
+{
+    for (const CLI::Option* option : app.get_options())
+        if (!option->get_positional() && option->get_expected_max() > 1 && option->results().size() > 1)
+            return option;
+    for (const CLI::App* part : app.get_subcommands([](const CLI::App*) { return true; }))
+        if (const CLI::Option* option = greedyOption(*part))
+            return option;
+    return nullptr;
+}
+
+// "get --serial E1 Gain" leaves nothing for FEATURE.
+std::string withGreed(const std::string& problem, const CLI::App& app)
+{
+    const CLI::Option* option = greedyOption(app);
+    if (!option)
+        return problem;
+    return problem + "; " + option->get_name() + " has taken all the words behind it (" +
+           CLI::detail::join(option->results(), " ") + "): put it last, or -- behind its own";
+}
+
 // CLI11 has arguments that nobody knows the wrong way round.
 std::string textOf(const CLI::ParseError& problem, const CLI::App& app)
 {
+    if (dynamic_cast<const CLI::RequiredError*>(&problem))
+        return withGreed(problem.what(), app);
     if (!dynamic_cast<const CLI::ExtrasError*>(&problem))
         return problem.what();
     const std::vector<std::string> words = app.remaining(true);
@@ -83,7 +108,7 @@ std::string textOf(const CLI::ParseError& problem, const CLI::App& app)
 
 int tellUsage(Console& console, const CLI::App& app, const std::string& problem)
 {
-    console.err(problem + '\n');
+    console.err(printableText(QString::fromStdString(problem)) + '\n');
     console.note('\n' + app.help());
     return ExitUsage;
 }
