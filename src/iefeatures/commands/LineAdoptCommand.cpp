@@ -122,7 +122,10 @@ bool LineAdoptCommand::differs(Console& console, const Inventory& inventory, con
         console.err(lineText(check, m_report.style()));
     if (check.gravest() != LineState::InOrder)
         return mayGoOn();
-    console.err(printable(QString::fromStdString(m_camera)) + " is as the inventory says.\n");
+    const QString rest = check.cameras.front().lacksComparison()
+                             ? "; its features are not compared, and \"line init --refresh\" takes them again"
+                             : "";
+    console.err(printable(QString::fromStdString(m_camera)) + " is as the inventory says" + rest + ".\n");
     return false;
 }
 

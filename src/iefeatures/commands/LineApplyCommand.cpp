@@ -26,6 +26,8 @@ namespace companion
 namespace
 {
 
+const char* const kNotCompared = "its features are not compared: the inventory has a feature bag of it alone";
+
 bool mayGoOn()
 {
     return !Interrupt::isRequested();
@@ -188,7 +190,9 @@ void LineApplyCommand::tellPlan(Console& console, const LinePlan& plan) const
     for (const LineCameraCheck& one : plan.settled) {
         console.object("line", lineJson(one));
         const bool isInOrder = one.match.state == LineState::InOrder;
-        const QStringList problems = isInOrder ? QStringList() : lineProblems(one);
+        QStringList problems = isInOrder ? QStringList() : lineProblems(one);
+        if (one.lacksComparison())
+            problems += kNotCompared;
         if (!console.isJson())
             console.err(printable(one.name()) + ": " + lineStateWord(one.match.state) +
                         (problems.isEmpty() ? QString() : ": " + problems.join("; ")) + '\n');

@@ -33,9 +33,14 @@ void tellTaken(Console& console, const CapturedCamera& one, Taken taken)
 {
     console.object("line_camera", {{"name", json(one.entry.name)},
                                    {"camera", cameraJson(one.camera)},
-                                   {"features", json(one.entry.featuresFile)},
+                                   {"features", jsonUnlessEmpty(one.entry.featuresFile)},
                                    {"bag", json(one.entry.bagFile)},
                                    {"moved", json(QStringList(one.entry.remarks.keys()))}});
+    if (one.hasBagAlone)
+        console.err(
+            one.camera.title() +
+            ": it has no DeviceFirmwareVersion, without which there is no features file; a feature bag "
+            "of it was taken, which can be set and not be compared.\n");
     for (auto it = one.entry.remarks.cbegin(); it != one.entry.remarks.cend(); ++it)
         console.err(one.camera.title() + ": " + printable(it.key() + ' ' + it.value()) +
                     (taken == Taken::Refreshed ? ".\n" : "; it is proposed as ignored.\n"));

@@ -37,9 +37,7 @@ QString unknownCause(const ListedCamera& camera)
     const QString description = name.isEmpty() ? descriptionProblemOf(camera) : QString();
     if (!name.isEmpty() || !description.isEmpty())
         return name + description;
-    const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
-    if (connection.status() == KX_OK &&
-        FeatureReader(connection.handle()).access("DeviceFirmwareVersion").isAbsent())
+    if (lacksFirmwareVersion(camera))
         return "the camera has no DeviceFirmwareVersion, without which there is no features file.";
     return "the file could not be written.";
 }
@@ -153,6 +151,13 @@ std::vector<CameraExport> runExports(Console& console, const std::vector<ListedC
     for (const ListedCamera& camera : cameras)
         done.push_back(exports.of(camera));
     return done;
+}
+
+bool lacksFirmwareVersion(const ListedCamera& camera)
+{
+    const CameraConnection connection(camera.device.stDeviceInfo, KX_ACCESS_MONITOR);
+    return connection.status() == KX_OK &&
+           FeatureReader(connection.handle()).access("DeviceFirmwareVersion").isAbsent();
 }
 
 QString sharedRemark()

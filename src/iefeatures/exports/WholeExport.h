@@ -47,6 +47,10 @@ struct CameraExport
 std::vector<CameraExport> runExports(Console& console, const std::vector<ListedCamera>& cameras,
                                      const ExportTask& task);
 
+// Whether the camera answers, and there can be no features file of it for want of a firmware version; asks
+// it.
+bool lacksFirmwareVersion(const ListedCamera& camera);
+
 // What is to be said of an export beside whoever controls the camera.
 QString sharedRemark();
 

@@ -47,6 +47,8 @@ struct InventoryCamera
     QString comment;
 
     QString nameInCamera() const;
+    // Its features can be set, and never be compared.
+    bool hasBagAlone() const { return featuresFile.isEmpty() && !bagFile.isEmpty(); }
 
     QMap<QString, QString> remarks = {};     // comments for `ignored` of a new camera, by feature; never read
     std::map<QString, TextSpan> places = {}; // of the values that are given, by their keys

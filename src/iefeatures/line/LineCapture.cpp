@@ -86,6 +86,10 @@ public:
 
     void run()
     {
+        inParallel(m_cameras.size(), [&](size_t i) {
+            CapturedCamera& one = m_cameras[i];
+            one.hasBagAlone = one.problems.isEmpty() && lacksFirmwareVersion(one.camera);
+        });
         exportAll("features", ExportTask::Format::FeaturesFile, &InventoryCamera::featuresFile,
                   &InventoryCamera::featuresHash);
         exportAll("bags", ExportTask::Format::FeatureBag, &InventoryCamera::bagFile,
@@ -109,7 +113,8 @@ private:
         for (CapturedCamera& one : m_cameras) {
             if (!problem.isEmpty() && one.problems.isEmpty())
                 one.problems += problem;
-            if (!one.problems.isEmpty())
+            const bool isPossible = format != ExportTask::Format::FeaturesFile || !one.hasBagAlone;
+            if (!one.problems.isEmpty() || !isPossible)
                 continue;
             cameras.push_back(calledAsHere(one));
             taken.push_back(&one);
@@ -151,6 +156,14 @@ private:
 
     void askAgain(CapturedCamera& one) const
     {
+        if (!one.hasBagAlone)
+            lookForMoves(one);
+        readNetwork(one);
+        one.entry.userSet = userSetOf(one.camera);
+    }
+
+    void lookForMoves(CapturedCamera& one) const
+    {
         const FeaturesFileInput file = readFeaturesFile(m_inventory.resolved(one.entry.featuresFile));
         if (!file.isGood()) {
             one.problems += file.error;
@@ -164,8 +177,6 @@ private:
         for (const EntryCheck& entry : check.entries)
             if (isAmiss(entry))
                 propose(entry, one);
-        readNetwork(one);
-        one.entry.userSet = userSetOf(one.camera);
     }
 
     static void propose(const EntryCheck& entry, CapturedCamera& one)
@@ -261,6 +272,12 @@ QByteArray withRefreshed(const Inventory& inventory, const CapturedCamera& camer
 {
     const InventoryCamera& before = *inventory.find(camera.entry.name);
     InventoryCamera now = camera.entry;
+    if (camera.hasBagAlone && !before.featuresFile.isEmpty()) {
+        problem = printable(before.name) +
+                  ": there can be no features file of it any more; take \"features\" "
+                  "and \"features_sha256\" out of the inventory.";
+        return {};
+    }
     if (before.nameInCamera() == now.nameInCamera())
         now.userName = before.userName;
     now.userSet = before.userSet;

@@ -32,7 +32,8 @@ struct CapturedCamera
 {
     ListedCamera camera;
     InventoryCamera entry;
-    QStringList problems; // why it cannot be taken, sentences; empty: it is taken
+    QStringList problems;     // why it cannot be taken, sentences; empty: it is taken
+    bool hasBagAlone = false; // there can be no features file of it
 };
 
 // What the cameras are called in the inventory; `known` has names that are given already. A camera without a
@@ -40,9 +41,10 @@ struct CapturedCamera
 std::vector<CapturedCamera> nameCameras(const std::vector<ListedCamera>& cameras, LineNaming naming,
                                         const QStringList& known);
 
-// Exports features file and feature bag of each into folders below that of the inventory's, looks again after
-// the pause, and fills the entries: features that are not as they were by then are proposed as ignored.
-// Controls the cameras while it exports; all at the same time. Those with a problem are passed over.
+// Exports features file, where there can be one, and feature bag of each into folders below that of the
+// inventory's, looks again after the pause, and fills the entries: features that are not as they were by then
+// are proposed as ignored. Controls the cameras while it exports; all at the same time. Those with a problem
+// are passed over.
 void capture(Console& console, const Inventory& inventory, const CaptureTask& task,
              std::vector<CapturedCamera>& cameras);
 

@@ -152,6 +152,11 @@ int LineCameraCheck::differing() const
     return check ? int(std::count_if(check->entries.begin(), check->entries.end(), isAmiss)) : 0;
 }
 
+bool LineCameraCheck::lacksComparison() const
+{
+    return isAsked(match) && match.wanted->hasBagAlone();
+}
+
 LineState LineCheck::gravest() const
 {
     LineState found = LineState::InOrder;

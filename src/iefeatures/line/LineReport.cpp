@@ -83,6 +83,8 @@ QString lineAsides(const LineCameraCheck& one)
     for (const EntryVerdict verdict : kAsides) // what tells one unit from another always differs
         if (const int count = verdict == EntryVerdict::State ? 0 : one.count(verdict))
             parts += QString("%1: %2").arg(verdictWord(verdict)).arg(count);
+    if (one.lacksComparison())
+        parts += "features not compared";
     return parts.join(", ");
 }
 
@@ -124,6 +126,7 @@ Json lineJson(const LineCameraCheck& one)
                    {"camera", match.camera ? cameraJson(*match.camera) : Json()},
                    {"mac", match.camera ? jsonUnlessEmpty(match.camera->mac) : Json()},
                    {"firmware", jsonUnlessEmpty(one.firmware())},
+                   {"compared", one.check.has_value()},
                    {"differences", Json::array()},
                    {"features", one.check ? featuresJson(*one.check) : Json::array()},
                    {"aside", Json::object()}};

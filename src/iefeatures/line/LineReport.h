@@ -21,7 +21,7 @@ Json lineJson(const LineCameraCheck& one);
 
 // "address: 10.0.0.9, should be 10.0.0.7"; the reason and what the camera's features differ in as well.
 QStringList lineProblems(const LineCameraCheck& one);
-// What differs and does not count: "session: 3, automatic: 1"; empty: nothing.
+// What differs and does not count: "session: 3, automatic: 1", or that nothing was compared; empty: nothing.
 QString lineAsides(const LineCameraCheck& one);
 
 // XML as JUnit has it: a test suite a line, a test case a camera; what could not be judged is an error, what

@@ -84,9 +84,10 @@ QStringList Replacement::plan(const ListedCamera& camera) const
         lines += "the address " + ipPlaceText(*place) + " at once";
     else if (!isReachable(camera))
         lines += "a free address of its interface's network for the time being";
-    if (!wanted.featuresFile.isEmpty())
-        lines += "the features of " + printable(wanted.featuresFile) +
-                 (wanted.bagFile.isEmpty() ? QString() : " and " + printable(wanted.bagFile));
+    QStringList files = {printable(wanted.featuresFile), printable(wanted.bagFile)};
+    files.removeAll({});
+    if (!files.isEmpty())
+        lines += "the features of " + files.join(" and ");
     lines += networkWords(networkTaskOf(wanted, camera));
     if (wanted.userSet.isEmpty())
         lines += "no user set: the inventory names none, so the features do not outlive a power cut";
@@ -336,7 +337,7 @@ int Replacement::restart()
     if (const int code = compareNames())
         return code;
     const int code = verify("behind the restart");
-    const bool hasBagAlone = m_task.wanted.featuresFile.isEmpty() && !m_task.wanted.bagFile.isEmpty();
+    const bool hasBagAlone = m_task.wanted.hasBagAlone();
     m_isProven = code == ExitWell && !m_isByBag && !hasBagAlone;
     if (hasBagAlone)
         tell("there is no features file to compare its features with behind the restart.");
