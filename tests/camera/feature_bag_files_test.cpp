@@ -177,6 +177,19 @@ TEST(FeatureBagFiles, aFailedSaveLeavesTheOldFile)
     EXPECT_EQ(contentOf(folder / "a.fpk"), "old");
 }
 
+TEST(FeatureBagFiles, haveNamesInUtf8)
+{
+    const std::string name = "J\u00FCrgen \u95E8.fpk";
+    TemporaryFolder folder;
+    FakeNodes fake = channels();
+    std::string message;
+    uint32_t count = 0;
+    for (int i = 0; i < 2; ++i)
+        ASSERT_EQ(saveBag(fake, {"M", "C", "1"}, folder / name, message, count), KX_OK) << message;
+    EXPECT_TRUE(std::filesystem::exists(std::filesystem::u8path(folder / name)));
+    EXPECT_EQ(loadBag(fake, folder / name, message), KX_OK) << message;
+}
+
 TEST(FeatureBagFiles, whatCannotBeOpenedSaysSo)
 {
     TemporaryFolder folder;

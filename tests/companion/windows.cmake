@@ -32,8 +32,6 @@ ie_skip_cases(companion_process_test "the system's 8-bit encoding, which files a
     ProgramTest.WritesUtf8WithoutALocale)
 ie_skip_cases(companion_snapshot_test "the system's 8-bit encoding, which the bag's name is in, has no such letters"
     SnapshotTest.OfAModelBeyondLatin1IsFoundAgain)
-ie_skip_cases(companion_import_bag_test "letters beyond ASCII are the system's 8-bit encoding's there"
-    BagCommand.TakesPathsOfLatin1)
 ie_skip_cases(companion_hostile_names_test "the system's 8-bit encoding, which bags' names are in, has no such letters"
     HostileNames.ALineOfThemHasReports)
 ie_skip_cases(companion_process_test "Wine's C library calls the end of a pipe's reader an invalid argument"

@@ -11,7 +11,7 @@ namespace kx
 // older file stay, a link is followed. Where the folder allows no second file, and into devices and pipes, it
 // is written in place: a failure leaves nothing of that name then, or an empty file where the folder lets
 // nobody remove it, unless it could not be opened. On Windows a link is replaced, and nothing is written in
-// place. Paths are as fopen() takes them. Gives the system's reason on failure, or an empty text.
+// place. Paths are in UTF-8. Gives the system's reason on failure, or an empty text.
 std::string writeBagFile(const std::string& path, const std::string& text);
 
 } // namespace kx

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <system_error>
 
 #include <io.h>
@@ -16,11 +17,11 @@ namespace
 {
 
 // rename() leaves an older file in place here.
-std::string replaceFile(const std::string& from, const std::string& to)
+std::string replaceFile(const std::wstring& from, const std::wstring& to)
 {
     const DWORD error = held_files::retried([&] {
         const DWORD flags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-        return MoveFileExA(from.c_str(), to.c_str(), flags) ? DWORD(ERROR_SUCCESS) : GetLastError();
+        return MoveFileExW(from.c_str(), to.c_str(), flags) ? DWORD(ERROR_SUCCESS) : GetLastError();
     });
     return error == ERROR_SUCCESS ? std::string() : std::system_category().message(static_cast<int>(error));
 }
@@ -39,16 +40,17 @@ std::string fill(std::FILE* file, const std::string& text)
 std::string writeBagFile(const std::string& path, const std::string& text)
 {
     static std::atomic<unsigned> number{0};
-    const std::string temporary =
-        path + '.' + std::to_string(GetCurrentProcessId()) + '-' + std::to_string(++number);
-    std::FILE* const file = std::fopen(temporary.c_str(), "wb");
+    const std::wstring target = std::filesystem::u8path(path).wstring();
+    const std::wstring temporary =
+        target + L'.' + std::to_wstring(GetCurrentProcessId()) + L'-' + std::to_wstring(++number);
+    std::FILE* const file = _wfopen(temporary.c_str(), L"wb");
     if (!file)
         return std::strerror(errno);
     std::string reason = fill(file, text);
     if (reason.empty())
-        reason = replaceFile(temporary, path);
+        reason = replaceFile(temporary, target);
     if (!reason.empty())
-        std::remove(temporary.c_str());
+        _wremove(temporary.c_str());
     return reason;
 }
 

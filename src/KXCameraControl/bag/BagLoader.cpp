@@ -2,18 +2,19 @@
 #include "KXCameraControl/bag/BagLoader.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <set>
-#include <sys/stat.h>
+#include <system_error>
 
 namespace kx
 {
 namespace
 {
+
+namespace fs = std::filesystem;
 
 constexpr size_t kMaxFileSize = 64u << 20;
 
@@ -199,21 +200,21 @@ private:
 
 KX_Status readFile(const std::string& path, std::string& text, std::string& message)
 {
-    struct stat about;
-    if (stat(path.c_str(), &about) != 0) {
-        message = "The feature file " + path + " cannot be opened: " + std::strerror(errno);
+    const fs::path name = fs::u8path(path);
+    std::error_code problem;
+    const bool isFile = fs::is_regular_file(name, problem);
+    const uintmax_t size = isFile ? fs::file_size(name, problem) : 0;
+    if (!isFile || problem) {
+        message = "The feature file " + path +
+                  " cannot be opened: " + (problem ? problem.message() : std::string("it is no file"));
         return KX_E_FILE;
     }
-    if (!S_ISREG(about.st_mode)) {
-        message = "The feature file " + path + " cannot be opened: it is no file";
-        return KX_E_FILE;
-    }
-    if (static_cast<size_t>(about.st_size) > kMaxFileSize) {
+    if (size > kMaxFileSize) {
         message = "The feature file " + path + " is larger than 64 MiB.";
         return KX_E_FILE_FORMAT;
     }
-    std::ifstream file(path, std::ios::binary);
-    text.resize(static_cast<size_t>(about.st_size));
+    std::ifstream file(name, std::ios::binary);
+    text.resize(static_cast<size_t>(size));
     file.read(text.data(), static_cast<std::streamsize>(text.size()));
     text.resize(static_cast<size_t>(file.gcount())); // where it has become shorter meanwhile
     if (file.is_open() && !file.bad())
