@@ -123,7 +123,7 @@ TEST_F(SingleFeatures, ThatTheCameraDoesNotTakeEndTheWork)
     const Result range = runInProcess({"set", "Width=64000", "Height=16", "--all"});
     EXPECT_EQ(range.code, 4);
     EXPECT_THAT(range.out,
-                HasSubstr("  out of range: Width: camera 640, file 64000: 64000 is above the maximum"));
+                HasSubstr("  out of range: Width: camera 640, wanted 64000: 64000 is above the maximum"));
     EXPECT_EQ(integer(camera, "Height"), 480);
     const Result step = runInProcess({"set", "Width=17", "--all"});
     EXPECT_THAT(step.out, HasSubstr("17 is no multiple of the increment 16"));

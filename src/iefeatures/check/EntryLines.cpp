@@ -89,18 +89,18 @@ struct Values
     }
 };
 
-Values filesAndCameras(const EntryCheck& entry)
+Values targetsAndCameras(const EntryCheck& entry, const char* target)
 {
     Values values;
     if (!entry.cameraValue.isNull())
         values.add("camera ", shown(entry, entry.cameraValue, entry.cameraEntry));
     if (!entry.fileValue.isNull())
-        values.add(values.words.isEmpty() ? "file " : ", file ",
+        values.add((values.words.isEmpty() ? "" : ", ") + QString(target) + ' ',
                    shown(entry, entry.fileValue, entry.fileEntry));
     return values;
 }
 
-Values valuesOf(const EntryCheck& entry)
+Values valuesOf(const EntryCheck& entry, const char* target)
 {
     switch (entry.verdict) {
     case EntryVerdict::WouldChange: {
@@ -117,7 +117,7 @@ Values valuesOf(const EntryCheck& entry)
     case EntryVerdict::NotApplied:
     case EntryVerdict::NotWritable:
     case EntryVerdict::OutOfRange:
-        return filesAndCameras(entry);
+        return targetsAndCameras(entry, target);
     default:
         return {};
     }
@@ -151,8 +151,8 @@ QString linesOf(const EntryCheck& entry, const ReportStyle& style)
     const QString title = entry.title().isEmpty() ? QString() : ": " + printable(entry.title());
     QString text;
     if (isWorthALine(entry, style))
-        text += lineOf(verdictWord(entry.verdict) + title, valuesOf(entry), printable(entry.reason),
-                       style.columns);
+        text += lineOf(verdictWord(entry.verdict) + title, valuesOf(entry, style.target),
+                       printable(entry.reason), style.columns);
     if (!style.hasDifferencesOnly)
         for (const QString& warning : entry.warnings)
             text += lineOf("warning" + title, {}, printable(warning), style.columns);

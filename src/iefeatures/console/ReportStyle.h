@@ -19,6 +19,7 @@ struct ReportStyle
     int columns = 0;                 // that lines are fitted to; 0: they are as long as they are
     bool isGrouped = false;          // features under their categories
     bool hasDifferencesOnly = false; // nothing that only one side has, and no warnings
+    const char* target = "file";     // what the cameras' values are held against
 };
 
 // What COLUMNS says, 0: no end; else what the terminal has that results go to; 0 where they go elsewhere.

@@ -48,6 +48,7 @@ int tellWrites(Console& console, const std::vector<FeatureWrites>& results)
     for (const CameraCheck& check : checks)
         console.object("result", checkJson(check));
     ReportStyle style;
+    style.target = "wanted";
     style.columns = reportColumns();
     if (!console.isJson())
         console.out(checkText(checks, style));
