@@ -9,7 +9,7 @@ build_packages=(
     libcli11-dev nlohmann-json3-dev libtomlplusplus-dev
 )
 test_packages=(libaravis-dev zlib1g-dev libgtest-dev libgmock-dev libx11-dev xvfb xdotool desktop-file-utils
-    python3-jsonschema libumockdev-dev umockdev libpcap0.8 aravis-tools-cli iproute2)
+    python3-jsonschema python3-pip libpython3.11 libumockdev-dev umockdev libpcap0.8 aravis-tools-cli iproute2)
 lint_packages=(clang-format clang-tidy cppcheck)
 
 say() { printf '\n== %s\n' "$*"; }

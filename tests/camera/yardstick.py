@@ -23,4 +23,8 @@ def install(folder):
         except subprocess.CalledProcessError as failure:
             return f"pip does not install {RELEASE}: {(failure.stderr.strip().splitlines() or ['no reason'])[-1]}"
     sys.path.insert(0, str(place))
+    try:
+        import genicam.genapi  # needs Python as a shared library
+    except ImportError as failure:
+        return f"{RELEASE} does not load here: {failure}"
     return ""
