@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QStandardPaths>
 
 #include <csignal>
@@ -66,72 +65,6 @@ TEST_F(LineOfCameras, IsTakenAsItIsAndInOrderThen)
     EXPECT_EQ(checked.code, 0);
     EXPECT_THAT(checked.out, EndsWith("2 cameras: 2 in order\n"));
     EXPECT_EQ(checked.err, "");
-}
-
-class LineOfSomeWithoutFirmwareVersion : public LineOfCameras
-{
-protected:
-    emu::EmulatedCamera& addWithoutFirmwareVersion(const std::string& serial, const std::string& name)
-    {
-        return addCamera(serial, [&](emu::CameraConfig& config) {
-            config.userName = name;
-            config.description = QString::fromStdString(tests::descriptionWithOneRegister())
-                                     .replace("DeviceFirmwareVersion", "AnotherVersion")
-                                     .toStdString();
-        });
-    }
-};
-
-// Those have no features file; the others on the line have theirs.
-TEST_F(LineOfSomeWithoutFirmwareVersion, TakesABagAloneOfThem)
-{
-    addNamed("S1", "Gate 1");
-    emu::EmulatedCamera& camera = addWithoutFirmwareVersion("S2", "Gate 2");
-    const Result run = init({"--all", "--json"});
-    ASSERT_EQ(run.code, 0) << run.err;
-    EXPECT_THAT(run.err, HasSubstr("EMU-1 S2: it has no DeviceFirmwareVersion, without which there is no "
-                                   "features file; a feature bag of it was taken, which can be set and not "
-                                   "be compared.\n"));
-    const Json taken = lastObject(run, "line_camera");
-    EXPECT_TRUE(taken["features"].is_null());
-    EXPECT_EQ(taken["bag"], "hall-files/bags/Gate 2.fpk");
-    const companion::Inventory line = inventory();
-    EXPECT_FALSE(line.cameras[0].hasBagAlone());
-    EXPECT_TRUE(line.cameras[1].hasBagAlone());
-    EXPECT_EQ(line.cameras[1].featuresHash, "");
-    EXPECT_FALSE(QFile::exists(QString::fromStdString(path("hall-files/features/Gate 2.fpk"))));
-
-    const Result checked = check();
-    EXPECT_EQ(checked.code, 0) << checked.err;
-    EXPECT_THAT(checked.out, HasSubstr("Gate 2  in order"));
-    EXPECT_THAT(checked.out, HasSubstr("features not compared\n2 cameras: 2 in order\n"));
-    const Json told = lastObject(check({"--json"}), "line");
-    EXPECT_EQ(told["compared"], false);
-    EXPECT_THAT(
-        this->line({"apply", "--yes"}).err,
-        HasSubstr("Gate 2: in order: its features are not compared: the inventory has a feature bag of "
-                  "it alone\n"));
-    EXPECT_THAT(this->line({"adopt", "--camera", "Gate 2", "--yes"}).err,
-                HasSubstr("Gate 2 is as the inventory says; its features are not compared, and \"line init "
-                          "--refresh\" takes them again.\n"));
-    EXPECT_EQ(this->line({"init", "--refresh", "Gate 2", "--pause", "0"}).code, 0);
-    camera.stop();
-    EXPECT_THAT(check().out, Not(HasSubstr("not compared")));
-}
-
-// An older features file would be taken for what the camera is now.
-TEST_F(LineOfSomeWithoutFirmwareVersion, IsNotTakenAgainWithoutTheFeaturesFileThatItsInventoryHas)
-{
-    addWithoutFirmwareVersion("S1", "Gate 1");
-    ASSERT_EQ(init().code, 0);
-    const QByteArray text = fileText("hall.toml") + "features = 'hall-files/features/Gate 1.fpk'\n";
-    write("hall.toml", text);
-    const Result run = line({"init", "--refresh", "Gate 1", "--pause", "0"});
-    EXPECT_EQ(run.code, 6);
-    EXPECT_THAT(run.err,
-                HasSubstr("Gate 1: there can be no features file of it any more; take \"features\" and "
-                          "\"features_sha256\" out of the inventory.\n"));
-    EXPECT_EQ(fileText("hall.toml"), text);
 }
 
 TEST_F(LineOfCameras, IsOnlyReadByACheck)
@@ -614,58 +547,4 @@ TEST_F(LineOfCameras, LooksAgainForWhoSeemsToBeMissing)
     EXPECT_EQ(companion::runCompanion({"line", "replace", file(), "--camera", "Gate 2", "--yes"}, world), 1);
     EXPECT_EQ(looks, 2);
     EXPECT_THAT(err.str(), HasSubstr("The camera \"Gate 2\" is there: "));
-}
-
-// Nobody sees of a camera what its user set holds.
-TEST_F(LineOfCameras, FinishesTheUserSetThatTheCommandBeforeHasNotSaved)
-{
-    constexpr uint32_t kUserSetSave = 0x16008;
-    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
-    ASSERT_EQ(init().code, 0);
-    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
-    emu::Faults faults;
-    faults.refusals = {{kUserSetSave, 4}};
-    camera.setFaults(faults);
-    EXPECT_EQ(line({"apply"}, {"--yes"}).code, 1);
-    EXPECT_EQ(std::get<int64_t>(*camera.node("Height")), 480);
-    EXPECT_EQ(fileText("hall.toml.unfinished.json").simplified(), "{ \"cameras\": [ \"Gate 1\" ] }");
-    camera.setFaults({});
-    const Result run = line({"apply"}, {"--yes"});
-    EXPECT_EQ(run.code, 0) << run.err;
-    EXPECT_THAT(run.err,
-                HasSubstr("Gate 1: UserSet1 may not hold what was written before; it would be saved.\n"));
-    EXPECT_THAT(run.err, HasSubstr("EMU-1 S1: saved into UserSet1.\n"));
-    EXPECT_EQ(camera.peekWord(kUserSetSave), 1u);
-    EXPECT_FALSE(QFile::exists(QString::fromStdString(path("hall.toml.unfinished.json"))));
-    const uint64_t before = writes();
-    EXPECT_EQ(line({"apply"}, {"--yes"}).code, 0);
-    EXPECT_EQ(writes(), before);
-}
-
-TEST_F(LineOfCameras, SaysOfUnfinishedCamerasThatTheyCannotBeRead)
-{
-    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
-    ASSERT_EQ(init().code, 0);
-    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
-    write("hall.toml.unfinished.json", "{\"cameras\": ");
-    const uint64_t before = writes();
-    const Result run = line({"apply"}, {"--yes"});
-    EXPECT_EQ(run.code, 6);
-    EXPECT_THAT(run.err, HasSubstr("should tell which cameras are not finished, and cannot be read.\n"));
-    EXPECT_EQ(writes(), before);
-}
-
-TEST_F(LineOfCameras, ForgetsAnUnfinishedCameraWhereNothingIsLeftToDo)
-{
-    addNamed("S1", "Gate 1");
-    ASSERT_EQ(init().code, 0);
-    QByteArray text = fileText("hall.toml");
-    for (const char* const key : {"user_set", "address"})
-        text = QString::fromUtf8(text).remove(QRegularExpression(key + QString(" = [^\n]*\n"))).toUtf8();
-    write("hall.toml", text);
-    write("hall.toml.unfinished.json", "{\"cameras\": [\"Gate 1\"]}");
-    EXPECT_EQ(line({"apply"}, {"--dry-run"}).code, 0);
-    EXPECT_TRUE(QFile::exists(QString::fromStdString(path("hall.toml.unfinished.json"))));
-    EXPECT_EQ(line({"apply"}, {"--yes"}).code, 0);
-    EXPECT_FALSE(QFile::exists(QString::fromStdString(path("hall.toml.unfinished.json"))));
 }
