@@ -15,7 +15,7 @@ fail() { echo "FAILED: $*"; exit 1; }
 package=$(find "$work" -maxdepth 1 -name '*.deb')
 root="$work/root"
 dpkg-deb -x "$package" "$root"
-dpkg-deb -f "$package" Depends | grep -q libqt5widgets5 || fail "the package does not name what it needs"
+grep -q libqt5widgets5 <(dpkg-deb -f "$package" Depends) || fail "the package does not name what it needs"
 
 for file in share/applications/import-export-features.desktop share/man/man1/iefeatures.1 share/man/man1/camera_emulator.1 \
     share/bash-completion/completions/iefeatures share/doc/import-export-features/line-inventory.schema.json \

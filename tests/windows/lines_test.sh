@@ -45,7 +45,7 @@ expect() {
     shift 2
     timeout "$limit" "$@" >out 2>err || code=$?
     [ "$code" -eq "$wanted" ] || { cat out err >&2; fail "exit code $code instead of $wanted: $*"; }
-    cat out err | grep -qF -- "$text" || { cat out err >&2; fail "\"$text\" is not told: $*"; }
+    grep -qF -- "$text" out err || { cat out err >&2; fail "\"$text\" is not told: $*"; }
 }
 
 # round_trip FILE : exported by both systems, the same; imported and verified on Windows

@@ -43,7 +43,7 @@ check_content() {
     check_libraries "$folder"
     for file in Import_Export_Features iefeatures camera_emulator path_entry KXCameraControl SuiteTools \
         SuiteToolsWidgets StyledCtl DevListMgr; do
-        strings -el "$folder/$file".* | grep -qx FileDescription || fail "$file does not say what it is"
+        grep -qx FileDescription <(strings -el "$folder/$file".*) || fail "$file does not say what it is"
     done
     for file in Import_Export_Features iefeatures; do
         grep -qaF 'level="asInvoker"' "$folder/$file.exe" || fail "$file.exe has no manifest"
@@ -150,7 +150,7 @@ echo mine >"$installed/mine.txt"
 install /PATH
 [ "$(path_of)" = "$before;C:\\ie" ] || fail "PATH is $(path_of) after a second installation"
 [ -e "$installed/mine.txt" ] || fail "a second installation takes files away"
-find "$WINEPREFIX/drive_c/users" -path '*Import_Export_Features/Import_Export_Features.lnk' | grep -q . || fail "no start menu"
+[ -n "$(find "$WINEPREFIX/drive_c/users" -path '*Import_Export_Features/Import_Export_Features.lnk')" ] || fail "no start menu"
 user=$WINEPREFIX/drive_c/users/$(id -un)
 audit=$user/Documents/VELA/Audit/iefeatures.jsonl
 [ -s "$audit" ] || fail "no audit log in the user's documents"

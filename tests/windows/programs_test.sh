@@ -123,13 +123,13 @@ expect 0 "${iefeatures[@]}" export --serial S1 --to again
 wait "$holder"
 hold "$held" 20000
 expect 1 "${iefeatures[@]}" export --serial S1 --to again
-cat out err | grep -q "$(basename "$held")" || fail "it is not told which file is held"
+grep -q "$(basename "$held")" out err || fail "it is not told which file is held"
 kill "$holder"
 wait "$holder" || true
 same_files first again
 hold "$held" 20000
 expect 6 "${iefeatures[@]}" import "$held" --serial S1
-cat out err | grep -q "$(basename "$held")" || fail "it is not told which file to import is held"
+grep -q "$(basename "$held")" out err || fail "it is not told which file to import is held"
 kill "$holder"
 wait "$holder" || true
 passed "a file that is held for a moment is waited for, one that stays held is named, also when it is read"
@@ -146,7 +146,7 @@ expect 0 "${iefeatures[@]}" line init "\\\\ie-test-$$\\line\\line.toml" --all
 expect 0 "${iefeatures[@]}" line check "\\\\ie-test-$$\\line\\line.toml" --metrics "\\\\ie-test-$$\\line\\line.prom"
 [ -s shared/line.toml ] && [ -s shared/line.prom ] || fail "no inventory, or no metrics, on a share"
 expect 6 "${iefeatures[@]}" export --all --to "\\\\ie-test-$$\\readonly"
-cat out err | grep -q "readonly" || fail "it is not told which share takes no files"
+grep -q "readonly" out err || fail "it is not told which share takes no files"
 rm -r "$shares"
 passed "a share is written to and read from; one that takes no files is named"
 
@@ -170,7 +170,7 @@ mkdir -p "$profile"
     expect 0 "${iefeatures[@]}" export --all --to "$profile/out" --log "$profile/log.txt"
     same_files first "$profile/out"
     expect 6 "${iefeatures[@]}" import "$profile/out" --all --snapshot "$profile/snapshots" # has a feature bag
-    cat out err | grep -q "beyond Latin-1" || fail "a path that a snapshot cannot have is not told"
+    grep -q "beyond Latin-1" out err || fail "a path that a snapshot cannot have is not told"
     expect 0 "${iefeatures[@]}" import "$profile/out" --all
     [ -s "$profile/log.txt" ] || fail "no log in a profile of any letters"
     grep -q S1 "$profile"/documents/Audit/iefeatures.jsonl || fail "no audit log in a profile of any letters"
@@ -185,7 +185,7 @@ until_there odd.ready
 export KX_CAMERA_ADDRESSES=$network.3,$network.4
 mkdir odd slow
 expect 1 "${iefeatures[@]}" export --serial a:b --to odd
-cat out err | grep -q "no file can be called" || fail "a colon in a name is not refused"
+grep -q "no file can be called" out err || fail "a colon in a name is not refused"
 [ -z "$(ls -A odd)" ] || fail "a colon in a name made a file"
 passed "a camera's name that Windows takes for something else is refused"
 
@@ -222,7 +222,7 @@ if localedef -i zh_CN -f UTF-8 "$folder/locale/zh_CN.UTF-8" 2>/dev/null; then
     same_files first "导出"
     expect 0 "${iefeatures[@]}" verify "导出" --all
     expect 2 "${iefeatures[@]}" export --all --format bag --to "导出"
-    cat out err | grep -q "only Latin-1" || fail "a path that a feature bag cannot have is not told"
+    grep -q "only Latin-1" out err || fail "a path that a feature bag cannot have is not told"
     expect 0 "$run" "$hand" ask end
     wait "${emulators[@]}" || fail "an emulator did not end well"
     emulators=()
