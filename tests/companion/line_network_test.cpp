@@ -4,8 +4,6 @@
 
 #include "gvcp/Gvcp.h"
 
-#include <QFile>
-
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using tests::LineOfCameras;
@@ -124,41 +122,4 @@ TEST_F(LineOfCameras, FinishesAnAddressThatTheCommandBeforeHasOnlyForced)
     EXPECT_EQ(run.code, 0) << run.err;
     EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegPersistentAddress)), home);
     EXPECT_EQ(tests::lastObject(run, "result")["changed"], tests::Json::array({"GevPersistentIPAddress"}));
-}
-
-// Whoever only gives it its address has not saved what was written to it before.
-TEST_F(LineOfCameras, RemembersTheUserSetOfACameraThatOnlyGetsItsAddress)
-{
-    constexpr uint32_t kUserSetSave = 0x16008;
-    emu::EmulatedCamera& camera = addNamed("S1", "Gate 1");
-    ASSERT_EQ(init().code, 0);
-    ASSERT_EQ(camera.setNode("Height", int64_t(16)), "");
-    emu::Faults faults;
-    faults.refusals = {{kUserSetSave, 4}};
-    camera.setFaults(faults);
-    EXPECT_EQ(line({"apply"}, {"--yes"}).code, 1);
-    camera.setFaults({});
-    const std::string other = tests::freshLoopbackAddress();
-    qputenv("KX_CAMERA_ADDRESSES", qgetenv("KX_CAMERA_ADDRESSES") + ',' + QByteArray::fromStdString(other));
-    ASSERT_EQ(runInProcess({"ip", "--serial", "S1", "--force", other + "/8", "--yes"}).code, 0);
-
-    std::ostringstream out, err;
-    companion::Console console(out, err, false, false);
-    companion::World world{console};
-    const companion::Enumerate all = world.enumerate;
-    world.enumerate = [&](std::vector<KX_DeviceEntry>& found) {
-        const KX_Status status = all(found);
-        if (gvcp::formatAddress(camera.peekWord(gvcp::RegCurrentAddress)) == other)
-            for (KX_DeviceEntry& entry : found)
-                entry.availability = KX_AVAILABILITY_UNREACHABLE;
-        return status;
-    };
-    EXPECT_EQ(companion::runCompanion({"line", "apply", file(), "--yes"}, world), 4);
-    EXPECT_THAT(err.str(), HasSubstr("Gate 1: unreachable now; "));
-    EXPECT_EQ(gvcp::formatAddress(camera.peekWord(gvcp::RegCurrentAddress)), camera.config().address);
-    EXPECT_EQ(camera.peekWord(kUserSetSave), 0u);
-    const Result run = line({"apply"}, {"--yes"});
-    EXPECT_EQ(run.code, 0) << run.err;
-    EXPECT_EQ(camera.peekWord(kUserSetSave), 1u);
-    EXPECT_FALSE(QFile::exists(QString::fromStdString(path("hall.toml.unfinished.json"))));
 }

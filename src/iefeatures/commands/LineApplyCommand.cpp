@@ -26,7 +26,7 @@ namespace companion
 namespace
 {
 
-const char* const kNotCompared = "its features are not compared: the inventory has a feature bag of it alone";
+const char* const kNotCompared = "its features are not compared: the inventory names no features file of it";
 
 bool mayGoOn()
 {

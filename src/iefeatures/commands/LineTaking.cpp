@@ -34,13 +34,15 @@ void tellTaken(Console& console, const CapturedCamera& one, Taken taken)
     console.object("line_camera", {{"name", json(one.entry.name)},
                                    {"camera", cameraJson(one.camera)},
                                    {"features", jsonUnlessEmpty(one.entry.featuresFile)},
-                                   {"bag", json(one.entry.bagFile)},
+                                   {"bag", jsonUnlessEmpty(one.entry.bagFile)},
                                    {"moved", json(QStringList(one.entry.remarks.keys()))}});
-    if (one.hasBagAlone)
+    if (one.hasNoFeaturesFile)
         console.err(
             one.camera.title() +
-            ": it has no DeviceFirmwareVersion, without which there is no features file; a feature bag "
-            "of it was taken, which can be set and not be compared.\n");
+            ": it has no DeviceFirmwareVersion, without which there is no features file" +
+            (one.entry.bagFile.isEmpty()
+                 ? ", and its description calls no feature streamable: none of its features is kept.\n"
+                 : "; a feature bag of it was taken, which can be set and not be compared.\n"));
     for (auto it = one.entry.remarks.cbegin(); it != one.entry.remarks.cend(); ++it)
         console.err(one.camera.title() + ": " + printable(it.key() + ' ' + it.value()) +
                     (taken == Taken::Refreshed ? ".\n" : "; it is proposed as ignored.\n"));

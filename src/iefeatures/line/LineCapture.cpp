@@ -16,6 +16,7 @@
 #include "camera_line/RecordTexts.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -88,7 +89,7 @@ public:
     {
         inParallel(m_cameras.size(), [&](size_t i) {
             CapturedCamera& one = m_cameras[i];
-            one.hasBagAlone = one.problems.isEmpty() && lacksFirmwareVersion(one.camera);
+            one.hasNoFeaturesFile = one.problems.isEmpty() && lacksFirmwareVersion(one.camera);
         });
         exportAll("features", ExportTask::Format::FeaturesFile, &InventoryCamera::featuresFile,
                   &InventoryCamera::featuresHash);
@@ -113,7 +114,7 @@ private:
         for (CapturedCamera& one : m_cameras) {
             if (!problem.isEmpty() && one.problems.isEmpty())
                 one.problems += problem;
-            const bool isPossible = format != ExportTask::Format::FeaturesFile || !one.hasBagAlone;
+            const bool isPossible = format != ExportTask::Format::FeaturesFile || !one.hasNoFeaturesFile;
             if (!one.problems.isEmpty() || !isPossible)
                 continue;
             cameras.push_back(calledAsHere(one));
@@ -132,7 +133,17 @@ private:
             taken[i]->entry.*hash = hashOfFile(done[i].result.job.path);
             if (taken[i]->problems.isEmpty() && (taken[i]->entry.*hash).isEmpty())
                 taken[i]->problems += done[i].result.job.path + " cannot be read again.";
+            if (taken[i]->problems.isEmpty() && taken[i]->hasNoFeaturesFile && done[i].result.features == 0)
+                dropBag(taken[i]->entry);
         }
+    }
+
+    // One that sets nothing must not look as if it kept something.
+    void dropBag(InventoryCamera& entry) const
+    {
+        QFile::remove(m_inventory.resolved(entry.bagFile));
+        entry.bagFile.clear();
+        entry.bagHash.clear();
     }
 
     QStringList problemsOf(const CameraExport& done) const
@@ -156,7 +167,7 @@ private:
 
     void askAgain(CapturedCamera& one) const
     {
-        if (!one.hasBagAlone)
+        if (!one.hasNoFeaturesFile)
             lookForMoves(one);
         readNetwork(one);
         one.entry.userSet = userSetOf(one.camera);
@@ -272,7 +283,7 @@ QByteArray withRefreshed(const Inventory& inventory, const CapturedCamera& camer
 {
     const InventoryCamera& before = *inventory.find(camera.entry.name);
     InventoryCamera now = camera.entry;
-    if (camera.hasBagAlone && !before.featuresFile.isEmpty()) {
+    if (camera.hasNoFeaturesFile && !before.featuresFile.isEmpty()) {
         problem = printable(before.name) +
                   ": there can be no features file of it any more; take \"features\" "
                   "and \"features_sha256\" out of the inventory.";

@@ -32,8 +32,8 @@ struct CapturedCamera
 {
     ListedCamera camera;
     InventoryCamera entry;
-    QStringList problems;     // why it cannot be taken, sentences; empty: it is taken
-    bool hasBagAlone = false; // there can be no features file of it
+    QStringList problems;           // why it cannot be taken, sentences; empty: it is taken
+    bool hasNoFeaturesFile = false; // there can be no features file of it
 };
 
 // What the cameras are called in the inventory; `known` has names that are given already. A camera without a

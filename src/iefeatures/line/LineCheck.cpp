@@ -154,7 +154,7 @@ int LineCameraCheck::differing() const
 
 bool LineCameraCheck::lacksComparison() const
 {
-    return isAsked(match) && match.wanted->hasBagAlone();
+    return isAsked(match) && match.wanted->featuresFile.isEmpty();
 }
 
 LineState LineCheck::gravest() const

@@ -25,7 +25,7 @@ struct LineCameraCheck
     // Of the features, entries of a verdict.
     int count(EntryVerdict verdict) const;
     int differing() const; // features that are not as they should be
-    // It is there, and the inventory has nothing to compare its features with but would set them.
+    // It is there, and the inventory has nothing to compare its features with.
     bool lacksComparison() const;
 };
 

@@ -86,8 +86,8 @@ QStringList Replacement::plan(const ListedCamera& camera) const
         lines += "a free address of its interface's network for the time being";
     QStringList files = {printable(wanted.featuresFile), printable(wanted.bagFile)};
     files.removeAll({});
-    if (!files.isEmpty())
-        lines += "the features of " + files.join(" and ");
+    lines += files.isEmpty() ? QString("none of its features: the inventory names no file of them")
+                             : "the features of " + files.join(" and ");
     lines += networkWords(networkTaskOf(wanted, camera));
     if (wanted.userSet.isEmpty())
         lines += "no user set: the inventory names none, so the features do not outlive a power cut";
